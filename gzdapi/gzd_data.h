@@ -1,0 +1,257 @@
+/*
+ * The public data model: the records that the library hands out, and the names of every code,
+ * flag bit and special value in them. Plain C, self-contained.
+ *
+ * Units: times are milliseconds of the tracker's clock; gaze positions are display pixels;
+ * head-referenced positions are units on a plane 15000 units in front of the eye; resolutions are
+ * units per degree of visual angle; velocities are degrees per second. Arrays of two hold the left
+ * eye at 0 and the right eye at 1.
+ *
+ * Two values stand for "no value": MISSING_DATA where a value was recorded but is not valid (a
+ * blink, a lost track), NOT_RECORDED where the field or the eye is absent from the record.
+ */
+#ifndef GZDAPI_GZD_DATA_H
+#define GZDAPI_GZD_DATA_H
+
+#include "gzdtypes.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- special values ------------------------------------------------------------------------ */
+
+#define MISSING_DATA 100000000.0f  /* recorded, but not valid */
+#define MISSING_DATA_INT 100000000 /* an integer pair that cannot be given */
+#define NOT_RECORDED (-32768.0f)   /* field or eye absent from the record */
+#define NOT_RECORDED_WORD 0x8000   /* the same for `errors`, `input` and `htype` of a sample */
+
+/* ---- codes of the elements (gzd_get_next_data, `type` of events) ---------------------------- */
+
+#define GZD_END_OF_DATA 0
+#define GZD_START_PARSE 1
+#define GZD_END_PARSE 2
+#define GZD_START_BLINK 3
+#define GZD_END_BLINK 4
+#define GZD_START_SACCADE 5
+#define GZD_END_SACCADE 6
+#define GZD_START_FIXATION 7
+#define GZD_END_FIXATION 8
+#define GZD_FIXATION_UPDATE 9
+#define GZD_BREAK_PARSE 10
+#define GZD_START_SAMPLES 15
+#define GZD_END_SAMPLES 16
+#define GZD_START_EVENTS 17
+#define GZD_END_EVENTS 18
+#define GZD_MESSAGE 24
+#define GZD_BUTTON 25
+#define GZD_INPUT 28
+#define GZD_RECORDING 30
+#define GZD_SAMPLE 200
+
+/* ---- eyes ----------------------------------------------------------------------------------- */
+
+#define GZD_LEFT_EYE 0 /* index into arrays of two, `eye` of events */
+#define GZD_RIGHT_EYE 1
+
+#define GZD_BLOCK_NO_EYE 0 /* `eye` of recording records */
+#define GZD_BLOCK_LEFT 1
+#define GZD_BLOCK_RIGHT 2
+#define GZD_BLOCK_BOTH 3
+
+/* ---- position types (`pos_type` of recording records, choice of sample columns) ------------- */
+
+#define GZD_POSITION_PUPIL 64
+#define GZD_POSITION_HREF 128
+#define GZD_POSITION_GAZE 192
+
+/* ---- `flags` of samples, `sflags` of recording records -------------------------------------- */
+
+#define SMP_LEFT 0x8000          /* left-eye values present */
+#define SMP_RIGHT 0x4000         /* right-eye values present */
+#define SMP_TIME_ABSOLUTE 0x2000 /* the record holds a whole time, not an increment */
+#define SMP_PUPIL_POS 0x1000     /* raw pupil position */
+#define SMP_HREF 0x0800          /* head-referenced position */
+#define SMP_GAZE 0x0400          /* gaze position */
+#define SMP_RESOLUTION 0x0200    /* angular resolution */
+#define SMP_PUPIL_SIZE 0x0100    /* pupil size */
+#define SMP_STATUS 0x0080        /* status word, in `errors` */
+#define SMP_INPUT 0x0040         /* digital input word */
+#define SMP_BUTTONS 0x0020       /* button word */
+#define SMP_HEAD_DATA 0x0010     /* head-target words */
+#define SMP_EXTENDED 0x0008      /* head pose and ellipse blocks */
+#define SMP_SKIP_BLOCKS 0x0004   /* blocks that the reader skips */
+#define SMP_HALF_MS 0x0002       /* half a millisecond behind its integer time */
+#define SMP_IS_SAMPLE 0x0001     /* set in every sample record on disk */
+
+/* ---- `read` of events: the fields that the record held -------------------------------------- */
+
+#define EVT_START_TIME 0x0001
+#define EVT_END_TIME 0x0040
+#define EVT_VELOCITY 0x0100   /* any of the velocities */
+#define EVT_RESOLUTION 0x0200 /* any of the resolutions */
+#define EVT_HEAD_POSE 0x4000  /* head in space, eye in head, head rotation and position */
+
+/* ---- `record_type` and `state` of recording records ----------------------------------------- */
+
+#define GZD_RECORD_SAMPLES 1
+#define GZD_RECORD_EVENTS 2
+#define GZD_RECORD_BOTH 3
+
+#define GZD_BLOCK_END 0
+#define GZD_BLOCK_START 1
+
+/* ---- kinds of velocity, for gzd_set_velocity_kinds ------------------------------------------- */
+
+#define GZD_VELOCITY_NONE 0x00
+#define GZD_VELOCITY_GAZE 0x01
+#define GZD_VELOCITY_HREF 0x02
+#define GZD_VELOCITY_RAW 0x04
+#define GZD_VELOCITY_FAST_GAZE 0x08
+#define GZD_VELOCITY_FAST_HREF 0x10
+#define GZD_VELOCITY_FAST_RAW 0x20
+#define GZD_VELOCITY_ALL 0x3F
+
+/* ---- records ----------------------------------------------------------------------------------
+ */
+
+/* A text with its length. `c` is the first character; the text goes on behind it in memory and is
+   followed by a NUL. `len` stops at 32767, the text of a long message does not. */
+typedef struct {
+  INT16 len;
+  char c;
+} LSTRING;
+
+/* One measurement of the tracker at one instant. */
+typedef struct {
+  UINT32 time;                        /* ms */
+  float px[2], py[2];                 /* raw pupil position */
+  float hx[2], hy[2];                 /* head-referenced position */
+  float pa[2];                        /* pupil size, area or diameter */
+  float gx[2], gy[2];                 /* gaze position */
+  float rx, ry;                       /* angular resolution */
+  float gxvel[2], gyvel[2];           /* gaze velocity */
+  float hxvel[2], hyvel[2];           /* head-referenced velocity */
+  float rxvel[2], ryvel[2];           /* raw velocity */
+  float fgxvel[2], fgyvel[2];         /* fast gaze velocity */
+  float fhxvel[2], fhyvel[2];         /* fast head-referenced velocity */
+  float frxvel[2], fryvel[2];         /* fast raw velocity */
+  INT16 hdata[8];                     /* head-target words */
+  UINT16 flags;                       /* SMP_ bits: the fields that the record held */
+  UINT16 input;                       /* digital inputs, NOT_RECORDED_WORD if absent */
+  UINT16 buttons;                     /* button state */
+  INT16 htype;                        /* kind and count of the head-target words */
+  UINT16 errors;                      /* status word */
+  float eyeInHeadX[3], eyeInHeadY[3]; /* left, right, cyclopean */
+  UINT32 headMarkerFlags;
+  float headRotation[3], headPosition[3];               /* x, y, z */
+  float headInSpaceX, headInSpaceY;                     /* combined */
+  float unused_headInSpaceX[2], unused_headInSpaceY[2]; /* left, right */
+  float hrgx, hrgy;                                     /* head-referenced gaze (resolution) */
+  float ergx, ergy;                                     /* eye-referenced gaze (resolution) */
+  float ex[2], ey[2];                                   /* centre of the pupil ellipse */
+  float emajor[2], eminor[2];                           /* its axes */
+  float eangle[2];                                      /* its angle */
+} FSAMPLE;
+
+/* An eye event, a message, a button or an input change. Fields that the record does not hold are
+   0; `read` tells which it holds. */
+typedef struct {
+  UINT32 time;           /* always 0 in records of a file */
+  INT16 type;            /* GZD_START_BLINK ... GZD_INPUT */
+  UINT16 read;           /* EVT_ bits */
+  UINT32 sttime, entime; /* ms */
+  float hstx, hsty;      /* head-referenced position at the start */
+  float gstx, gsty;      /* gaze position at the start */
+  float sta;             /* pupil size at the start */
+  float henx, heny;      /* the same at the end */
+  float genx, geny;
+  float ena;
+  float havx, havy; /* the same, averaged */
+  float gavx, gavy;
+  float ava;
+  float avel, pvel;     /* average and peak velocity */
+  float svel, evel;     /* velocity at start and end */
+  float supd_x, eupd_x; /* resolution at start and end */
+  float supd_y, eupd_y;
+  INT16 eye; /* GZD_LEFT_EYE or GZD_RIGHT_EYE */
+  UINT16 status, flags, input, buttons;
+  UINT16 parsedby;
+  LSTRING* message; /* text of a message, or null; lives as long as the record */
+  float headInSpaceX_start, headInSpaceX_end, headInSpaceX_avg;
+  float headInSpaceY_start, headInSpaceY_end, headInSpaceY_avg;
+  float eyeInHeadX_start, eyeInHeadX_end, eyeInHeadX_avg;
+  float eyeInHeadY_start, eyeInHeadY_end, eyeInHeadY_avg;
+  float headRotationX_start, headRotationX_end, headRotationX_avg;
+  float headRotationY_start, headRotationY_end, headRotationY_avg;
+  float headRotationZ_start, headRotationZ_end, headRotationZ_avg;
+  float headPositionX_start, headPositionX_end, headPositionX_avg;
+  float headPositionY_start, headPositionY_end, headPositionY_avg;
+  float headPositionZ_start, headPositionZ_end, headPositionZ_avg;
+} FEVENT;
+
+/* A message in a record of its own. */
+typedef struct {
+  UINT32 time;
+  INT16 type;
+  UINT16 length;
+  byte text[260];
+} IMESSAGE;
+
+/* A button or input change. */
+typedef struct {
+  UINT32 time;
+  INT16 type;
+  UINT16 data;
+} IOEVENT;
+
+/* The start or the end of a recording block. */
+typedef struct {
+  UINT32 time;         /* ms */
+  float sample_rate;   /* samples per second: 250, 500, 1000 or 2000 */
+  UINT16 eflags;       /* flags word of the events-start record */
+  UINT16 sflags;       /* SMP_ bits of the block's samples */
+  byte state;          /* GZD_BLOCK_START or GZD_BLOCK_END */
+  byte record_type;    /* GZD_RECORD_SAMPLES, _EVENTS or _BOTH */
+  byte pupil_type;     /* 0 area, 1 diameter */
+  byte recording_mode; /* 0 pupil only, 1 pupil and corneal reflection */
+  byte filter_type;    /* filter level */
+  byte pos_type;       /* position type of events: GZD_POSITION_ */
+  byte eye;            /* GZD_BLOCK_LEFT, _RIGHT, _BOTH or _NO_EYE */
+} RECORDINGS;
+
+/* Any record. Which member holds is told by gzd_get_next_data's code. */
+typedef union {
+  FEVENT fe;
+  IMESSAGE im;
+  IOEVENT io;
+  FSAMPLE fs;
+  RECORDINGS rec;
+} ALLF_DATA;
+
+/* One trial. */
+typedef struct {
+  RECORDINGS* rec;        /* the recording block it lies in; null until the trial is closed */
+  unsigned int duration;  /* ms; 0 when a later block start or the end of the file closed it */
+  unsigned int starttime; /* ms */
+  unsigned int endtime;   /* ms */
+} TRIAL;
+
+/* A place in the walk. */
+typedef struct {
+  unsigned int id; /* index of the element */
+} BOOKMARK;
+
+/* How to open a file. */
+typedef struct {
+  float default_rx; /* resolution for velocities when the file has none; MISSING_DATA: none */
+  float default_ry;
+  int enable_debug;      /* 1: write a trace of the opening to debug_file_name */
+  char* debug_file_name; /* used only while enable_debug is 1 */
+} CONFIG;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

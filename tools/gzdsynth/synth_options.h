@@ -1,0 +1,32 @@
+// The command line of gzdsynth.
+#ifndef GZDSYNTH_SYNTH_OPTIONS_H
+#define GZDSYNTH_SYNTH_OPTIONS_H
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session_settings.h"
+
+namespace gzdsynth {
+
+// A command line that cannot be obeyed; the text is for the user.
+class UsageError : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+struct SynthCommand {
+  bool help = false;
+  SessionSettings settings;
+};
+
+// Throws UsageError. With --help nothing else is checked.
+SynthCommand parseCommand(const std::vector<std::string_view>& arguments);
+
+// The text of --help, made of the same table that parses.
+std::string usageText();
+
+}  // namespace gzdsynth
+
+#endif
