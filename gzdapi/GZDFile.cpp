@@ -1,0 +1,130 @@
+// Opening, in this order: the configuration, the message log, the container with its preamble, the
+// scan of the records, the checks of the index.
+#include "GZDFile.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config.h"
+#include "consistency.h"
+
+namespace {
+
+constexpr int LEVEL_MASK = 3;
+constexpr const char* MESSAGE_LOG_NAME = "tq_messages.log";
+
+// The path given for the message logs of all files; empty when none was.
+std::string plogMsgFile;
+
+// Every file that is open, to know their records again.
+std::vector<const GZDFile*> open_files;
+
+std::string directory_of(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  return std::string(slash == path.npos ? std::string_view() : path.substr(0, slash + 1));
+}
+
+// The stream of the file's records; the state takes over what the preamble tells.
+std::unique_ptr<InputStream> open_stream(const char* path, Preamble& preamble, StreamState& state) {
+  auto stream = open_container(path, preamble);
+  state.revision = preamble.revision;
+  state.ovilo_revision = preamble.ovilo_revision;
+  return stream;
+}
+
+}  // namespace
+
+int kind_of_handed_out_record(const ALLF_DATA* record) {
+  for (const GZDFile* file : open_files) {
+    if (const int kind = file->kindOfRecord(record)) return kind;
+  }
+  return 0;
+}
+
+void set_message_log_path(const char* path) { plogMsgFile = path != nullptr ? path : ""; }
+
+// ---- opening -------------------------------------------------------------------------------------------------
+
+GZDFile::GZDFile(const char* path, int flags, int loadEvents, int loadSamples,
+                 const CONFIG* config)
+    : file((update_default_config(config),
+            (loadEvents & GZD_LOAD_MESSAGE_LOG) != 0 ? openMessageLog(path) : void(),
+            open_stream(path, preamble, state))),
+      reader(*file, state, index),
+      merge(index, walk, messageLog, [this](UINT32 item) { return reader.messageText(item); }),
+      trials(index, walk, merge, messageLog, [this](UINT32 item) { return reader.getFloatData(item); }),
+      bookmarks(index, walk),
+      timeShift((flags & GZD_OPEN_NO_TIME_SHIFT) != 0) {
+  scan(flags, loadEvents, loadSamples);
+  open_files.push_back(this);
+}
+
+GZDFile::~GZDFile() { std::erase(open_files, this); }
+
+void GZDFile::openMessageLog(const char* path) {
+  const std::string name = plogMsgFile.empty() ? directory_of(path) + MESSAGE_LOG_NAME : plogMsgFile;
+  messageLog.setEyeLogFileName(name.c_str());
+  messageLog.openEyeLogFile();
+}
+
+void GZDFile::scan(int flags, int loadEvents, int loadSamples) {
+  const int level = flags & LEVEL_MASK;
+  const bool repair = level == GZD_CONSISTENCY_REPAIR;
+  state.enableMsgTimestampOffsetTranslation = (flags & GZD_OPEN_MESSAGE_OFFSETS) != 0;
+  preScan(*file, state,
+          {.failsafe = (flags & GZD_OPEN_FAILSAFE) != 0,
+           .fixConsistency = repair,
+           .loadEvents = loadEvents != 0,
+           .loadSamples = loadSamples != 0,
+           .debugFileName = default_config().debug_file_name},
+          index);
+  reader.useState(state);
+  if (level != GZD_CONSISTENCY_NONE) {
+    checkConsistency(index, repair, [this](UINT32 item) { return reader.messageText(item); });
+  }
+  reader.indexIsFinal(repair);
+}
+
+// ---- the walk --------------------------------------------------------------------------------------------------
+
+ALLF_DATA* GZDFile::getFloatData() {
+  return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);
+}
+
+ALLF_DATA* GZDFile::getFloatDataMergeWithLog() {
+  if (!merge.isFromLog()) return getFloatData();
+  logRecord = merge.logRecord();
+  return &logRecord;
+}
+
+ALLF_DATA* GZDFile::getSampleCloseToTime(UINT32 stamp) {
+  const int found = findIndex(index, stamp, 0, static_cast<int>(index.size()) - 1);
+  if (found < 1) return nullptr;
+  ALLF_DATA* const record = reader.getFloatData(static_cast<UINT32>(found));
+  if (record != nullptr) shift(*record, GZD_SAMPLE);
+  return record;
+}
+
+void GZDFile::adjustTimes(ALLF_DATA* d) {
+  shift(*d, merge.isFromLog() && d == &logRecord ? GZD_MESSAGE : currentType());
+}
+
+void GZDFile::shift(ALLF_DATA& record, int type) {
+  timeShift.adjustTimes(record, type, index.minTime, index.maxTime);
+}
+
+UINT32 GZDFile::elementCount() const {
+  return index.size() + static_cast<UINT32>(std::max(messageLog.getNumOfLogMsg(), 0));
+}
+
+int GZDFile::currentType() const {
+  if (walk.currentData == 0 || walk.currentData > index.size()) return 0;
+  return index.gzdItemList[walk.currentData - 1].getItemType();
+}
+
+int GZDFile::kindOfRecord(const ALLF_DATA* record) const {
+  if (record == reader.record()) return reader.typeOfRecord();
+  return record == &logRecord ? GZD_MESSAGE : 0;
+}

@@ -1,0 +1,91 @@
+// An open recording: the rooms of the library put together.
+#ifndef GZDAPI_GZDFILE_H
+#define GZDAPI_GZDFILE_H
+
+#include <memory>
+
+#include "container.h"
+#include "gzd.h"
+#include "index.h"
+#include "log_merge.h"
+#include "logmsg.h"
+#include "positions.h"
+#include "prescan.h"
+#include "reader.h"
+#include "stream_state.h"
+#include "time_shift.h"
+#include "trials.h"
+#include "walk.h"
+
+class GZDFile : public _GZDFILE {
+ public:
+  // Opens and indexes the recording at `path`; the arguments are those of gzd_open_file_ex. Throws
+  // GZDException.
+  GZDFile(const char* path, int flags, int loadEvents, int loadSamples, const CONFIG* config);
+  GZDFile(const GZDFile&) = delete;
+  GZDFile& operator=(const GZDFile&) = delete;
+  ~GZDFile();
+
+  // ---- the walk ----
+  int getNextDataMergeWithLog() { return merge.getNextDataMergeWithLog(); }
+  // The record of the element just announced, its times not shifted; null when there is none.
+  ALLF_DATA* getFloatData();
+  // The same, of the log's message while one is announced.
+  ALLF_DATA* getFloatDataMergeWithLog();
+  // The sample at a stamp, its times shifted; null when there is none.
+  ALLF_DATA* getSampleCloseToTime(UINT32 stamp);
+  // Shifts the times of the record of the element just announced.
+  void adjustTimes(ALLF_DATA* d);
+  void setVelocityKinds(unsigned kinds) { reader.setVelocityKinds(kinds); }
+
+  [[nodiscard]] UINT32 elementCount() const;
+  [[nodiscard]] UINT32 elementIndex() const { return walk.currentData; }
+  // The type of the recording's element at the current position; 0 when there is none.
+  [[nodiscard]] int currentType() const;
+  // The kind of a record that this file has handed out; 0 when it is not one.
+  [[nodiscard]] int kindOfRecord(const ALLF_DATA* record) const;
+
+  // ---- facts ----
+  [[nodiscard]] const std::string& getPreamText() const { return preamble.preText; }
+  [[nodiscard]] int getRevision() const { return preamble.revision; }
+  [[nodiscard]] int getOviloRevision() const { return preamble.ovilo_revision; }
+  [[nodiscard]] int filterLevel() const { return state.ffilter; }
+  [[nodiscard]] int inputType() const { return index.inputType; }
+  // The block that the walk is in, or null.
+  [[nodiscard]] const Recording* lastRecording() const { return walk.lastRecording; }
+
+  // The time on the file's own clock of a sample's time that was handed out.
+  [[nodiscard]] UINT32 recordedTime(UINT32 time) const {
+    return timeShift.recordedTime(time, index.minTime);
+  }
+
+  // ---- trials and bookmarks ----
+  Trials& getTrials() { return trials; }
+  Bookmarks& getBookmarks() { return bookmarks; }
+
+ private:
+  void openMessageLog(const char* path);
+  void scan(int flags, int loadEvents, int loadSamples);
+  void shift(ALLF_DATA& record, int type);
+
+  Preamble preamble;
+  StreamState state;
+  Index index;
+  Walk walk;
+  MessageLog messageLog;
+  std::unique_ptr<InputStream> file;
+  Reader reader;
+  LogMerge merge;
+  Trials trials;
+  Bookmarks bookmarks;
+  TimeShift timeShift;
+  ALLF_DATA logRecord{};  // of the log's message, while its times are shifted
+};
+
+// The kind of a record that any open file has handed out; 0 when it is not one.
+int kind_of_handed_out_record(const ALLF_DATA* record);
+
+// The path of the message log for files opened from now on; empty for the one beside the file.
+void set_message_log_path(const char* path);
+
+#endif

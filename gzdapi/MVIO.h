@@ -1,0 +1,135 @@
+// The byte stream under the reader: raw bytes, lines of text, big-endian words, integers, floats.
+#ifndef GZDAPI_MVIO_H
+#define GZDAPI_MVIO_H
+
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+
+#include "GZDException.h"
+#include "big_endian.h"
+#include "gzd_data.h"
+
+// A stream holds a window of contiguous bytes and a cursor in it; the position in the file follows
+// from the two. Reads that the window can serve touch nothing else.
+class InputStream {
+ public:
+  InputStream() = default;
+  InputStream(const InputStream&) = delete;
+  InputStream& operator=(const InputStream&) = delete;
+  virtual ~InputStream() = default;
+
+  // Size in bytes, cut to 32 bits. The position stays.
+  virtual int getFileSize() = 0;
+  // Moves to a byte offset from the start; past the end is allowed, reads there come up short.
+  virtual void seek(INT64 offset) = 0;
+
+  // seek(), without a call when the place lies in the window.
+  void moveTo(INT64 offset) {
+    const INT64 ahead = offset - getFilePos();
+    if (ahead >= windowStart - cursor && ahead <= limit - cursor) {
+      cursor += ahead;
+      hitEnd = false;
+    } else {
+      seek(offset);
+    }
+  }
+
+  // True once a read has hit the end, until the next seek.
+  [[nodiscard]] bool eof() const { return hitEnd; }
+  [[nodiscard]] INT64 getFilePos() const { return limitPos - (limit - cursor); }
+
+  // Copies up to `count` bytes and returns how many there were.
+  int getRawData(void* buffer, int count);
+  // Reads a line, at most capacity - 1 characters, its newline included, and ends it with a NUL.
+  // Returns the length up to the first NUL, or -1 when nothing is left. The position moves by the
+  // bytes taken.
+  int getTerminatedString(char* buffer, int capacity);
+
+  // Each reads one value and throws GZDException, logged first, when the stream ends inside it.
+  // The position has then moved to the end.
+  INT16 getWord();
+  INT32 getInt();
+  float getFloat();  // NOT_RECORDED reads as MISSING_DATA
+  byte getByte();
+  void getData(void* buffer, int count);
+
+  // `count` contiguous bytes at the position, or null when the stream ends before (or the window
+  // cannot hold so many). The position stays; take() moves over bytes that peek has shown.
+  const byte* peek(std::size_t count) {
+    return static_cast<std::size_t>(limit - cursor) >= count ? cursor : peekBeyond(count);
+  }
+  void take(std::size_t count) { cursor += count; }
+
+ protected:
+  // Brings more bytes behind the cursor, at least `count` in all when the stream has them. Returns
+  // false when it does not.
+  virtual bool refill(std::size_t count) = 0;
+
+  const byte* windowStart = nullptr;
+  const byte* cursor = nullptr;
+  const byte* limit = nullptr;
+  INT64 limitPos = 0;  // offset in the file of `limit`
+  bool hitEnd = false;
+
+ private:
+  const byte* peekBeyond(std::size_t count) { return refill(count) ? cursor : nullptr; }
+};
+
+// A stream over a stdio file, read in pieces that grow with sequential use.
+class FileInputStream : public InputStream {
+ public:
+  // Opens `path`; throws GZDException, logged first, when that fails or it is not a regular file.
+  explicit FileInputStream(const char* path);
+  // Takes over an open file and goes to its beginning.
+  explicit FileInputStream(FILE* in);
+
+  int getFileSize() override;
+  void seek(INT64 offset) override;
+
+  // The file itself, at the stream's position. It stays the stream's; after using it, seek.
+  FILE* getRawFile();
+
+ protected:
+  bool refill(std::size_t count) override;
+
+ private:
+  struct Closer {
+    void operator()(FILE* f) const { std::fclose(f); }
+  };
+
+  void setUp();
+  std::size_t readInto(byte* target, std::size_t count);
+
+  std::unique_ptr<FILE, Closer> file;
+  std::unique_ptr<byte[]> buffer;
+  INT64 fileOffset = 0;       // where the FILE stands
+  std::size_t readAhead = 0;  // size of the next read
+};
+
+// A read cursor over the bytes of a message that holds binary values.
+class LString {
+ public:
+  LString(const byte* text, std::size_t length) : bp(text), left(length) {}
+
+  // The next four bytes as a big-endian float, no value mapped; 0 behind the end.
+  float getFloat() {
+    if (left < sizeof(float)) return 0.0f;
+    const float value = load_be_float(bp);
+    bp += sizeof(float);
+    left -= sizeof(float);
+    return value;
+  }
+  // The next byte; 0 behind the end.
+  byte getByte() {
+    if (left == 0) return 0;
+    --left;
+    return *bp++;
+  }
+
+ private:
+  const byte* bp;
+  std::size_t left;
+};
+
+#endif

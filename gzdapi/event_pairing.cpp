@@ -1,0 +1,59 @@
+#include "event_pairing.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::size_t KINDS = 3;  // blinks, saccades, fixations
+constexpr std::size_t EYES = 2;
+
+std::size_t pairOf(const GZDItem& item) {
+  const auto kind = static_cast<std::size_t>(item.getItemType() - GZD_START_BLINK) / 2;
+  return kind * EYES + static_cast<std::size_t>(item.getEye());
+}
+
+// True when an end is to show its start's entry time instead of the time in its own record.
+bool startDecides(const GZDItem& start, const GZDItem& end) {
+  return start.isTimeChanged() || start.isDummy() ||
+         (end.getItemType() == GZD_END_BLINK && end.isBlinkMerged());
+}
+
+}  // namespace
+
+EventPairing EventPairing::build(const Index& index) {
+  EventPairing pairing;
+  std::array<const GZDItem*, KINDS * EYES> open{};
+  for (UINT32 i = 0; i < index.size(); ++i) {
+    const GZDItem& item = index.gzdItemList[i];
+    if (!item.isEyeEvent()) continue;
+    const GZDItem*& start = open[pairOf(item)];
+    if (item.isStartEvent()) {
+      start = &item;
+    } else if (start != nullptr) {
+      const UINT32 startTime = time_of_stamp(start->getTimeStamp());
+      if (startDecides(*start, item) && startTime < time_of_stamp(item.getTimeStamp())) {
+        pairing.ends.push_back({i, startTime});
+      }
+      start = nullptr;
+    }
+  }
+  return pairing;
+}
+
+void EventPairing::showEntryTime(const GZDItem& item, FEVENT& event) {
+  const UINT32 time = time_of_stamp(item.getTimeStamp());
+  if (item.isStartEvent()) {
+    event.sttime = time;
+  } else {
+    event.entime = time;
+    event.sttime = std::min(event.sttime, time);
+  }
+}
+
+void EventPairing::showStartTime(UINT32 itemIndex, FEVENT& event) const {
+  const auto found =
+      std::lower_bound(ends.begin(), ends.end(), itemIndex,
+                       [](const ChangedEnd& end, UINT32 wanted) { return end.itemIndex < wanted; });
+  if (found != ends.end() && found->itemIndex == itemIndex) event.sttime = found->startTime;
+}

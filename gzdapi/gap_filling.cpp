@@ -1,0 +1,172 @@
+// Three steps over the sample stream: gaps between samples are filled while the file is scanned
+// (SampleClock), gaps between the start of a block and its first sample once the index is in order
+// (pad_block_starts), and what is irregular after that is counted (report_sample_periods).
+#include "gap_filling.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "gzd.h"
+
+namespace {
+
+constexpr INT64 LONGEST_PERIOD = 8;
+
+unsigned long long printable(UINT64 value) {
+  return value;
+}
+
+GZDItem dummy_sample(UINT64 stamp) {
+  return {POSITION_OF_DUMMY, GZD_SAMPLE, SIDE_NONE, 0, stamp};
+}
+
+}  // namespace
+
+void SampleClock::findPeriod(INT64 stamp, float sampleRate) {
+  const INT64 observed = stamp - previousStamp();
+  if (observed > LONGEST_PERIOD || observed <= 0) return;
+  period = observed;
+  const int expected = stamps_per_sample(sampleRate);
+  if (expected < 1 || expected > LONGEST_PERIOD || expected == observed) return;
+  print_log(
+      "Intersample period does not match with the sample rate given by the start recording event! "
+      "Using start recording sample rate. %d %d %d %d \n",
+      expected, static_cast<int>(observed), static_cast<int>(previousStamp()),
+      static_cast<int>(stamp));
+  period = expected;
+}
+
+void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRate,
+                             DummyBudget& budget) {
+  const INT64 stamp = static_cast<INT64>(unsignedStamp);
+  if (!knowsPeriod()) findPeriod(stamp, sampleRate);
+  if (!knowsPeriod() || stamp - previousStamp() <= period) return;
+
+  const int missing = static_cast<INT32>(stamp - 2 * last) / static_cast<INT32>(period);
+  print_log("Missing %d samples. Inserting dummy samples \n", missing);
+  print_log("Missing (%llu-%llu) samples. Calculating speriod \n",
+            printable(static_cast<UINT64>(last)), printable(unsignedStamp >> 1));
+  std::fflush(nullptr);
+  if (missing > DummyBudget::LONGEST_GAP || !budget.allows(missing - 1)) {
+    print_log("Missing samples are over 10000, skip it without addimg missing samples\n ");
+    return;
+  }
+  for (INT64 k = 1; k < missing; ++k) {
+    index.gzdItemList.push_back(dummy_sample(static_cast<UINT64>(previousStamp() + k * period)));
+  }
+}
+
+// ---- block starts
+// ------------------------------------------------------------------------------------
+
+namespace {
+
+class BlockStartPadding {
+ public:
+  explicit BlockStartPadding(DummyBudget& dummyBudget) : budget(dummyBudget) {}
+
+  // Pads between the block starts since the last sample and `sample`: the dummies, in ascending
+  // order, go to `dummies`.
+  void pad(const std::vector<const Recording*>& starts, UINT64 sampleStamp) {
+    dummies.clear();
+    firstStamp = sampleStamp;
+    for (const Recording* start : starts) padOne(*start);
+    std::reverse(dummies.begin(), dummies.end());
+  }
+
+  std::vector<GZDItem> dummies;
+
+ private:
+  void padOne(const Recording& start) {
+    if (firstStamp <= start.getTime()) return;
+    const int diff = static_cast<int>((firstStamp - start.getTime()) / 2);
+    const int count = static_cast<int>(diff / (1000.0 / static_cast<double>(start.sample_rate)));
+    print_log(
+        "Missing sample at trial start. Trial start time = %llu First sample time=%llu diff=%d  "
+        "SampleRate=%.1f  Missing Sample count=%d\n",
+        printable(start.getTime() >> 1), printable(firstStamp >> 1), diff,
+        static_cast<double>(start.sample_rate), count);
+    if (!budget.allows(count)) return;
+    const UINT64 sampleStamp = firstStamp;
+    const UINT64 period = static_cast<UINT64>(stamps_per_sample(start.sample_rate));
+    for (int k = 1; k <= count; ++k) {
+      firstStamp = sampleStamp - static_cast<UINT64>(k) * period;
+      print_log("Inserting dummy sample at %d %llu\n", k, printable(firstStamp >> 1));
+      dummies.push_back(dummy_sample(firstStamp));
+    }
+  }
+
+  DummyBudget& budget;
+  UINT64 firstStamp = 0;
+};
+
+bool awaits_samples(const GZDItem& item) {
+  return item.isRecordingStart() && (item.getRecording()->sflags & (SMP_LEFT | SMP_RIGHT)) != 0;
+}
+
+}  // namespace
+
+void pad_block_starts(Index& index, DummyBudget& budget) {
+  struct Insertion {
+    std::size_t before;
+    std::vector<GZDItem> dummies;
+  };
+  std::vector<Insertion> insertions;
+  std::vector<const Recording*> waiting;
+  BlockStartPadding padding(budget);
+  std::size_t added = 0;
+  for (std::size_t i = 0; i < index.gzdItemList.size(); ++i) {
+    const GZDItem& item = index.gzdItemList[i];
+    if (awaits_samples(item)) {
+      waiting.push_back(item.getRecording());
+    } else if (item.isSample() && !waiting.empty()) {
+      padding.pad(waiting, item.getTimeStamp());
+      waiting.clear();
+      added += padding.dummies.size();
+      if (!padding.dummies.empty()) insertions.push_back({i, std::move(padding.dummies)});
+    }
+  }
+  if (insertions.empty()) return;
+
+  std::vector<GZDItem> padded;
+  padded.reserve(index.gzdItemList.size() + added);
+  auto copied = index.gzdItemList.begin();
+  for (const Insertion& insertion : insertions) {
+    const auto sample = index.gzdItemList.begin() + static_cast<std::ptrdiff_t>(insertion.before);
+    padded.insert(padded.end(), copied, sample);
+    padded.insert(padded.end(), insertion.dummies.begin(), insertion.dummies.end());
+    copied = sample;
+  }
+  padded.insert(padded.end(), copied, index.gzdItemList.end());
+  index.gzdItemList = std::move(padded);
+}
+
+// ---- statistics
+// ----------------------------------------------------------------------------------------
+
+void report_sample_periods(const Index& index) {
+  unsigned shorter = 0;
+  unsigned longer = 0;
+  INT64 expected = 0;
+  bool hasPrevious = false;
+  INT64 previous = 0;
+  for (const GZDItem& item : index.gzdItemList) {
+    if (item.isRecording()) {
+      expected = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
+      hasPrevious = false;
+    } else if (item.isSample() && expected == 0) {
+      print_log("Sample at time %ld encountered before start of next recording block\n",
+                static_cast<long>(item.getTimeStamp()));
+    } else if (item.isSample()) {
+      const INT64 stamp = static_cast<INT64>(item.getTimeStamp());
+      if (hasPrevious && stamp - previous < expected) ++shorter;
+      if (hasPrevious && stamp - previous > expected) ++longer;
+      previous = stamp;
+      hasPrevious = true;
+    }
+  }
+  constexpr const char* COUNT_LINE =
+      "%u inter-sample periods were %s than expected from the sampling rate\n";
+  if (shorter != 0) print_log(COUNT_LINE, shorter, "shorter");
+  if (longer != 0) print_log(COUNT_LINE, longer, "longer");
+}

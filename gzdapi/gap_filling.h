@@ -1,0 +1,65 @@
+// Fills gaps in the sample stream with dummy entries, and counts irregular steps.
+#ifndef GZDAPI_GAP_FILLING_H
+#define GZDAPI_GAP_FILLING_H
+
+#include "index.h"
+
+// Bounds on the entries made for samples that are not there.
+struct DummyBudget {
+  static constexpr int LONGEST_GAP = 10000;    // samples of one gap
+  static constexpr int ALL_GAPS = 10'000'000;  // samples of all gaps of a file
+
+  // Takes `count` from what is left of the file's budget. False when one gap or the file would
+  // exceed its bound; nothing is taken then.
+  bool allows(int count) {
+    if (count > LONGEST_GAP || count > left) return false;
+    if (count > 0) left -= count;
+    return true;
+  }
+
+  int left = ALL_GAPS;
+};
+
+// Follows the times of the samples while the file is scanned.
+class SampleClock {
+ public:
+  // At any boundary of a block; at a start the period has to be found anew.
+  void forgetTimes() { last = beforeLast = UNKNOWN; }
+  void forgetPeriod() { period = UNKNOWN; }
+
+  // The stamp of a sample at `time`: a repeated time counts as half a millisecond later.
+  [[nodiscard]] UINT64 stampOf(UINT32 time) const {
+    return stamp_of_time(time) + (INT64{time} == last ? 1 : 0);
+  }
+  // Enters dummies for the samples missing before one with `stamp`, and says so in the log.
+  void fillGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget) {
+    if (last < 1 || beforeLast < 1) return;
+    if (knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period) return;
+    examineGap(index, stamp, sampleRate, budget);
+  }
+  void advance(UINT32 time) {
+    beforeLast = last;
+    last = time;
+  }
+
+ private:
+  static constexpr int UNKNOWN = -1;
+
+  [[nodiscard]] INT64 previousStamp() const { return 2 * last + (last == beforeLast ? 1 : 0); }
+  void examineGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget);
+  void findPeriod(INT64 stamp, float sampleRate);
+  [[nodiscard]] bool knowsPeriod() const { return period >= 1 && period <= 8; }
+
+  INT64 last = UNKNOWN;  // ms
+  INT64 beforeLast = UNKNOWN;
+  INT64 period = UNKNOWN;  // stamps
+};
+
+// Enters dummies for samples that are missing at the start of blocks. The index is in time order.
+void pad_block_starts(Index& index, DummyBudget& budget);
+
+// Logs samples outside blocks and how many steps between samples are shorter or longer than the
+// rate says. The index is in time order.
+void report_sample_periods(const Index& index);
+
+#endif

@@ -1,0 +1,317 @@
+// The C boundary: exceptions end here, and nothing else happens here.
+#include "gzd.h"
+
+#include <algorithm>
+#include <new>
+
+#include "GZDFile.h"
+#include "config.h"
+#include "log.h"
+#include "physical_setup.h"
+#include "raw_data.h"
+#include "version.h"
+
+namespace {
+
+GZDFile& of(GZDFILE* handle) { return *static_cast<GZDFile*>(handle); }
+
+constexpr const char* OUT_OF_MEMORY = "Out of memory";
+
+// The result of `call`, or `failure` when it ends with an exception, which is logged.
+template <class Result, class Call>
+Result guarded(Result failure, Call call) noexcept {
+  try {
+    return call();
+  } catch (const GZDException& error) {
+    print_log("Error %s \n", error.getMessage());
+  } catch (const std::bad_alloc&) {
+    print_log("Error %s \n", OUT_OF_MEMORY);
+  }
+  return failure;
+}
+
+GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, const CONFIG* config,
+              int* rv) noexcept {
+  *rv = 0;
+  try {
+    return new GZDFile(fname, flags, loadevents, loadsamples, config);
+  } catch (const GZDException& error) {
+    print_log("%s\n", error.getMessage());
+  } catch (const std::bad_alloc&) {
+    print_log("%s\n", OUT_OF_MEMORY);
+  }
+  *rv = -1;
+  return nullptr;
+}
+
+int kind_of(const ALLF_DATA* record) {
+  const int kind = kind_of_handed_out_record(record);
+  return kind != 0 ? kind : record->fe.type;
+}
+
+// The record of the element at the current position when `isWanted` says so of its type.
+template <class Test>
+ALLF_DATA* current_record(GZDFILE* ef, Test isWanted) {
+  if (!isWanted(of(ef).currentType())) return nullptr;
+  return guarded<ALLF_DATA*>(nullptr, [ef] {
+    ALLF_DATA* const record = of(ef).getFloatData();
+    if (record != nullptr) of(ef).adjustTimes(record);
+    return record;
+  });
+}
+
+double rate_of(GZDFILE* ef) {
+  const Recording* const block = of(ef).lastRecording();
+  return block != nullptr ? static_cast<double>(block->getSampleRate()) : 0.0;
+}
+
+// The camera set-up of the trial that a sample lies in.
+CameraSetup camera_at(GZDFILE* gzd, const FSAMPLE* sam) {
+  return guarded(CameraSetup(), [=] {
+    CameraSetup camera;
+    Trials& trials = of(gzd).getTrials();
+    const UINT32 time = of(gzd).recordedTime(sam->time);
+    camera.prescaler = trials.getGazePrescaler(time);
+    trials.getWindowSize(time, &camera.width, &camera.height);
+    return camera;
+  });
+}
+
+}  // namespace
+
+// ---- opening, closing, logging ---------------------------------------------------------------------------------
+
+GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
+                       int* rv) {
+  return open(fname, consistency, loadevents, loadsamples, &UNSET_CONFIG, rv);
+}
+
+GZDFILE* gzd_open_file_ex(const char* fname, int consistency, int loadevents, int loadsamples,
+                          CONFIG* config, int* rv) {
+  return open(fname, consistency, loadevents, loadsamples, config, rv);
+}
+
+int gzd_close_file(GZDFILE* ef) {
+  delete static_cast<GZDFile*>(ef);
+  return 0;
+}
+
+int gzd_set_extra_message_file(const char* fname) {
+  return guarded(-1, [fname] {
+    set_message_log_path(fname);
+    return 0;
+  });
+}
+
+void gzd_set_log_function(void* lfcn) { set_log_function(reinterpret_cast<LogFunction>(lfcn)); }
+
+const char* gzd_get_version() { return GZD_VERSION_TEXT; }
+
+// ---- walking ---------------------------------------------------------------------------------------------------
+
+int gzd_get_next_data(GZDFILE* ef) {
+  return guarded(GZD_END_OF_DATA, [ef] { return of(ef).getNextDataMergeWithLog(); });
+}
+
+ALLF_DATA* gzd_get_float_data(GZDFILE* ef) {
+  return guarded<ALLF_DATA*>(nullptr, [ef] {
+    ALLF_DATA* const record = of(ef).getFloatDataMergeWithLog();
+    if (record != nullptr) of(ef).adjustTimes(record);
+    return record;
+  });
+}
+
+ALLF_DATA* gzd_get_sample_close_to_time(GZDFILE* ef, unsigned int time) {
+  return guarded<ALLF_DATA*>(nullptr, [=] { return of(ef).getSampleCloseToTime(time * 2); });
+}
+
+unsigned int gzd_get_element_count(GZDFILE* ef) { return of(ef).elementCount(); }
+
+unsigned int gzd_get_element_index(GZDFILE* ef) { return of(ef).elementIndex(); }
+
+FEVENT* gzd_get_event(ALLF_DATA* allfdata) {
+  if (allfdata == nullptr) return nullptr;
+  const int kind = kind_of(allfdata);
+  return kind != GZD_SAMPLE && kind != GZD_RECORDING ? &allfdata->fe : nullptr;
+}
+
+FSAMPLE* gzd_get_sample(ALLF_DATA* allfdata) {
+  return allfdata != nullptr && kind_of(allfdata) == GZD_SAMPLE ? &allfdata->fs : nullptr;
+}
+
+RECORDINGS* gzd_get_recording(ALLF_DATA* allfdata) {
+  return allfdata != nullptr && kind_of(allfdata) == GZD_RECORDING ? &allfdata->rec : nullptr;
+}
+
+FEVENT* gzd_get_event_data(GZDFILE* ef) {
+  ALLF_DATA* const record = current_record(ef, is_known_event_type);
+  return record != nullptr ? &record->fe : nullptr;
+}
+
+FSAMPLE* gzd_get_sample_data(GZDFILE* ef) {
+  ALLF_DATA* const record = current_record(ef, [](int type) { return type == GZD_SAMPLE; });
+  return record != nullptr ? &record->fs : nullptr;
+}
+
+RECORDINGS* gzd_get_recording_data(GZDFILE* ef) {
+  ALLF_DATA* const record = current_record(ef, [](int type) { return type == GZD_RECORDING; });
+  return record != nullptr ? &record->rec : nullptr;
+}
+
+void gzd_set_velocity_kinds(GZDFILE* ef, unsigned int kinds) { of(ef).setVelocityKinds(kinds); }
+
+// ---- file facts ------------------------------------------------------------------------------------------------
+
+int gzd_get_preamble_text(GZDFILE* ef, char* buffer, int length) {
+  if (length < 1) return 0;
+  const std::string& text = of(ef).getPreamText();
+  const std::size_t copied = text.copy(buffer, static_cast<std::size_t>(length - 1));
+  buffer[copied] = '\0';
+  return 0;
+}
+
+int gzd_get_preamble_text_length(GZDFILE* ef) {
+  return static_cast<int>(of(ef).getPreamText().size()) + 1;
+}
+
+float gzd_get_sample_per_second(GZDFILE* ef) { return static_cast<float>(rate_of(ef)); }
+
+int gzd_get_sample_interval(GZDFILE* ef) {
+  const double rate = rate_of(ef);
+  return rate > 0.0 ? static_cast<int>(1000.0 / rate) : 0;
+}
+
+float gzd_get_sample_interval_ex(GZDFILE* ef) {
+  const float rate = static_cast<float>(rate_of(ef));
+  return rate > 0.0f ? 1000.0f / rate : 0.0f;
+}
+
+int gzd_get_revision(GZDFILE* ef) { return of(ef).getRevision(); }
+
+int gzd_get_ovilo_revision(GZDFILE* ef) { return of(ef).getOviloRevision(); }
+
+int get_filter_level_for_sample(GZDFILE* ef) { return of(ef).filterLevel(); }
+
+int gzd_get_input_data_availibity(GZDFILE* ef) { return of(ef).inputType(); }
+
+// ---- trials ----------------------------------------------------------------------------------------------------
+
+int gzd_set_trial_identifier(GZDFILE* ef, char* start, char* end) {
+  return guarded(0, [=] {
+    of(ef).getTrials().setTrialIdentifier(start, end);
+    return 0;
+  });
+}
+
+char* gzd_get_start_trial_identifier(GZDFILE* ef) {
+  return of(ef).getTrials().getTrialIdentifier();
+}
+
+char* gzd_get_end_trial_identifier(GZDFILE* ef) {
+  return of(ef).getTrials().getEndTrialIdentifier();
+}
+
+int gzd_get_trial_count(GZDFILE* ef) {
+  return guarded(0, [ef] { return of(ef).getTrials().count(); });
+}
+
+int gzd_jump_to_trial(GZDFILE* ef, int trial) {
+  return guarded(-1, [=] { return of(ef).getTrials().jumpToTrial(trial); });
+}
+
+int gzd_goto_next_trial(GZDFILE* ef) {
+  return guarded(-1, [=] { return of(ef).getTrials().gotoNextTrial(); });
+}
+
+int gzd_goto_previous_trial(GZDFILE* ef) {
+  return guarded(-1, [=] { return of(ef).getTrials().gotoPreviousTrial(); });
+}
+
+int gzd_goto_trial_with_start_time(GZDFILE* ef, unsigned int start_time) {
+  return guarded(-1, [=] { return of(ef).getTrials().gotoTrialWithStartTime(start_time); });
+}
+
+int gzd_goto_trial_with_end_time(GZDFILE* ef, unsigned int end_time) {
+  return guarded(-1, [=] { return of(ef).getTrials().gotoTrialWithEndTime(end_time); });
+}
+
+int gzd_get_trial_header(GZDFILE* ef, TRIAL* trial) {
+  return guarded(-1, [=] { return of(ef).getTrials().getTrialHeaders(trial); });
+}
+
+// ---- bookmarks -------------------------------------------------------------------------------------------------
+
+int gzd_set_bookmark(GZDFILE* ef, BOOKMARK* bm) {
+  return guarded(-1, [=] { return of(ef).getBookmarks().setBookMark(bm); });
+}
+
+int gzd_free_bookmark(GZDFILE* ef, BOOKMARK* bm) {
+  return guarded(-1, [=] { return of(ef).getBookmarks().removeBookMark(bm); });
+}
+
+int gzd_goto_bookmark(GZDFILE* ef, BOOKMARK* bm) {
+  return of(ef).getBookmarks().gotoBookMark(bm);
+}
+
+int gzd_goto_next_bookmark(GZDFILE* ef) { return of(ef).getBookmarks().gotoNextBookMark(); }
+
+int gzd_goto_previous_bookmark(GZDFILE* ef) {
+  return of(ef).getBookmarks().gotoPreviousBookMark();
+}
+
+// ---- raw camera data -------------------------------------------------------------------------------------------
+
+UINT32 gzd_get_uncorrected_pupil_area(GZDFILE*, FSAMPLE* sam, int eye) {
+  return uncorrected_pupil_area(*sam, eye);
+}
+
+void gzd_get_uncorrected_raw_pupil(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv) {
+  uncorrected_raw_pupil(camera_at(gzd, sam), *sam, eye, rv);
+}
+
+UINT32 gzd_get_uncorrected_cr_area(GZDFILE* gzd, FSAMPLE* sam, int eye) {
+  return uncorrected_cr_area(camera_at(gzd, sam), *sam, eye);
+}
+
+void gzd_get_uncorrected_raw_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv) {
+  uncorrected_raw_cr(camera_at(gzd, sam), *sam, eye, rv);
+}
+
+UINT32 gzd_get_uncorrected_cr2_area(GZDFILE*, FSAMPLE* sam, int eye) {
+  return uncorrected_cr2_area(*sam, eye);
+}
+
+void gzd_get_uncorrected_raw_cr2(GZDFILE*, FSAMPLE* sam, int eye, float* rv) {
+  uncorrected_raw_cr2(*sam, eye, rv);
+}
+
+void gzd_get_pupil_dimension(GZDFILE* gzd, FSAMPLE* sam, int eye, UINT32* rv) {
+  pupil_dimension(camera_at(gzd, sam), *sam, eye, rv);
+}
+
+void gzd_get_cr_dimension(GZDFILE*, FSAMPLE* sam, UINT32* rv) { cr_dimension(*sam, rv); }
+
+void gzd_get_window_position(GZDFILE* gzd, FSAMPLE* sam, UINT32* rv) {
+  window_position(camera_at(gzd, sam), *sam, rv);
+}
+
+void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv) {
+  pupil_cr(camera_at(gzd, sam), *sam, eye, rv);
+}
+
+// ---- pixels per degree -----------------------------------------------------------------------------------------
+
+int gzd_compute_physical_setup(float simulation_screen_distance,
+                               float simulation_screen_distance_bot, float screen_phys_l,
+                               float screen_phys_t, float screen_phys_r, float screen_phys_b,
+                               float screen_pixel_l, float screen_pixel_t, float screen_pixel_r,
+                               float screen_pixel_b) {
+  return compute_physical_setup(
+      simulation_screen_distance, simulation_screen_distance_bot,
+      {screen_phys_l, screen_phys_t, screen_phys_r, screen_phys_b},
+      {screen_pixel_l, screen_pixel_t, screen_pixel_r, screen_pixel_b});
+}
+
+void gzd_calculate_ppd(float hpixel, float vpixel, FSAMPLE* f, int eye, double* rx, double* ry) {
+  calculate_ppd(hpixel, vpixel, *f, eye, rx, ry);
+}

@@ -1,0 +1,33 @@
+// Insertions and removals collected during a walk over the index and carried out in one pass.
+#ifndef GZDAPI_INDEX_EDITS_H
+#define GZDAPI_INDEX_EDITS_H
+
+#include <vector>
+
+#include "GZDItem.h"
+
+// Places are those of the list as it stands before apply(). What is inserted before one place
+// stands there in the order of the calls; a place may be removed once.
+class IndexEdits {
+ public:
+  // `place` may be one past the end.
+  void insertBefore(UINT32 place, const GZDItem& item) { insertions.push_back({place, item}); }
+  void remove(UINT32 place) { removals.push_back(place); }
+  // Linear in the list, nothing at all without edits. Forgets the edits.
+  void apply(std::vector<GZDItem>& items);
+
+ private:
+  struct Insertion {
+    UINT32 place;
+    GZDItem item;
+  };
+
+  void sortByPlace();
+  void compact(std::vector<GZDItem>& items) const;
+  [[nodiscard]] std::vector<GZDItem> merged(const std::vector<GZDItem>& items) const;
+
+  std::vector<Insertion> insertions;
+  std::vector<UINT32> removals;
+};
+
+#endif

@@ -1,0 +1,302 @@
+// 1. The stream is walked record by record, up to its zero tag. Each record that can be handed out
+//    gets an entry, in file order; boundaries are paired (boundaries), pieces of long messages
+//    grouped (long_message), gaps between samples filled (gap_filling).
+// 2. Fixations that end before they start are mended (fixation_repair).
+// 3. The entries are put into time order (time_order).
+// 4. Missing samples at block starts are filled, irregular periods counted (gap_filling).
+// Steps 2 and 4 and the filling of gaps only when consistency is to be fixed.
+#include "prescan.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+#include "boundaries.h"
+#include "event_decoder.h"
+#include "fixation_repair.h"
+#include "gap_filling.h"
+#include "gzd.h"
+#include "long_message.h"
+#include "record_stream.h"
+#include "sample_decoder.h"
+#include "time_order.h"
+#include "troubleshoot.h"
+
+namespace {
+
+// The last place in a file at which a record is read.
+constexpr INT64 LAST_POSITION = 2147400000;
+
+// Entries before the first estimate of how many there will be.
+constexpr std::size_t ENTRIES_FOR_ESTIMATE = 16384;
+
+enum InputType { INPUT_EVENTS = 1, INPUT_IN_SAMPLES = 2 };
+
+// Large pages make touching the index for the first time several times cheaper. Advice only.
+void ask_for_huge_pages(void* memory, std::size_t bytes) {
+  constexpr std::uintptr_t PAGE = 4096;
+  const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(memory) + PAGE - 1) & ~(PAGE - 1);
+  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) & ~(PAGE - 1);
+  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
+
+bool is_boundary(int type) {
+  return type >= GZD_START_SAMPLES && type <= GZD_END_EVENTS;
+}
+bool is_boundary_of_samples(int type) {
+  return type == GZD_START_SAMPLES || type == GZD_END_SAMPLES;
+}
+bool is_block_start(int type) {
+  return type == GZD_START_SAMPLES || type == GZD_START_EVENTS;
+}
+
+// The trace of one scan: its record and its file.
+class DebugTrace {
+ public:
+  DebugTrace(InputStream& file, const char* fileName) {
+    d.sampleRate = 4;
+    d.data_dump_size = 200;
+    if (fileName == nullptr) return;
+    out.reset(std::fopen(fileName, "w"));
+    if (!out) return;
+    d.debugFile = out.get();
+    d.gzd_file_size = file.getFileSize();
+    std::fprintf(out.get(), "%s file size %d \n", "Start of debug ", d.gzd_file_size);
+  }
+
+  void follow(InputStream& file, NextRecord kind) {
+    if (out) troubleshootScan(file, d, static_cast<int>(kind));
+  }
+
+  void finish(const InputStream& file) {
+    if (!out) return;
+    std::fprintf(out.get(), "Total Ov Items %d events %d samples %d File position %d \n",
+                 d.totalOvItem, d.totalEvents, d.totalSamples, static_cast<int>(file.getFilePos()));
+    out.reset();
+  }
+
+ private:
+  struct Closer {
+    void operator()(FILE* f) const { std::fclose(f); }
+  };
+
+  DebugParaT d;
+  std::unique_ptr<FILE, Closer> out;
+};
+
+class Scan {
+ public:
+  Scan(InputStream& in, StreamState& streamState, const ScanOptions& scanOptions, Index& target)
+      : file(in),
+        state(streamState),
+        options(scanOptions),
+        index(target),
+        trace(in, scanOptions.debugFileName),
+        fileSize(in.getFileSize()) {
+    index.parameterEpochs.push_back({0, state.parameters});
+  }
+
+  void run() {
+    while (!ended) {
+      const NextRecord kind = nextRecord();
+      trace.follow(file, kind);
+      const INT64 position = file.getFilePos();
+      switch (kind) {
+        case NextRecord::End:
+          ended = true;
+          break;
+        case NextRecord::Event:
+          readEvent(position);
+          break;
+        case NextRecord::Sample:
+          readSample(position);
+          break;
+      }
+    }
+    trace.finish(file);
+    finish();
+  }
+
+ private:
+  NextRecord nextRecord() {
+    if (!options.failsafe) return next_combfile_item(file, state);
+    try {
+      const NextRecord kind = next_combfile_item(file, state);
+      return kind == NextRecord::End ? next_combfile_item(file, state) : kind;
+    } catch (const GZDException& error) {
+      print_log("Error reading items %s \n", error.getMessage());
+      sortItems(index.gzdItemList);
+      return NextRecord::End;
+    }
+  }
+
+  // Notes the times of a record just read, and whether the scan goes on behind it.
+  void noteRecord(INT64 position, UINT32 firstTime, UINT32 lastTime) {
+    if (position > LAST_POSITION) {
+      print_log(
+          "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files "
+          "up to 2 GB. Data after the 2 GB limit will be discarded.\n");
+      ended = true;
+    }
+    if (!anyRecord) index.minTime = firstTime;
+    anyRecord = true;
+    index.maxTime = std::max({index.maxTime, firstTime, lastTime});
+  }
+
+  // Ends the scan at a record that cannot be read, or throws.
+  void failToRead(int errorNumber, const char* kind, const char* message) {
+    print_log("error reading gzd file %d\n", errorNumber);
+    if (!options.failsafe) throw GZDException("%s", message);
+    print_log("Unexpected file read error while reading %s; simulating end reached. \n", kind);
+    ended = true;
+  }
+
+  // ---- events ----
+
+  void readEvent(INT64 position) {
+    const UINT16 tag = state.last_tag;
+    const int result = with_errors_caught(
+        options.failsafe, [&] { return decode_event(file, state, tag, text, event); });
+    noteRecord(position, event.sttime, event.entime);
+    if (result < 0) return failToRead(1, "event", "Error reading event - type(preScan)");
+    if (is_block_start(event.type)) noteParameters(position);
+    if (options.failsafe && event.type == 0) {
+      print_log("Unexpected event type tag 0. Skipping event \n");
+    } else if (is_boundary(event.type)) {
+      indexBoundary();
+    } else if (options.loadEvents) {
+      indexEvent(position, tag);
+    }
+  }
+
+  void noteParameters(INT64 position) {
+    if (index.parameterEpochs.back().parameters == state.parameters) return;
+    index.parameterEpochs.push_back({position, state.parameters});
+  }
+
+  void indexBoundary() {
+    const bool kept = is_boundary_of_samples(event.type) ? options.loadSamples : options.loadEvents;
+    clock.forgetTimes();
+    if (is_block_start(event.type)) clock.forgetPeriod();
+    if (!kept) return;
+    if (event.type == GZD_END_SAMPLES) adjustSampleFlags();
+    pairing.add(index, make_boundary(event, state, index),
+                static_cast<UINT64>(static_cast<int>(2 * state.sam_per_sec)));
+  }
+
+  // The newest sample tells what the head data of its block really are.
+  void adjustSampleFlags() {
+    Recording* const block = index.newestRecording();
+    if (block == nullptr || !block->isStart()) return;
+    const int htype = newestSample.htype;
+    constexpr int NOT_A_HEAD_TYPE = -32768;
+    constexpr int HEAD_TYPE_WITHOUT_DATA = 15;
+    if ((htype & 8) == 0) {
+      if ((newestSample.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == HEAD_TYPE_WITHOUT_DATA) {
+        block->sflags &= static_cast<UINT16>(~SMP_HEAD_DATA);
+      }
+    } else if (htype != NOT_A_HEAD_TYPE) {
+      block->sflags |= SMP_IS_SAMPLE;
+    }
+  }
+
+  void indexEvent(INT64 position, UINT16 tag) {
+    const int type = event.type;
+    if (options.failsafe && event.sttime == 0 && isTimedByStart(type)) {
+      print_log("Unexpected time stamp 0. Skipping event \n");
+      return;
+    }
+    if (type <= GZD_END_PARSE || type == GZD_RECORDING) return;
+    if (type == GZD_INPUT) index.inputType |= INPUT_EVENTS;
+    fixations.follow(event, index);
+    const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
+    const bool isEnd = isEyeEvent && type % 2 == 0;
+    const UINT16 side = !isEyeEvent                 ? SIDE_NONE
+                        : event.eye == GZD_LEFT_EYE ? SIDE_LEFT
+                                                    : SIDE_RIGHT;
+    const GZDItem item(position, type, side, tag,
+                       stamp_of_time(isEnd ? event.entime : event.sttime));
+    makeRoom(position);
+    messages.add(index, item, text_of(event.message));
+  }
+
+  static bool isTimedByStart(int type) {
+    return type == GZD_START_PARSE || type == GZD_START_BLINK || type == GZD_START_SACCADE ||
+           type == GZD_START_FIXATION;
+  }
+
+  // ---- samples ----
+
+  void readSample(INT64 position) {
+    const UINT16 tag = state.last_tag;
+    const int result = with_errors_caught(options.failsafe, [&] {
+      newestSample = glance_at_sample(file, state, tag, layout);
+      return 0;
+    });
+    noteRecord(position, newestSample.time, newestSample.time);
+    if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
+    if (options.loadSamples) indexSample(position, tag);
+  }
+
+  void indexSample(INT64 position, UINT16 tag) {
+    hasRawSamples |= newestSample.hasNegativePupil;
+    if (newestSample.input != NOT_RECORDED_WORD) index.inputType |= INPUT_IN_SAMPLES;
+    const UINT64 stamp = clock.stampOf(newestSample.time);
+    if (options.fixConsistency) clock.fillGap(index, stamp, state.sam_per_sec, dummies);
+    makeRoom(position);
+    index.gzdItemList.emplace_back(position, GZD_SAMPLE, SIDE_NONE, tag, stamp);
+    clock.advance(newestSample.time);
+  }
+
+  // Once, when the size of the records shows how many entries there will be: growing step by step
+  // would hold the index twice.
+  void makeRoom(INT64 position) {
+    const std::size_t count = index.gzdItemList.size();
+    if (hasEstimate || count < ENTRIES_FOR_ESTIMATE || fileSize <= position) return;
+    hasEstimate = true;
+    const double entriesPerByte = static_cast<double>(count) / static_cast<double>(position);
+    const double entries = static_cast<double>(fileSize) * entriesPerByte * 1.05;
+    index.gzdItemList.reserve(static_cast<std::size_t>(entries));
+    ask_for_huge_pages(index.gzdItemList.data(), index.gzdItemList.capacity() * sizeof(GZDItem));
+  }
+
+  // ---- the whole index ----
+
+  void finish() {
+    if (options.fixConsistency) fixations.repair(index);
+    sortItems(index.gzdItemList);
+    if (!options.fixConsistency) return;
+    if (!hasRawSamples) pad_block_starts(index, dummies);
+    report_sample_periods(index);
+  }
+
+  InputStream& file;
+  StreamState& state;
+  const ScanOptions& options;
+  Index& index;
+  DebugTrace trace;
+  const INT64 fileSize;
+
+  EData event;
+  MessageText text;
+  GlanceLayout layout;
+  SampleGlance newestSample;
+  BoundaryPairing pairing;
+  MessageGrouping messages;
+  FixationRepair fixations;
+  SampleClock clock;
+  DummyBudget dummies;
+  bool hasRawSamples = false;
+  bool anyRecord = false;
+  bool hasEstimate = false;
+  bool ended = false;
+};
+
+}  // namespace
+
+void preScan(InputStream& file, StreamState& state, const ScanOptions& options, Index& index) {
+  Scan(file, state, options, index).run();
+}

@@ -1,0 +1,263 @@
+// A record is decoded anew each time it is asked for, with the parameters of the block it stands
+// in. Samples whose velocities are wanted come through the sample queue, which reads ahead; others
+// are decoded straight into the record, whose presets stay from one sample to the next.
+#include "reader.h"
+
+#include <algorithm>
+#include <string>
+
+#include "config.h"
+#include "event_decoder.h"
+#include "gzd.h"
+#include "record_stream.h"
+#include "sample_decoder.h"
+
+namespace {
+
+constexpr int LARGEST_LSTRING_LENGTH = 32767;
+
+// The tag of an odd stamp's sample tells that it lies half a millisecond behind its time.
+UINT16 flags_at(UINT16 tag, UINT64 stamp) {
+  return static_cast<UINT16>(tag | ((stamp & 1) != 0 ? SMP_HALF_MS : 0));
+}
+
+}  // namespace
+
+Reader::Reader(InputStream& stream, const StreamState& streamState, const Index& items)
+    : file(stream), state(streamState), index(items), queue(items, *this) {}
+
+void Reader::indexIsFinal(bool pairEvents) {
+  boundaries.clear();
+  for (UINT32 i = 0; i < index.size(); ++i) {
+    if (index.gzdItemList[i].isRecording()) boundaries.push_back(i);
+  }
+  pairing = pairEvents ? EventPairing::build(index) : EventPairing();
+  stretch = Stretch();
+  model = DummyModel();
+  queue.clear();
+}
+
+ALLF_DATA* Reader::getFloatData(UINT32 itemIndex) {
+  if (itemIndex >= index.size()) return nullptr;
+  try {
+    recordType = index.gzdItemList[itemIndex].getItemType();
+    if (readItem(itemIndex) == 0) return &fData;
+    print_log("Read error \n");
+  } catch (const GZDException& error) {
+    log_error(error);
+  }
+  return nullptr;
+}
+
+std::string_view Reader::messageText(UINT32 itemIndex) {
+  if (itemIndex >= index.size() ||
+      !is_known_event_type(index.gzdItemList[itemIndex].getItemType())) {
+    return {};
+  }
+  const ALLF_DATA* record = getFloatData(itemIndex);
+  return record != nullptr ? text_of(record->fe.message) : std::string_view();
+}
+
+int Reader::readItem(UINT32 itemIndex) {
+  const GZDItem& item = index.gzdItemList[itemIndex];
+  if (item.isSample()) {
+    readSample(itemIndex, item);
+    return 0;
+  }
+  presetTag = 0;
+  if (item.isRecording() && item.getRecording() != nullptr) {
+    fData.rec = *item.getRecording();
+    return 0;
+  }
+  if (is_known_event_type(item.getItemType())) {
+    readEvent(itemIndex, item);
+    return 0;
+  }
+  fData = ALLF_DATA{};
+  return -1;
+}
+
+void Reader::goTo(const GZDItem& item) {
+  const INT64 position = item.getFilePos();
+  const auto& epochs = index.parameterEpochs;
+  const bool inEpoch = epochs[epoch].filePos <= position &&
+                       (epoch + 1 == epochs.size() || position < epochs[epoch + 1].filePos);
+  if (!inEpoch) {
+    const auto next =
+        std::upper_bound(epochs.begin(), epochs.end(), position,
+                         [](INT64 place, const ParameterEpoch& e) { return place < e.filePos; });
+    epoch = static_cast<std::size_t>(next - epochs.begin()) - 1;
+  }
+  state.parameters = epochs[epoch].parameters;
+  file.moveTo(position);
+}
+
+// ---- samples
+// -----------------------------------------------------------------------------------------------
+
+void Reader::readSample(UINT32 itemIndex, const GZDItem& item) {
+  const Recording* const block = stretchAt(itemIndex).block;
+  if (velocityKinds == GZD_VELOCITY_NONE && canReadDirectly(item)) {
+    readSampleDirectly(item);
+  } else {
+    readSampleFromQueue(itemIndex, block);
+  }
+  if (block == nullptr) {
+    print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
+              static_cast<long>(fData.fs.time));
+  }
+}
+
+// A sample without pupil sizes takes over those of the sample before it, which the queue knows.
+bool Reader::canReadDirectly(const GZDItem& item) const {
+  return !item.isDummy() && (item.getLastTag() & SMP_PUPIL_SIZE) != 0;
+}
+
+void Reader::readSampleDirectly(const GZDItem& item) {
+  const UINT16 tag = item.getLastTag();
+  const UINT64 stamp = item.getTimeStamp();
+  const UINT32 time = time_of_stamp(stamp);
+  goTo(item);
+  if (tag == presetTag && (tag & SMP_EXTENDED) == 0) {
+    decode_into_preset_sample(file, state, tag, time, fData.fs);
+  } else {
+    presetTag = 0;
+    decode_sample(file, state, tag, time, fData.fs);
+    presetTag = tag;
+  }
+  fData.fs.time = time;
+  fData.fs.flags = flags_at(tag, stamp);
+}
+
+void Reader::readSampleFromQueue(UINT32 itemIndex, const Recording* block) {
+  presetTag = 0;
+  UINT32 entry = NONE;
+  const Sample* const queued = queue.getSample(itemIndex, &entry);
+  Sample sample;
+  if (queued != nullptr) sample = *queued;
+  if (queued == nullptr || entry != itemIndex) readQueueSample(itemIndex, sample);
+  if (block != nullptr) {
+    const CONFIG& config = default_config();
+    queue.setVelocity(sample, {velocityKinds, config.default_rx, config.default_ry,
+                               static_cast<int>(block->sample_rate), state.ovilo_revision});
+  }
+  fData.fs = sample;
+}
+
+void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
+  const GZDItem& item = index.gzdItemList[itemIndex];
+  if (item.isDummy()) {
+    makeDummy(itemIndex, sample);
+  } else {
+    goTo(item);
+    decode_sample(file, state, item.getLastTag(), time_of_stamp(item.getTimeStamp()), sample);
+    sample.flags = flags_at(item.getLastTag(), item.getTimeStamp());
+  }
+  sample.updateTimeStamp(item.getTimeStamp());
+}
+
+int Reader::stampsPerSampleAt(UINT32 itemIndex) {
+  const Recording* const block = stretchAt(itemIndex).block;
+  return block != nullptr ? stamps_per_sample(block->sample_rate) : 0;
+}
+
+const Reader::Stretch& Reader::stretchAt(UINT32 itemIndex) {
+  if (itemIndex >= stretch.begin && itemIndex < stretch.end) return stretch;
+  const auto next = std::upper_bound(boundaries.begin(), boundaries.end(), itemIndex);
+  stretch.end = next == boundaries.end() ? index.size() : *next;
+  stretch.begin = next == boundaries.begin() ? 0 : *(next - 1);
+  const GZDItem* const opening =
+      next == boundaries.begin() ? nullptr : &index.gzdItemList[*(next - 1)];
+  stretch.block =
+      opening != nullptr && opening->isRecordingStart() ? opening->getRecording() : nullptr;
+  return stretch;
+}
+
+// ---- dummies
+// -----------------------------------------------------------------------------------------------
+
+// The nearest recorded sample before a dummy in its block, else behind it; NONE when there is none.
+UINT32 Reader::recordedSampleNear(UINT32 itemIndex) {
+  const UINT32 begin = stretchAt(itemIndex).begin;
+  const UINT32 end = stretch.end;
+  const auto isRecorded = [this](UINT32 i) {
+    return index.gzdItemList[i].isSample() && !index.gzdItemList[i].isDummy();
+  };
+  for (UINT32 i = itemIndex; i > begin; --i) {
+    // A dummy met on the way back has the same neighbour.
+    if (i == model.dummy) return model.recorded;
+    if (isRecorded(i - 1)) return i - 1;
+  }
+  for (UINT32 i = itemIndex + 1; i < end; ++i) {
+    if (isRecorded(i)) return i;
+  }
+  return NONE;
+}
+
+void Reader::makeDummy(UINT32 itemIndex, Sample& sample) {
+  model.recorded = recordedSampleNear(itemIndex);
+  model.dummy = itemIndex;
+  if (model.recorded != NONE && model.sampleOf != model.recorded) {
+    readQueueSample(model.recorded, model.sample);
+    model.sampleOf = model.recorded;
+  }
+  const UINT16 tag =
+      model.recorded == NONE ? UINT16{0} : index.gzdItemList[model.recorded].getLastTag();
+  make_dummy_sample(tag, model.recorded == NONE ? nullptr : &model.sample, sample);
+  sample.flags = flags_at(tag, index.gzdItemList[itemIndex].getTimeStamp());
+}
+
+// ---- events
+// ------------------------------------------------------------------------------------------------
+
+void Reader::decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event) {
+  goTo(item);
+  const int result = decode_event(file, state, item.getLastTag(), target, event);
+  if (result < 0) {
+    print_log("error reading gzd file 4   %d %ld\n", result, static_cast<long>(item.getFilePos()));
+    throw GZDException("Error reading event - type(readItem)");
+  }
+}
+
+void Reader::readEvent(UINT32 itemIndex, const GZDItem& item) {
+  if (item.isDummy()) {
+    readInsertedEvent(item);
+  } else {
+    EData event;
+    decodeEvent(item, lstring_buffer, event);
+    event.process_event();
+    fData.fe = event;
+    if (piece_of_message(text_of(event.message)) == MessagePiece::First) assembleLongMessage(item);
+  }
+  pairing.apply(itemIndex, item, fData.fe);
+}
+
+// A start of blink that the repairs have added.
+void Reader::readInsertedEvent(const GZDItem& item) {
+  fData.fe = FEVENT{};
+  fData.fe.type = GZD_START_BLINK;
+  fData.fe.sttime = fData.fe.entime = time_of_stamp(item.getTimeStamp());
+  fData.fe.eye = static_cast<INT16>(item.getEye());
+}
+
+void Reader::assembleLongMessage(const GZDItem& item) {
+  std::string text = without_marker(text_of(fData.fe.message));
+  const auto group = index.msg_item_list.find(item.getFilePos());
+  if (group != index.msg_item_list.end()) {
+    for (const GZDItem& piece : group->second) {
+      if (text.size() > LONG_MESSAGE_LIMIT) {
+        print_log("Long message is longer than 65536 characters.  Truncating it to %d \n",
+                  static_cast<int>(text.size()));
+        break;
+      }
+      FEVENT event;
+      decodeEvent(piece, lstring_buffer, event);
+      text += without_marker(text_of(event.message));
+    }
+  }
+  if (!longText) longText = std::make_unique<LongText>();
+  longText->len = static_cast<INT16>(std::min(text.size(), std::size_t{LARGEST_LSTRING_LENGTH}));
+  text.copy(longText->text.data(), longText->text.size() - 1);
+  longText->text[std::min(text.size(), longText->text.size() - 1)] = '\0';
+  fData.fe.message = reinterpret_cast<LSTRING*>(longText.get());
+}

@@ -1,0 +1,101 @@
+// Turns entries of the index into the records that are handed out.
+#ifndef GZDAPI_READER_H
+#define GZDAPI_READER_H
+
+#include <array>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "EData.h"
+#include "MVIO.h"
+#include "SampleQueue.h"
+#include "event_pairing.h"
+#include "index.h"
+#include "long_message.h"
+#include "stream_state.h"
+
+class Reader : public SampleSource {
+ public:
+  // `stream` and `items` are borrowed; `state` tells format and options, its parameters come from
+  // the index.
+  Reader(InputStream& stream, const StreamState& streamState, const Index& items);
+
+  // Takes over what the scan found; its parameters do not matter.
+  void useState(const StreamState& scanned) { state = scanned; }
+  // To be called when the index has its final order. With `pairEvents` the times of eye events
+  // follow the repairs.
+  void indexIsFinal(bool pairEvents);
+
+  // The record of the entry at `itemIndex`, valid until the next call; null, logged, for an entry
+  // that cannot be read.
+  ALLF_DATA* getFloatData(UINT32 itemIndex);
+  // The message text of an entry, up to its first NUL; empty when it has none.
+  std::string_view messageText(UINT32 itemIndex);
+
+  [[nodiscard]] const ALLF_DATA* record() const { return &fData; }
+  // The code of the entry whose record was read last; 0 before the first.
+  [[nodiscard]] int typeOfRecord() const { return recordType; }
+
+  void setVelocityKinds(unsigned kinds) { velocityKinds = kinds & GZD_VELOCITY_ALL; }
+
+  void readQueueSample(UINT32 itemIndex, Sample& sample) override;
+  int stampsPerSampleAt(UINT32 itemIndex) override;
+
+ private:
+  // Entries between two recording entries, and their block, null outside blocks.
+  struct Stretch {
+    UINT32 begin = 0;
+    UINT32 end = 0;
+    const Recording* block = nullptr;
+  };
+
+  // Entries that the reader made itself: dummies and the recorded sample each is modelled on.
+  struct DummyModel {
+    UINT32 dummy = NONE;
+    UINT32 recorded = NONE;
+    Sample sample;
+    UINT32 sampleOf = NONE;
+  };
+  static constexpr UINT32 NONE = 0xFFFFFFFFu;
+
+  int readItem(UINT32 itemIndex);
+  void readSample(UINT32 itemIndex, const GZDItem& item);
+  [[nodiscard]] bool canReadDirectly(const GZDItem& item) const;
+  void readSampleDirectly(const GZDItem& item);
+  void readSampleFromQueue(UINT32 itemIndex, const Recording* block);
+  void readEvent(UINT32 itemIndex, const GZDItem& item);
+  void readInsertedEvent(const GZDItem& item);
+  void assembleLongMessage(const GZDItem& item);
+  void decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event);
+
+  void goTo(const GZDItem& item);
+  const Stretch& stretchAt(UINT32 itemIndex);
+  void makeDummy(UINT32 itemIndex, Sample& sample);
+  [[nodiscard]] UINT32 recordedSampleNear(UINT32 itemIndex);
+
+  InputStream& file;
+  StreamState state;
+  const Index& index;
+  std::vector<UINT32> boundaries;  // indices of the recording entries
+  EventPairing pairing;
+  SampleQueue queue;
+  unsigned velocityKinds = GZD_VELOCITY_ALL;
+
+  std::size_t epoch = 0;
+  Stretch stretch;
+  DummyModel model;
+
+  ALLF_DATA fData{};
+  int recordType = 0;
+  UINT16 presetTag = 0;  // fData is a sample preset for this tag; 0 when it is not
+  MessageText lstring_buffer;
+  // A long message, laid out as an LSTRING; made when the first one is met.
+  struct LongText {
+    INT16 len;
+    std::array<char, LONG_MESSAGE_CAPACITY> text;
+  };
+  std::unique_ptr<LongText> longText;
+};
+
+#endif

@@ -1,0 +1,435 @@
+// A sample record is a time, the fixed fields that its tag word announces, and up to two chains of
+// blocks. Nearly always the whole fixed part lies in the stream's window: one check, then unchecked
+// reads (BytesAt). Near the end of the stream the same code reads value by value (CheckedReads), so
+// that a cut record is reported at the very value that is missing.
+#include "sample_decoder.h"
+
+#include <algorithm>
+
+namespace {
+
+// Time, four pairs of positions or resolutions for two eyes, sizes, three words, head data.
+constexpr std::size_t LONGEST_FIXED_PART = 4 + 3 * 8 + 4 + 4 + 3 * 2 + 1 + 8 * 2;
+
+constexpr int MAX_HEAD_WORDS = 8;
+constexpr INT16 STORED_MISSING = -32768;
+constexpr UINT32 HEAD_MARKERS_NOT_RECORDED = 0xFFFF8000u;
+constexpr double SMALLEST_PRESCALE = 0.1;  // below it values are stored unscaled
+
+constexpr float ANGLE_UNITS_PER_DEGREE = 182.0f;
+constexpr float POSITION_UNITS_PER_MM = 10.0f;
+
+// Recognised extended blocks, by length and kind.
+constexpr int HEAD_TARGET_LENGTH = 24, HEAD_TARGET_KIND = 1;
+constexpr int HEAD_POSE_LENGTH = 92, HEAD_POSE_KIND = 2;
+constexpr int ELLIPSE_LENGTH = 56, LONG_ELLIPSE_LENGTH = 72, ELLIPSE_KIND = 3;
+
+class BytesAt {
+ public:
+  explicit BytesAt(const byte* start) : at(start) {}
+  INT16 word() {
+    const INT16 value = load_be16s(at);
+    at += 2;
+    return value;
+  }
+  byte octet() { return *at++; }
+  UINT32 integer() {
+    const UINT32 value = load_be32(at);
+    at += 4;
+    return value;
+  }
+  float real() { return missing_normalised(std::bit_cast<float>(integer())); }
+  [[nodiscard]] const byte* position() const { return at; }
+
+ private:
+  const byte* at;
+};
+
+class CheckedReads {
+ public:
+  explicit CheckedReads(InputStream& in) : stream(in) {}
+  INT16 word() { return stream.getWord(); }
+  byte octet() { return stream.getByte(); }
+  UINT32 integer() { return static_cast<UINT32>(stream.getInt()); }
+  float real() { return stream.getFloat(); }
+
+ private:
+  InputStream& stream;
+};
+
+inline float scaled(INT16 stored, float divisor) {
+  return stored == STORED_MISSING ? MISSING_DATA : static_cast<float>(stored) / divisor;
+}
+
+inline float divisor_of(float prescale) {
+  return static_cast<double>(prescale) > SMALLEST_PRESCALE ? prescale : 1.0f;
+}
+
+inline bool has(UINT16 tag, unsigned bits) {
+  return (tag & bits) != 0;
+}
+
+template <class Source>
+UINT32 read_time(Source& in, StreamState& state, UINT16 tag, UINT32 expectedTime) {
+  UINT32 time;
+  if (has(tag, SMP_TIME_ABSOLUTE)) {
+    time = in.integer();
+  } else {
+    time = state.curr_time + in.octet();
+    if (expectedTime != 0) time = expectedTime;
+  }
+  state.curr_time = time;
+  return time;
+}
+
+// A pair of coordinates for each present eye, `value` applied to each stored word.
+template <class Source, class Value>
+void read_positions(Source& in, UINT16 tag, float* x, float* y, Value value) {
+  if (has(tag, SMP_LEFT)) {
+    x[0] = value(in.word());
+    y[0] = value(in.word());
+  }
+  if (has(tag, SMP_RIGHT)) {
+    x[1] = value(in.word());
+    y[1] = value(in.word());
+  }
+}
+
+template <class Source>
+void read_pupil_sizes(Source& in, const StreamState& state, UINT16 tag, float* pa) {
+  const auto size = [&](INT16 stored) {
+    // Older trackers store plain integers, without a word for missing.
+    if (state.ovilo_revision <= 3) return static_cast<float>(stored);
+    return scaled(stored, divisor_of(state.parameters.pupil_prescale));
+  };
+  if (has(tag, SMP_LEFT)) pa[0] = size(in.word());
+  if (has(tag, SMP_RIGHT)) pa[1] = size(in.word());
+}
+
+template <class Source>
+void read_head_data(Source& in, FSAMPLE& sample) {
+  sample.htype = in.octet();
+  const int count = std::min(sample.htype & 15, MAX_HEAD_WORDS);
+  std::fill(std::begin(sample.hdata), std::end(sample.hdata), INT16{0});
+  for (int i = 0; i < count; ++i) sample.hdata[i] = in.word();
+}
+
+template <class Source>
+void read_fixed_part(Source& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
+                     FSAMPLE& sample) {
+  sample.time = read_time(in, state, tag, expectedTime);
+  const auto plain = [](INT16 stored) { return static_cast<float>(stored); };
+  const float divisor = divisor_of(state.parameters.gaze_prescale);
+  const auto as_gaze = [divisor](INT16 stored) { return scaled(stored, divisor); };
+
+  if (has(tag, SMP_PUPIL_POS)) read_positions(in, tag, sample.px, sample.py, plain);
+  if (has(tag, SMP_HREF)) read_positions(in, tag, sample.hx, sample.hy, plain);
+  if (has(tag, SMP_GAZE)) read_positions(in, tag, sample.gx, sample.gy, as_gaze);
+  if (has(tag, SMP_RESOLUTION)) {
+    sample.rx = as_gaze(in.word());
+    sample.ry = as_gaze(in.word());
+  } else {
+    sample.rx = sample.ry = MISSING_DATA;
+  }
+  if (has(tag, SMP_PUPIL_SIZE)) read_pupil_sizes(in, state, tag, sample.pa);
+  if (has(tag, SMP_STATUS)) sample.errors = static_cast<UINT16>(in.word());
+  if (has(tag, SMP_INPUT)) sample.input = static_cast<UINT16>(in.word());
+  if (has(tag, SMP_BUTTONS)) sample.buttons = static_cast<UINT16>(in.word());
+  if (has(tag, SMP_HEAD_DATA)) read_head_data(in, sample);
+}
+
+// ---- chains of blocks
+// ----------------------------------------------------------------------------
+
+void skip_bytes(InputStream& in, std::size_t count) {
+  if (in.peek(count) != nullptr) {
+    in.take(count);
+  } else {
+    for (; count > 0; --count) in.getByte();
+  }
+}
+
+enum class Block { HeadTarget, HeadPose, Ellipse, LongEllipse, Unknown };
+
+Block recognise(int length, int kind) {
+  if (length == HEAD_TARGET_LENGTH && kind == HEAD_TARGET_KIND) return Block::HeadTarget;
+  if (length == HEAD_POSE_LENGTH && kind == HEAD_POSE_KIND) return Block::HeadPose;
+  if (length == ELLIPSE_LENGTH && kind == ELLIPSE_KIND) return Block::Ellipse;
+  if (length == LONG_ELLIPSE_LENGTH && kind == ELLIPSE_KIND) return Block::LongEllipse;
+  return Block::Unknown;
+}
+
+// Bytes behind the kind byte of a block that is not recognised. One that has the length of a known
+// block is a byte shorter than its length says.
+std::size_t bytes_to_skip(int length) {
+  const bool lengthIsKnown = length == HEAD_TARGET_LENGTH || length == ELLIPSE_LENGTH ||
+                             length == LONG_ELLIPSE_LENGTH || length == HEAD_POSE_LENGTH;
+  return static_cast<std::size_t>(lengthIsKnown ? length - 1 : length);
+}
+
+void read_head_in_space(FSAMPLE& s, auto value) {
+  s.unused_headInSpaceX[0] = value();
+  s.unused_headInSpaceX[1] = value();
+  s.headInSpaceX = value();
+  s.unused_headInSpaceY[0] = value();
+  s.unused_headInSpaceY[1] = value();
+  s.headInSpaceY = value();
+  for (float& x : s.eyeInHeadX) x = value();
+  for (float& y : s.eyeInHeadY) y = value();
+}
+
+template <class Source>
+void read_head_target(Source& in, const DecodingParameters& parameters, FSAMPLE& s) {
+  const float divisor = divisor_of(parameters.gaze_prescale);
+  read_head_in_space(s, [&] { return scaled(in.word(), divisor); });
+  for (int i = 0; i < 3; ++i) {
+    s.headRotation[i] = static_cast<float>(s.hdata[i]) / ANGLE_UNITS_PER_DEGREE;
+    s.headPosition[i] = static_cast<float>(s.hdata[3 + i]) / POSITION_UNITS_PER_MM;
+  }
+  s.headMarkerFlags = static_cast<UINT32>(((s.hdata[7] & 0x7F) << 16) + s.hdata[6]);
+}
+
+template <class Source>
+void read_head_pose(Source& in, FSAMPLE& s) {
+  read_head_in_space(s, [&] { return in.real(); });
+  s.headMarkerFlags = in.integer();
+  for (float& angle : s.headRotation) angle = in.real();
+  for (float& position : s.headPosition) position = in.real();
+  for (int eye = 0; eye < 2; ++eye) {
+    s.gx[eye] = in.real();
+    s.gy[eye] = in.real();
+  }
+}
+
+// Six candidates for the eye-referenced pair, three for x and three for y. The last that was
+// recorded counts; a stored NOT_RECORDED reads as MISSING_DATA, so that is always the third.
+template <class Source>
+void read_candidates(Source& in, FSAMPLE& s) {
+  float x[3];
+  float y[3];
+  for (float& value : x) value = in.real();
+  for (float& value : y) value = in.real();
+  s.ergx = s.ergy = NOT_RECORDED;
+  for (const int i : {2, 0, 1}) {
+    if (x[i] == NOT_RECORDED || y[i] == NOT_RECORDED) continue;
+    s.ergx = x[i];
+    s.ergy = y[i];
+    return;
+  }
+}
+
+template <class Source>
+void read_ellipse(Source& in, Block kind, FSAMPLE& s) {
+  s.hrgx = in.real();
+  s.hrgy = in.real();
+  if (kind == Block::LongEllipse) {
+    read_candidates(in, s);
+  } else {
+    s.ergx = in.real();
+    s.ergy = in.real();
+  }
+  for (int eye = 0; eye < 2; ++eye) {
+    for (float* field : {s.ex, s.ey, s.emajor, s.eminor, s.eangle}) field[eye] = in.real();
+  }
+}
+
+template <class Source>
+void read_block(Source& in, Block kind, const DecodingParameters& parameters, FSAMPLE& s) {
+  if (kind == Block::HeadTarget) {
+    read_head_target(in, parameters, s);
+  } else if (kind == Block::HeadPose) {
+    read_head_pose(in, s);
+  } else {
+    read_ellipse(in, kind, s);
+  }
+}
+
+// Blocks up to a length of 0; each is a length, a kind and its bytes.
+void read_extended_blocks(InputStream& in, const DecodingParameters& parameters, FSAMPLE& s) {
+  while (const int length = in.getByte()) {
+    const Block kind = recognise(length, in.getByte());
+    if (kind == Block::Unknown) {
+      skip_bytes(in, bytes_to_skip(length));
+    } else if (const byte* start = in.peek(static_cast<std::size_t>(length))) {
+      BytesAt source(start);
+      read_block(source, kind, parameters, s);
+      in.take(static_cast<std::size_t>(length));
+    } else {
+      CheckedReads source(in);
+      read_block(source, kind, parameters, s);
+    }
+  }
+}
+
+// The same chain with nothing decoded; a value cut off is reported as when decoding.
+void skip_extended_blocks(InputStream& in, const DecodingParameters& parameters) {
+  while (const int length = in.getByte()) {
+    const Block kind = recognise(length, in.getByte());
+    if (kind == Block::Unknown) {
+      skip_bytes(in, bytes_to_skip(length));
+    } else if (in.peek(static_cast<std::size_t>(length)) != nullptr) {
+      in.take(static_cast<std::size_t>(length));
+    } else {
+      FSAMPLE unused{};
+      CheckedReads source(in);
+      read_block(source, kind, parameters, unused);
+    }
+  }
+}
+
+void skip_blocks(InputStream& in) {
+  while (const byte length = in.getByte()) {
+    in.getByte();
+    skip_bytes(in, length);
+  }
+}
+
+// ---- the scan's view
+// -------------------------------------------------------------------------------
+
+GlanceLayout layout_of(UINT16 tag) {
+  const int eyes = (has(tag, SMP_LEFT) ? 1 : 0) + (has(tag, SMP_RIGHT) ? 1 : 0);
+  GlanceLayout layout;
+  int offset = 0;
+  const auto place = [&offset](bool present, int length) {
+    const int at = present ? offset : 0;
+    offset += present ? length : 0;
+    return static_cast<byte>(at);
+  };
+  layout.tag = tag;
+  layout.hasBlocks = has(tag, SMP_EXTENDED | SMP_SKIP_BLOCKS);
+  layout.timeLength = has(tag, SMP_TIME_ABSOLUTE) ? 4 : 1;
+  offset = layout.timeLength;
+  place(has(tag, SMP_PUPIL_POS), 4 * eyes);
+  place(has(tag, SMP_HREF), 4 * eyes);
+  place(has(tag, SMP_GAZE), 4 * eyes);
+  place(has(tag, SMP_RESOLUTION), 4);
+  layout.eyesWithSize = static_cast<byte>(has(tag, SMP_PUPIL_SIZE) ? eyes : 0);
+  layout.pupilSizes = place(has(tag, SMP_PUPIL_SIZE), 2 * eyes);
+  place(has(tag, SMP_STATUS), 2);
+  layout.input = place(has(tag, SMP_INPUT), 2);
+  place(has(tag, SMP_BUTTONS), 2);
+  layout.headData = place(has(tag, SMP_HEAD_DATA), 1);
+  layout.end = static_cast<byte>(offset);
+  return layout;
+}
+
+bool is_negative_size(INT16 stored, const StreamState& state) {
+  return stored < 0 && (stored != STORED_MISSING || state.ovilo_revision <= 3);
+}
+
+// The fixed part in the window, nothing decoded that the scan does not ask for. Returns its length.
+std::size_t glance_at_fixed_part(const byte* start, StreamState& state, const GlanceLayout& layout,
+                                 SampleGlance& glance) {
+  BytesAt time(start);
+  glance.time = read_time(time, state, layout.tag, 0);
+  for (int eye = 0; eye < layout.eyesWithSize; ++eye) {
+    glance.hasNegativePupil |=
+        is_negative_size(load_be16s(start + layout.pupilSizes + 2 * eye), state);
+  }
+  if (layout.input != 0) glance.input = load_be16(start + layout.input);
+  if (layout.headData == 0) return layout.end;
+  glance.htype = start[layout.headData];
+  return layout.end + 2 * static_cast<std::size_t>(std::min(glance.htype & 15, MAX_HEAD_WORDS));
+}
+
+void glance_near_the_end(InputStream& in, StreamState& state, UINT16 tag, SampleGlance& glance) {
+  FSAMPLE sample;
+  preset_sample(tag, sample);
+  CheckedReads source(in);
+  read_fixed_part(source, state, tag, 0, sample);
+  glance.time = sample.time;
+  glance.input = sample.input;
+  glance.htype = sample.htype;
+  for (int eye = 0; has(tag, SMP_PUPIL_SIZE) && eye < 2; ++eye) {
+    if (has(tag, eye == 0 ? SMP_LEFT : SMP_RIGHT)) glance.hasNegativePupil |= sample.pa[eye] < 0.0f;
+  }
+}
+
+}  // namespace
+
+void preset_sample(UINT16 tag, FSAMPLE& s) {
+  const float pupilSizes[2] = {s.pa[0], s.pa[1]};
+  s = FSAMPLE{};
+  s.pa[0] = pupilSizes[0];
+  s.pa[1] = pupilSizes[1];
+  if (has(tag, SMP_PUPIL_SIZE)) {
+    if (!has(tag, SMP_LEFT)) s.pa[0] = NOT_RECORDED;
+    if (!has(tag, SMP_RIGHT)) s.pa[1] = NOT_RECORDED;
+  }
+  for (float* field :
+       {s.px, s.py, s.hx, s.hy, s.gx, s.gy, s.gxvel, s.gyvel, s.hxvel, s.hyvel, s.rxvel, s.ryvel,
+        s.fgxvel, s.fgyvel, s.fhxvel, s.fhyvel, s.frxvel, s.fryvel}) {
+    field[0] = field[1] = NOT_RECORDED;
+  }
+  s.rx = s.ry = MISSING_DATA;
+  s.flags = tag;
+  s.errors = s.input = NOT_RECORDED_WORD;
+  s.htype = static_cast<INT16>(NOT_RECORDED_WORD);
+  s.headMarkerFlags = HEAD_MARKERS_NOT_RECORDED;
+  for (float* field : {s.eyeInHeadX, s.eyeInHeadY, s.headRotation, s.headPosition}) {
+    std::fill(field, field + 3, MISSING_DATA);
+  }
+  for (float* field :
+       {s.unused_headInSpaceX, s.unused_headInSpaceY, s.ex, s.ey, s.emajor, s.eminor, s.eangle}) {
+    field[0] = field[1] = MISSING_DATA;
+  }
+  for (float* field : {&s.headInSpaceX, &s.headInSpaceY, &s.hrgx, &s.hrgy, &s.ergx, &s.ergy}) {
+    *field = MISSING_DATA;
+  }
+}
+
+void decode_into_preset_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
+                               FSAMPLE& sample) {
+  state.sam_data |= tag;
+  if (const byte* start = in.peek(LONGEST_FIXED_PART)) {
+    BytesAt source(start);
+    read_fixed_part(source, state, tag, expectedTime, sample);
+    in.take(static_cast<std::size_t>(source.position() - start));
+  } else {
+    CheckedReads source(in);
+    read_fixed_part(source, state, tag, expectedTime, sample);
+  }
+  if (has(tag, SMP_EXTENDED)) read_extended_blocks(in, state.parameters, sample);
+  if (has(tag, SMP_SKIP_BLOCKS)) skip_blocks(in);
+}
+
+void decode_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
+                   FSAMPLE& sample) {
+  preset_sample(tag, sample);
+  decode_into_preset_sample(in, state, tag, expectedTime, sample);
+}
+
+SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
+                              GlanceLayout& layout) {
+  if (layout.tag != tag) layout = layout_of(tag);
+  state.sam_data |= tag;
+  SampleGlance glance;
+  glance.flags = tag;
+  if (const byte* start = in.peek(LONGEST_FIXED_PART)) {
+    in.take(glance_at_fixed_part(start, state, layout, glance));
+  } else {
+    glance_near_the_end(in, state, tag, glance);
+  }
+  if (!layout.hasBlocks) return glance;
+  if (has(tag, SMP_EXTENDED)) skip_extended_blocks(in, state.parameters);
+  if (has(tag, SMP_SKIP_BLOCKS)) skip_blocks(in);
+  return glance;
+}
+
+void make_dummy_sample(UINT16 tag, const FSAMPLE* model, FSAMPLE& sample) {
+  preset_sample(tag, sample);
+  sample.errors = 0;
+  std::fill(sample.hdata, sample.hdata + 3, STORED_MISSING);
+  if (model == nullptr) return;
+  sample.htype = model->htype;
+  for (int eye = 0; eye < 2; ++eye) {
+    if (!has(tag, eye == 0 ? SMP_LEFT : SMP_RIGHT)) continue;
+    if (has(tag, SMP_PUPIL_POS)) sample.px[eye] = sample.py[eye] = MISSING_DATA;
+    if (has(tag, SMP_HREF)) sample.hx[eye] = sample.hy[eye] = MISSING_DATA;
+    if (has(tag, SMP_GAZE)) sample.gx[eye] = sample.gy[eye] = MISSING_DATA;
+    if (has(tag, SMP_PUPIL_SIZE)) {
+      sample.pa[eye] = model->pa[eye] < 0.0f ? NOT_RECORDED : MISSING_DATA;
+    }
+  }
+}

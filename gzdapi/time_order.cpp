@@ -1,0 +1,184 @@
+// Items are ordered by stamp; items of one stamp by their kinds, and within some kinds by their
+// place in the file.
+//
+// The comparison is not a strict weak order: a message and an earlier sample of one stamp, and a
+// start and an end of blink of different eyes, each come first. The order that std::sort makes of
+// that, window by window, is the order of the index. A window that is in strict order already, in
+// both directions of every comparison, has only that one order and is left alone. Any other is
+// sorted between two guards, so that no scan of std::sort leaves it, whatever the comparison says.
+#include "time_order.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::size_t SORTED_WHOLE = 20000;
+constexpr std::size_t WINDOW = 13500;
+constexpr std::size_t OVERLAP = 3000;
+
+// Runs of one stamp longer than this are not checked pair by pair.
+constexpr std::size_t LONGEST_CHECKED_RUN = 32;
+
+enum class Kind : byte { Other, Opening, Closing, Sample, FileOrdered, Message };
+
+constexpr std::array<Kind, 256> make_kinds() {
+  std::array<Kind, 256> kinds{};
+  for (const int type : {1, 3, 5, 7, 15, 17}) kinds[static_cast<std::size_t>(type)] = Kind::Opening;
+  for (const int type : {2, 4, 6, 8, 16, 18}) kinds[static_cast<std::size_t>(type)] = Kind::Closing;
+  for (const int type : {9, 10, 25, 28}) kinds[static_cast<std::size_t>(type)] = Kind::FileOrdered;
+  kinds[GZD_MESSAGE] = Kind::Message;
+  kinds[GZD_SAMPLE] = Kind::Sample;
+  return kinds;
+}
+
+constexpr std::array<Kind, 256> KINDS = make_kinds();
+
+Kind kind_of(const GZDItem& item) {
+  return KINDS[static_cast<std::size_t>(item.getItemType())];
+}
+
+bool in_file_order(const GZDItem& a, const GZDItem& b) {
+  return a.getFilePos() < b.getFilePos();
+}
+
+bool boundary_before(const GZDItem& a, const GZDItem& b) {
+  if (a.isRecording() && b.isRecording()) return !a.isRecordingStart() && b.isRecordingStart();
+  if (a.isRecordingStart()) return true;
+  if (a.isRecording() || b.isRecordingStart()) return false;
+  const Kind kind = kind_of(a);  // b is the end of a block
+  return kind != Kind::Opening && kind != Kind::Other;
+}
+
+bool message_before(const GZDItem& a, const GZDItem& b) {
+  // A message is before a sample, and a sample that lies earlier in the file is before a message.
+  if (kind_of(a) == Kind::Message && kind_of(b) == Kind::Sample) return true;
+  return in_file_order(a, b);
+}
+
+bool sample_before(const GZDItem& a, const GZDItem& b) {
+  if (kind_of(a) == Kind::Sample) return kind_of(b) == Kind::Closing;
+  return kind_of(a) == Kind::Opening;
+}
+
+bool is_blink(const GZDItem& item) {
+  return item.getItemType() == GZD_START_BLINK || item.getItemType() == GZD_END_BLINK;
+}
+
+bool eye_event_before(const GZDItem& a, const GZDItem& b) {
+  const int typeA = a.getItemType();
+  const int typeB = b.getItemType();
+  if (typeA == typeB) return in_file_order(a, b);
+  // A start and an end of blink of different eyes come before each other.
+  if (is_blink(a) && is_blink(b)) return a.getSide() != b.getSide() || typeA == GZD_START_BLINK;
+  if (kind_of(a) != kind_of(b)) return kind_of(a) == Kind::Opening;
+  return (typeA == GZD_START_SACCADE && typeB == GZD_START_BLINK) ||
+         (typeA == GZD_END_BLINK && typeB == GZD_END_SACCADE);
+}
+
+bool before_at_one_stamp(const GZDItem& a, const GZDItem& b) {
+  if (a.isRecording() || b.isRecording()) return boundary_before(a, b);
+  const Kind kindA = kind_of(a);
+  const Kind kindB = kind_of(b);
+  const auto either = [&](Kind kind) { return kindA == kind || kindB == kind; };
+  if (either(Kind::FileOrdered)) return in_file_order(a, b);
+  if (either(Kind::Message)) return message_before(a, b);
+  if (either(Kind::Other)) return false;
+  if (either(Kind::Sample)) return sample_before(a, b);
+  return eye_event_before(a, b);
+}
+
+// ---- windows
+// ------------------------------------------------------------------------------------------
+
+// An item with its stamp at hand. Guards have no item: the lowest stands before, the highest behind
+// everything, a boundary at time 0 included.
+struct Entry {
+  UINT64 stamp;
+  const GZDItem* item;
+};
+
+constexpr Entry LOW_GUARD{0, nullptr};
+constexpr Entry HIGH_GUARD{~UINT64{0}, nullptr};
+
+bool entry_before(const Entry& a, const Entry& b) {
+  if (a.stamp != b.stamp) return a.stamp < b.stamp;
+  if (b.item == nullptr) return false;
+  if (a.item == nullptr) return true;
+  return before_at_one_stamp(*a.item, *b.item);
+}
+
+bool strictly_before(const GZDItem& a, const GZDItem& b) {
+  return before_at_one_stamp(a, b) && !before_at_one_stamp(b, a);
+}
+
+// Whether items of one stamp have only one order, and stand in it.
+bool run_is_strictly_ordered(const GZDItem* first, const GZDItem* last) {
+  if (static_cast<std::size_t>(last - first) > LONGEST_CHECKED_RUN) return false;
+  for (const GZDItem* a = first; a != last; ++a) {
+    for (const GZDItem* b = a + 1; b != last; ++b) {
+      if (!strictly_before(*a, *b)) return false;
+    }
+  }
+  return true;
+}
+
+bool is_strictly_ordered(const GZDItem* first, const GZDItem* last) {
+  const GZDItem* run = first;
+  UINT64 stamp = first->getTimeStamp();
+  for (const GZDItem* item = first + 1; item != last; ++item) {
+    const UINT64 next = item->getTimeStamp();
+    if (next == stamp) continue;
+    if (next < stamp) return false;
+    if (item - run > 1 && !run_is_strictly_ordered(run, item)) return false;
+    run = item;
+    stamp = next;
+  }
+  return last - run == 1 || run_is_strictly_ordered(run, last);
+}
+
+class WindowSorter {
+ public:
+  // Sorts a window that is not empty.
+  void sort(GZDItem* first, GZDItem* last) {
+    if (is_strictly_ordered(first, last)) return;
+    entries.clear();
+    entries.push_back(LOW_GUARD);
+    for (const GZDItem* item = first; item != last; ++item) {
+      entries.push_back({item->getTimeStamp(), item});
+    }
+    entries.push_back(HIGH_GUARD);
+    std::sort(entries.begin() + 1, entries.end() - 1, entry_before);
+    sorted.clear();
+    for (std::size_t i = 1; i + 1 < entries.size(); ++i) sorted.push_back(*entries[i].item);
+    std::copy(sorted.begin(), sorted.end(), first);
+  }
+
+ private:
+  std::vector<Entry> entries;
+  std::vector<GZDItem> sorted;
+};
+
+}  // namespace
+
+bool sortByTime(const GZDItem& e1, const GZDItem& e2) {
+  const UINT64 stamp1 = e1.getTimeStamp();
+  const UINT64 stamp2 = e2.getTimeStamp();
+  if (stamp1 != stamp2) return stamp1 < stamp2;
+  return before_at_one_stamp(e1, e2);
+}
+
+void sortItems(std::vector<GZDItem>& items) {
+  WindowSorter sorter;
+  GZDItem* const begin = items.data();
+  const std::size_t count = items.size();
+  if (count <= SORTED_WHOLE) {
+    if (count > 0) sorter.sort(begin, begin + count);
+    return;
+  }
+  for (std::size_t first = 0;; first += WINDOW - OVERLAP) {
+    const std::size_t last = std::min(first + WINDOW, count);
+    sorter.sort(begin + first, begin + last);
+    if (last == count) return;
+  }
+}

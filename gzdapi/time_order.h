@@ -1,0 +1,15 @@
+// Puts the index into time order.
+#ifndef GZDAPI_TIME_ORDER_H
+#define GZDAPI_TIME_ORDER_H
+
+#include <vector>
+
+#include "GZDItem.h"
+
+// True when e1 is to come before e2. For a few pairs of one stamp the answer is true both ways.
+bool sortByTime(const GZDItem& e1, const GZDItem& e2);
+
+// Sorts the whole list, or overlapping windows of a long one.
+void sortItems(std::vector<GZDItem>& items);
+
+#endif

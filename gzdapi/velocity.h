@@ -1,0 +1,22 @@
+// Velocity of the middle element of a series of positions: two models, pure functions.
+//
+// A series holds n positions at equal intervals, MISSING_DATA where there is none. Velocities are
+// in degrees per second, MISSING_DATA where the series does not allow one. Single precision, one
+// rounding per operation.
+#ifndef GZDAPI_VELOCITY_H
+#define GZDAPI_VELOCITY_H
+
+// Older trackers: differences over four points, or two where neighbours are missing.
+// `racc`: resolution (units per degree); `sampleRate`: samples per second.
+float calcVelocity_non_falcon(bool fastVelocity, const float* x, int xlen, float racc,
+                              float sampleRate);
+
+// Newer trackers: differences of means over blocks of 4 ms, as if sampled at 250 Hz. Every position
+// in reach must be present.
+float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_samples, float xres,
+                          float samples_per_second);
+
+// How many positions to either side of the middle calcVelocity_falcon uses at this rate.
+int falcon_half_window(float samples_per_second);
+
+#endif
