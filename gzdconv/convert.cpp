@@ -1,0 +1,305 @@
+// One run over a recording: open it and the ASC file, print the header, hand every element to the
+// writer of its kind, close both, tell the counts.
+#include "convert.h"
+
+#include <cmath>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "console.h"
+#include "event_lines.h"
+#include "frame_lines.h"
+#include "gzd.h"
+#include "head_gaze.h"
+#include "message_filter.h"
+#include "options.h"
+#include "output.h"
+#include "recording_lines.h"
+#include "resolution.h"
+#include "sample_lines.h"
+#include "text.h"
+
+namespace {
+
+constexpr int revision_without_markers = 3;
+constexpr int revision_with_pose = 4;
+constexpr int head_target = 2;
+constexpr int head_pose = 3;
+constexpr double half_ms_per_second = 2000.0;
+constexpr double ms_per_second = 1e3;
+
+struct CloseRecording {
+  void operator()(GZDFILE* handle) const { gzd_close_file(handle); }
+};
+using RecordingFile = std::unique_ptr<GZDFILE, CloseRecording>;
+
+// Gives an option back the value of the command line, whatever the recording made of it.
+class HeadModeGuard {
+ public:
+  HeadModeGuard() : asked_(options.head_data_mode) {}
+  ~HeadModeGuard() { options.head_data_mode = asked_; }
+  HeadModeGuard(const HeadModeGuard&) = delete;
+  HeadModeGuard& operator=(const HeadModeGuard&) = delete;
+
+ private:
+  int asked_;
+};
+
+class OutputGuard {
+ public:
+  OutputGuard() = default;
+  ~OutputGuard() { close_output_file(); }
+  OutputGuard(const OutputGuard&) = delete;
+  OutputGuard& operator=(const OutputGuard&) = delete;
+};
+
+int consistency_word() {
+  return options.consistency | (options.no_time_check ? GZD_OPEN_NO_TIME_SHIFT : 0) |
+         (options.failsafe ? GZD_OPEN_FAILSAFE : 0) |
+         (options.message_offsets ? GZD_OPEN_MESSAGE_OFFSETS : 0);
+}
+
+CONFIG make_config() {
+  const bool fixed = options.fixed_resolution;
+  return {fixed ? options.default_res_x : MISSING_DATA,
+          fixed ? options.default_res_y : MISSING_DATA, options.debug ? 1 : 0,
+          options.debug ? options.debug_file_name.data() : nullptr};
+}
+
+RecordingFile open_recording(const std::string& name) {
+  CONFIG config = make_config();
+  const int events = GZD_LOAD_EVENTS | (options.load_message_log ? GZD_LOAD_MESSAGE_LOG : 0);
+  const int samples = options.output_samples || options.video_frames ? 1 : 0;
+  int error = 0;
+  return RecordingFile(
+      gzd_open_file_ex(name.c_str(), consistency_word(), events, samples, &config, &error));
+}
+
+std::string local_time() {
+  const std::time_t now = std::time(nullptr);
+  char text[64];
+  return ctime_r(&now, text) != nullptr ? text : "\n";
+}
+
+void print_file_header(GZDFILE* handle, const std::string& input) {
+  const int length = gzd_get_preamble_text_length(handle);
+  options.current_ovilo_revision = gzd_get_ovilo_revision(handle);
+  if (length <= 0) return;
+  std::vector<char> preamble(static_cast<std::size_t>(length) + 1);
+  gzd_get_preamble_text(handle, preamble.data(), length + 1);
+  if (options.output_events) {
+    print("** CONVERTED FROM %s using gzdapi %s on %s", input.c_str(), gzd_get_version(),
+          local_time().c_str());
+    print("%s** ARGUMENTS USED: %s\n**\n\n", preamble.data(), options.arguments_used.c_str());
+  }
+  if (!quiet) print_preamble_text(input.c_str(), preamble.data());
+}
+
+// The first generation that tells head positions otherwise has no marker fields.
+void refuse_head_markers(GZDFILE* handle) {
+  if (gzd_get_ovilo_revision(handle) != revision_without_markers || !options.head_data_mode) return;
+  options.head_data_mode = 0;
+  warn("Warning: OviloFalcon data file. No marker fields available. \n");
+}
+
+// `per_second` units divided by a sample rate, cut to a whole number; a rate of 0 gives 0.
+double whole_period(double per_second, float sample_rate) {
+  return sample_rate > 0.0F ? std::trunc(per_second / static_cast<double>(sample_rate)) : 0.0;
+}
+
+unsigned normal_velocity(int sample_type) {
+  switch (sample_type) {
+    case GZD_POSITION_PUPIL:
+      return GZD_VELOCITY_RAW;
+    case GZD_POSITION_HREF:
+      return GZD_VELOCITY_HREF;
+    default:
+      return GZD_VELOCITY_GAZE;
+  }
+}
+
+unsigned fast_velocity(int sample_type) {
+  switch (sample_type) {
+    case GZD_POSITION_PUPIL:
+      return GZD_VELOCITY_FAST_RAW;
+    case GZD_POSITION_HREF:
+      return GZD_VELOCITY_FAST_HREF;
+    default:
+      return GZD_VELOCITY_FAST_GAZE;
+  }
+}
+
+// The velocities that the sample lines of the block will show.
+unsigned needed_velocities() {
+  if (!options.output_velocity || !options.output_samples) return GZD_VELOCITY_NONE;
+  return options.fast_velocity ? fast_velocity(options.sample_type_in_use)
+                               : normal_velocity(options.sample_type_in_use);
+}
+
+bool is_counted_event(int code) {
+  return (code >= GZD_START_PARSE && code <= GZD_BREAK_PARSE) || code == GZD_BUTTON ||
+         code == GZD_INPUT;
+}
+
+bool is_uncounted_event(int code) {
+  return code >= GZD_START_SAMPLES && code <= GZD_END_EVENTS;
+}
+
+// The walk over the elements of one recording, and its counts.
+class Conversion {
+ public:
+  Conversion(GZDFILE* handle, const std::string& typed_name, const std::string& input)
+      : handle_(handle), frames_(typed_name, input) {}
+
+  void run();
+  void print_summary() const;
+  bool has_open_block() const { return block_records_ % 2 != 0; }
+
+ private:
+  void convert(int code);
+  ALLF_DATA* fetch() { return gzd_get_float_data(handle_); }
+  int session() const { return block_records_ / 2; }
+  int period() const;
+  void count_event(const FEVENT& event) { events_ += print_event(event, period()) == 0 ? 1 : 0; }
+  void convert_message(const FEVENT& event);
+  void convert_recording(const RECORDINGS& record);
+  void start_block(const RECORDINGS& record);
+  void convert_sample(FSAMPLE& sample);
+  void check_gap(const FSAMPLE& sample);
+
+  GZDFILE* handle_;
+  FrameLines frames_;
+  std::optional<RECORDINGS> current_recording_;
+  std::int64_t last_sample_time2_ = -1;  // half-milliseconds, -1: none in this block
+  int events_ = 0;
+  int samples_ = 0;
+  int block_records_ = 0;
+};
+
+void Conversion::run() {
+  Progress progress(quiet ? 0 : gzd_get_element_count(handle_));
+  gzd_set_velocity_kinds(handle_, needed_velocities());
+  for (int code; !lpbuffer.failed() && (code = gzd_get_next_data(handle_)) != GZD_END_OF_DATA;) {
+    progress.step();
+    convert(code);
+  }
+}
+
+void Conversion::convert(int code) {
+  const bool handled = code == GZD_SAMPLE || code == GZD_MESSAGE || code == GZD_RECORDING ||
+                       is_counted_event(code) || is_uncounted_event(code);
+  ALLF_DATA* const record = handled ? fetch() : nullptr;
+  if (record == nullptr) return;
+  if (code == GZD_SAMPLE)
+    convert_sample(record->fs);
+  else if (code == GZD_MESSAGE)
+    convert_message(record->fe);
+  else if (code == GZD_RECORDING)
+    convert_recording(record->rec);
+  else if (is_counted_event(code))
+    count_event(record->fe);
+  else
+    print_event(record->fe, 0);
+}
+
+int Conversion::period() const {
+  constexpr double highest_period = 1e9;
+  if (!current_recording_) return 0;
+  return static_cast<int>(
+      std::fmin(whole_period(ms_per_second, current_recording_->sample_rate), highest_period));
+}
+
+void Conversion::convert_message(const FEVENT& event) {
+  const char* const text = message_text(event);
+  if (text == nullptr) {
+    warn("missing message at %d \n", static_cast<int>(event.time));
+  } else {
+    if (std::strstr(text, "DISPLAY_COORDS") != nullptr)
+      parseDisplayCoords(text);
+    else if (std::strstr(text, "DISPLAY_AREA_COORDS") != nullptr)
+      parseDisplayAreaCoords(text);
+    read_geometry_message(text);
+  }
+  count_event(event);
+}
+
+void Conversion::convert_recording(const RECORDINGS& record) {
+  ++block_records_;
+  options.current_eye = -1;
+  current_recording_.reset();
+  if (record.state) start_block(record);
+  frames_.forget_frame();
+  print_recording(handle_, record);
+  last_sample_time2_ = -1;
+  gzd_set_velocity_kinds(handle_, needed_velocities());
+  begin_sample_block();
+}
+
+void Conversion::start_block(const RECORDINGS& record) {
+  current_recording_ = record;
+  options.head_data_mode = 0;
+  if (options.current_ovilo_revision == revision_with_pose) options.head_data_mode = head_pose;
+  if (options.current_ovilo_revision == revision_without_markers && (record.sflags & SMP_HEAD_DATA))
+    options.head_data_mode = head_target;
+  if (options.video_frames) frames_.start_block(session());
+}
+
+void Conversion::convert_sample(FSAMPLE& sample) {
+  if (options.video_frames) frames_.before_sample(sample.time, last_sample_time2_, session());
+  check_gap(sample);
+  if (!current_recording_) return;
+  if (write_sample(handle_, *current_recording_, sample) == 0) ++samples_;
+}
+
+void Conversion::check_gap(const FSAMPLE& sample) {
+  const std::int64_t time2 = 2 * std::int64_t{sample.time} + (sample.flags & SMP_HALF_MS ? 1 : 0);
+  if (last_sample_time2_ >= 0) {
+    if (!current_recording_) return;
+    const double expected = static_cast<double>(last_sample_time2_) +
+                            whole_period(half_ms_per_second, current_recording_->sample_rate);
+    if (static_cast<double>(time2) > expected) warn("missing sample at %f \n", expected / 2.0);
+  }
+  last_sample_time2_ = time2;
+}
+
+void Conversion::print_summary() const {
+  std::printf("Converted successfully: %d events, %d samples, %d blocks.\n", events_, samples_,
+              block_records_ / 2);
+}
+
+// Forgets what belongs to the file before.
+void reset_file_state() {
+  clear_resolution_sums();
+  options.current_eye = -1;
+  begin_sample_block();
+}
+
+}  // namespace
+
+int process_gzd_file(const std::string& name, const std::string* output_name) {
+  reset_file_state();
+  std::string input, output;
+  add_extension(input, name);
+  add_extension(output, output_name != nullptr ? *output_name : name);
+  RecordingFile file = open_recording(input);
+  if (!file) {
+    report("Could not process %s \n", input.c_str());
+    return -1;
+  }
+  const OutputGuard output_guard;
+  if (open_output_file(output, input) != 0) return -1;
+  const HeadModeGuard head_mode_guard;
+  print_file_header(file.get(), input);
+  gzd_get_trial_count(file.get());  // collects the trials before the walk
+  refuse_head_markers(file.get());
+  Conversion conversion(file.get(), name, input);
+  conversion.run();
+  file.reset();
+  if (close_output_file() != 0) return -1;
+  if (!quiet) conversion.print_summary();
+  if (conversion.has_open_block()) warn("There are trials not starting or ending properly.\n");
+  return 0;
+}

@@ -1,0 +1,15 @@
+// gzdconv: converts GZD recordings to ASC text.
+#include <cstdio>
+#include <exception>
+
+#include "process.h"
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,201 @@
+// The table of column groups, in the order of the line: which samples have the group, what appends
+// it, and its labels. Plan and header are both read off it.
+#include "sample_columns.h"
+
+#include <charconv>
+#include <cstring>
+#include <string_view>
+
+#include "head_gaze.h"
+#include "number.h"
+#include "options.h"
+#include "output.h"
+#include "sample_eye_columns.h"
+#include "sample_head_columns.h"
+
+bool printPoseFlags = false;
+
+namespace {
+
+constexpr int left = GZD_LEFT_EYE;
+constexpr int right = GZD_RIGHT_EYE;
+constexpr int word_decimals = 1;
+
+// ---- time ---------------------------------------------------------------------------------------
+
+// The digits of time / 100: they stay for most samples, so that two digits a sample are new.
+class TimeDigits {
+ public:
+  void append(UINT32 time) {
+    if (time < 100) {
+      lpbuffer.append_unsigned(time);
+      return;
+    }
+    if (time / 100 != hundreds_) keep(time / 100);
+    char* const place = lpbuffer.cursor();
+    std::memcpy(place, text_, sizeof text_);
+    place[length_] = static_cast<char>('0' + time / 10 % 10);
+    place[length_ + 1] = static_cast<char>('0' + time % 10);
+    lpbuffer.set_cursor(place + length_ + 2);
+  }
+
+ private:
+  void keep(UINT32 hundreds) {
+    hundreds_ = hundreds;
+    length_ =
+        static_cast<std::size_t>(std::to_chars(text_, text_ + sizeof text_, hundreds).ptr - text_);
+  }
+
+  UINT32 hundreds_ = 0;  // no time of 100 and above has it
+  char text_[16] = {};
+  std::size_t length_ = 0;
+};
+
+TimeDigits time_digits;
+
+// ---- input, buttons, status ---------------------------------------------------------------------
+
+void append_input(const SampleLine& line) {
+  const UINT16 word = line.sample.input;
+  print_value(word_decimals, word == NOT_RECORDED_WORD ? double{MISSING_DATA} : word);
+}
+
+void append_buttons(const SampleLine& line) {
+  print_value(word_decimals, line.sample.buttons);
+}
+
+void append_status(const SampleLine& line) {
+  char* const place = lpbuffer.cursor();
+  place[0] = '\t';
+  place[1] = mark(line.sample.errors, 0x1000, 'I');
+  place[2] = mark(line.sample.errors, 0x0002, 'W');
+  lpbuffer.set_cursor(place + (printPoseFlags ? 3 : 2));
+}
+
+template <int eye>
+void append_eye_status(const SampleLine& line) {
+  char* const place = lpbuffer.cursor();
+  place[0] = mark(line.sample.errors, eye == left ? 0x0100 : 0x0200, 'C');
+  place[1] = mark(line.sample.errors, eye == left ? 0x0400 : 0x0800, 'R');
+  lpbuffer.set_cursor(place + 2);
+}
+
+void append_status_word(const SampleLine& line) {
+  char digits[8];
+  const char* const end = std::to_chars(digits, digits + sizeof digits, line.sample.errors, 16).ptr;
+  lpbuffer.append(std::string_view(" error: "));
+  lpbuffer.append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+}
+
+void append_head_gaze(const SampleLine& line) {
+  print_head_gaze(line.sample);
+}
+
+// ---- the table ----------------------------------------------------------------------------------
+
+struct ColumnGroup {
+  bool (*applies)(const SampleShape&);
+  SampleColumn append;
+  std::string_view labels;  // empty: columns without labels
+};
+
+using Shape = SampleShape;
+
+bool left_extended(const Shape& s) {
+  return s.extended && s.left_printed;
+}
+bool right_extended(const Shape& s) {
+  return s.extended && s.right_printed;
+}
+bool extended(const Shape& s) {
+  return s.extended;
+}
+bool screen_resolution(const Shape& s) {
+  return s.screen_resolution;
+}
+
+constexpr ColumnGroup column_groups[] = {
+    {[](const Shape& s) { return s.left_printed; }, append_position<left>,
+     "left-x\tleft-y\tleft-p\t"},
+    {[](const Shape& s) { return s.right_printed; }, append_position<right>,
+     "right-x\tright-y\tright-p\t"},
+    {screen_resolution, append_screen_resolution<left>, "left-rx\tleft-ry\t"},
+    {screen_resolution, append_screen_resolution<right>, "right-rx\tright-ry\t"},
+    {[](const Shape& s) { return s.velocity && s.left_printed; }, append_velocity<left>,
+     "left-xvel\tleft-yvel\t"},
+    {[](const Shape& s) { return s.velocity && s.right_printed; }, append_velocity<right>,
+     "right-xvel\tright-yvel\t"},
+    {[](const Shape& s) { return s.resolution; }, append_resolution, "xres\tyres\t"},
+    {[](const Shape& s) { return s.markers; }, append_markers,
+     "marker_1\tmarker_2\tmarker_3\tmarker_4\tmarker_5\tmarker_6\tmarker_7\tmarker_8\t"},
+    {[](const Shape& s) { return s.input; }, append_input, "input\t"},
+    {[](const Shape& s) { return s.buttons; }, append_buttons, "buttons\t"},
+    {[](const Shape& s) { return s.cr_flags; }, append_status, "CR-flags\t"},
+    {[](const Shape& s) { return s.cr_flags && s.left_printed; }, append_eye_status<left>, ""},
+    {[](const Shape& s) { return s.cr_flags && s.right_printed; }, append_eye_status<right>, ""},
+    {[](const Shape& s) { return s.cr_flags && options.sfhmf != 0; }, append_status_word, ""},
+    {[](const Shape& s) { return s.average; }, append_average, "avg-gx\tavg-gy\t"},
+    {[](const Shape& s) { return s.uncorrected && s.left_present; }, append_uncorrected<left>, ""},
+    {[](const Shape& s) { return s.uncorrected && s.right_present; }, append_uncorrected<right>,
+     ""},
+    {[](const Shape& s) { return s.target; }, append_target, "target-x\ttarget-y\ttarget-dist\t"},
+    {[](const Shape& s) { return s.target_flags; }, append_target_flags, "target-flags\t"},
+    {[](const Shape& s) { return s.second_eye; }, append_second_eye_flags, ""},
+    {[](const Shape& s) { return s.head_tracking; }, append_head_tracking,
+     "head-rotation-x\thead-rotation-y\thead-rotation-z\t"
+     "head-position-x\thead-position-y\thead-position-z\t"},
+    {[](const Shape& s) { return s.head_pose; }, append_marker_flags, "head-marker-flags\t"},
+    {[](const Shape& s) { return s.head_pose && options.sfhmf != 0; }, append_marker_bits, ""},
+    {left_extended, append_head_element<&FSAMPLE::unused_headInSpaceX, left>,
+     "head-in-space-left-x\t"},
+    {right_extended, append_head_element<&FSAMPLE::unused_headInSpaceX, right>,
+     "head-in-space-right-x\t"},
+    {extended, append_head_value<&FSAMPLE::headInSpaceX>, "head-in-space-x\t"},
+    {left_extended, append_head_element<&FSAMPLE::unused_headInSpaceY, left>,
+     "head-in-space-left-y\t"},
+    {right_extended, append_head_element<&FSAMPLE::unused_headInSpaceY, right>,
+     "head-in-space-right-y\t"},
+    {extended, append_head_value<&FSAMPLE::headInSpaceY>, "head-in-space-y\t"},
+    {left_extended, append_head_element<&FSAMPLE::eyeInHeadX, left>, "eye-in-head-left-x\t"},
+    {right_extended, append_head_element<&FSAMPLE::eyeInHeadX, right>, "eye-in-head-right-x\t"},
+    {extended, append_head_element<&FSAMPLE::eyeInHeadX, 2>, "eye-in-head-cyclopean-x\t"},
+    {left_extended, append_head_element<&FSAMPLE::eyeInHeadY, left>, "eye-in-head-left-y\t"},
+    {right_extended, append_head_element<&FSAMPLE::eyeInHeadY, right>, "eye-in-head-right-y\t"},
+    {extended, append_head_element<&FSAMPLE::eyeInHeadY, 2>, "eye-in-head-cyclopean-y\t"},
+    {[](const Shape& s) { return s.head_resolution; }, append_head_resolution,
+     "head-in-space-resolution-x\thead-in-space-resolution-y\t"
+     "eye-in-head-resolution-x\teye-in-head-resolution-y\t"},
+    {[](const Shape& s) { return s.ellipse && s.left_printed; }, append_ellipse<left>,
+     "pupil-ellipse-left-x\tpupil-ellipse-left-y\tpupil-ellipse-major-left-axis\t"
+     "pupil-ellipse-minor-left-axis\tpupil-ellipse-left-angle\t"},
+    {[](const Shape& s) { return s.ellipse && s.right_printed; }, append_ellipse<right>,
+     "pupil-ellipse-right-x\tpupil-ellipse-right-y\tpupil-ellipse-major-right-axis\t"
+     "pupil-ellipse-minor-right-axis\tpupil-ellipse-angle-right\t"},
+    {[](const Shape& s) { return s.gaze_3d; }, append_head_gaze, ""},
+};
+
+}  // namespace
+
+void append_sample_time(const FSAMPLE& sample) {
+  const char* const start = lpbuffer.cursor();
+  time_digits.append(sample.time);
+  if (options.float_time == 0) return;
+  constexpr std::ptrdiff_t width = 8;
+  lpbuffer.append(std::string_view((sample.flags & SMP_HALF_MS) != 0 ? ".5" : ".0"));
+  while (lpbuffer.cursor() - start < width) lpbuffer.append(' ');
+}
+
+void SamplePlan::make(const SampleShape& shape, std::uint32_t key) {
+  static_assert(std::size(column_groups) <= max_columns);
+  count_ = 0;
+  for (const ColumnGroup& group : column_groups) {
+    if (group.applies(shape)) columns_[count_++] = group.append;
+  }
+  key_ = key;
+}
+
+void append_column_labels(const SampleShape& shape) {
+  for (const ColumnGroup& group : column_groups) {
+    if (group.applies(shape)) lpbuffer.append(group.labels);
+  }
+}

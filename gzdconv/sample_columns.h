@@ -1,0 +1,82 @@
+// The columns of a sample line, and the plan of those that a run of samples has.
+#ifndef GZDCONV_SAMPLE_COLUMNS_H
+#define GZDCONV_SAMPLE_COLUMNS_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "gzd.h"
+#include "sample_shape.h"
+
+// True when the samples of the file carry the calibration-warning character, and its header the
+// head-marker legend. Set at the first sample of each file.
+extern bool printPoseFlags;
+
+// A float for print_value: what is absent from the record prints like what is not valid.
+inline float missing_if_absent(float value) {
+  return value == NOT_RECORDED ? MISSING_DATA : value;
+}
+
+inline bool has_value(float value) {
+  return missing_if_absent(value) != MISSING_DATA;
+}
+
+// A letter for a set bit, else a full stop.
+inline char mark(unsigned word, unsigned bit, char letter) {
+  return (word & bit) != 0 ? letter : '.';
+}
+
+// Position and pupil size of one eye; MISSING_DATA where there is none.
+struct EyeData {
+  float x, y, pupil;
+};
+
+// The position of `eye` in coordinates of `type` (GZD_POSITION_), gaze as the display mapping gives
+// it. A lost pupil has no position, unless options.no_pupil_area_check is set.
+EyeData get_sample_data(const FSAMPLE& sample, int eye, int type);
+
+// Appends the sample's time, first on every sample line.
+void append_sample_time(const FSAMPLE& sample);
+
+// A sample while its line is written.
+struct SampleLine {
+  GZDFILE* handle;
+  FSAMPLE& sample;
+};
+
+// Appends the columns of one group, each with its own tab in front.
+using SampleColumn = void (*)(const SampleLine&);
+
+// The columns chosen for a run of samples of one shape.
+class SamplePlan {
+ public:
+  // Forgets the choice. Due whenever block or options may have changed.
+  void forget() { key_ = no_key; }
+
+  // Makes the plan that of `sample`, which costs next to nothing while the shape stays.
+  void choose(const RECORDINGS& block, const FSAMPLE& sample) {
+    const std::uint32_t key = shape_key(sample);
+    if (key != key_) make(SampleShape(block, sample), key);
+  }
+
+  void append(const SampleLine& line) const {
+    for (std::size_t i = 0; i < count_; ++i) columns_[i](line);
+  }
+
+ private:
+  static constexpr std::uint64_t no_key = std::numeric_limits<std::uint64_t>::max();
+  static constexpr std::size_t max_columns = 64;
+
+  void make(const SampleShape& shape, std::uint32_t key);
+
+  std::uint64_t key_ = no_key;
+  std::array<SampleColumn, max_columns> columns_{};
+  std::size_t count_ = 0;
+};
+
+// Appends the labels of the columns of samples of this shape, a tab behind each.
+void append_column_labels(const SampleShape& shape);
+
+#endif

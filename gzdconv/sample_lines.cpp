@@ -1,0 +1,60 @@
+#include "sample_lines.h"
+
+#include "options.h"
+#include "output.h"
+#include "raw_sample_lines.h"
+#include "recording_lines.h"
+#include "resolution.h"
+#include "sample_columns.h"
+#include "sample_header.h"
+
+namespace {
+
+constexpr int ordinary_samples = 0;  // of options.current_eye
+constexpr int raw_samples = 1;
+constexpr int head_pose_mode = 3;  // of options.head_data_mode
+
+SamplePlan plan;
+
+bool carries_pose_flags(const FSAMPLE& sample) {
+  return options.head_data_mode == head_pose_mode && options.tracker_revision > 1 &&
+         sample.htype != INT16_MIN;
+}
+
+void begin_file(const RECORDINGS& block, const FSAMPLE& sample) {
+  options.sample_header_printed = 1;
+  printPoseFlags = carries_pose_flags(sample);
+  if (options.suppress_column_headers == 0 && canHeaderDeterminedForSamples() != 0) {
+    print_sample_header(block, sample);
+  }
+}
+
+// Once a block has had an ordinary sample, all that follow are.
+bool write_if_raw(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
+  if (!is_raw_sample(block, sample)) {
+    options.current_eye = ordinary_samples;
+    return false;
+  }
+  write_raw_sample(handle, block, sample);
+  options.current_eye = raw_samples;
+  return true;
+}
+
+}  // namespace
+
+void begin_sample_block() {
+  plan.forget();
+}
+
+int write_sample(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
+  if (options.output_samples == 0) return 1;
+  if (options.sample_header_printed == 0) begin_file(block, sample);
+  if (options.current_eye != ordinary_samples && write_if_raw(handle, block, sample)) return 0;
+  updatePPD(sample);
+  plan.choose(block, sample);
+  lpbuffer.begin_line();
+  append_sample_time(sample);
+  plan.append({handle, sample});
+  lpbuffer.append('\n');
+  return 0;
+}
