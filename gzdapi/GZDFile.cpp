@@ -103,7 +103,7 @@ ALLF_DATA* GZDFile::getSampleCloseToTime(UINT32 stamp) {
   const int found = findIndex(index, stamp, 0, static_cast<int>(index.size()) - 1);
   if (found < 1) return nullptr;
   ALLF_DATA* const record = reader.getFloatData(static_cast<UINT32>(found));
-  if (record != nullptr) shift(*record, GZD_SAMPLE);
+  if (record != nullptr) shift(*record, reader.typeOfRecord());
   return record;
 }
 

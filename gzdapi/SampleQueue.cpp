@@ -125,7 +125,9 @@ Sample* SampleQueue::getSample(UINT32 wanted, UINT32* entry) {
     batchReadSample(wanted);
     slot = holds(wanted) ? slotOfStamp(stamp) : -1;
   }
-  if (slot < 0) {
+  // A leap can end in the last slots of a full queue, without a whole window behind it.
+  const bool lacksWindow = sqsize == CAPACITY && slot + MIDDLE >= CAPACITY;
+  if (slot < 0 || lacksWindow) {
     readAfresh(wanted);
     slot = slotOfStamp(stamp);
   }
@@ -138,8 +140,7 @@ Sample* SampleQueue::getSample(UINT32 wanted, UINT32* entry) {
 // ---------------------------------------------------------------------------------------
 
 bool SampleQueue::continuesRun(UINT32 from, UINT32 to) const {
-  const INT64 rise = static_cast<INT64>(index.gzdItemList[to].getTimeStamp()) -
-                     static_cast<INT64>(index.gzdItemList[from].getTimeStamp());
+  const INT64 rise = static_cast<INT64>(stampOf(to)) - static_cast<INT64>(stampOf(from));
   return rise >= 0 && rise <= period;
 }
 
@@ -176,7 +177,9 @@ void SampleQueue::readAfresh(UINT32 wanted) {
     --i;
     if (!index.gzdItemList[i].isSample()) continue;
     if (!continuesRun(i, first)) break;
-    if (samples++ == SAMPLES_BEFORE_WANTED) {
+    // Entries of one stamp count once, so that the wanted sample gets its whole window.
+    const bool isRepeated = stampOf(i) == stampOf(first);
+    if (!isRepeated && samples++ == SAMPLES_BEFORE_WANTED) {
       runGoesBack = true;
       break;
     }

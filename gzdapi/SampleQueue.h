@@ -69,6 +69,9 @@ class SampleQueue {
     return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))];
   }
   [[nodiscard]] UINT64 stampAt(int slot) const { return at(slot).sample.getTimeStamp(); }
+  [[nodiscard]] UINT64 stampOf(UINT32 entry) const {
+    return index.gzdItemList[entry].getTimeStamp();
+  }
   [[nodiscard]] bool holds(UINT32 entry) const {
     return sqsize > 0 && entry >= firstEntry && entry <= lastEntry;
   }

@@ -22,11 +22,11 @@ struct SaccadeState {
 
 class BlinkMerge {
  public:
-  explicit BlinkMerge(std::vector<GZDItem>& list) : items(list) {}
+  explicit BlinkMerge(Index& list) : index(list), items(list.gzdItemList) {}
 
   void run() {
-    for (UINT32 place = 0; place < items.size(); ++place) examine(place);
-    edits.apply(items);
+    for (const UINT32 place : index.landmarks()) examine(place);
+    if (edits.apply(items)) index.itemsChanged();
   }
 
  private:
@@ -67,6 +67,7 @@ class BlinkMerge {
     eye.lastEnd.reset();
   }
 
+  Index& index;
   std::vector<GZDItem>& items;
   IndexEdits edits;
   std::array<SaccadeState, 2> eyes;
@@ -75,26 +76,28 @@ class BlinkMerge {
 }  // namespace
 
 void mergeBlinksInsideSaccade(Index& index) {
-  BlinkMerge(index.gzdItemList).run();
+  BlinkMerge(index).run();
 }
 
 void markSamplesInsideBlink(Index& index) {
   std::array<bool, 2> inside{};
-  for (GZDItem& item : index.gzdItemList) {
-    switch (item.getItemType()) {
-      case GZD_RECORDING:
-        inside = {};
-        break;
-      case GZD_START_BLINK:
-      case GZD_END_BLINK:
-        inside[static_cast<std::size_t>(item.getEye())] = item.isStartEvent();
-        break;
-      case GZD_SAMPLE:
-        if (inside[GZD_LEFT_EYE]) item.markSampleInsideBlink(GZD_LEFT_EYE);
-        if (inside[GZD_RIGHT_EYE]) item.markSampleInsideBlink(GZD_RIGHT_EYE);
-        break;
-      default:
-        break;
+  const auto mark = [&](std::size_t begin, std::size_t end) {
+    if (!inside[GZD_LEFT_EYE] && !inside[GZD_RIGHT_EYE]) return;
+    for (std::size_t place = begin; place < end; ++place) {
+      GZDItem& sample = index.gzdItemList[place];
+      if (inside[GZD_LEFT_EYE]) sample.markSampleInsideBlink(GZD_LEFT_EYE);
+      if (inside[GZD_RIGHT_EYE]) sample.markSampleInsideBlink(GZD_RIGHT_EYE);
+    }
+  };
+  std::size_t behind = 0;  // the place behind the landmark before
+  for (const UINT32 place : index.landmarks()) {
+    mark(behind, place);
+    behind = place + std::size_t{1};
+    const GZDItem& item = index.gzdItemList[place];
+    if (item.isRecording()) inside = {};
+    if (item.getItemType() == GZD_START_BLINK || item.getItemType() == GZD_END_BLINK) {
+      inside[static_cast<std::size_t>(item.getEye())] = item.isStartEvent();
     }
   }
+  mark(behind, index.size());
 }

@@ -33,10 +33,11 @@ std::size_t eyeOf(const GZDItem& item) {
 
 class OutsideEvents {
  public:
-  explicit OutsideEvents(std::vector<GZDItem>& list) : items(list) {}
+  explicit OutsideEvents(Index& list) : index(list) {}
 
   void run() {
-    for (GZDItem& item : items) examine(item);
+    for (const UINT32 place : index.landmarks()) examine(index.gzdItemList[place]);
+    if (changed) index.itemsChanged();
   }
 
  private:
@@ -55,6 +56,7 @@ class OutsideEvents {
 
   void releasePending(UINT64 startStamp) {
     for (GZDItem* start : pending) start->setFixedTimeStamp(startStamp);
+    changed |= !pending.empty();
     pending.clear();
   }
 
@@ -65,13 +67,15 @@ class OutsideEvents {
       return;
     }
     item.setFixedTimeStamp(endStamp);
+    changed = true;
     if (item.getItemType() == GZD_END_BLINK && blinkStarted) {
       item.markBlinkMerged();
       blinkStarted = false;
     }
   }
 
-  std::vector<GZDItem>& items;
+  Index& index;
+  bool changed = false;
   std::vector<GZDItem*> pending;  // starts that wait for the next block
   bool startSeen = false;
   bool outside = false;  // behind the end of a block
@@ -95,11 +99,17 @@ struct BlinkState {
 
 class BlockWalk {
  public:
-  BlockWalk(std::vector<GZDItem>& list, bool repairs) : items(list), repair(repairs) {}
+  BlockWalk(Index& list, bool repairs) : index(list), items(list.gzdItemList), repair(repairs) {}
 
   void run() {
-    for (UINT32 place = 0; place < items.size(); ++place) examine(place);
-    edits.apply(items);
+    UINT32 behind = 0;  // the place behind the landmark before
+    for (const UINT32 place : index.landmarks()) {
+      examineSamples(behind, place);
+      examine(place);
+      behind = place + 1;
+    }
+    examineSamples(behind, index.size());
+    if (edits.apply(items) || retimed) index.itemsChanged();
   }
   [[nodiscard]] bool boundariesChangedPlaces() const { return changedPlaces; }
 
@@ -108,9 +118,6 @@ class BlockWalk {
     switch (items[place].getItemType()) {
       case GZD_RECORDING:
         boundary(place);
-        break;
-      case GZD_SAMPLE:
-        if (!inside) straySample(place);
         break;
       case GZD_END_BLINK:
         endBlink(place);
@@ -121,6 +128,10 @@ class BlockWalk {
       default:
         break;
     }
+  }
+
+  void examineSamples(UINT32 begin, UINT32 end) {
+    for (UINT32 place = begin; place < end && !inside; ++place) straySample(place);
   }
 
   [[nodiscard]] Remembered remember(UINT32 place) const { return {place, place + growth}; }
@@ -202,6 +213,7 @@ class BlockWalk {
               static_cast<int>(remember(place).number), static_cast<unsigned long>(timeOf(start)),
               static_cast<int>(pending->number), static_cast<unsigned long>(timeOf(end)));
     start.setFixedTimeStamp(end.getTimeStamp());
+    retimed = true;
     pending.reset();
   }
 
@@ -226,8 +238,10 @@ class BlockWalk {
     starts = ends = 1;
   }
 
+  Index& index;
   std::vector<GZDItem>& items;
   const bool repair;
+  bool retimed = false;
   IndexEdits edits;
   INT64 growth = 0;  // entries inserted less entries removed so far
   bool inside = false;
@@ -244,18 +258,18 @@ class BlockWalk {
 }  // namespace
 
 int MergeEyeEventsOutsideOfTrials(Index& index) {
-  OutsideEvents(index.gzdItemList).run();
+  OutsideEvents(index).run();
   return 0;
 }
 
 int checkConsistency(Index& index, bool repair, const MessageReader& messageText) {
-  sortItems(index.gzdItemList);
+  sortItems(index);
   MergeEyeEventsOutsideOfTrials(index);
-  sortItems(index.gzdItemList);
-  BlockWalk walk(index.gzdItemList, repair);
+  sortItems(index);
+  BlockWalk walk(index, repair);
   walk.run();
   if (repair) {
-    if (!walk.boundariesChangedPlaces()) sortItems(index.gzdItemList);
+    if (!walk.boundariesChangedPlaces()) sortItems(index);
     mergeBlinksInsideSaccade(index);
     markSamplesInsideBlink(index);
   }

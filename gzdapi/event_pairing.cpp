@@ -24,7 +24,7 @@ bool startDecides(const GZDItem& start, const GZDItem& end) {
 EventPairing EventPairing::build(const Index& index) {
   EventPairing pairing;
   std::array<const GZDItem*, KINDS * EYES> open{};
-  for (UINT32 i = 0; i < index.size(); ++i) {
+  for (const UINT32 i : index.landmarks()) {
     const GZDItem& item = index.gzdItemList[i];
     if (!item.isEyeEvent()) continue;
     const GZDItem*& start = open[pairOf(item)];

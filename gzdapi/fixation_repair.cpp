@@ -30,8 +30,13 @@ void report(const char* what, UINT64 position, const GZDItem& start, UINT64 endS
 
 void FixationRepair::follow(const FEVENT& event, const Index& index) {
   const int eye = event.eye == GZD_LEFT_EYE ? 0 : 1;
-  if (event.type == GZD_START_FIXATION) lastStart[eye] = event.sttime;
-  if (event.type != GZD_END_FIXATION || event.entime >= lastStart[eye]) return;
+  if (event.type == GZD_START_FIXATION) {
+    lastStart[eye] = event.sttime;
+    latestStart[eye] = std::max(latestStart[eye], event.sttime);
+  }
+  if (event.type != GZD_END_FIXATION) return;
+  anyEndBeforeStart |= event.entime < latestStart[eye];
+  if (event.entime >= lastStart[eye]) return;
   const UINT64 recordingStart = start_of_newest_recording(index);
   std::printf(
       "ORIGINAL SFIX time is later than end fix time sfix.sttime=%d efix.entime=%d efix.sttime=%d "
@@ -43,6 +48,7 @@ void FixationRepair::follow(const FEVENT& event, const Index& index) {
 }
 
 void FixationRepair::repair(Index& index) const {
+  if (!anyEndBeforeStart) return;
   struct Start {
     GZDItem* item = nullptr;
     UINT64 stamp = 0;  // as recorded, also after a repair
@@ -57,6 +63,7 @@ void FixationRepair::repair(Index& index) const {
                   item.getTimeStamp());
     }
   }
+  index.itemsChanged();
 }
 
 void FixationRepair::repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const {

@@ -28,6 +28,8 @@ class FixationRepair {
   void repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const;
 
   UINT32 lastStart[2] = {0, 0};  // ms, by eye
+  UINT32 latestStart[2] = {0, 0};
+  bool anyEndBeforeStart = false;  // of any fixation of the same eye before it
   std::vector<SuspiciousFixation> start_fix_time_stamp_fix;
 };
 

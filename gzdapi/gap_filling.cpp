@@ -11,6 +11,7 @@
 namespace {
 
 constexpr INT64 LONGEST_PERIOD = 8;
+constexpr double LARGEST_COUNT = 2147483647.0;
 
 unsigned long long printable(UINT64 value) {
   return value;
@@ -80,7 +81,8 @@ class BlockStartPadding {
   void padOne(const Recording& start) {
     if (firstStamp <= start.getTime()) return;
     const int diff = static_cast<int>((firstStamp - start.getTime()) / 2);
-    const int count = static_cast<int>(diff / (1000.0 / static_cast<double>(start.sample_rate)));
+    const double samples = diff / (1000.0 / static_cast<double>(start.sample_rate));
+    const int count = static_cast<int>(std::min(samples, LARGEST_COUNT));
     print_log(
         "Missing sample at trial start. Trial start time = %llu First sample time=%llu diff=%d  "
         "SampleRate=%.1f  Missing Sample count=%d\n",
@@ -115,16 +117,19 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
   std::vector<const Recording*> waiting;
   BlockStartPadding padding(budget);
   std::size_t added = 0;
-  for (std::size_t i = 0; i < index.gzdItemList.size(); ++i) {
-    const GZDItem& item = index.gzdItemList[i];
-    if (awaits_samples(item)) {
-      waiting.push_back(item.getRecording());
-    } else if (item.isSample() && !waiting.empty()) {
-      padding.pad(waiting, item.getTimeStamp());
-      waiting.clear();
-      added += padding.dummies.size();
-      if (!padding.dummies.empty()) insertions.push_back({i, std::move(padding.dummies)});
+  const std::vector<UINT32>& landmarks = index.landmarks();
+  for (std::size_t i = 0; i < landmarks.size(); ++i) {
+    if (awaits_samples(index.gzdItemList[landmarks[i]])) {
+      waiting.push_back(index.gzdItemList[landmarks[i]].getRecording());
     }
+    const std::size_t behind = landmarks[i] + std::size_t{1};
+    const std::size_t nextLandmark =
+        i + 1 < landmarks.size() ? landmarks[i + 1] : index.gzdItemList.size();
+    if (waiting.empty() || behind == nextLandmark) continue;
+    padding.pad(waiting, index.gzdItemList[behind].getTimeStamp());
+    waiting.clear();
+    added += padding.dummies.size();
+    if (!padding.dummies.empty()) insertions.push_back({behind, std::move(padding.dummies)});
   }
   if (insertions.empty()) return;
 
@@ -139,6 +144,7 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
   }
   padded.insert(padded.end(), copied, index.gzdItemList.end());
   index.gzdItemList = std::move(padded);
+  index.itemsChanged();
 }
 
 // ---- statistics

@@ -27,15 +27,32 @@ struct Index {
   // Ascending places; the first one is 0.
   std::vector<ParameterEpoch> parameterEpochs;
 
+  // Which windows of the list time_order found, or left, in their final order; empty when that is
+  // not known.
+  std::vector<bool> settledWindows;
+
   UINT32 minTime = 0;  // ms, of the first record
   UINT32 maxTime = 0;  // ms, the largest
   int inputType = 0;   // bit 0: input events, bit 1: input values in samples
+
+  // Places of the entries that are no samples, ascending: few, so that what concerns them alone
+  // need not touch the whole list. Made when first asked for.
+  const std::vector<UINT32>& landmarks() const;
+  // To be called when entries were moved, added, removed or given another stamp.
+  void itemsChanged() {
+    landmarksKnown = false;
+    settledWindows.clear();
+  }
 
   [[nodiscard]] UINT32 size() const { return static_cast<UINT32>(gzdItemList.size()); }
   // The newest boundary, or null.
   [[nodiscard]] Recording* newestRecording() const {
     return allRecordings.empty() ? nullptr : allRecordings.back().get();
   }
+
+ private:
+  mutable std::vector<UINT32> landmarkPlaces;
+  mutable bool landmarksKnown = false;
 };
 
 #endif

@@ -45,7 +45,8 @@ std::vector<GZDItem> IndexEdits::merged(const std::vector<GZDItem>& items) const
   return result;
 }
 
-void IndexEdits::apply(std::vector<GZDItem>& items) {
+bool IndexEdits::apply(std::vector<GZDItem>& items) {
+  if (insertions.empty() && removals.empty()) return false;
   sortByPlace();
   if (insertions.empty()) {
     compact(items);
@@ -54,4 +55,5 @@ void IndexEdits::apply(std::vector<GZDItem>& items) {
   }
   insertions.clear();
   removals.clear();
+  return true;
 }

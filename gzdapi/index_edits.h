@@ -13,8 +13,9 @@ class IndexEdits {
   // `place` may be one past the end.
   void insertBefore(UINT32 place, const GZDItem& item) { insertions.push_back({place, item}); }
   void remove(UINT32 place) { removals.push_back(place); }
-  // Linear in the list, nothing at all without edits. Forgets the edits.
-  void apply(std::vector<GZDItem>& items);
+  // Linear in the list, nothing at all without edits. Forgets the edits. Returns whether there were
+  // any.
+  bool apply(std::vector<GZDItem>& items);
 
  private:
   struct Insertion {

@@ -44,6 +44,8 @@ class LogMerge {
 
   // Back to the first message of the log.
   void rewind() { placeLog(0, readLogId); }
+  // Behind the last message of the log.
+  void skipLog() { placeLog(static_cast<int>(log.messages().size()), readLogId); }
   // To be called when the walk was moved: the log is positioned anew at the next step.
   void forgetPosition() { placeLog(-1, -1); }
 

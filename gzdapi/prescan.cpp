@@ -32,6 +32,8 @@ constexpr INT64 LAST_POSITION = 2147400000;
 
 // Entries before the first estimate of how many there will be.
 constexpr std::size_t ENTRIES_FOR_ESTIMATE = 16384;
+// The estimate goes no higher, whatever the records before it look like.
+constexpr double MOST_ENTRIES_PER_BYTE = 1.0 / 8.0;
 
 enum InputType { INPUT_EVENTS = 1, INPUT_IN_SAMPLES = 2 };
 
@@ -67,6 +69,8 @@ class DebugTrace {
     std::fprintf(out.get(), "%s file size %d \n", "Start of debug ", d.gzd_file_size);
   }
 
+  [[nodiscard]] bool isOn() const { return out != nullptr; }
+
   void follow(InputStream& file, NextRecord kind) {
     if (out) troubleshootScan(file, d, static_cast<int>(kind));
   }
@@ -101,6 +105,7 @@ class Scan {
 
   void run() {
     while (!ended) {
+      if (readAnotherSample()) continue;
       const NextRecord kind = nextRecord();
       trace.follow(file, kind);
       const INT64 position = file.getFilePos();
@@ -128,22 +133,24 @@ class Scan {
       return kind == NextRecord::End ? next_combfile_item(file, state) : kind;
     } catch (const GZDException& error) {
       print_log("Error reading items %s \n", error.getMessage());
-      sortItems(index.gzdItemList);
+      sortItems(index);
       return NextRecord::End;
     }
   }
 
   // Notes the times of a record just read, and whether the scan goes on behind it.
   void noteRecord(INT64 position, UINT32 firstTime, UINT32 lastTime) {
-    if (position > LAST_POSITION) {
-      print_log(
-          "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files "
-          "up to 2 GB. Data after the 2 GB limit will be discarded.\n");
-      ended = true;
-    }
+    if (position > LAST_POSITION) endAtLimit();
     if (!anyRecord) index.minTime = firstTime;
     anyRecord = true;
-    index.maxTime = std::max({index.maxTime, firstTime, lastTime});
+    index.maxTime = std::max(index.maxTime, std::max(firstTime, lastTime));
+  }
+
+  void endAtLimit() {
+    print_log(
+        "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files up "
+        "to 2 GB. Data after the 2 GB limit will be discarded.\n");
+    ended = true;
   }
 
   // Ends the scan at a record that cannot be read, or throws.
@@ -230,6 +237,20 @@ class Scan {
 
   // ---- samples ----
 
+  // Nearly every record is a sample like the one before, whole in the window. Returns false, and
+  // does nothing, when the next one is anything else.
+  bool readAnotherSample() {
+    const byte* const record = file.peek(sizeof(UINT16) + LONGEST_FIXED_PART);
+    if (record == nullptr || load_be16(record) != layout.tag || !canBeShort) return false;
+    const INT64 position = file.getFilePos() + static_cast<INT64>(sizeof(UINT16));
+    const std::size_t length =
+        glance_at_fixed_part(record + sizeof(UINT16), state, layout, newestSample);
+    file.take(sizeof(UINT16) + length);
+    noteRecord(position, newestSample.time, newestSample.time);
+    if (options.loadSamples) indexSample(position, layout.tag);
+    return true;
+  }
+
   void readSample(INT64 position) {
     const UINT16 tag = state.last_tag;
     const int result = with_errors_caught(options.failsafe, [&] {
@@ -238,6 +259,7 @@ class Scan {
     });
     noteRecord(position, newestSample.time, newestSample.time);
     if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
+    canBeShort = !layout.hasBlocks && !trace.isOn();
     if (options.loadSamples) indexSample(position, tag);
   }
 
@@ -252,12 +274,14 @@ class Scan {
   }
 
   // Once, when the size of the records shows how many entries there will be: growing step by step
-  // would hold the index twice.
+  // would hold the index twice. Dummies take no bytes and tell nothing.
   void makeRoom(INT64 position) {
-    const std::size_t count = index.gzdItemList.size();
+    const std::size_t count =
+        index.gzdItemList.size() - static_cast<std::size_t>(DummyBudget::ALL_GAPS - dummies.left);
     if (hasEstimate || count < ENTRIES_FOR_ESTIMATE || fileSize <= position) return;
     hasEstimate = true;
-    const double entriesPerByte = static_cast<double>(count) / static_cast<double>(position);
+    const double entriesPerByte =
+        std::min(static_cast<double>(count) / static_cast<double>(position), MOST_ENTRIES_PER_BYTE);
     const double entries = static_cast<double>(fileSize) * entriesPerByte * 1.05;
     index.gzdItemList.reserve(static_cast<std::size_t>(entries));
     ask_for_huge_pages(index.gzdItemList.data(), index.gzdItemList.capacity() * sizeof(GZDItem));
@@ -267,7 +291,7 @@ class Scan {
 
   void finish() {
     if (options.fixConsistency) fixations.repair(index);
-    sortItems(index.gzdItemList);
+    sortItems(index);
     if (!options.fixConsistency) return;
     if (!hasRawSamples) pad_block_starts(index, dummies);
     report_sample_periods(index);
@@ -283,6 +307,7 @@ class Scan {
   EData event;
   MessageText text;
   GlanceLayout layout;
+  bool canBeShort = false;  // the records of this layout need no more than their fixed part
   SampleGlance newestSample;
   BoundaryPairing pairing;
   MessageGrouping messages;

@@ -28,7 +28,7 @@ Reader::Reader(InputStream& stream, const StreamState& streamState, const Index&
 
 void Reader::indexIsFinal(bool pairEvents) {
   boundaries.clear();
-  for (UINT32 i = 0; i < index.size(); ++i) {
+  for (const UINT32 i : index.landmarks()) {
     if (index.gzdItemList[i].isRecording()) boundaries.push_back(i);
   }
   pairing = pairEvents ? EventPairing::build(index) : EventPairing();

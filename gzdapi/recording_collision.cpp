@@ -77,5 +77,7 @@ class ConfigurationMove {
 }  // namespace
 
 void moveCollidingConfigurations(Index& index, const MessageReader& messageText) {
-  if (boundariesCollide(index)) ConfigurationMove(index.gzdItemList, messageText).run();
+  if (!boundariesCollide(index)) return;
+  ConfigurationMove(index.gzdItemList, messageText).run();
+  index.itemsChanged();
 }

@@ -8,11 +8,8 @@
 
 namespace {
 
-// Time, four pairs of positions or resolutions for two eyes, sizes, three words, head data.
-constexpr std::size_t LONGEST_FIXED_PART = 4 + 3 * 8 + 4 + 4 + 3 * 2 + 1 + 8 * 2;
-
-constexpr int MAX_HEAD_WORDS = 8;
 constexpr INT16 STORED_MISSING = -32768;
+constexpr int FIRST_SCALED_PUPIL = 4;  // the tracker generation from which pupil sizes are scaled
 constexpr UINT32 HEAD_MARKERS_NOT_RECORDED = 0xFFFF8000u;
 constexpr double SMALLEST_PRESCALE = 0.1;  // below it values are stored unscaled
 
@@ -99,7 +96,7 @@ template <class Source>
 void read_pupil_sizes(Source& in, const StreamState& state, UINT16 tag, float* pa) {
   const auto size = [&](INT16 stored) {
     // Older trackers store plain integers, without a word for missing.
-    if (state.ovilo_revision <= 3) return static_cast<float>(stored);
+    if (state.ovilo_revision < FIRST_SCALED_PUPIL) return static_cast<float>(stored);
     return scaled(stored, divisor_of(state.parameters.pupil_prescale));
   };
   if (has(tag, SMP_LEFT)) pa[0] = size(in.word());
@@ -287,7 +284,7 @@ void skip_blocks(InputStream& in) {
 // ---- the scan's view
 // -------------------------------------------------------------------------------
 
-GlanceLayout layout_of(UINT16 tag) {
+GlanceLayout layout_of(UINT16 tag, const StreamState& state) {
   const int eyes = (has(tag, SMP_LEFT) ? 1 : 0) + (has(tag, SMP_RIGHT) ? 1 : 0);
   GlanceLayout layout;
   int offset = 0;
@@ -298,6 +295,7 @@ GlanceLayout layout_of(UINT16 tag) {
   };
   layout.tag = tag;
   layout.hasBlocks = has(tag, SMP_EXTENDED | SMP_SKIP_BLOCKS);
+  layout.hasWordForMissing = state.ovilo_revision >= FIRST_SCALED_PUPIL;
   layout.timeLength = has(tag, SMP_TIME_ABSOLUTE) ? 4 : 1;
   offset = layout.timeLength;
   place(has(tag, SMP_PUPIL_POS), 4 * eyes);
@@ -314,27 +312,8 @@ GlanceLayout layout_of(UINT16 tag) {
   return layout;
 }
 
-bool is_negative_size(INT16 stored, const StreamState& state) {
-  return stored < 0 && (stored != STORED_MISSING || state.ovilo_revision <= 3);
-}
-
-// The fixed part in the window, nothing decoded that the scan does not ask for. Returns its length.
-std::size_t glance_at_fixed_part(const byte* start, StreamState& state, const GlanceLayout& layout,
-                                 SampleGlance& glance) {
-  BytesAt time(start);
-  glance.time = read_time(time, state, layout.tag, 0);
-  for (int eye = 0; eye < layout.eyesWithSize; ++eye) {
-    glance.hasNegativePupil |=
-        is_negative_size(load_be16s(start + layout.pupilSizes + 2 * eye), state);
-  }
-  if (layout.input != 0) glance.input = load_be16(start + layout.input);
-  if (layout.headData == 0) return layout.end;
-  glance.htype = start[layout.headData];
-  return layout.end + 2 * static_cast<std::size_t>(std::min(glance.htype & 15, MAX_HEAD_WORDS));
-}
-
 void glance_near_the_end(InputStream& in, StreamState& state, UINT16 tag, SampleGlance& glance) {
-  FSAMPLE sample;
+  FSAMPLE sample{};
   preset_sample(tag, sample);
   CheckedReads source(in);
   read_fixed_part(source, state, tag, 0, sample);
@@ -402,7 +381,7 @@ void decode_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expec
 
 SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
                               GlanceLayout& layout) {
-  if (layout.tag != tag) layout = layout_of(tag);
+  if (layout.tag != tag) layout = layout_of(tag, state);
   state.sam_data |= tag;
   SampleGlance glance;
   glance.flags = tag;

@@ -139,9 +139,9 @@ bool is_strictly_ordered(const GZDItem* first, const GZDItem* last) {
 
 class WindowSorter {
  public:
-  // Sorts a window that is not empty.
-  void sort(GZDItem* first, GZDItem* last) {
-    if (is_strictly_ordered(first, last)) return;
+  // Sorts a window that is not empty. Returns whether anything moved.
+  bool sort(GZDItem* first, GZDItem* last) {
+    if (is_strictly_ordered(first, last)) return false;
     entries.clear();
     entries.push_back(LOW_GUARD);
     for (const GZDItem* item = first; item != last; ++item) {
@@ -149,14 +149,45 @@ class WindowSorter {
     }
     entries.push_back(HIGH_GUARD);
     std::sort(entries.begin() + 1, entries.end() - 1, entry_before);
-    sorted.clear();
-    for (std::size_t i = 1; i + 1 < entries.size(); ++i) sorted.push_back(*entries[i].item);
-    std::copy(sorted.begin(), sorted.end(), first);
+    return carryOut(first);
   }
 
  private:
+  bool carryOut(GZDItem* first) {
+    const std::size_t count = entries.size() - 2;
+    bool moved = false;
+    sorted.clear();
+    for (std::size_t i = 0; i < count; ++i) {
+      moved |= entries[i + 1].item != first + i;
+      sorted.push_back(*entries[i + 1].item);
+    }
+    if (moved) std::copy(sorted.begin(), sorted.end(), first);
+    return moved;
+  }
+
   std::vector<Entry> entries;
   std::vector<GZDItem> sorted;
+};
+
+// The windows of a list of `count` items, one by one: first and last item, the last not included.
+class Windows {
+ public:
+  explicit Windows(std::size_t itemCount)
+      : count(itemCount), length(itemCount <= SORTED_WHOLE ? itemCount : WINDOW) {}
+
+  [[nodiscard]] std::size_t first() const { return begin; }
+  [[nodiscard]] std::size_t last() const { return std::min(begin + length, count); }
+  // Goes on to the next window; false behind the last one.
+  bool next() {
+    if (last() == count) return false;
+    begin += WINDOW - OVERLAP;
+    return true;
+  }
+
+ private:
+  std::size_t count;
+  std::size_t length;
+  std::size_t begin = 0;
 };
 
 }  // namespace
@@ -168,17 +199,25 @@ bool sortByTime(const GZDItem& e1, const GZDItem& e2) {
   return before_at_one_stamp(e1, e2);
 }
 
-void sortItems(std::vector<GZDItem>& items) {
+void sortItems(Index& index) {
+  std::vector<GZDItem>& items = index.gzdItemList;
+  if (items.empty()) return;
+  std::vector<bool> settled = std::move(index.settledWindows);
   WindowSorter sorter;
-  GZDItem* const begin = items.data();
-  const std::size_t count = items.size();
-  if (count <= SORTED_WHOLE) {
-    if (count > 0) sorter.sort(begin, begin + count);
-    return;
-  }
-  for (std::size_t first = 0;; first += WINDOW - OVERLAP) {
-    const std::size_t last = std::min(first + WINDOW, count);
-    sorter.sort(begin + first, begin + last);
-    if (last == count) return;
-  }
+  bool anyMoved = false;
+  bool moved = false;  // the window before changed, and this one overlaps it
+  Windows windows(items.size());
+  std::size_t number = 0;
+  do {
+    if (number == settled.size()) settled.push_back(false);
+    if (!settled[number] || moved) {
+      moved = sorter.sort(items.data() + windows.first(), items.data() + windows.last());
+      settled[number] = !moved;
+      if (moved && number > 0) settled[number - 1] = false;
+      anyMoved |= moved;
+    }
+    ++number;
+  } while (windows.next());
+  if (anyMoved) index.itemsChanged();
+  index.settledWindows = std::move(settled);
 }

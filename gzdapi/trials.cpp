@@ -4,7 +4,7 @@
 // - messages, when identifiers are set and trials are not cut by input values: the start identifier
 //   in a text starts a trial, the end identifier ends it, a text with "!V" does neither;
 // - inputs, when trials are cut by input values.
-// Without a log the index is scanned directly.
+// Without a log, or when only blocks cut, the index is scanned directly.
 
 #include "trials.h"
 
@@ -65,7 +65,7 @@ int Trials::collectTrials() {
   backToBeginning();
   if (cutsByInput()) takeInputValues();
   TrialWalk cut(index, trials, ignoreRecordStart == 1);
-  if (log.isLoaded()) {
+  if (log.isLoaded() && !cutsByBlocksOnly()) {
     stepThroughMerge(cut);
   } else {
     stepThroughIndex(cut);
@@ -94,15 +94,19 @@ void Trials::backToBeginning() {
   walk.currentData = 0;
 }
 
+bool Trials::cutsByBlocksOnly() const {
+  return trialID == nullptr && endTrialID == nullptr && !cutsByInput();
+}
+
 void Trials::stepThroughIndex(TrialWalk& cut) {
-  for (UINT32 place = 0; place < index.size(); ++place) {
+  for (const UINT32 place : index.landmarks()) {
     const GZDItem& item = index.gzdItemList[place];
-    if (item.isSample()) continue;
     if (item.isRecording())
       walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
     examine(cut, item.getItemType(), place);
   }
   walk.currentData = index.size();
+  merge.skipLog();
 }
 
 void Trials::stepThroughMerge(TrialWalk& cut) {

@@ -71,6 +71,7 @@ class Trials {
   void collectIfNeeded();
   void collectInPlace();
   void backToBeginning();
+  [[nodiscard]] bool cutsByBlocksOnly() const;
   void takeInputValues();
   void stepThroughIndex(TrialWalk& cut);
   void stepThroughMerge(TrialWalk& cut);

@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr std::size_t CHUNK = 128 * 1024;
+// Of a damaged stream, what the piece at hand has produced is lost.
+constexpr std::size_t CHUNK = 16384;
 // Records are read up to 2147400000; the longest that begins there ends well before this.
 constexpr INT64 LARGEST_OUTPUT = INT64{2147400000} + 1024 * 1024;
 

@@ -106,8 +106,10 @@ void refuse_head_markers(GZDFILE* handle) {
 }
 
 // `per_second` units divided by a sample rate, cut to a whole number; a rate of 0 gives 0.
-double whole_period(double per_second, float sample_rate) {
-  return sample_rate > 0.0F ? std::trunc(per_second / static_cast<double>(sample_rate)) : 0.0;
+int whole_period(double per_second, float sample_rate) {
+  constexpr double highest_period = 1e9;
+  if (!(sample_rate > 0.0F)) return 0;
+  return static_cast<int>(std::fmin(per_second / static_cast<double>(sample_rate), highest_period));
 }
 
 unsigned normal_velocity(int sample_type) {
@@ -174,6 +176,7 @@ class Conversion {
   FrameLines frames_;
   std::optional<RECORDINGS> current_recording_;
   std::int64_t last_sample_time2_ = -1;  // half-milliseconds, -1: none in this block
+  std::int64_t sample_period2_ = 0;      // half-milliseconds, of the block
   int events_ = 0;
   int samples_ = 0;
   int block_records_ = 0;
@@ -206,10 +209,7 @@ void Conversion::convert(int code) {
 }
 
 int Conversion::period() const {
-  constexpr double highest_period = 1e9;
-  if (!current_recording_) return 0;
-  return static_cast<int>(
-      std::fmin(whole_period(ms_per_second, current_recording_->sample_rate), highest_period));
+  return current_recording_ ? whole_period(ms_per_second, current_recording_->sample_rate) : 0;
 }
 
 void Conversion::convert_message(const FEVENT& event) {
@@ -240,6 +240,7 @@ void Conversion::convert_recording(const RECORDINGS& record) {
 
 void Conversion::start_block(const RECORDINGS& record) {
   current_recording_ = record;
+  sample_period2_ = whole_period(half_ms_per_second, record.sample_rate);
   options.head_data_mode = 0;
   if (options.current_ovilo_revision == revision_with_pose) options.head_data_mode = head_pose;
   if (options.current_ovilo_revision == revision_without_markers && (record.sflags & SMP_HEAD_DATA))
@@ -258,9 +259,8 @@ void Conversion::check_gap(const FSAMPLE& sample) {
   const std::int64_t time2 = 2 * std::int64_t{sample.time} + (sample.flags & SMP_HALF_MS ? 1 : 0);
   if (last_sample_time2_ >= 0) {
     if (!current_recording_) return;
-    const double expected = static_cast<double>(last_sample_time2_) +
-                            whole_period(half_ms_per_second, current_recording_->sample_rate);
-    if (static_cast<double>(time2) > expected) warn("missing sample at %f \n", expected / 2.0);
+    const std::int64_t expected = last_sample_time2_ + sample_period2_;
+    if (time2 > expected) warn("missing sample at %f \n", static_cast<double>(expected) / 2.0);
   }
   last_sample_time2_ = time2;
 }

@@ -81,9 +81,9 @@ void read_vector(const char* text, const char* keyword, std::optional<Vector3>& 
   if (const auto v = read_numbers<3>(text, keyword)) target = Vector3{(*v)[0], (*v)[1], (*v)[2]};
 }
 
-bool read_edges(const char* text, const char* keyword, std::optional<ScreenEdges>& target) {
+bool read_edges(const char* text, const char* keyword, std::optional<CalibratedScreen>& target) {
   MessageScanner scanner(text);
-  ScreenEdges edges;
+  CalibratedScreen edges;
   const bool complete =
       scanner.word(keyword) && scanner.word(" r ") && scanner.number(edges.right) &&
       scanner.word(" l ") && scanner.number(edges.left) && scanner.word(" t ") &&
@@ -113,8 +113,8 @@ void derive_screen_transforms() {
 void derive_screen_scale() {
   calGeom.scale.reset();
   if (!calGeom.screen_pixel || !calGeom.screen_phys) return;
-  const ScreenEdges& pixel = *calGeom.screen_pixel;
-  const ScreenEdges& phys = *calGeom.screen_phys;
+  const CalibratedScreen& pixel = *calGeom.screen_pixel;
+  const CalibratedScreen& phys = *calGeom.screen_phys;
   calGeom.scale = ScreenScale{(pixel.right + pixel.left) / 2, (pixel.top + pixel.bottom) / 2,
                               std::abs((pixel.right - pixel.left + 1) / (phys.right - phys.left)),
                               std::abs((pixel.top - pixel.bottom + 1) / (phys.top - phys.bottom))};

@@ -12,7 +12,7 @@
 #include "head_geometry.h"
 
 // The edges of the screen, in pixels or in millimetres.
-struct ScreenEdges {
+struct CalibratedScreen {
   double right = 0, left = 0, top = 0, bottom = 0;
 };
 
@@ -34,8 +34,8 @@ struct CalGeom {
   std::optional<RigidTransform> hm_world_to_screen;
   std::array<std::optional<Vector3>, 2> eyecam_to_ecenter;  // by eye
   std::array<std::optional<Vector3>, 3> fixedEyeUVec;       // left, right, cyclopean
-  std::optional<ScreenEdges> screen_pixel;
-  std::optional<ScreenEdges> screen_phys;
+  std::optional<CalibratedScreen> screen_pixel;
+  std::optional<CalibratedScreen> screen_phys;
   int pose_output_ref_type = pose_in_eye_camera;
 
   // Derived whenever screen_phys is read.

@@ -103,7 +103,6 @@ void append_eye_or_missing(GZDFILE* handle, FSAMPLE& sample, int eye, UINT16 eye
 
 bool is_raw_sample(const RECORDINGS& block, const FSAMPLE& sample) {
   const SampleShape shape(block, sample);
-  if ((sample.flags & SMP_PUPIL_SIZE) == 0) return false;
   return (shape.left_present && sample.pa[GZD_LEFT_EYE] < 0.0f) ||
          (shape.right_present && sample.pa[GZD_RIGHT_EYE] < 0.0f);
 }

@@ -50,7 +50,7 @@ float margin(float low, float high) {
 }
 
 bool is_mapped(float value) {
-  if (!options.gaze_map || value == MISSING_DATA) return false;
+  if (value == MISSING_DATA) return false;
   for (const float size :
        {trackerLeft, trackerTop, trackerRight, trackerBottom, displayWidth, displayHeight})
     if (size == MISSING_DATA) return false;
@@ -176,22 +176,22 @@ float getBottom() {
   return trackerBottom + margin(trackerTop, trackerBottom);
 }
 
-float getMappedX(float x) {
+float display_mapping::map_x(float x) {
   if (!is_mapped(x)) return x;
   return std::fma(x / displayWidth, getRight() - getLeft(), getLeft());
 }
 
-float getMappedY(float y) {
+float display_mapping::map_y(float y) {
   if (!is_mapped(y)) return y;
   return std::fma(y / displayHeight, getBottom() - getTop(), getTop());
 }
 
-float getMappedPPDX(float resolution) {
+float display_mapping::map_ppd_x(float resolution) {
   if (!is_mapped(resolution)) return resolution;
   return resolution / displayWidth * (getRight() - getLeft());
 }
 
-float getMappedPPDY(float resolution) {
+float display_mapping::map_ppd_y(float resolution) {
   if (!is_mapped(resolution)) return resolution;
   return resolution / displayHeight * (getBottom() - getTop());
 }

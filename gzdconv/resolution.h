@@ -4,6 +4,7 @@
 #define GZDCONV_RESOLUTION_H
 
 #include "gzd_data.h"
+#include "options.h"
 
 // Sums of the accepted resolutions since the last END line, and their number.
 extern double ppd_x, ppd_y, ppd_count;
@@ -39,9 +40,24 @@ float getBottom();
 
 // A gaze position or resolution on the display. Unchanged without options.gaze_map, when it is
 // MISSING_DATA, and while area or display are unknown.
-float getMappedX(float x);
-float getMappedY(float y);
-float getMappedPPDX(float resolution);
-float getMappedPPDY(float resolution);
+namespace display_mapping {
+float map_x(float x);
+float map_y(float y);
+float map_ppd_x(float resolution);
+float map_ppd_y(float resolution);
+}  // namespace display_mapping
+
+inline float getMappedX(float x) {
+  return options.gaze_map ? display_mapping::map_x(x) : x;
+}
+inline float getMappedY(float y) {
+  return options.gaze_map ? display_mapping::map_y(y) : y;
+}
+inline float getMappedPPDX(float resolution) {
+  return options.gaze_map ? display_mapping::map_ppd_x(resolution) : resolution;
+}
+inline float getMappedPPDY(float resolution) {
+  return options.gaze_map ? display_mapping::map_ppd_y(resolution) : resolution;
+}
 
 #endif

@@ -64,20 +64,23 @@ void append_buttons(const SampleLine& line) {
   print_value(word_decimals, line.sample.buttons);
 }
 
+// Interpolated, calibration warning, and for each printed eye missing and recovery.
+template <bool left_eye, bool right_eye>
 void append_status(const SampleLine& line) {
-  char* const place = lpbuffer.cursor();
-  place[0] = '\t';
-  place[1] = mark(line.sample.errors, 0x1000, 'I');
-  place[2] = mark(line.sample.errors, 0x0002, 'W');
-  lpbuffer.set_cursor(place + (printPoseFlags ? 3 : 2));
-}
-
-template <int eye>
-void append_eye_status(const SampleLine& line) {
-  char* const place = lpbuffer.cursor();
-  place[0] = mark(line.sample.errors, eye == left ? 0x0100 : 0x0200, 'C');
-  place[1] = mark(line.sample.errors, eye == left ? 0x0400 : 0x0800, 'R');
-  lpbuffer.set_cursor(place + 2);
+  const unsigned word = line.sample.errors;
+  char* place = lpbuffer.cursor();
+  *place++ = '\t';
+  *place++ = mark(word, 0x1000, 'I');
+  if (printPoseFlags) *place++ = mark(word, 0x0002, 'W');
+  if (left_eye) {
+    *place++ = mark(word, 0x0100, 'C');
+    *place++ = mark(word, 0x0400, 'R');
+  }
+  if (right_eye) {
+    *place++ = mark(word, 0x0200, 'C');
+    *place++ = mark(word, 0x0800, 'R');
+  }
+  lpbuffer.set_cursor(place);
 }
 
 void append_status_word(const SampleLine& line) {
@@ -101,6 +104,9 @@ struct ColumnGroup {
 
 using Shape = SampleShape;
 
+bool has_status(const Shape& s, bool left_eye, bool right_eye) {
+  return s.cr_flags && s.left_printed == left_eye && s.right_printed == right_eye;
+}
 bool left_extended(const Shape& s) {
   return s.extended && s.left_printed;
 }
@@ -130,9 +136,14 @@ constexpr ColumnGroup column_groups[] = {
      "marker_1\tmarker_2\tmarker_3\tmarker_4\tmarker_5\tmarker_6\tmarker_7\tmarker_8\t"},
     {[](const Shape& s) { return s.input; }, append_input, "input\t"},
     {[](const Shape& s) { return s.buttons; }, append_buttons, "buttons\t"},
-    {[](const Shape& s) { return s.cr_flags; }, append_status, "CR-flags\t"},
-    {[](const Shape& s) { return s.cr_flags && s.left_printed; }, append_eye_status<left>, ""},
-    {[](const Shape& s) { return s.cr_flags && s.right_printed; }, append_eye_status<right>, ""},
+    {[](const Shape& s) { return has_status(s, true, true); }, append_status<true, true>,
+     "CR-flags\t"},
+    {[](const Shape& s) { return has_status(s, true, false); }, append_status<true, false>,
+     "CR-flags\t"},
+    {[](const Shape& s) { return has_status(s, false, true); }, append_status<false, true>,
+     "CR-flags\t"},
+    {[](const Shape& s) { return has_status(s, false, false); }, append_status<false, false>,
+     "CR-flags\t"},
     {[](const Shape& s) { return s.cr_flags && options.sfhmf != 0; }, append_status_word, ""},
     {[](const Shape& s) { return s.average; }, append_average, "avg-gx\tavg-gy\t"},
     {[](const Shape& s) { return s.uncorrected && s.left_present; }, append_uncorrected<left>, ""},

@@ -8,6 +8,8 @@
 #include <limits>
 
 #include "gzd.h"
+#include "options.h"
+#include "resolution.h"
 #include "sample_shape.h"
 
 // True when the samples of the file carry the calibration-warning character, and its header the
@@ -35,7 +37,24 @@ struct EyeData {
 
 // The position of `eye` in coordinates of `type` (GZD_POSITION_), gaze as the display mapping gives
 // it. A lost pupil has no position, unless options.no_pupil_area_check is set.
-EyeData get_sample_data(const FSAMPLE& sample, int eye, int type);
+inline EyeData get_sample_data(const FSAMPLE& sample, int eye, int type) {
+  EyeData data = {MISSING_DATA, MISSING_DATA, missing_if_absent(sample.pa[eye])};
+  if (sample.pa[eye] == 0.0f && options.no_pupil_area_check == 0) return data;
+  switch (type) {
+    case GZD_POSITION_HREF:
+      data.x = missing_if_absent(sample.hx[eye]);
+      data.y = missing_if_absent(sample.hy[eye]);
+      break;
+    case GZD_POSITION_PUPIL:
+      data.x = missing_if_absent(sample.px[eye]);
+      data.y = missing_if_absent(sample.py[eye]);
+      break;
+    default:
+      data.x = getMappedX(missing_if_absent(sample.gx[eye]));
+      data.y = getMappedY(missing_if_absent(sample.gy[eye]));
+  }
+  return data;
+}
 
 // Appends the sample's time, first on every sample line.
 void append_sample_time(const FSAMPLE& sample);

@@ -73,32 +73,20 @@ void append_signed_pair(const UINT32 (&pair)[2]) {
 
 }  // namespace
 
-EyeData get_sample_data(const FSAMPLE& sample, int eye, int type) {
-  EyeData data = {MISSING_DATA, MISSING_DATA, missing_if_absent(sample.pa[eye])};
-  if (sample.pa[eye] == 0.0f && options.no_pupil_area_check == 0) return data;
-  switch (type) {
-    case GZD_POSITION_HREF:
-      data.x = missing_if_absent(sample.hx[eye]);
-      data.y = missing_if_absent(sample.hy[eye]);
-      break;
-    case GZD_POSITION_PUPIL:
-      data.x = missing_if_absent(sample.px[eye]);
-      data.y = missing_if_absent(sample.py[eye]);
-      break;
-    default:
-      data.x = missing_if_absent(sample.gx[eye]);
-      data.y = missing_if_absent(sample.gy[eye]);
-      if (options.gaze_map != 0) data = {getMappedX(data.x), getMappedY(data.y), data.pupil};
-  }
-  return data;
+char* write_any_tenths(char* place, float value) {
+  lpbuffer.set_cursor(place);
+  print_value(1, value);
+  return lpbuffer.cursor();
 }
 
 template <int eye>
 void append_position(const SampleLine& line) {
   const EyeData data = get_sample_data(line.sample, eye, options.sample_type_in_use);
-  print_tenths(data.x);
-  print_tenths(data.y);
-  print_tenths(data.pupil);
+  char* place = lpbuffer.cursor();
+  place = write_tenths(place, data.x);
+  place = write_tenths(place, data.y);
+  place = write_tenths(place, data.pupil);
+  lpbuffer.set_cursor(place);
 }
 
 template <int eye>

@@ -56,24 +56,29 @@ inline std::uint32_t rounded(double value) {
 
 }  // namespace sample_number
 
-// Appends what print_value(1, value) appends.
-inline void print_tenths(float value) {
+// What print_value gives for a number that does not fit.
+char* write_any_tenths(char* place, float value);
+
+// Writes at `place`, in the line buffer behind its cursor, what print_value(1, value) appends.
+// Returns the end.
+inline char* write_tenths(char* place, float value) {
   const bool aligned = (options.tabs_only | options.extra_decimals) == 0;
   const bool negative = value < 0;
   // Small negative numbers have their sign in the tail, and need a table more.
   const bool fits =
       negative ? value > -9999.0f && value < -100.0f : value < 99999.0f && !std::signbit(value);
-  if (!aligned || !fits) {
-    print_value(1, value);
-    return;
-  }
+  if (!aligned || !fits) return write_any_tenths(place, value);
   // A float times 10 is exact in double precision.
   const std::uint32_t tenths = sample_number::rounded(std::fabs(value) * 10.0);
   const std::uint32_t thousands = tenths / 1000;
-  char* const place = lpbuffer.cursor();
   std::memcpy(place, &sample_number::heads[negative][thousands], 4);
   std::memcpy(place + 4, &sample_number::tails[thousands == 0][tenths % 1000], 4);
-  lpbuffer.set_cursor(place + 8);
+  return place + 8;
+}
+
+// Appends what print_value(1, value) appends.
+inline void print_tenths(float value) {
+  lpbuffer.set_cursor(write_tenths(lpbuffer.cursor(), value));
 }
 
 #endif

@@ -12,6 +12,14 @@
 
 namespace {
 
+// A list that is no part of an index.
+void sortItems(std::vector<GZDItem>& list) {
+  Index index;
+  index.gzdItemList.swap(list);
+  ::sortItems(index);
+  index.gzdItemList.swap(list);
+}
+
 constexpr int SB = GZD_START_BLINK, EB = GZD_END_BLINK;
 constexpr int SS = GZD_START_SACCADE, ES = GZD_END_SACCADE;
 constexpr int SF = GZD_START_FIXATION, EF = GZD_END_FIXATION;
@@ -386,6 +394,7 @@ TEST(BlockWalk, EqualsEditsMadeInPlace) {
       walk.run();
       if (!walk.swapped) sortItems(items);
       swaps += walk.swapped;
+      expected.index.itemsChanged();
       mergeBlinksInsideSaccade(expected.index);
       markSamplesInsideBlink(expected.index);
       expectedLog = log.lines();
@@ -408,6 +417,21 @@ TEST(BlinkMerge, AllBlinksOfASaccadeBecomeOne) {
   b.event(EB, 8).event(ES, 9);
   mergeBlinksInsideSaccade(b.index);
   EXPECT_EQ(b.describe(), "[1 SSL2 SBL3 EBL8* ESL9");
+}
+
+TEST(BlinkMerge, AnEndServesOnce) {
+  IndexBuilder b;
+  b.start(1).event(SS, 2).event(SB, 3).event(EB, 4).event(SB, 5).event(SB, 6).event(EB, 7);
+  mergeBlinksInsideSaccade(b.index);
+  EXPECT_EQ(b.describe(), "[1 SSL2 SBL3 SBL6 EBL7*");
+}
+
+TEST(BlinkMerge, ABlinkThatBeganBeforeTheSaccadeStaysApart) {
+  IndexBuilder b;
+  b.start(1).event(SB, 2).event(SS, 3).event(EB, 4).event(SB, 5).event(EB, 6).event(ES, 7);
+  const std::string before = b.describe();
+  mergeBlinksInsideSaccade(b.index);
+  EXPECT_EQ(b.describe(), before);
 }
 
 TEST(BlinkMerge, EyesAreApartAndOneBlinkStays) {

@@ -38,7 +38,7 @@ TEST_F(SampleColumnsTest, LostAndAbsentPositionsAreMissing) {
   sample.gx[0] = MISSING_DATA;
   sample.gy[0] = NOT_RECORDED;
   sample.pa[0] = NOT_RECORDED;
-  sample.flags &= static_cast<UINT16>(~SMP_PUPIL_SIZE);
+  options.current_eye = 0;  // an ordinary block, in which a negative size is no sign of raw data
   EXPECT_EQ(line_of(sample), "1000" + no_pair + none + "\n");
   std::strcpy(missing_string, "    NaN");
   EXPECT_EQ(line_of(sample), "1000\t    NaN\t    NaN\t    NaN\n");

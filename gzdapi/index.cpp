@@ -1,0 +1,11 @@
+#include "index.h"
+
+const std::vector<UINT32>& Index::landmarks() const {
+  if (landmarksKnown) return landmarkPlaces;
+  landmarkPlaces.clear();
+  for (UINT32 place = 0; place < size(); ++place) {
+    if (!gzdItemList[place].isSample()) landmarkPlaces.push_back(place);
+  }
+  landmarksKnown = true;
+  return landmarkPlaces;
+}
