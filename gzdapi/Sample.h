@@ -12,6 +12,26 @@ inline UINT16 eye_flag(int eye) {
   return static_cast<UINT16>(eye == GZD_LEFT_EYE ? SMP_LEFT : SMP_RIGHT);
 }
 
+// The position of one eye in one coordinate system (GZD_POSITION_), MISSING_DATA where there is
+// none. Returns 0 when the sample does not hold that eye, else 1.
+inline int get_sample_data(const FSAMPLE& s, float* x, float* y, int eye, int type) {
+  *x = MISSING_DATA;
+  *y = MISSING_DATA;
+  if ((s.flags & eye_flag(eye)) == 0) return 0;
+  if ((s.flags & SMP_PUPIL_SIZE) != 0 && s.pa[eye] < LOST_PUPIL_SIZE) return 1;
+  if (type == GZD_POSITION_GAZE && (s.flags & SMP_GAZE) != 0) {
+    *x = s.gx[eye];
+    *y = s.gy[eye];
+  } else if (type == GZD_POSITION_HREF && (s.flags & SMP_HREF) != 0) {
+    *x = s.hx[eye];
+    *y = s.hy[eye];
+  } else if (type == GZD_POSITION_PUPIL && (s.flags & SMP_PUPIL_POS) != 0) {
+    *x = s.px[eye];
+    *y = s.py[eye];
+  }
+  return 1;
+}
+
 class Sample : public FSAMPLE {
  public:
   Sample() : FSAMPLE{} {}
@@ -24,9 +44,10 @@ class Sample : public FSAMPLE {
   }
   void clear() { *this = Sample(); }
 
-  // The position of one eye in one coordinate system (GZD_POSITION_), MISSING_DATA where there is
-  // none. Returns 0 when the sample does not hold that eye, else 1.
-  int getSampleData(float* x, float* y, int eye, int type) const;
+  // get_sample_data of this sample.
+  int getSampleData(float* x, float* y, int eye, int type) const {
+    return get_sample_data(*this, x, y, eye, type);
+  }
 
  private:
   UINT64 timeStamp = 0;  // half-milliseconds

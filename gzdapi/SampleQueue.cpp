@@ -7,7 +7,9 @@
 #include "SampleQueue.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdlib>
 
 #include "GZDException.h"
 #include "velocity.h"
@@ -32,6 +34,21 @@ constexpr double LARGEST_RESOLUTION = 10000.0;
 
 constexpr int FIRST_FALCON_REVISION = 3;
 
+// Types of positions, in the order of the queue's series.
+constexpr int POSITION_TYPE_OF_SERIES[] = {GZD_POSITION_GAZE, GZD_POSITION_HREF,
+                                           GZD_POSITION_PUPIL};
+
+constexpr std::size_t series_of(int positionType) {
+  return positionType == GZD_POSITION_GAZE ? 0 : positionType == GZD_POSITION_HREF ? 1 : 2;
+}
+
+void append_position(PositionSeries& series, const FSAMPLE& s, int eye, std::size_t type) {
+  float x;
+  float y;
+  get_sample_data(s, &x, &y, eye, POSITION_TYPE_OF_SERIES[type]);
+  series.append(x, y);
+}
+
 bool is_regular_step(UINT64 step) {
   return step == 1 || step == 2 || step == 4 || step == 8;
 }
@@ -48,22 +65,37 @@ SampleQueue::SampleQueue(const Index& openIndex, SampleSource& sampleSource)
 
 void SampleQueue::clear() {
   front = sqsize = 0;
+  for (auto& eye : positions) {
+    for (PositionSeries& series : eye) series.clear();
+  }
   last_pupil[0] = last_pupil[1] = PUPIL_SIZE_AT_START;
 }
 
 void SampleQueue::addSample(const Sample& s, UINT32 entry) {
   if (sqsize == CAPACITY) return;
   if (sqsize > 0 && stampAt(sqsize - 1) >= s.getTimeStamp()) return;
+  at(sqsize).sample = s;
+  keepNewest(entry);
+}
+
+// The slot behind the newest one holds a sample: it becomes the newest.
+void SampleQueue::keepNewest(UINT32 entry) {
   Slot& slot = at(sqsize++);
-  slot.sample = s;
   slot.entry = entry;
-  for (int eye = 0; eye < 2; ++eye) {
+  Sample& s = slot.sample;
+  for (int eye = 0; eye < EYES; ++eye) {
     if ((s.flags & SMP_PUPIL_SIZE) != 0) {
       last_pupil[eye] = s.pa[eye];
     } else {
-      slot.sample.pa[eye] = last_pupil[eye];
+      s.pa[eye] = last_pupil[eye];
     }
   }
+  appendPositions(s);
+}
+
+void SampleQueue::dropNewest() {
+  --sqsize;
+  forEachFollowed([](PositionSeries& series, int, std::size_t) { series.dropNewest(); });
 }
 
 void SampleQueue::shiftQueue() {
@@ -71,6 +103,7 @@ void SampleQueue::shiftQueue() {
   if (dropped == 0) return;
   front = (front + dropped) & (CAPACITY - 1);
   sqsize -= dropped;
+  forEachFollowed([=](PositionSeries& series, int, std::size_t) { series.dropOldest(dropped); });
   if (sqsize > 0) firstEntry = at(0).entry;
   runGoesBack = true;
 }
@@ -94,9 +127,10 @@ int SampleQueue::getOldSample(UINT64 stamp) const {
   UINT64 step = stampAt(1) - first;
   if (step > LARGEST_STEP) step = lastGap;
   if (!is_regular_step(step)) return -1;
-  const INT64 fromFront = static_cast<INT64>((stamp - first) / step);
+  const int shift = std::countr_zero(step);
+  const INT64 fromFront = static_cast<INT64>((stamp - first) >> shift);
   if (found(fromFront)) return static_cast<int>(fromFront);
-  const INT64 fromBack = end - static_cast<INT64>((last - stamp) / step);
+  const INT64 fromBack = end - static_cast<INT64>((last - stamp) >> shift);
   if (found(fromBack)) return static_cast<int>(fromBack);
   const INT64 byLastGap = lastGap == 0 ? 0 : end - static_cast<INT64>((last - stamp) / lastGap);
   return found(byLastGap) ? static_cast<int>(byLastGap) : -1;
@@ -114,7 +148,7 @@ int SampleQueue::slotOfStamp(UINT64 stamp) const {
   return low < sqsize && stampAt(low) == stamp ? low : -1;
 }
 
-Sample* SampleQueue::getSample(UINT32 wanted, UINT32* entry) {
+int SampleQueue::getSample(UINT32 wanted) {
   const UINT64 stamp = index.gzdItemList[wanted].getTimeStamp();
   int slot = holds(wanted) ? slotOfStamp(stamp) : -1;
   const bool nearTheFront = slot >= 0 && slot < SLOTS_NEAR_THE_FRONT && runGoesBack;
@@ -131,9 +165,7 @@ Sample* SampleQueue::getSample(UINT32 wanted, UINT32* entry) {
     readAfresh(wanted);
     slot = slotOfStamp(stamp);
   }
-  if (slot < 0) return nullptr;
-  *entry = at(slot).entry;
-  return &at(slot).sample;
+  return slot;
 }
 
 // ---- reading ahead
@@ -204,17 +236,16 @@ void SampleQueue::readOn(UINT32 from) {
 // logged, and is reported when the sample itself is asked for.
 void SampleQueue::takeOver(UINT32 entry) {
   lastEntry = entry;
-  const UINT64 stamp = index.gzdItemList[entry].getTimeStamp();
-  const bool isRepeated = sqsize > 0 && stampAt(sqsize - 1) == stamp;
+  const bool isRepeated = sqsize > 0 && stampAt(sqsize - 1) == stampOf(entry);
   if (isRepeated) {
     const bool replacesDummy =
         index.gzdItemList[at(sqsize - 1).entry].isDummy() && !index.gzdItemList[entry].isDummy();
     if (!replacesDummy) return;
-    --sqsize;
+    dropNewest();
   }
   try {
-    source.readQueueSample(entry, scratch);
-    addSample(scratch, entry);
+    source.readQueueSample(entry, at(sqsize).sample);
+    keepNewest(entry);
   } catch (const GZDException&) {
     return;
   }
@@ -263,13 +294,13 @@ bool is_plausible(float resolution) {
 }
 
 // One eye's positions over the window.
-struct Series {
-  std::array<float, SampleQueue::WINDOW> x;
-  std::array<float, SampleQueue::WINDOW> y;
+struct WindowPositions {
+  const float* x;
+  const float* y;
 };
 
 // The resolution to divide by, or false when there is no usable one.
-bool find_resolution(const Sample& s, const Series& series, int positionType,
+bool find_resolution(const FSAMPLE& s, const WindowPositions& series, int positionType,
                      const VelocitySettings& settings, Resolution& resolution) {
   resolution = {settings.defaultRx, settings.defaultRy};
   if (settings.defaultRx != MISSING_DATA) return true;
@@ -281,8 +312,8 @@ bool find_resolution(const Sample& s, const Series& series, int positionType,
   return is_plausible(resolution.x) && is_plausible(resolution.y);
 }
 
-void set_velocity_of_eye(Sample& s, const Series& series, const VelocityKind& kind, int eye,
-                         const VelocitySettings& settings) {
+void set_velocity_of_eye(FSAMPLE& s, const WindowPositions& series, const VelocityKind& kind,
+                         int eye, const VelocitySettings& settings) {
   float& xvel = (s.*kind.x)[eye];
   float& yvel = (s.*kind.y)[eye];
   xvel = yvel = MISSING_DATA;
@@ -293,53 +324,76 @@ void set_velocity_of_eye(Sample& s, const Series& series, const VelocityKind& ki
   const float rate = static_cast<float>(settings.sampleRate);
   const auto usable = [](float r) { return static_cast<double>(r) > SMALLEST_RESOLUTION; };
   if (usable(resolution.x)) {
-    xvel = model(kind.fast, series.x.data(), SampleQueue::WINDOW, resolution.x, rate);
+    xvel = model(kind.fast, series.x, SampleQueue::WINDOW, resolution.x, rate);
   }
   if (resolution.y != MISSING_DATA && usable(resolution.y)) {
-    yvel = model(kind.fast, series.y.data(), SampleQueue::WINDOW, resolution.y, rate);
+    yvel = model(kind.fast, series.y, SampleQueue::WINDOW, resolution.y, rate);
   }
 }
 
 }  // namespace
 
-SampleQueue::Window SampleQueue::windowAround(const Sample& s, int sampleRate, int reach) const {
-  Window window{};
-  window[MIDDLE] = &s;
-  const float interval = static_cast<float>(1000.0 / sampleRate);
-  const UINT64 stamp = s.getTimeStamp();
-  const auto sampleAt = [this](UINT64 wanted) -> const Sample* {
-    const int slot = getOldSample(wanted);
-    return slot >= 0 ? &at(slot).sample : nullptr;
-  };
-  for (int k = 1; k <= reach; ++k) {
-    const UINT64 distance = static_cast<UINT32>(static_cast<float>(k) * interval * 2.0f);
-    const auto place = static_cast<std::size_t>(k);
-    window[MIDDLE - place] = sampleAt(stamp - distance);
-    window[MIDDLE + place] = sampleAt(stamp + distance);
+// Sees to it that the positions that these kinds need are at hand.
+void SampleQueue::followPositions(unsigned kinds) {
+  if ((kinds & ~followedKinds) == 0) return;
+  followedKinds |= kinds;
+  for (const VelocityKind& kind : VELOCITY_KINDS) {
+    const std::size_t type = series_of(kind.positionType);
+    if ((kinds & kind.bit) == 0 || followed[type]) continue;
+    followed[type] = true;
+    for (int eye = 0; eye < EYES; ++eye) {
+      PositionSeries& series = positions[static_cast<std::size_t>(eye)][type];
+      series.clear();
+      for (int slot = 0; slot < sqsize; ++slot) append_position(series, sample(slot), eye, type);
+    }
   }
-  return window;
 }
 
-void SampleQueue::setVelocity(Sample& s, const VelocitySettings& settings) const {
-  if (settings.kinds == GZD_VELOCITY_NONE || settings.sampleRate <= 0) return;
-  const bool isFalcon = settings.ovilo_revision >= FIRST_FALCON_REVISION;
-  const int reach = isFalcon ? falcon_half_window(static_cast<float>(settings.sampleRate)) : 2;
-  const Window window = windowAround(s, settings.sampleRate, reach);
-  const auto fill = [&](Series& series, int eye, int positionType) {
-    for (std::size_t i = 0; i < WINDOW; ++i) {
-      series.x[i] = series.y[i] = MISSING_DATA;
-      if (window[i] != nullptr) {
-        window[i]->getSampleData(&series.x[i], &series.y[i], eye, positionType);
-      }
+void SampleQueue::appendPositions(const Sample& s) {
+  forEachFollowed([&s](PositionSeries& series, int eye, std::size_t type) {
+    append_position(series, s, eye, type);
+  });
+}
+
+// Whether the queued samples follow each other at intervals of the rate, every one.
+bool SampleQueue::isRegular(int stampsPerSample) const {
+  const auto span = static_cast<UINT64>(stampsPerSample) * static_cast<UINT64>(sqsize - 1);
+  return stampsPerSample == period && stampAt(sqsize - 1) - stampAt(0) == span;
+}
+
+// The window where stamps are irregular: a sample is found by arithmetic, or counts as absent.
+void SampleQueue::collectPositions(const FSAMPLE& s, UINT64 stamp, int sampleRate, int eye,
+                                   std::size_t type, PositionSeries& window) const {
+  const float interval = static_cast<float>(1000.0 / sampleRate);
+  window.clear();
+  for (int k = -MIDDLE; k <= MIDDLE; ++k) {
+    const UINT64 distance = static_cast<UINT32>(static_cast<float>(std::abs(k)) * interval * 2.0f);
+    const int slot = k == 0 ? -1 : getOldSample(k < 0 ? stamp - distance : stamp + distance);
+    const FSAMPLE* const neighbour = k == 0 ? &s : slot >= 0 ? &sample(slot) : nullptr;
+    if (neighbour != nullptr) {
+      append_position(window, *neighbour, eye, type);
+    } else {
+      window.append(MISSING_DATA, MISSING_DATA);
     }
-  };
-  for (int eye = 0; eye < 2; ++eye) {
+  }
+}
+
+void SampleQueue::setVelocity(FSAMPLE& s, UINT64 stamp, int slot,
+                              const VelocitySettings& settings) {
+  if (settings.kinds == GZD_VELOCITY_NONE || settings.sampleRate <= 0) return;
+  followPositions(settings.kinds);
+  const bool regular =
+      slot >= 0 && isRegular(stamps_per_sample(static_cast<float>(settings.sampleRate)));
+  for (int eye = 0; eye < EYES; ++eye) {
     if ((s.flags & eye_flag(eye)) == 0) continue;
-    Series series;
     for (const VelocityKind& kind : VELOCITY_KINDS) {
       if ((settings.kinds & kind.bit) == 0) continue;
-      fill(series, eye, kind.positionType);
-      set_velocity_of_eye(s, series, kind, eye, settings);
+      const std::size_t type = series_of(kind.positionType);
+      const PositionSeries& queued = positions[static_cast<std::size_t>(eye)][type];
+      if (!regular) collectPositions(s, stamp, settings.sampleRate, eye, type, irregular);
+      const PositionSeries& series = regular ? queued : irregular;
+      const int middle = regular ? slot : MIDDLE;
+      set_velocity_of_eye(s, {series.xAround(middle), series.yAround(middle)}, kind, eye, settings);
     }
   }
 }

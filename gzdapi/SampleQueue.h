@@ -7,13 +7,14 @@
 
 #include "Sample.h"
 #include "index.h"
+#include "position_series.h"
 
 // Where the queue gets its samples: entries of the index as decoded samples.
 class SampleSource {
  public:
   virtual ~SampleSource() = default;
   // Decodes the sample entry at `index`. Throws GZDException when it cannot be read. Pupil sizes
-  // that the record does not hold are left as they are.
+  // that the record does not hold are whatever.
   virtual void readQueueSample(UINT32 index, Sample& sample) = 0;
   // Stamps from one sample to the next in the block around an entry; 0 outside blocks.
   virtual int stampsPerSampleAt(UINT32 index) = 0;
@@ -38,13 +39,15 @@ class SampleQueue {
 
   SampleQueue(const Index& index, SampleSource& source);
 
-  // The queued sample of the entry at `index`, read from the file when it is not held yet; null
-  // when it cannot be. The sample of another entry with the same stamp may stand for it: the
-  // caller compares `entry`.
-  Sample* getSample(UINT32 index, UINT32* entry);
+  // The slot of the entry at `index`, read from the file when it is not held yet; -1 when it cannot
+  // be. The sample of another entry with the same stamp may stand for it: see entry().
+  int getSample(UINT32 index);
+  [[nodiscard]] const Sample& sample(int slot) const { return at(slot).sample; }
+  [[nodiscard]] UINT32 entry(int slot) const { return at(slot).entry; }
 
-  // Fills the velocity fields of `s`, of the eyes that it holds and the kinds asked for.
-  void setVelocity(Sample& s, const VelocitySettings& settings) const;
+  // Fills the velocity fields of `s`, of the eyes that it holds and the kinds asked for. `slot` is
+  // the slot that holds `s`, or -1 when it is another sample of the queue's time.
+  void setVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings);
 
   void clear();
   // Appends a sample, unless its stamp is not above the last one's. A sample without pupil sizes
@@ -55,14 +58,14 @@ class SampleQueue {
   // The slot that holds a stamp, by arithmetic from the regular spacing; -1 when that finds none.
   [[nodiscard]] int getOldSample(UINT64 stamp) const;
   [[nodiscard]] int size() const { return sqsize; }
-  [[nodiscard]] const Sample& sample(int slot) const { return at(slot).sample; }
 
  private:
   struct Slot {
     Sample sample;
     UINT32 entry = 0;
   };
-  using Window = std::array<const Sample*, WINDOW>;
+  static constexpr int EYES = 2;
+  static constexpr int POSITION_TYPES = 3;
 
   Slot& at(int slot) { return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))]; }
   [[nodiscard]] const Slot& at(int slot) const {
@@ -84,12 +87,30 @@ class SampleQueue {
   [[nodiscard]] bool runReaches(UINT32 index) const;
   [[nodiscard]] bool continuesRun(UINT32 from, UINT32 to) const;
 
-  [[nodiscard]] Window windowAround(const Sample& s, int sampleRate, int reach) const;
+  void keepNewest(UINT32 entry);
+  void dropNewest();
+  void appendPositions(const Sample& s);
+  void followPositions(unsigned kinds);
+  [[nodiscard]] bool isRegular(int stampsPerSample) const;
+  void collectPositions(const FSAMPLE& s, UINT64 stamp, int sampleRate, int eye, std::size_t type,
+                        PositionSeries& window) const;
+  template <class Action>
+  void forEachFollowed(Action action) {
+    for (std::size_t type = 0; type < POSITION_TYPES; ++type) {
+      for (int eye = 0; followed[type] && eye < EYES; ++eye) {
+        action(positions[static_cast<std::size_t>(eye)][type], eye, type);
+      }
+    }
+  }
 
   const Index& index;
   SampleSource& source;
   std::unique_ptr<Slot[]> sqbuf;
-  Sample scratch;
+  // Positions of the queued samples, by eye and type, of the types that velocities need.
+  std::array<std::array<PositionSeries, POSITION_TYPES>, EYES> positions;
+  std::array<bool, POSITION_TYPES> followed{};
+  unsigned followedKinds = GZD_VELOCITY_NONE;
+  PositionSeries irregular;  // of one window, where stamps are irregular
   int front = 0;
   int sqsize = 0;
   UINT32 firstEntry = 0;  // the entries that the queue stands for

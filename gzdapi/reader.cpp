@@ -131,17 +131,24 @@ void Reader::readSampleDirectly(const GZDItem& item) {
 
 void Reader::readSampleFromQueue(UINT32 itemIndex, const Recording* block) {
   presetTag = 0;
-  UINT32 entry = NONE;
-  const Sample* const queued = queue.getSample(itemIndex, &entry);
-  Sample sample;
-  if (queued != nullptr) sample = *queued;
-  if (queued == nullptr || entry != itemIndex) readQueueSample(itemIndex, sample);
-  if (block != nullptr) {
-    const CONFIG& config = default_config();
-    queue.setVelocity(sample, {velocityKinds, config.default_rx, config.default_ry,
-                               static_cast<int>(block->sample_rate), state.ovilo_revision});
+  int slot = queue.getSample(itemIndex);
+  if (slot >= 0 && queue.entry(slot) == itemIndex) {
+    fData.fs = queue.sample(slot);
+  } else {
+    // Another entry with this stamp is queued, or none: the record's own values count all the same.
+    Sample own;
+    readQueueSample(itemIndex, own);
+    if ((own.flags & SMP_PUPIL_SIZE) == 0 && slot >= 0) {
+      std::copy_n(queue.sample(slot).pa, 2, own.pa);
+    }
+    fData.fs = own;
+    slot = -1;
   }
-  fData.fs = sample;
+  if (block == nullptr) return;
+  const CONFIG& config = default_config();
+  queue.setVelocity(fData.fs, index.gzdItemList[itemIndex].getTimeStamp(), slot,
+                    {velocityKinds, config.default_rx, config.default_ry,
+                     static_cast<int>(block->sample_rate), state.ovilo_revision});
 }
 
 void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
@@ -149,9 +156,13 @@ void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
   if (item.isDummy()) {
     makeDummy(itemIndex, sample);
   } else {
+    const UINT16 tag = item.getLastTag();
+    if (tag != queuePresetTag) preset_sample(tag, queuePreset);
+    queuePresetTag = tag;
+    static_cast<FSAMPLE&>(sample) = queuePreset;
     goTo(item);
-    decode_sample(file, state, item.getLastTag(), time_of_stamp(item.getTimeStamp()), sample);
-    sample.flags = flags_at(item.getLastTag(), item.getTimeStamp());
+    decode_into_preset_sample(file, state, tag, time_of_stamp(item.getTimeStamp()), sample);
+    sample.flags = flags_at(tag, item.getTimeStamp());
   }
   sample.updateTimeStamp(item.getTimeStamp());
 }

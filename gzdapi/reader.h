@@ -88,7 +88,9 @@ class Reader : public SampleSource {
 
   ALLF_DATA fData{};
   int recordType = 0;
-  UINT16 presetTag = 0;  // fData is a sample preset for this tag; 0 when it is not
+  UINT16 presetTag = 0;   // fData is a sample preset for this tag; 0 when it is not
+  FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
+  UINT16 queuePresetTag = 0;
   MessageText lstring_buffer;
   // A long message, laid out as an LSTRING; made when the first one is met.
   struct LongText {

@@ -82,6 +82,18 @@ UINT32 read_time(Source& in, StreamState& state, UINT16 tag, UINT32 expectedTime
 // A pair of coordinates for each present eye, `value` applied to each stored word.
 template <class Source, class Value>
 void read_positions(Source& in, UINT16 tag, float* x, float* y, Value value) {
+  if (has(tag, SMP_LEFT) && has(tag, SMP_RIGHT)) {
+    // All words first: the compiler then converts and divides them side by side.
+    INT16 words[4];
+    for (INT16& word : words) word = in.word();
+    float values[4];
+    for (int i = 0; i < 4; ++i) values[i] = value(words[i]);
+    x[0] = values[0];
+    y[0] = values[1];
+    x[1] = values[2];
+    y[1] = values[3];
+    return;
+  }
   if (has(tag, SMP_LEFT)) {
     x[0] = value(in.word());
     y[0] = value(in.word());

@@ -25,8 +25,7 @@ bool TimeShift::decide(UINT32 first, UINT32 maxTime, const char* announcement) {
   return !disableTimeFix;
 }
 
-void TimeShift::adjustTimes(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime) {
-  if (disableTimeFix) return;
+void TimeShift::shift(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime) {
   if (type == GZD_SAMPLE) {
     if (decide(d.fs.time, maxTime, "Enabling time offset fixup\n")) d.fs.time -= minTime;
   } else if (type == GZD_RECORDING) {

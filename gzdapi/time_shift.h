@@ -11,7 +11,9 @@ class TimeShift {
 
   // Shifts the times of a record of the given element type. `minTime` and `maxTime` are the time of
   // the file's first record and its largest.
-  void adjustTimes(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime);
+  void adjustTimes(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime) {
+    if (!disableTimeFix) shift(d, type, minTime, maxTime);
+  }
 
   // The time on the file's own clock of a time that was handed out.
   [[nodiscard]] UINT32 recordedTime(UINT32 time, UINT32 minTime) const {
@@ -19,6 +21,7 @@ class TimeShift {
   }
 
  private:
+  void shift(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime);
   bool decide(UINT32 first, UINT32 maxTime, const char* announcement);
 
   bool disableTimeFix;

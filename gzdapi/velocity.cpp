@@ -39,25 +39,35 @@ struct BlockMeans {
   float outerBefore, innerBefore, innerAfter, outerAfter;
 };
 
+// Whether all positions up to `reach` on either side are present. All are looked at, so that many
+// are at a time.
+template <int reach>
+bool is_complete(const float* middle) {
+  int missing = 0;
+  for (int i = -reach; i <= reach; ++i) missing |= middle[i] == MISSING_DATA ? 1 : 0;
+  return missing == 0;
+}
+
 struct RateModel {
   int halfWindow;
+  bool (*isComplete)(const float* middle);
   float gain;
   BlockMeans (*means)(const float* middle);
 };
 
-constexpr RateModel AT_250{2, 1.0f, [](const float* c) {
+constexpr RateModel AT_250{2, is_complete<2>, 1.0f, [](const float* c) {
                              return BlockMeans{c[-2], c[-1], c[1], c[2]};
                            }};
 constexpr RateModel AT_500{
-    4, 1.2f, [](const float* c) {
+    4, is_complete<4>, 1.2f, [](const float* c) {
       return BlockMeans{mean_of_2(c - 4), mean_of_2(c - 2), mean_of_2(c + 1), mean_of_2(c + 3)};
     }};
 constexpr RateModel AT_1000{
-    9, 1.0909091f, [](const float* c) {
+    9, is_complete<9>, 1.0909091f, [](const float* c) {
       return BlockMeans{mean_of_4(c - 9), mean_of_4(c - 5), mean_of_4(c + 2), mean_of_4(c + 6)};
     }};
 constexpr RateModel AT_2000{
-    19, 1.0434783f, [](const float* c) {
+    19, is_complete<19>, 1.0434783f, [](const float* c) {
       return BlockMeans{mean_of_8(c - 19), mean_of_8(c - 11), mean_of_8(c + 4), mean_of_8(c + 12)};
     }};
 
@@ -98,9 +108,7 @@ float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_sam
   if (middle < reach || total_samples <= 2 * reach || middle + reach > total_samples) {
     return MISSING_DATA;
   }
-  for (int i = middle - reach; i <= middle + reach; ++i) {
-    if (!is_present(xd[i])) return MISSING_DATA;
-  }
+  if (!model.isComplete(xd + middle)) return MISSING_DATA;
   const BlockMeans b = model.means(xd + middle);
   const float difference =
       use_fast_velocity

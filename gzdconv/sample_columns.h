@@ -30,7 +30,7 @@ inline char mark(unsigned word, unsigned bit, char letter) {
   return (word & bit) != 0 ? letter : '.';
 }
 
-// Position and pupil size of one eye; MISSING_DATA where there is none.
+// Position and pupil size of one eye; MISSING_DATA or NOT_RECORDED where there is none.
 struct EyeData {
   float x, y, pupil;
 };
@@ -38,20 +38,23 @@ struct EyeData {
 // The position of `eye` in coordinates of `type` (GZD_POSITION_), gaze as the display mapping gives
 // it. A lost pupil has no position, unless options.no_pupil_area_check is set.
 inline EyeData get_sample_data(const FSAMPLE& sample, int eye, int type) {
-  EyeData data = {MISSING_DATA, MISSING_DATA, missing_if_absent(sample.pa[eye])};
+  EyeData data = {MISSING_DATA, MISSING_DATA, sample.pa[eye]};
   if (sample.pa[eye] == 0.0f && options.no_pupil_area_check == 0) return data;
   switch (type) {
     case GZD_POSITION_HREF:
-      data.x = missing_if_absent(sample.hx[eye]);
-      data.y = missing_if_absent(sample.hy[eye]);
+      data.x = sample.hx[eye];
+      data.y = sample.hy[eye];
       break;
     case GZD_POSITION_PUPIL:
-      data.x = missing_if_absent(sample.px[eye]);
-      data.y = missing_if_absent(sample.py[eye]);
+      data.x = sample.px[eye];
+      data.y = sample.py[eye];
       break;
     default:
-      data.x = getMappedX(missing_if_absent(sample.gx[eye]));
-      data.y = getMappedY(missing_if_absent(sample.gy[eye]));
+      data.x = sample.gx[eye];
+      data.y = sample.gy[eye];
+      if (options.gaze_map == 0) break;
+      data.x = getMappedX(missing_if_absent(data.x));
+      data.y = getMappedY(missing_if_absent(data.y));
   }
   return data;
 }

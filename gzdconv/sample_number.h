@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <cstring>
 
-#include "number.h"
 #include "options.h"
 #include "output.h"
 
@@ -44,6 +43,21 @@ constexpr Quads make_tails(bool leading) {
   return tails;
 }
 
+// "\t  -45.6" of a negative number above -100.
+using Cell = std::array<char, 8>;
+
+constexpr std::array<Cell, 1000> make_small_negatives() {
+  std::array<Cell, 1000> cells{};
+  for (std::size_t n = 0; n < cells.size(); ++n) {
+    const auto digit = [n](std::size_t power) { return static_cast<char>('0' + n / power % 10); };
+    const bool two_digits = n >= 100;
+    cells[n] = {'\t',      ' ', ' ',     two_digits ? '-' : ' ', two_digits ? digit(100) : '-',
+                digit(10), '.', digit(1)};
+  }
+  return cells;
+}
+
+inline constexpr std::array<Cell, 1000> small_negatives = make_small_negatives();
 inline constexpr std::array<Quads, 2> heads = {make_heads(false), make_heads(true)};
 inline constexpr std::array<Quads, 2> tails = {make_tails(false), make_tails(true)};
 
@@ -56,29 +70,33 @@ inline std::uint32_t rounded(double value) {
 
 }  // namespace sample_number
 
-// What print_value gives for a number that does not fit.
+// Whether columns have their usual form. Constant while options stay.
+inline bool has_usual_form() {
+  return (options.tabs_only | options.extra_decimals) == 0;
+}
+
+// What print_value gives for any number; NOT_RECORDED prints as missing.
 char* write_any_tenths(char* place, float value);
 
-// Writes at `place`, in the line buffer behind its cursor, what print_value(1, value) appends.
-// Returns the end.
-inline char* write_tenths(char* place, float value) {
-  const bool aligned = (options.tabs_only | options.extra_decimals) == 0;
-  const bool negative = value < 0;
-  // Small negative numbers have their sign in the tail, and need a table more.
-  const bool fits =
-      negative ? value > -9999.0f && value < -100.0f : value < 99999.0f && !std::signbit(value);
-  if (!aligned || !fits) return write_any_tenths(place, value);
+// Writes at `place`, in the line buffer at or behind its cursor, what print_value(1, value)
+// appends; NOT_RECORDED prints as missing. `usual` is has_usual_form(). Returns the end.
+inline char* write_tenths(char* place, float value, bool usual) {
+  // Bit patterns of positive floats are in the order of their values; all others lie above.
+  constexpr std::uint32_t limit = std::bit_cast<std::uint32_t>(99999.0f);
+  if (!usual || std::bit_cast<std::uint32_t>(value) >= limit) {
+    return write_any_tenths(place, value);
+  }
   // A float times 10 is exact in double precision.
-  const std::uint32_t tenths = sample_number::rounded(std::fabs(value) * 10.0);
+  const std::uint32_t tenths = sample_number::rounded(static_cast<double>(value) * 10.0);
   const std::uint32_t thousands = tenths / 1000;
-  std::memcpy(place, &sample_number::heads[negative][thousands], 4);
+  std::memcpy(place, &sample_number::heads[0][thousands], 4);
   std::memcpy(place + 4, &sample_number::tails[thousands == 0][tenths % 1000], 4);
   return place + 8;
 }
 
 // Appends what print_value(1, value) appends.
 inline void print_tenths(float value) {
-  lpbuffer.set_cursor(write_tenths(lpbuffer.cursor(), value));
+  lpbuffer.set_cursor(write_tenths(lpbuffer.cursor(), value, has_usual_form()));
 }
 
 #endif

@@ -38,10 +38,12 @@ TEST_F(SampleColumnsTest, LostAndAbsentPositionsAreMissing) {
   sample.gx[0] = MISSING_DATA;
   sample.gy[0] = NOT_RECORDED;
   sample.pa[0] = NOT_RECORDED;
-  options.current_eye = 0;  // an ordinary block, in which a negative size is no sign of raw data
-  EXPECT_EQ(line_of(sample), "1000" + no_pair + none + "\n");
+  // The block is ordinary by now: a negative size is no sign of raw data in it.
+  EXPECT_EQ(write_sample(handle, block, sample), 0);
+  EXPECT_EQ(asc(), "1000" + no_pair + none + "\n");
   std::strcpy(missing_string, "    NaN");
-  EXPECT_EQ(line_of(sample), "1000\t    NaN\t    NaN\t    NaN\n");
+  EXPECT_EQ(write_sample(handle, block, sample), 0);
+  EXPECT_EQ(asc(), "1000\t    NaN\t    NaN\t    NaN\n");
 }
 
 TEST_F(SampleColumnsTest, GazeGoesThroughTheDisplayMapping) {
@@ -53,7 +55,7 @@ TEST_F(SampleColumnsTest, GazeGoesThroughTheDisplayMapping) {
   EXPECT_EQ(gaze.x, getMappedX(512.0f));
   EXPECT_EQ(gaze.y, getMappedY(384.0f));
   EXPECT_NEAR(gaze.x, 512.0 / 1000 * 2100 - 100, 1e-3);
-  EXPECT_EQ(get_sample_data(sample, GZD_LEFT_EYE, GZD_POSITION_HREF).x, MISSING_DATA);
+  EXPECT_EQ(get_sample_data(sample, GZD_LEFT_EYE, GZD_POSITION_HREF).x, NOT_RECORDED);
   parseDisplayCoords("");
   parseDisplayAreaCoords("");
 }

@@ -1,0 +1,59 @@
+// Positions of one eye in one coordinate system, of samples at equal intervals, side by side: what
+// velocities are computed from.
+#ifndef GZDAPI_POSITION_SERIES_H
+#define GZDAPI_POSITION_SERIES_H
+
+#include <algorithm>
+#include <array>
+
+#include "gzd_data.h"
+
+class PositionSeries {
+ public:
+  static constexpr int CAPACITY = 512;
+  static constexpr int REACH = 19;  // positions to either side of one that a window holds
+
+  PositionSeries() { clear(); }
+
+  void clear() {
+    x.fill(MISSING_DATA);
+    y.fill(MISSING_DATA);
+    count = 0;
+  }
+  // Appends a position; the series is not full.
+  void append(float xValue, float yValue) {
+    x[place(count)] = xValue;
+    y[place(count)] = yValue;
+    ++count;
+  }
+  // Takes off the oldest `dropped` positions, or the newest.
+  void dropOldest(int dropped) {
+    shift(x, dropped);
+    shift(y, dropped);
+    count -= dropped;
+  }
+  void dropNewest() {
+    --count;
+    x[place(count)] = y[place(count)] = MISSING_DATA;
+  }
+
+  // The positions from REACH before slot `slot` to REACH behind it, MISSING_DATA beyond the ends.
+  [[nodiscard]] const float* xAround(int slot) const { return &x[place(slot) - REACH]; }
+  [[nodiscard]] const float* yAround(int slot) const { return &y[place(slot) - REACH]; }
+
+ private:
+  using Values = std::array<float, REACH + CAPACITY + REACH>;
+
+  static std::size_t place(int slot) { return static_cast<std::size_t>(slot + REACH); }
+  void shift(Values& values, int dropped) const {
+    const auto first = values.begin() + REACH;
+    const auto end = std::copy(first + dropped, first + count, first);
+    std::fill(end, first + count, MISSING_DATA);
+  }
+
+  Values x;
+  Values y;
+  int count = 0;
+};
+
+#endif
