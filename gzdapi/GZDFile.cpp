@@ -2,6 +2,8 @@
 // scan of the records, the checks of the index.
 #include "GZDFile.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -26,6 +28,21 @@ std::string directory_of(std::string_view path) {
   return std::string(slash == path.npos ? std::string_view() : path.substr(0, slash + 1));
 }
 
+bool is_same_file(const char* one, const char* other) {
+  struct stat first;
+  struct stat second;
+  return stat(one, &first) == 0 && stat(other, &second) == 0 && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
+}
+
+// The debug file asked for, or null: a trace never overwrites the recording that it traces.
+const char* debug_file_for(const char* path) {
+  const char* const name = default_config().debug_file_name;
+  if (name == nullptr || !is_same_file(name, path)) return name;
+  print_log("The debug file is the recording itself. Nothing is traced \n");
+  return nullptr;
+}
+
 // The stream of the file's records; the state takes over what the preamble tells.
 std::unique_ptr<InputStream> open_stream(const char* path, Preamble& preamble, StreamState& state) {
   auto stream = open_container(path, preamble);
@@ -43,33 +60,39 @@ int kind_of_handed_out_record(const ALLF_DATA* record) {
   return 0;
 }
 
-void set_message_log_path(const char* path) { plogMsgFile = path != nullptr ? path : ""; }
+void set_message_log_path(const char* path) {
+  plogMsgFile = path != nullptr ? path : "";
+}
 
-// ---- opening -------------------------------------------------------------------------------------------------
+// ---- opening
+// -------------------------------------------------------------------------------------------------
 
-GZDFile::GZDFile(const char* path, int flags, int loadEvents, int loadSamples,
-                 const CONFIG* config)
+GZDFile::GZDFile(const char* path, int flags, int loadEvents, int loadSamples, const CONFIG* config)
     : file((update_default_config(config),
             (loadEvents & GZD_LOAD_MESSAGE_LOG) != 0 ? openMessageLog(path) : void(),
             open_stream(path, preamble, state))),
       reader(*file, state, index),
       merge(index, walk, messageLog, [this](UINT32 item) { return reader.messageText(item); }),
-      trials(index, walk, merge, messageLog, [this](UINT32 item) { return reader.getFloatData(item); }),
+      trials(index, walk, merge, messageLog,
+             [this](UINT32 item) { return reader.getFloatData(item); }),
       bookmarks(index, walk),
       timeShift((flags & GZD_OPEN_NO_TIME_SHIFT) != 0) {
-  scan(flags, loadEvents, loadSamples);
+  scan(path, flags, loadEvents, loadSamples);
   open_files.push_back(this);
 }
 
-GZDFile::~GZDFile() { std::erase(open_files, this); }
+GZDFile::~GZDFile() {
+  std::erase(open_files, this);
+}
 
 void GZDFile::openMessageLog(const char* path) {
-  const std::string name = plogMsgFile.empty() ? directory_of(path) + MESSAGE_LOG_NAME : plogMsgFile;
+  const std::string name =
+      plogMsgFile.empty() ? directory_of(path) + MESSAGE_LOG_NAME : plogMsgFile;
   messageLog.setEyeLogFileName(name.c_str());
   messageLog.openEyeLogFile();
 }
 
-void GZDFile::scan(int flags, int loadEvents, int loadSamples) {
+void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples) {
   const int level = flags & LEVEL_MASK;
   const bool repair = level == GZD_CONSISTENCY_REPAIR;
   state.enableMsgTimestampOffsetTranslation = (flags & GZD_OPEN_MESSAGE_OFFSETS) != 0;
@@ -78,7 +101,7 @@ void GZDFile::scan(int flags, int loadEvents, int loadSamples) {
            .fixConsistency = repair,
            .loadEvents = loadEvents != 0,
            .loadSamples = loadSamples != 0,
-           .debugFileName = default_config().debug_file_name},
+           .debugFileName = debug_file_for(path)},
           index);
   reader.useState(state);
   if (level != GZD_CONSISTENCY_NONE) {
@@ -87,7 +110,8 @@ void GZDFile::scan(int flags, int loadEvents, int loadSamples) {
   reader.indexIsFinal(repair);
 }
 
-// ---- the walk --------------------------------------------------------------------------------------------------
+// ---- the walk
+// --------------------------------------------------------------------------------------------------
 
 ALLF_DATA* GZDFile::getFloatData() {
   return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);

@@ -65,7 +65,7 @@ class GZDFile : public _GZDFILE {
 
  private:
   void openMessageLog(const char* path);
-  void scan(int flags, int loadEvents, int loadSamples);
+  void scan(const char* path, int flags, int loadEvents, int loadSamples);
   void shift(ALLF_DATA& record, int type);
 
   Preamble preamble;

@@ -116,6 +116,7 @@ FileInputStream::FileInputStream(const char* path) {
     print_log("The file %s could not be opened\n", path);
     throw GZDException("File Could not be opened!");
   }
+  std::setvbuf(file.get(), nullptr, _IONBF, 0);  // the window does the buffering
   setUp();
 }
 
@@ -125,7 +126,6 @@ FileInputStream::FileInputStream(FILE* in) : file(in) {
 }
 
 void FileInputStream::setUp() {
-  std::setvbuf(file.get(), nullptr, _IONBF, 0);
   buffer = std::make_unique_for_overwrite<byte[]>(BUFFER_SIZE);
   windowStart = cursor = limit = buffer.get();
   readAhead = SMALLEST_READ;

@@ -15,6 +15,7 @@
 #include "blink_repair.h"
 #include "gzd.h"
 #include "index_edits.h"
+#include "log.h"
 #include "time_order.h"
 
 namespace {
@@ -152,10 +153,7 @@ class BlockWalk {
       moveEndBeforeStart();
       return;
     }
-    print_log(
-        "WARNING: GZD FILE MAY BE CORRUPTED. Sample at %d found without start recording. "
-        "Skipping this sample \n",
-        static_cast<int>(timeOf(items[place])));
+    strayLine.log(static_cast<int>(timeOf(items[place])));
     edits.remove(place);
     --growth;
   }
@@ -172,7 +170,7 @@ class BlockWalk {
   void endBlink(UINT32 place) {
     BlinkState& eye = blinks[eyeOf(items[place])];
     ++ends;
-    if (eye.endSeen) print_log("found EBLINK  with no SBLINK %u \n", timeOf(items[place]));
+    if (eye.endSeen) loneEndLine.log(timeOf(items[place]));
     eye.endSeen = true;
     if (eye.startOpen) {
       eye = {};
@@ -198,7 +196,7 @@ class BlockWalk {
 
   void openBlink(BlinkState& eye, UINT32 place) {
     if (eye.startOpen) {
-      print_log("No matching EBLINK found for SBLINK  %u \n", timeOf(items[place]));
+      loneStartLine.log(timeOf(items[place]));
     }
     eye.startOpen = true;
     if (!eye.endSeen) return;
@@ -242,6 +240,10 @@ class BlockWalk {
   std::vector<GZDItem>& items;
   const bool repair;
   bool retimed = false;
+  NumberLine strayLine{"WARNING: GZD FILE MAY BE CORRUPTED. Sample at ",
+                       " found without start recording. Skipping this sample \n"};
+  NumberLine loneEndLine{"found EBLINK  with no SBLINK ", " \n"};
+  NumberLine loneStartLine{"No matching EBLINK found for SBLINK  ", " \n"};
   IndexEdits edits;
   INT64 growth = 0;  // entries inserted less entries removed so far
   bool inside = false;

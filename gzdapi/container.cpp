@@ -73,6 +73,7 @@ struct FileCloser {
 std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   std::unique_ptr<FILE, FileCloser> inflated(std::tmpfile());
   if (!inflated) throw GZDException("Failed to create temp file \n");
+  std::setvbuf(inflated.get(), nullptr, _IONBF, 0);  // writes and reads come in large pieces
   do_uncompress(body.getRawFile(), inflated.get());
   return std::make_unique<FileInputStream>(inflated.release());
 }

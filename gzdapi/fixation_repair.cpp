@@ -11,7 +11,7 @@ namespace {
 UINT64 start_of_newest_recording(const Index& index) {
   const Recording* newest = index.newestRecording();
   if (newest != nullptr) return newest->getTime() >> 1;
-  std::printf("ERROR: No start rec ");
+  std::printf("ERROR: No start rec \n");
   return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "gzd.h"
+#include "log.h"
 
 namespace {
 
@@ -82,7 +83,7 @@ class BlockStartPadding {
     if (firstStamp <= start.getTime()) return;
     const int diff = static_cast<int>((firstStamp - start.getTime()) / 2);
     const double samples = diff / (1000.0 / static_cast<double>(start.sample_rate));
-    const int count = static_cast<int>(std::min(samples, LARGEST_COUNT));
+    const int count = static_cast<int>(std::clamp(samples, -LARGEST_COUNT, LARGEST_COUNT));
     print_log(
         "Missing sample at trial start. Trial start time = %llu First sample time=%llu diff=%d  "
         "SampleRate=%.1f  Missing Sample count=%d\n",
@@ -151,6 +152,7 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
 // ----------------------------------------------------------------------------------------
 
 void report_sample_periods(const Index& index) {
+  NumberLine stray("Sample at time ", " encountered before start of next recording block\n");
   unsigned shorter = 0;
   unsigned longer = 0;
   INT64 expected = 0;
@@ -161,8 +163,7 @@ void report_sample_periods(const Index& index) {
       expected = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
       hasPrevious = false;
     } else if (item.isSample() && expected == 0) {
-      print_log("Sample at time %ld encountered before start of next recording block\n",
-                static_cast<long>(item.getTimeStamp()));
+      stray.log(static_cast<INT64>(item.getTimeStamp()));
     } else if (item.isSample()) {
       const INT64 stamp = static_cast<INT64>(item.getTimeStamp());
       if (hasPrevious && stamp - previous < expected) ++shorter;

@@ -1,7 +1,7 @@
 // The C boundary: exceptions end here, and nothing else happens here.
 #include "gzd.h"
 
-#include <algorithm>
+#include <exception>
 #include <new>
 
 #include "GZDFile.h"
@@ -13,9 +13,14 @@
 
 namespace {
 
-GZDFile& of(GZDFILE* handle) { return *static_cast<GZDFile*>(handle); }
+GZDFile& of(GZDFILE* handle) {
+  return *static_cast<GZDFile*>(handle);
+}
 
-constexpr const char* OUT_OF_MEMORY = "Out of memory";
+// What is said of an exception that is none of the library's own.
+const char* description_of(const std::exception& error) {
+  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? "Out of memory" : error.what();
+}
 
 // The result of `call`, or `failure` when it ends with an exception, which is logged.
 template <class Result, class Call>
@@ -24,8 +29,8 @@ Result guarded(Result failure, Call call) noexcept {
     return call();
   } catch (const GZDException& error) {
     print_log("Error %s \n", error.getMessage());
-  } catch (const std::bad_alloc&) {
-    print_log("Error %s \n", OUT_OF_MEMORY);
+  } catch (const std::exception& error) {
+    print_log("Error %s \n", description_of(error));
   }
   return failure;
 }
@@ -37,8 +42,8 @@ GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, con
     return new GZDFile(fname, flags, loadevents, loadsamples, config);
   } catch (const GZDException& error) {
     print_log("%s\n", error.getMessage());
-  } catch (const std::bad_alloc&) {
-    print_log("%s\n", OUT_OF_MEMORY);
+  } catch (const std::exception& error) {
+    print_log("%s\n", description_of(error));
   }
   *rv = -1;
   return nullptr;
@@ -79,7 +84,8 @@ CameraSetup camera_at(GZDFILE* gzd, const FSAMPLE* sam) {
 
 }  // namespace
 
-// ---- opening, closing, logging ---------------------------------------------------------------------------------
+// ---- opening, closing, logging
+// ---------------------------------------------------------------------------------
 
 GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
                        int* rv) {
@@ -103,11 +109,16 @@ int gzd_set_extra_message_file(const char* fname) {
   });
 }
 
-void gzd_set_log_function(void* lfcn) { set_log_function(reinterpret_cast<LogFunction>(lfcn)); }
+void gzd_set_log_function(void* lfcn) {
+  set_log_function(reinterpret_cast<LogFunction>(lfcn));
+}
 
-const char* gzd_get_version() { return GZD_VERSION_TEXT; }
+const char* gzd_get_version() {
+  return GZD_VERSION_TEXT;
+}
 
-// ---- walking ---------------------------------------------------------------------------------------------------
+// ---- walking
+// ---------------------------------------------------------------------------------------------------
 
 int gzd_get_next_data(GZDFILE* ef) {
   return guarded(GZD_END_OF_DATA, [ef] { return of(ef).getNextDataMergeWithLog(); });
@@ -125,9 +136,13 @@ ALLF_DATA* gzd_get_sample_close_to_time(GZDFILE* ef, unsigned int time) {
   return guarded<ALLF_DATA*>(nullptr, [=] { return of(ef).getSampleCloseToTime(time * 2); });
 }
 
-unsigned int gzd_get_element_count(GZDFILE* ef) { return of(ef).elementCount(); }
+unsigned int gzd_get_element_count(GZDFILE* ef) {
+  return of(ef).elementCount();
+}
 
-unsigned int gzd_get_element_index(GZDFILE* ef) { return of(ef).elementIndex(); }
+unsigned int gzd_get_element_index(GZDFILE* ef) {
+  return of(ef).elementIndex();
+}
 
 FEVENT* gzd_get_event(ALLF_DATA* allfdata) {
   if (allfdata == nullptr) return nullptr;
@@ -158,9 +173,12 @@ RECORDINGS* gzd_get_recording_data(GZDFILE* ef) {
   return record != nullptr ? &record->rec : nullptr;
 }
 
-void gzd_set_velocity_kinds(GZDFILE* ef, unsigned int kinds) { of(ef).setVelocityKinds(kinds); }
+void gzd_set_velocity_kinds(GZDFILE* ef, unsigned int kinds) {
+  of(ef).setVelocityKinds(kinds);
+}
 
-// ---- file facts ------------------------------------------------------------------------------------------------
+// ---- file facts
+// ------------------------------------------------------------------------------------------------
 
 int gzd_get_preamble_text(GZDFILE* ef, char* buffer, int length) {
   if (length < 1) return 0;
@@ -174,7 +192,9 @@ int gzd_get_preamble_text_length(GZDFILE* ef) {
   return static_cast<int>(of(ef).getPreamText().size()) + 1;
 }
 
-float gzd_get_sample_per_second(GZDFILE* ef) { return static_cast<float>(rate_of(ef)); }
+float gzd_get_sample_per_second(GZDFILE* ef) {
+  return static_cast<float>(rate_of(ef));
+}
 
 int gzd_get_sample_interval(GZDFILE* ef) {
   const double rate = rate_of(ef);
@@ -186,15 +206,24 @@ float gzd_get_sample_interval_ex(GZDFILE* ef) {
   return rate > 0.0f ? 1000.0f / rate : 0.0f;
 }
 
-int gzd_get_revision(GZDFILE* ef) { return of(ef).getRevision(); }
+int gzd_get_revision(GZDFILE* ef) {
+  return of(ef).getRevision();
+}
 
-int gzd_get_ovilo_revision(GZDFILE* ef) { return of(ef).getOviloRevision(); }
+int gzd_get_ovilo_revision(GZDFILE* ef) {
+  return of(ef).getOviloRevision();
+}
 
-int get_filter_level_for_sample(GZDFILE* ef) { return of(ef).filterLevel(); }
+int get_filter_level_for_sample(GZDFILE* ef) {
+  return of(ef).filterLevel();
+}
 
-int gzd_get_input_data_availibity(GZDFILE* ef) { return of(ef).inputType(); }
+int gzd_get_input_data_availibity(GZDFILE* ef) {
+  return of(ef).inputType();
+}
 
-// ---- trials ----------------------------------------------------------------------------------------------------
+// ---- trials
+// ----------------------------------------------------------------------------------------------------
 
 int gzd_set_trial_identifier(GZDFILE* ef, char* start, char* end) {
   return guarded(0, [=] {
@@ -239,7 +268,8 @@ int gzd_get_trial_header(GZDFILE* ef, TRIAL* trial) {
   return guarded(-1, [=] { return of(ef).getTrials().getTrialHeaders(trial); });
 }
 
-// ---- bookmarks -------------------------------------------------------------------------------------------------
+// ---- bookmarks
+// -------------------------------------------------------------------------------------------------
 
 int gzd_set_bookmark(GZDFILE* ef, BOOKMARK* bm) {
   return guarded(-1, [=] { return of(ef).getBookmarks().setBookMark(bm); });
@@ -253,13 +283,16 @@ int gzd_goto_bookmark(GZDFILE* ef, BOOKMARK* bm) {
   return of(ef).getBookmarks().gotoBookMark(bm);
 }
 
-int gzd_goto_next_bookmark(GZDFILE* ef) { return of(ef).getBookmarks().gotoNextBookMark(); }
+int gzd_goto_next_bookmark(GZDFILE* ef) {
+  return of(ef).getBookmarks().gotoNextBookMark();
+}
 
 int gzd_goto_previous_bookmark(GZDFILE* ef) {
   return of(ef).getBookmarks().gotoPreviousBookMark();
 }
 
-// ---- raw camera data -------------------------------------------------------------------------------------------
+// ---- raw camera data
+// -------------------------------------------------------------------------------------------
 
 UINT32 gzd_get_uncorrected_pupil_area(GZDFILE*, FSAMPLE* sam, int eye) {
   return uncorrected_pupil_area(*sam, eye);
@@ -289,7 +322,9 @@ void gzd_get_pupil_dimension(GZDFILE* gzd, FSAMPLE* sam, int eye, UINT32* rv) {
   pupil_dimension(camera_at(gzd, sam), *sam, eye, rv);
 }
 
-void gzd_get_cr_dimension(GZDFILE*, FSAMPLE* sam, UINT32* rv) { cr_dimension(*sam, rv); }
+void gzd_get_cr_dimension(GZDFILE*, FSAMPLE* sam, UINT32* rv) {
+  cr_dimension(*sam, rv);
+}
 
 void gzd_get_window_position(GZDFILE* gzd, FSAMPLE* sam, UINT32* rv) {
   window_position(camera_at(gzd, sam), *sam, rv);
@@ -299,17 +334,17 @@ void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv) {
   pupil_cr(camera_at(gzd, sam), *sam, eye, rv);
 }
 
-// ---- pixels per degree -----------------------------------------------------------------------------------------
+// ---- pixels per degree
+// -----------------------------------------------------------------------------------------
 
 int gzd_compute_physical_setup(float simulation_screen_distance,
                                float simulation_screen_distance_bot, float screen_phys_l,
                                float screen_phys_t, float screen_phys_r, float screen_phys_b,
                                float screen_pixel_l, float screen_pixel_t, float screen_pixel_r,
                                float screen_pixel_b) {
-  return compute_physical_setup(
-      simulation_screen_distance, simulation_screen_distance_bot,
-      {screen_phys_l, screen_phys_t, screen_phys_r, screen_phys_b},
-      {screen_pixel_l, screen_pixel_t, screen_pixel_r, screen_pixel_b});
+  return compute_physical_setup(simulation_screen_distance, simulation_screen_distance_bot,
+                                {screen_phys_l, screen_phys_t, screen_phys_r, screen_phys_b},
+                                {screen_pixel_l, screen_pixel_t, screen_pixel_r, screen_pixel_b});
 }
 
 void gzd_calculate_ppd(float hpixel, float vpixel, FSAMPLE* f, int eye, double* rx, double* ry) {

@@ -113,8 +113,8 @@ GZD_API int gzd_set_extra_message_file(const char* fname);
 GZD_API void gzd_set_log_function(void* lfcn);
 
 /* Formats a message and hands it to the log function, or writes it to standard output, no newline
-   added. Returns 0. A finished message above 499 bytes ends the process with a line on standard
-   error. */
+   added. Returns 0. A finished message of 499 characters and more ends the process with a line on
+   standard error. */
 GZD_API int print_log(const char* fmt, ...) GZD_PRINTF(1, 2);
 
 /* The library's version, platform and build date; a constant. */
@@ -136,8 +136,9 @@ GZD_API int gzd_get_next_data(GZDFILE* ef);
    0, unless GZD_OPEN_NO_TIME_SHIFT was given; the first record fetched decides. */
 GZD_API ALLF_DATA* gzd_get_float_data(GZDFILE* ef);
 
-/* The sample at `time` (ms), or null when there is none at exactly that time. The walk stays where
-   it is. Cost: logarithmic. */
+/* The sample at `time` (ms), or null when there is none at exactly that time. A sample that shares
+   its time with an event or a boundary of a block may be missed. The walk stays where it is. Cost:
+   logarithmic. */
 GZD_API ALLF_DATA* gzd_get_sample_close_to_time(GZDFILE* ef, unsigned int time);
 
 /* Number of elements of the walk, messages of the experiment's log included. */

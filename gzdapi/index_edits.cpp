@@ -4,44 +4,47 @@
 #include <cstddef>
 
 void IndexEdits::sortByPlace() {
-  const auto earlier = [](const Insertion& a, const Insertion& b) { return a.place < b.place; };
-  if (!std::is_sorted(insertions.begin(), insertions.end(), earlier)) {
-    std::stable_sort(insertions.begin(), insertions.end(), earlier);
+  const auto earlierInsertion = [](const Insertion& a, const Insertion& b) {
+    return a.place < b.place;
+  };
+  const auto earlierRemoval = [](const Removal& a, const Removal& b) { return a.first < b.first; };
+  if (!std::is_sorted(insertions.begin(), insertions.end(), earlierInsertion)) {
+    std::stable_sort(insertions.begin(), insertions.end(), earlierInsertion);
   }
-  if (!std::is_sorted(removals.begin(), removals.end())) {
-    std::sort(removals.begin(), removals.end());
+  if (!std::is_sorted(removals.begin(), removals.end(), earlierRemoval)) {
+    std::sort(removals.begin(), removals.end(), earlierRemoval);
   }
 }
 
 void IndexEdits::compact(std::vector<GZDItem>& items) const {
-  if (removals.empty()) return;
-  std::size_t kept = removals.front();
-  auto removal = removals.begin();
-  for (std::size_t place = kept; place < items.size(); ++place) {
-    if (removal != removals.end() && *removal == place) {
-      ++removal;
-    } else {
-      items[kept++] = items[place];
-    }
+  auto kept = items.begin() + removals.front().first;
+  for (auto removal = removals.begin(); removal != removals.end(); ++removal) {
+    const bool isLast = removal + 1 == removals.end();
+    const auto end = isLast ? items.end() : items.begin() + (removal + 1)->first;
+    kept = std::copy(items.begin() + removal->end, end, kept);
   }
-  items.resize(kept);
+  items.erase(kept, items.end());
 }
 
 std::vector<GZDItem> IndexEdits::merged(const std::vector<GZDItem>& items) const {
   std::vector<GZDItem> result;
-  result.reserve(items.size() + insertions.size() - removals.size());
+  result.reserve(items.size() + insertions.size());
   auto removal = removals.begin();
-  auto insertion = insertions.begin();
-  for (std::size_t place = 0; place <= items.size(); ++place) {
-    for (; insertion != insertions.end() && insertion->place == place; ++insertion) {
-      result.push_back(insertion->item);
+  std::size_t place = 0;
+  const auto copyUpTo = [&](std::size_t target) {
+    while (place < target) {
+      const std::size_t stop =
+          removal == removals.end() ? target : std::min<std::size_t>(target, removal->first);
+      result.insert(result.end(), items.data() + place, items.data() + stop);
+      place = stop;
+      if (removal != removals.end() && place == removal->first) place = (removal++)->end;
     }
-    if (removal != removals.end() && *removal == place) {
-      ++removal;
-    } else if (place < items.size()) {
-      result.push_back(items[place]);
-    }
+  };
+  for (const Insertion& insertion : insertions) {
+    copyUpTo(insertion.place);
+    result.push_back(insertion.item);
   }
+  copyUpTo(items.size());
   return result;
 }
 

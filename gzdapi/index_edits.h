@@ -12,7 +12,13 @@ class IndexEdits {
  public:
   // `place` may be one past the end.
   void insertBefore(UINT32 place, const GZDItem& item) { insertions.push_back({place, item}); }
-  void remove(UINT32 place) { removals.push_back(place); }
+  void remove(UINT32 place) {
+    if (!removals.empty() && removals.back().end == place) {
+      ++removals.back().end;
+    } else {
+      removals.push_back({place, place + 1});
+    }
+  }
   // Linear in the list, nothing at all without edits. Forgets the edits. Returns whether there were
   // any.
   bool apply(std::vector<GZDItem>& items);
@@ -23,12 +29,18 @@ class IndexEdits {
     GZDItem item;
   };
 
+  // Places from `first` on, up to `end`.
+  struct Removal {
+    UINT32 first;
+    UINT32 end;
+  };
+
   void sortByPlace();
   void compact(std::vector<GZDItem>& items) const;
   [[nodiscard]] std::vector<GZDItem> merged(const std::vector<GZDItem>& items) const;
 
   std::vector<Insertion> insertions;
-  std::vector<UINT32> removals;
+  std::vector<Removal> removals;
 };
 
 #endif

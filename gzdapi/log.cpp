@@ -1,14 +1,27 @@
 #include "log.h"
 
+#include <algorithm>
+#include <cassert>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
 constexpr int MESSAGE_CAPACITY = 500;
+constexpr std::size_t LONGEST_NUMBER = 20;
 
 LogFunction logfcn = nullptr;
+
+void hand_on(const char* message) {
+  if (logfcn != nullptr) {
+    logfcn(message);
+  } else {
+    std::fputs(message, stdout);
+  }
+}
 
 }  // namespace
 
@@ -22,16 +35,26 @@ int print_log(const char* fmt, ...) {
   va_start(arguments, fmt);
   const int length = std::vsnprintf(message, sizeof message, fmt, arguments);
   va_end(arguments);
-  if (length >= MESSAGE_CAPACITY) {
-    // A message is never handed on cut short: a text that outgrows the buffer ends the process.
+  if (length + 1 >= MESSAGE_CAPACITY) {
+    // A message is never handed on cut short: a text that fills the buffer ends the process.
     std::fprintf(stderr, "gzdapi: a log message is longer than %d characters\n",
-                 MESSAGE_CAPACITY - 1);
+                 MESSAGE_CAPACITY - 2);
     std::abort();
   }
-  if (logfcn != nullptr) {
-    logfcn(message);
-  } else {
-    std::printf("%s", message);
-  }
+  hand_on(message);
   return 0;
+}
+
+NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
+    : after(textAfter), beforeLength(textBefore.size()) {
+  assert(beforeLength + LONGEST_NUMBER + after.size() < message.size());
+  std::copy(textBefore.begin(), textBefore.end(), message.begin());
+}
+
+void NumberLine::log(INT64 number) {
+  char* const digits = message.data() + beforeLength;
+  char* const end = std::to_chars(digits, digits + LONGEST_NUMBER, number).ptr;
+  std::memcpy(end, after.data(), after.size());
+  end[after.size()] = '\0';
+  hand_on(message.data());
 }

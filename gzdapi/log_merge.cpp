@@ -8,6 +8,9 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
+
+#include "GZDException.h"
 
 namespace {
 
@@ -106,15 +109,27 @@ void LogMerge::noteSync(int ownCase, UINT64 time) {
              static_cast<UINT32>(logIdx)};
 }
 
-bool LogMerge::elementIsSync() const {
+// Many messages of the log may lie within the tolerance of one element: its text is read once.
+bool LogMerge::elementIsSync() {
+  if (examinedElement == walk.currentData) return examinedIsSync;
   const bool message = index.gzdItemList[walk.currentData].getItemType() == GZD_MESSAGE;
-  return message && isSync(textOf(walk.currentData));
+  examinedIsSync = message && isSync(textOf(walk.currentData));
+  examinedElement = walk.currentData;
+  return examinedIsSync;
 }
 
+// A message whose text cannot be had now is delivered: fetching its record will fail and tell.
 std::string_view LogMerge::readLogText() {
-  log.getEyeLogMsg(logIdx);
+  constexpr std::string_view UNREADABLE = "?";
   readLogId = logIdx + 1;
-  return log.text();
+  try {
+    log.getEyeLogMsg(logIdx);
+    return log.text();
+  } catch (const GZDException&) {
+    return UNREADABLE;
+  } catch (const std::bad_alloc&) {
+    return UNREADABLE;
+  }
 }
 
 const ALLF_DATA& LogMerge::logRecord() {

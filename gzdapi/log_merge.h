@@ -91,7 +91,7 @@ class LogMerge {
   int mergeSimultaneous(UINT64 time);
   int mergeAtLastElement();
   void noteSync(int ownCase, UINT64 time);
-  [[nodiscard]] bool elementIsSync() const;
+  [[nodiscard]] bool elementIsSync();
   std::string_view readLogText();
 
   const Index& index;
@@ -103,6 +103,8 @@ class LogMerge {
   int readLogId = -1;  // `logIdx` behind the message that was read for the element just announced
   bool isFromLogFile = false;
   InsertCase insertC;
+  UINT32 examinedElement = 0xFFFFFFFFu;  // the element last asked whether it is a sync message
+  bool examinedIsSync = false;
 };
 
 #endif

@@ -17,6 +17,7 @@
 #include <optional>
 #include <system_error>
 
+#include "GZDException.h"
 #include "gzd.h"
 
 namespace {
@@ -154,7 +155,7 @@ void MessageLog::readSyncLine(std::string_view line, INT64 linePos) {
   const auto order = word ? fields.integer() : std::nullopt;
   const auto timeOfTracker = order ? fields.number() : std::nullopt;
   if (!timeOfTracker) {
-    std::printf("ERROR: incorrect TRACKER_TIME format");
+    std::printf("ERROR: incorrect TRACKER_TIME format\n");
     return;
   }
   vt.push_back({static_cast<int>(vl.size()), *order, *timeOfTracker, *timeOfLog});
@@ -183,6 +184,7 @@ void MessageLog::finish() {
 
 const char* MessageLog::getEyeLogMsg(int number) {
   if (number != recordHolds) {
+    recordHolds = -1;
     const LogMsg& message = vl[static_cast<std::size_t>(number)];
     linestring = std::to_string(message.time);
     readText(message.filePos);
@@ -195,9 +197,11 @@ const char* MessageLog::getEyeLogMsg(int number) {
 void MessageLog::readText(INT64 textPos) {
   const std::size_t numberLength = linestring.size();
   char buffer[LINE_CAPACITY];
-  if (fseeko(xinfile.get(), textPos, SEEK_SET) == 0 &&
-      std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr) {
+  const bool found = fseeko(xinfile.get(), textPos, SEEK_SET) == 0;
+  if (found && std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr) {
     linestring += buffer;
+  } else if (!found || std::ferror(xinfile.get()) != 0) {
+    throw GZDException("The message log cannot be read");
   }
   messageText = withoutLineEnd(std::string_view(linestring).substr(numberLength));
 }

@@ -50,7 +50,7 @@ class MessageLog {
   [[nodiscard]] const std::vector<TrackerT>& syncs() const { return vt; }
 
   // Reads message `number` (from 0) into the record. Returns its line: the time, then the text.
-  // The record and the line hold until the next call.
+  // The record and the line hold until the next call. Throws GZDException when the file fails.
   const char* getEyeLogMsg(int number);
   // The record of the message read last: type 24, `sttime` its time, at most 260 characters.
   [[nodiscard]] const ALLF_DATA& record() const { return fDataLog; }

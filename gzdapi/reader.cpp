@@ -31,6 +31,7 @@ void Reader::indexIsFinal(bool pairEvents) {
   for (const UINT32 i : index.landmarks()) {
     if (index.gzdItemList[i].isRecording()) boundaries.push_back(i);
   }
+  timesFollowRepairs = pairEvents;
   pairing = pairEvents ? EventPairing::build(index) : EventPairing();
   stretch = Stretch();
   model = DummyModel();
@@ -215,7 +216,8 @@ void Reader::makeDummy(UINT32 itemIndex, Sample& sample) {
   const UINT16 tag =
       model.recorded == NONE ? UINT16{0} : index.gzdItemList[model.recorded].getLastTag();
   make_dummy_sample(tag, model.recorded == NONE ? nullptr : &model.sample, sample);
-  sample.flags = flags_at(tag, index.gzdItemList[itemIndex].getTimeStamp());
+  sample.flags = flags_at(tag & static_cast<UINT16>(~SMP_HALF_MS),
+                          index.gzdItemList[itemIndex].getTimeStamp());
 }
 
 // ---- events
@@ -240,7 +242,7 @@ void Reader::readEvent(UINT32 itemIndex, const GZDItem& item) {
     fData.fe = event;
     if (piece_of_message(text_of(event.message)) == MessagePiece::First) assembleLongMessage(item);
   }
-  pairing.apply(itemIndex, item, fData.fe);
+  if (timesFollowRepairs) pairing.apply(itemIndex, item, fData.fe);
 }
 
 // A start of blink that the repairs have added.

@@ -78,6 +78,7 @@ class Reader : public SampleSource {
   StreamState state;
   const Index& index;
   std::vector<UINT32> boundaries;  // indices of the recording entries
+  bool timesFollowRepairs = false;
   EventPairing pairing;
   SampleQueue queue;
   unsigned velocityKinds = GZD_VELOCITY_ALL;

@@ -9,10 +9,15 @@
 
 #include "troubleshoot.h"
 
+#include <string>
+#include <string_view>
+
 #include <algorithm>
 #include <array>
 
 namespace {
+
+constexpr std::string_view HEX_DIGITS = "0123456789ABCDEF";
 
 constexpr int TAG_EVENT = 0;
 constexpr int TAG_SAMPLE = 1;
@@ -92,13 +97,18 @@ class Tracer {
     dumpAt(d.goodPos);
   }
 
+  // What lies behind the end of the file is dumped as 0, and so is the byte behind the dump.
   void dumpAt(INT64 position) {
-    d.data_block.resize(static_cast<std::size_t>(d.data_dump_size) + 1);
+    d.data_block.assign(static_cast<std::size_t>(d.data_dump_size) + 1, 0);
     file.seek(position);
-    file.getData(d.data_block.data(), d.data_dump_size);
+    file.getRawData(d.data_block.data(), d.data_dump_size);
     d.read_size = d.data_dump_size;
-    for (const byte value : d.data_block) std::fprintf(d.debugFile, "%X", unsigned{value});
-    std::fputc('\n', d.debugFile);
+    std::string digits;
+    for (const byte value : d.data_block) {
+      if (value >= 16) digits += HEX_DIGITS[value / 16];
+      digits += HEX_DIGITS[value % 16];
+    }
+    std::fprintf(d.debugFile, "%s\n", digits.c_str());
   }
 
   // Reads on until the stream ends, which throws, or a known header word stands two bytes on.
@@ -112,12 +122,13 @@ class Tracer {
     }
   }
 
+  // A byte and two words are looked at in each place.
   void searchFrom(INT64 position) {
     for (;; ++position) {
       file.seek(position - 1);
-      file.getByte();
-      file.getWord();
-      const INT16 header = file.getWord();
+      const byte* const bytes = file.peek(5);
+      if (bytes == nullptr) throw GZDException("End of file Exception");
+      const INT16 header = load_be16s(bytes + 3);
       if (!isRecoveryHeader(header)) continue;
       d.goodPos = position;
       d.goodHeader = header;

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "log_file.h"
 
 namespace {
@@ -156,6 +159,39 @@ TEST(LogMerge, APlaceCanBeRestored) {
   f.merge.restore(place);
   EXPECT_TRUE(f.merge.isFromLog());
   EXPECT_EQ(f.walkAll(), "5050 L:a 5200");
+}
+
+TEST(LogMerge, WithoutSyncsEverythingIsDeliveredOnceAndNearlyInOrder) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 200; ++round) {
+    std::string lines;
+    int messages = 1, now = 10;
+    for (; messages < 30; ++messages) {
+      now += static_cast<int>(random() % 5);
+      lines += std::to_string(now) + " m\n";
+    }
+    Fixture f(lines);
+    UINT32 time = 5008;
+    const UINT32 elements = static_cast<UINT32>(random() % 40);
+    for (UINT32 i = 0; i < elements; ++i)
+      f.b.message(time += static_cast<UINT32>(random() % 4), "e");
+    UINT32 fromRecording = 0, newest = 0;
+    int fromLog = 0;
+    while (f.merge.getNextDataMergeWithLog() != GZD_END_OF_DATA) {
+      UINT32 at = 0;
+      if (f.merge.isFromLog()) {
+        at = static_cast<UINT32>(f.log.messages()[static_cast<std::size_t>(fromLog++)].time);
+        ASSERT_EQ(f.merge.logRecord().fe.sttime, at);
+      } else {
+        ASSERT_EQ(f.walk.currentData, ++fromRecording);
+        at = time_of_stamp(f.b.index.gzdItemList[fromRecording - 1].getTimeStamp());
+      }
+      ASSERT_GE(at + 2, newest);
+      newest = std::max(newest, at);
+    }
+    ASSERT_EQ(fromLog, messages);
+    ASSERT_EQ(fromRecording, elements);
+  }
 }
 
 TEST(LogMerge, BlocksUseTheirOwnTimes) {

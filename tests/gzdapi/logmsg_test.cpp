@@ -64,7 +64,7 @@ TEST(MessageLog, MalformedSyncsAreSkippedWithALine) {
                           "100 TRACKER_TIME one 5000\n", "100 TRACKER_TIME 1 inf\n"}) {
     testing::internal::CaptureStdout();
     const Lines lines = messagesOf(std::string(bad) + "110 a\n" + SYNC + "120 b\n" + QUIT);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "ERROR: incorrect TRACKER_TIME format");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "ERROR: incorrect TRACKER_TIME format\n");
     EXPECT_EQ(lines, (Lines{"5000| TRACKER_TIME 1 5000.0", "5020| b"})) << bad;
   }
 }

@@ -126,6 +126,15 @@ TEST(TrialsByMessages, ATrialThatOnlyTheLastBlockEndClosesLeavesTheWalkAtTheEnd)
   EXPECT_EQ(f.walk.currentData, 5u);
 }
 
+TEST(TrialsByMessages, ATrialThatStartsWithTheBlocksEndIsRemoved) {
+  Fixture f;
+  f.b.message(1, "x").start(10).message(20, "TRIALID 1").end(20);
+  const LogCapture log;
+  EXPECT_EQ(f.cutBy("TRIALID", nullptr), "1-2@10-20/10");
+  EXPECT_EQ(log.lines().back(), "removed last trial\n");
+  EXPECT_EQ(f.walk.currentData, 0u);
+}
+
 TEST(TrialsByMessages, ALaterBlockStartClosesAtTheBlockEndBefore) {
   Fixture f;
   f.b.message(1, "x").start(10).message(12, "TRIALID 1").end(20).start(30).end(40);
@@ -181,6 +190,33 @@ TEST(TrialsByMessages, IdentifiersAreKept) {
   EXPECT_EQ(f.trials.getEndTrialIdentifier(), go);
 }
 
+TEST(TrialsByBlocks, AMessageLogChangesNothing) {
+  Fixture f("0 TRACKER_TIME 1 5000\n120 GO\n999 Quit logger\n");
+  f.b.start(5100).sample(5110).end(5200).start(5300);
+  EXPECT_EQ(f.collected(), "0-3@5100-5200/100");
+  EXPECT_EQ(f.walk.lastRecording, f.b.index.allRecordings[2].get());
+  EXPECT_EQ(f.merge.getNextDataMergeWithLog(), GZD_MESSAGE);
+  EXPECT_TRUE(f.merge.isFromLog());
+}
+
+TEST(TrialsByBlocks, ABlockOutOfOrderThatStaysOpenLeavesTheWalkAtTheEnd) {
+  Fixture f("0 TRACKER_TIME 1 5000\n120 GO\n999 Quit logger\n");
+  f.b.start(5100).end(5500).start(5200);
+  EXPECT_EQ(f.collected(), "0-2@5100-5500/400 2-2@5200-5500/0");
+  EXPECT_EQ(f.walk.currentData, 3u);
+  EXPECT_EQ(f.merge.getNextDataMergeWithLog(), GZD_END_OF_DATA);
+}
+
+TEST(TrialMoves, AJumpSkipsTheLogBeforeTheTrial) {
+  Fixture f("0 TRACKER_TIME 1 5000\n120 a\n320 b\n999 Quit logger\n");
+  f.b.start(5100).sample(5110).end(5200).start(5300).sample(5310).sample(5330).end(5400);
+  ASSERT_EQ(f.trials.jumpToTrial(1), 0);
+  EXPECT_EQ(f.merge.getNextDataMergeWithLog(), GZD_RECORDING);
+  EXPECT_EQ(f.merge.getNextDataMergeWithLog(), GZD_SAMPLE);
+  EXPECT_EQ(f.merge.getNextDataMergeWithLog(), GZD_MESSAGE);
+  EXPECT_EQ(f.merge.logRecord().fe.sttime, 5320u);
+}
+
 TEST(TrialsByMessages, MessagesOfTheLogCutAsWell) {
   Fixture f("0 TRACKER_TIME 1 5000\n120 GO\n180 END\n999 Quit logger\n");
   f.b.message(4000, "x").start(5100).sample(5110).sample(5150).sample(5190).end(5200);
@@ -229,6 +265,7 @@ TEST(TrialMoves, JumpNextPreviousAndByTime) {
   EXPECT_EQ(f.trials.gotoNextTrial(), -1);
   EXPECT_EQ(f.trials.jumpToTrial(3), -1);
   EXPECT_EQ(f.trials.jumpToTrial(-1), -1);
+  EXPECT_EQ(f.trials.count(), 3);
   EXPECT_EQ(f.walk.currentData, 5u);
   EXPECT_EQ(f.trials.gotoPreviousTrial(), 0);
   EXPECT_EQ(f.walk.currentTrial, 1u);

@@ -100,12 +100,10 @@ TEST(Troubleshoot, ReadFailuresEndTheTraceOfTheItemOnly) {
   const LogCapture log;
   scan.at(300, 1);
   EXPECT_EQ(log.text(), "error reading gzd file 11\n");
-  scan.at(250, 1);
-  EXPECT_EQ(log.lines().back(), "error reading gzd file 12\n");
-  scan.at(10, 1);  // no good position up to the end
-  const std::size_t lines = log.lines().size();
+  scan.at(250, 1);  // the dump reaches over the end
+  scan.at(10, 1);   // no good position up to the end
   scan.at(20, 1);
-  EXPECT_EQ(log.lines().size(), lines);  // known by now
+  EXPECT_EQ(log.text(), "error reading gzd file 11\n");
 }
 
 TEST(Troubleshoot, ATraceCostsOneSearchThroughTheFile) {
