@@ -1,0 +1,45 @@
+#!/bin/sh
+# exports_test.sh LIBRARY HEADER: the library exports the functions that the header declares with
+# GZD_API, no more and no fewer; and this check notices one too many and one too few.
+set -eu
+library=$1
+header=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Names in front of the first bracket of each declaration, comments and directives left out.
+declared_in() {
+  sed '/^#/d' "$1" | tr '\n' ' ' | sed 's|/\*|\n/*|g; s|\*/|*/\n|g' | sed '/^\/\*/d' |
+    tr '\n;' ' \n' | sed -n 's/^.*GZD_API [^(]*[ *]\([A-Za-z_][A-Za-z_0-9]*\)(.*/\1/p' | sort -u
+}
+
+differences() {
+  diff "$1" "$2" || true
+}
+
+declared_in "$header" >"$work/declared"
+nm -D --defined-only "$library" | awk '{ sub(/@.*/, "", $3); print $3 }' | sort -u >"$work/exported"
+
+status=0
+fail() {
+  echo "$1"
+  status=1
+}
+
+[ "$(wc -l <"$work/declared")" -eq "$(grep -c '^GZD_API ' "$header")" ] ||
+  fail "not every declaration of $header was understood"
+[ -z "$(differences "$work/declared" "$work/exported")" ] || {
+  differences "$work/declared" "$work/exported"
+  fail "declared but not exported (<), or exported but not declared (>)"
+}
+
+sed '0,/^GZD_API .*gzd_/s/^GZD_API /        /' "$header" >"$work/fewer.h"
+declared_in "$work/fewer.h" >"$work/fewer"
+[ -n "$(differences "$work/fewer" "$work/exported")" ] || fail "one export too many went unnoticed"
+{
+  cat "$header"
+  echo 'GZD_API int gzd_invented(void);'
+} >"$work/more.h"
+declared_in "$work/more.h" >"$work/more"
+[ -n "$(differences "$work/more" "$work/exported")" ] || fail "a missing export went unnoticed"
+exit $status

@@ -1,0 +1,394 @@
+#include "gzd.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstring>
+#include <filesystem>
+
+#include "config.h"
+#include "recording_fixture.h"
+
+namespace {
+
+using gzdsynth::EventRecord;
+using gzdsynth::GzdWriter;
+
+GzdWriter small_recording(double rate = 500) {
+  GzdWriter w(3);
+  w.message(990, "hello").startBlock({.time = 1000, .rate = rate});
+  for (int i = 0; i < 6; ++i) {
+    w.gazeSample(1000 + static_cast<UINT32>(i * 1000 / rate), 10 + i, 20, 900);
+  }
+  w.button(1003, 0x0101).event(EventRecord(8).start(1000).end(1008));
+  w.endBlock(1020);
+  return w;
+}
+
+// Opens what is not a recording: tells what is logged.
+std::string refusal_of(const std::string& path, int consistency = 0) {
+  CapturedLog log;
+  int rv = 77;
+  EXPECT_EQ(gzd_open_file(path.c_str(), consistency, 1, 1, &rv), nullptr) << path;
+  EXPECT_EQ(rv, -1);
+  return log.take();
+}
+
+// ---- opening and closing
+// -------------------------------------------------------------------------
+
+TEST(Open, WhatIsNotARegularFile) {
+  const ScratchDirectory scratch;
+  const std::string fifo = scratch.file("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::string& path :
+       {scratch.file("missing"), scratch.file(""), fifo, std::string("/dev/zero"), std::string()}) {
+    EXPECT_EQ(refusal_of(path),
+              "The file " + path + " could not be opened\nFile Could not be opened!\n");
+  }
+}
+
+TEST(Open, WhatIsNotARecording) {
+  const ScratchDirectory scratch;
+  const std::string badMagic = "Bad magic.  Corrupt gzd file. \n\n";
+  EXPECT_EQ(refusal_of(scratch.save("empty", {})), badMagic);
+  EXPECT_EQ(refusal_of(scratch.save("noise", gzdsynth::Bytes(5000, 0xA5))), badMagic);
+  GzdWriter headOnly;
+  headOnly.endpText("");
+  EXPECT_EQ(
+      refusal_of(scratch.save("head", gzdsynth::cutAt(headOnly.bytes(), headOnly.header().size()))),
+      "error reading gzd file 6\nEnd of file Exception\n");
+  EXPECT_EQ(refusal_of(scratch.save("cut", gzdsynth::withoutTail(small_recording().bytes(), 2))),
+            "error reading gzd file 7a r = 0 \nEnd of file Exception\n");
+}
+
+TEST(Open, ALinkToARecordingIsOne) {
+  const ScratchDirectory scratch;
+  const std::string link = scratch.file("link");
+  std::filesystem::create_symlink(scratch.save("file", small_recording().bytes()), link);
+  int rv = 77;
+  GZDFILE* file = gzd_open_file(link.c_str(), 0, 1, 1, &rv);
+  EXPECT_NE(file, nullptr);
+  EXPECT_EQ(rv, 0);
+  EXPECT_EQ(gzd_close_file(file), 0);
+  EXPECT_EQ(gzd_close_file(nullptr), 0);
+}
+
+TEST(Open, EveryContainerGivesTheSameElements) {
+  GzdWriter w = small_recording();
+  const std::string expected = OpenRecording(w).describe();
+  EXPECT_EQ(expected, "24:990 [1000 s1000 s1002 25:1003 s1004 s1006 s1008 8:1000 s1010 ]1020");
+  using gzdsynth::Magic;
+  for (const Magic kind :
+       {Magic::kComb, Magic::kFalc, Magic::kOsp, Magic::kFalcZip, Magic::kOspZip}) {
+    for (const bool carriageReturn : {false, true}) {
+      EXPECT_EQ(OpenRecording(w.magic(kind, carriageReturn)).describe(), expected);
+    }
+  }
+}
+
+TEST(Open, LeavesOutWhatIsNotAskedFor) {
+  const GzdWriter w = small_recording();
+  EXPECT_EQ(OpenRecording(w, 0, 0, 1).describe(),
+            "[1000 s1000 s1002 s1004 s1006 s1008 s1010 ]1020");
+  EXPECT_EQ(OpenRecording(w, 0, 1, 0).describe(), "24:990 [1000 25:1003 8:1000 ]1020");
+}
+
+TEST(Open, TheConfigurationIsSharedAndCopied) {
+  const ScratchDirectory scratch;
+  const std::string path = scratch.save("file", small_recording().bytes());
+  char name[300];
+  std::strcpy(name, scratch.file("trace").c_str());
+  int rv;
+  CONFIG config{30.0f, 40.0f, 1, name};
+  gzd_close_file(gzd_open_file_ex(path.c_str(), 0, 1, 1, &config, &rv));
+  EXPECT_GT(std::filesystem::file_size(name), 0u);
+  EXPECT_EQ(default_config().default_rx, 30.0f);
+  EXPECT_STREQ(default_config().debug_file_name, name);
+  name[0] = '\0';
+  EXPECT_STRNE(default_config().debug_file_name, name);
+  gzd_close_file(gzd_open_file_ex(path.c_str(), 0, 1, 1, nullptr, &rv));
+  EXPECT_EQ(default_config().default_ry, 40.0f);
+  config = {50.0f, 60.0f, 0, name};
+  gzd_close_file(gzd_open_file_ex(path.c_str(), 0, 1, 1, &config, &rv));
+  EXPECT_EQ(default_config().default_rx, 50.0f);
+  EXPECT_EQ(default_config().debug_file_name, nullptr);
+  gzd_close_file(gzd_open_file(path.c_str(), 0, 1, 1, &rv));
+  EXPECT_EQ(default_config().default_rx, 1e8f);
+  EXPECT_EQ(default_config().default_ry, 1e8f);
+}
+
+TEST(Open, ATraceNeverOverwritesTheRecording) {
+  const ScratchDirectory scratch;
+  std::string path = scratch.file("traced.gzd");
+  GzdWriter().message(1000, "still there").save(path);
+  const auto size = std::filesystem::file_size(path);
+  CapturedLog log;
+  CONFIG config{MISSING_DATA, MISSING_DATA, 1, path.data()};
+  int rv = 0;
+  GZDFILE* const file = gzd_open_file_ex(path.c_str(), 0, 1, 1, &config, &rv);
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(gzd_get_element_count(file), 1u);
+  gzd_close_file(file);
+  EXPECT_EQ(std::filesystem::file_size(path), size);
+  EXPECT_EQ(log.take(), "The debug file is the recording itself. Nothing is traced \n");
+}
+
+TEST(Open, MessageLogBesideTheFileOrAtAGivenPath) {
+  const ScratchDirectory scratch;
+  const std::string path = scratch.save("file", small_recording().bytes());
+  int rv;
+  GZDFILE* without = gzd_open_file(path.c_str(), 0, 1, 1, &rv);
+  GZDFILE* with = gzd_open_file(path.c_str(), 0, GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG, 1, &rv);
+  ASSERT_NE(with, nullptr);
+  EXPECT_EQ(gzd_get_element_count(with), gzd_get_element_count(without));
+  gzd_close_file(with);
+  gzd_close_file(without);
+  EXPECT_EQ(gzd_set_extra_message_file(scratch.file("none").c_str()), 0);
+  EXPECT_EQ(gzd_set_extra_message_file(nullptr), 0);
+}
+
+TEST(Open, TheVersionIsAConstant) {
+  EXPECT_STREQ(gzd_get_version(), "5.1.607.0 Linux   standalone Jul 15 2026");
+}
+
+// ---- walking
+// -------------------------------------------------------------------------------------
+
+TEST(Walk, CountsAndPlaces) {
+  OpenRecording file(small_recording());
+  EXPECT_EQ(gzd_get_element_count(file), 11u);
+  EXPECT_EQ(gzd_get_element_index(file), 0u);
+  EXPECT_EQ(gzd_get_float_data(file), nullptr);
+  for (unsigned i = 1; i <= 11; ++i) {
+    EXPECT_NE(gzd_get_next_data(file), GZD_END_OF_DATA);
+    EXPECT_EQ(gzd_get_element_index(file), i);
+  }
+  EXPECT_EQ(gzd_get_next_data(file), GZD_END_OF_DATA);
+  EXPECT_EQ(gzd_get_next_data(file), GZD_END_OF_DATA);
+}
+
+TEST(Walk, FetchingTwiceGivesTheSame) {
+  OpenRecording file(small_recording());
+  while (const ALLF_DATA* record = file.next()) {
+    const ALLF_DATA first = *record;
+    const std::size_t size = file.code == GZD_SAMPLE      ? sizeof(FSAMPLE)
+                             : file.code == GZD_RECORDING ? sizeof(RECORDINGS)
+                                                          : sizeof(FEVENT);
+    EXPECT_EQ(std::memcmp(gzd_get_float_data(file), &first, size), 0);
+  }
+}
+
+TEST(Walk, KindsOfRecords) {
+  OpenRecording file(small_recording());
+  int seen = 0;
+  while (file.next() != nullptr) {
+    ALLF_DATA* record = gzd_get_float_data(file);
+    const bool sample = file.code == GZD_SAMPLE;
+    const bool block = file.code == GZD_RECORDING;
+    EXPECT_EQ(gzd_get_event(record), sample || block ? nullptr : &record->fe);
+    EXPECT_EQ(gzd_get_sample(record), sample ? &record->fs : nullptr);
+    EXPECT_EQ(gzd_get_recording(record), block ? &record->rec : nullptr);
+    EXPECT_EQ(gzd_get_event_data(file) != nullptr, !sample && !block);
+    EXPECT_EQ(gzd_get_sample_data(file) != nullptr, sample);
+    EXPECT_EQ(gzd_get_recording_data(file) != nullptr, block);
+    ++seen;
+  }
+  EXPECT_EQ(seen, 11);
+}
+
+TEST(Walk, RecordsOfNoFileAreJudgedByTheirType) {
+  ALLF_DATA record{};
+  for (const int type : {8, 24, 25, 200, 30, 0}) {
+    record.fe.type = static_cast<INT16>(type);
+    EXPECT_EQ(gzd_get_event(&record) != nullptr, type != 200 && type != 30) << type;
+    EXPECT_EQ(gzd_get_sample(&record) != nullptr, type == 200);
+    EXPECT_EQ(gzd_get_recording(&record) != nullptr, type == 30);
+  }
+  EXPECT_EQ(gzd_get_event(nullptr), nullptr);
+  EXPECT_EQ(gzd_get_sample(nullptr), nullptr);
+  EXPECT_EQ(gzd_get_recording(nullptr), nullptr);
+}
+
+TEST(Walk, DataOfNothing) {
+  OpenRecording file(small_recording());
+  EXPECT_EQ(gzd_get_event_data(file), nullptr);
+  EXPECT_EQ(gzd_get_sample_data(file), nullptr);
+  EXPECT_EQ(gzd_get_recording_data(file), nullptr);
+}
+
+TEST(Walk, SamplesByTimeLeaveTheWalkWhereItIs) {
+  OpenRecording file(small_recording());
+  gzd_get_next_data(file);
+  const ALLF_DATA* record = gzd_get_sample_close_to_time(file, 1004);
+  ASSERT_NE(record, nullptr);
+  EXPECT_EQ(record->fs.time, 1004u);
+  EXPECT_EQ(record->fs.gx[0], 12.0f);
+  EXPECT_EQ(gzd_get_sample_close_to_time(file, 1005), nullptr);
+  EXPECT_EQ(gzd_get_sample_close_to_time(file, 5), nullptr);
+  EXPECT_EQ(gzd_get_element_index(file), 1u);
+  EXPECT_EQ(gzd_get_float_data(file)->fe.type, GZD_MESSAGE);
+}
+
+TEST(Walk, AnEmptyRecording) {
+  CapturedLog log;
+  OpenRecording file((GzdWriter()));
+  EXPECT_EQ(gzd_get_element_count(file), 0u);
+  EXPECT_EQ(gzd_get_next_data(file), GZD_END_OF_DATA);
+  EXPECT_EQ(gzd_get_float_data(file), nullptr);
+  EXPECT_EQ(gzd_get_sample_close_to_time(file, 0), nullptr);
+  EXPECT_EQ(gzd_get_trial_count(file), 0);
+  for (const int level : {1, 2, 4, 7}) EXPECT_EQ(OpenRecording(GzdWriter(), level).describe(), "");
+}
+
+TEST(Walk, TwoFilesAtOnce) {
+  OpenRecording a(small_recording());
+  OpenRecording b(small_recording());
+  const ALLF_DATA* message = a.nextOf(GZD_MESSAGE);
+  b.nextOf(GZD_SAMPLE);
+  EXPECT_STREQ(&message->fe.message->c, "hello");
+  EXPECT_EQ(a.nextOf(GZD_SAMPLE)->fs.time, 1000u);
+}
+
+// ---- facts
+// ---------------------------------------------------------------------------------------
+
+TEST(Facts, PreambleText) {
+  GzdWriter w;
+  w.clearPreamble().preambleLine("abc").preambleLine("");
+  OpenRecording file(w);
+  EXPECT_EQ(gzd_get_preamble_text_length(file), 12);
+  char text[20];
+  for (int length = 1; length <= 14; ++length) {
+    std::memset(text, '#', sizeof text);
+    EXPECT_EQ(gzd_get_preamble_text(file, text, length), 0);
+    EXPECT_EQ(std::string(text),
+              std::string("** abc\n** \n").substr(0, static_cast<std::size_t>(length - 1)));
+    EXPECT_EQ(text[length], '#');
+  }
+  text[0] = '#';
+  EXPECT_EQ(gzd_get_preamble_text(file, text, 0), 0);
+  EXPECT_EQ(text[0], '#');
+}
+
+TEST(Facts, RatesAreThoseOfTheBlockAtHand) {
+  struct Case {
+    double rate;
+    int interval;
+    float exact;
+  };
+  for (const Case& c : {Case{250, 4, 4.0f}, {500, 2, 2.0f}, {1000, 1, 1.0f}, {2000, 0, 0.5f}}) {
+    OpenRecording file(small_recording(c.rate));
+    EXPECT_EQ(gzd_get_sample_per_second(file), 0.0f);
+    EXPECT_EQ(gzd_get_sample_interval(file), 0);
+    EXPECT_EQ(gzd_get_sample_interval_ex(file), 0.0f);
+    file.nextOf(GZD_RECORDING);
+    EXPECT_EQ(gzd_get_sample_per_second(file), static_cast<float>(c.rate));
+    EXPECT_EQ(gzd_get_sample_interval(file), c.interval);
+    EXPECT_EQ(gzd_get_sample_interval_ex(file), c.exact);
+    file.nextOf(GZD_RECORDING);
+    EXPECT_EQ(gzd_get_sample_per_second(file), 0.0f);
+  }
+}
+
+TEST(Facts, Revisions) {
+  const std::pair<int, int> revisions[] = {{0, 1}, {0, 1}, {1, 2}, {1, 3}, {3, 4}};
+  for (int generation = 0; generation <= 4; ++generation) {
+    OpenRecording file((GzdWriter(generation)));
+    EXPECT_EQ(gzd_get_revision(file), revisions[generation].first);
+    EXPECT_EQ(gzd_get_ovilo_revision(file), revisions[generation].second);
+  }
+}
+
+TEST(Facts, FilterAndInput) {
+  GzdWriter w;
+  w.startBlock({.time = 1, .fileFilter = 7}).input(5, 1).endBlock(9);
+  OpenRecording file(w);
+  EXPECT_EQ(get_filter_level_for_sample(file), 7);
+  EXPECT_EQ(gzd_get_input_data_availibity(file), 1);
+}
+
+// ---- trials, bookmarks, camera: that the calls arrive
+// --------------------------------------------
+
+GzdWriter two_blocks() {
+  GzdWriter w(3);
+  for (const UINT32 start : {1000u, 2000u}) {
+    w.startBlock({.time = start}).message(start, "BEGIN").gazeSample(start + 1, 5, 5, 900);
+    w.message(start + 2, "FINISH").endBlock(start + 10);
+  }
+  return w;
+}
+
+TEST(Trials, AreReachedThroughTheInterface) {
+  OpenRecording file(two_blocks());
+  EXPECT_EQ(gzd_get_start_trial_identifier(file), nullptr);
+  EXPECT_EQ(gzd_get_trial_count(file), 2);
+  EXPECT_EQ(gzd_jump_to_trial(file, 1), 0);
+  EXPECT_EQ(gzd_jump_to_trial(file, 2), -1);
+  TRIAL trial{};
+  EXPECT_EQ(gzd_get_trial_header(file, &trial), 0);
+  EXPECT_EQ(trial.starttime, 2000u);
+  EXPECT_EQ(gzd_get_trial_header(file, nullptr), -1);
+  EXPECT_EQ(gzd_goto_previous_trial(file), 0);
+  EXPECT_EQ(gzd_goto_next_trial(file), 0);
+  EXPECT_EQ(gzd_goto_next_trial(file), -1);
+  EXPECT_EQ(gzd_goto_trial_with_start_time(file, 1000), 0);
+  EXPECT_EQ(gzd_goto_trial_with_end_time(file, 12345), -1);
+  char begin[] = "BEGIN";
+  char finish[] = "FINISH";
+  EXPECT_EQ(gzd_set_trial_identifier(file, begin, finish), 0);
+  EXPECT_STREQ(gzd_get_start_trial_identifier(file), "BEGIN");
+  EXPECT_STREQ(gzd_get_end_trial_identifier(file), "FINISH");
+  EXPECT_EQ(gzd_jump_to_trial(file, 0), 0);
+  EXPECT_EQ(gzd_get_trial_header(file, &trial), 0);
+  EXPECT_EQ(trial.starttime, 1000u);
+}
+
+TEST(Bookmarks, AreReachedThroughTheInterface) {
+  OpenRecording file(two_blocks());
+  BOOKMARK first{}, second{};
+  EXPECT_EQ(gzd_set_bookmark(file, nullptr), -1);
+  EXPECT_EQ(gzd_goto_previous_bookmark(file), -1);
+  EXPECT_EQ(gzd_set_bookmark(file, &first), 0);
+  file.nextOf(GZD_SAMPLE);
+  EXPECT_EQ(gzd_set_bookmark(file, &second), 0);
+  EXPECT_EQ(gzd_goto_bookmark(file, &first), 0);
+  EXPECT_EQ(gzd_get_element_index(file), 0u);
+  EXPECT_EQ(gzd_goto_next_bookmark(file), 0);
+  EXPECT_EQ(gzd_get_element_index(file), second.id);
+  EXPECT_EQ(gzd_goto_next_bookmark(file), -1);
+  EXPECT_EQ(gzd_free_bookmark(file, &second), 0);
+  EXPECT_EQ(gzd_goto_bookmark(file, &second), -1);
+}
+
+TEST(Camera, AnswersOfASampleWithoutCameraData) {
+  OpenRecording file(two_blocks());
+  FSAMPLE sample = file.nextOf(GZD_SAMPLE)->fs;
+  for (const int eye : {GZD_LEFT_EYE, GZD_RIGHT_EYE}) {
+    float pair[2] = {5, 5};
+    gzd_get_uncorrected_raw_pupil(file, &sample, eye, pair);
+    EXPECT_EQ(pair[0], 1e8f);
+    gzd_get_uncorrected_raw_cr(file, &sample, eye, pair);
+    gzd_get_uncorrected_raw_cr2(file, &sample, eye, pair);
+    EXPECT_EQ(pair[1], 1e8f);
+    EXPECT_EQ(gzd_get_uncorrected_cr2_area(file, &sample, eye), 0u);
+    gzd_get_pupil_cr(file, &sample, eye, pair);
+    const auto isWritten = [](auto call) {
+      UINT32 size[2] = {77, 77};
+      call(size);
+      return size[0] != 77 && size[1] != 77;
+    };
+    EXPECT_TRUE(isWritten([&](UINT32* rv) { gzd_get_pupil_dimension(file, &sample, eye, rv); }));
+    EXPECT_TRUE(isWritten([&](UINT32* rv) { gzd_get_cr_dimension(file, &sample, rv); }));
+    EXPECT_TRUE(isWritten([&](UINT32* rv) { gzd_get_window_position(file, &sample, rv); }));
+    double rx = 0, ry = 0;
+    gzd_calculate_ppd(1024, 768, &sample, eye, &rx, &ry);
+    EXPECT_EQ(rx, 1e8);
+    gzd_get_uncorrected_pupil_area(file, &sample, eye);
+    EXPECT_EQ(gzd_get_uncorrected_cr_area(file, &sample, eye), 0u);
+  }
+  EXPECT_EQ(gzd_compute_physical_setup(600, 610, -200, 150, 200, -150, 0, 0, 1023, 767), 0);
+}
+
+}  // namespace
