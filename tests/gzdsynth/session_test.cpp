@@ -84,10 +84,19 @@ TEST(Session, TrialsHoldTheAskedSamplesAtTheRate) {
       jumps += halves(*samples[i]) - halves(*samples[i - 1]) != 2000U / rate ? 1 : 0;
     EXPECT_EQ(jumps, 3);
     EXPECT_EQ(samples.front()->time, made.trials.front().start);
-    EXPECT_EQ(samples.back()->time, made.trials.back().end);
+    EXPECT_EQ(made.trials.back().end, (halves(*samples.back()) + 1) / 2);
     EXPECT_EQ(eventsOf(made, GZD_START_SAMPLES).size(), 4U);
     EXPECT_EQ(eventsOf(made, GZD_END_EVENTS).size(), 4U);
     EXPECT_EQ(eventsOf(made, GZD_START_SAMPLES)[0]->value(65), rate * 65536LL);
+  }
+}
+
+// Also those that a trial's end cuts short, whatever the eyes do at that moment.
+TEST(Session, EveryEventEnds) {
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    const Made made = make({.seconds = 3, .trials = 3, .seed = seed});
+    for (const unsigned start : {GZD_START_BLINK, GZD_START_SACCADE, GZD_START_FIXATION})
+      EXPECT_EQ(eventsOf(made, start).size(), eventsOf(made, start + 1).size()) << seed;
   }
 }
 

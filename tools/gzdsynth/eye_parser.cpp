@@ -115,7 +115,10 @@ void EyeParser::putHead(EventRecord& record, const Running* ended, const Observa
     payload[3 * i] = static_cast<float>(start[i]);
     if (ended == nullptr) continue;
     payload[3 * i + 1] = static_cast<float>(end[i]);
-    payload[3 * i + 2] = static_cast<float>(ended->head[i] / static_cast<double>(ended->count));
+    // One lost value in the sum makes it as large as that.
+    const bool lost = ended->head[i] >= static_cast<double>(MISSING_DATA);
+    const double mean = ended->head[i] / static_cast<double>(ended->count);
+    payload[3 * i + 2] = lost ? MISSING_DATA : static_cast<float>(mean);
   }
   for (std::size_t axis = 0; axis < 2; ++axis) {  // end, start, average of the gaze
     float* const gaze = payload.data() + 30 + 3 * axis;

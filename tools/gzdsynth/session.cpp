@@ -5,6 +5,7 @@
 #include "session.h"
 
 #include <algorithm>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -12,7 +13,8 @@ namespace gzdsynth {
 
 namespace {
 
-constexpr double kParserDelay = 16;         // ms
+constexpr double kParserDelay = 16;                                             // ms
+constexpr std::int64_t kEndOfTrial = std::numeric_limits<std::int64_t>::max();  // behind all ticks
 constexpr std::uint32_t kBeforeBlock = 60;  // ms from a trial's first message to its block
 constexpr std::uint32_t kAfterBlock = 240;  // ms from a block to the next trial
 constexpr double kGapsPerSecond = 0.7;
@@ -101,7 +103,9 @@ TrialSpan Session::runTrial(int trial, std::uint32_t start) {
   const std::int64_t ticks =
       total * (trial + 1) / settings_.trials - total * trial / settings_.trials;
   const std::uint32_t first = start + kBeforeBlock;
-  const TrialSpan span{first, timeAt(first, ticks - 1)};
+  // A last sample half a millisecond behind its time still lies in the block.
+  const bool half = settings_.rate == 2000 && ticks % 2 == 0;
+  const TrialSpan span{first, timeAt(first, ticks - 1) + (half ? 1 : 0)};
 
   announce(trial, start);
   writer_.startEvents(blockStart(first));
@@ -117,7 +121,7 @@ TrialSpan Session::runTrial(int trial, std::uint32_t start) {
   for (std::int64_t tick = 0; tick < ticks; ++tick) runTick(tick, ticks, first);
   for (EyeParser& parser : parsers_) parser.finish(found_);
   queue(ticks);
-  writePending(ticks);
+  writePending(kEndOfTrial);
   if (settings_.samples) writer_.endSamples(span.end);
   writer_.endEvents(span.end);
   conclude(trial, span.end);
