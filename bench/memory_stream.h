@@ -1,0 +1,35 @@
+// A recording's bytes in memory as the stream that decoders read from.
+#ifndef BENCH_MEMORY_STREAM_H
+#define BENCH_MEMORY_STREAM_H
+
+#include <utility>
+#include <vector>
+
+#include "MVIO.h"
+
+class MemoryStream : public InputStream {
+ public:
+  explicit MemoryStream(std::vector<byte> content) : bytes(std::move(content)) {
+    windowStart = bytes.data();
+    limit = bytes.data() + bytes.size();
+    limitPos = static_cast<INT64>(bytes.size());
+    MemoryStream::seek(0);
+  }
+
+  int getFileSize() override { return static_cast<int>(bytes.size()); }
+  void seek(INT64 offset) override {
+    cursor = windowStart + offset;
+    hitEnd = false;
+  }
+
+ protected:
+  bool refill(std::size_t /*count*/) override {
+    hitEnd = true;
+    return false;
+  }
+
+ private:
+  std::vector<byte> bytes;
+};
+
+#endif
