@@ -48,10 +48,11 @@ class HeadModeGuard {
   int asked_;
 };
 
+// A text that was not finished does not stay.
 class OutputGuard {
  public:
   OutputGuard() = default;
-  ~OutputGuard() { close_output_file(); }
+  ~OutputGuard() { discard_output_file(); }
   OutputGuard(const OutputGuard&) = delete;
   OutputGuard& operator=(const OutputGuard&) = delete;
 };
@@ -159,6 +160,8 @@ class Conversion {
   void run();
   void print_summary() const;
   bool has_open_block() const { return block_records_ % 2 != 0; }
+  // Elements that were in the recording when it was opened and could not be read again.
+  int unread() const { return unread_; }
 
  private:
   void convert(int code);
@@ -180,6 +183,7 @@ class Conversion {
   int events_ = 0;
   int samples_ = 0;
   int block_records_ = 0;
+  int unread_ = 0;
 };
 
 void Conversion::run() {
@@ -194,8 +198,12 @@ void Conversion::run() {
 void Conversion::convert(int code) {
   const bool handled = code == GZD_SAMPLE || code == GZD_MESSAGE || code == GZD_RECORDING ||
                        is_counted_event(code) || is_uncounted_event(code);
-  ALLF_DATA* const record = handled ? fetch() : nullptr;
-  if (record == nullptr) return;
+  if (!handled) return;
+  ALLF_DATA* const record = fetch();
+  if (record == nullptr) {
+    ++unread_;
+    return;
+  }
   if (code == GZD_SAMPLE)
     convert_sample(record->fs);
   else if (code == GZD_MESSAGE)
@@ -298,6 +306,10 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   Conversion conversion(file.get(), name, input);
   conversion.run();
   file.reset();
+  if (conversion.unread() > 0) {
+    report("Could not read %d elements of %s \n", conversion.unread(), input.c_str());
+    return -1;
+  }
   if (close_output_file() != 0) return -1;
   if (!quiet) conversion.print_summary();
   if (conversion.has_open_block()) warn("There are trials not starting or ending properly.\n");

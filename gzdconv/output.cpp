@@ -143,3 +143,12 @@ int close_output_file() {
   remove_regular_file(open_path);
   return -1;
 }
+
+void discard_output_file() {
+  if (options.out_file == nullptr) return;
+  lpbuffer.forget_text();
+  std::fclose(options.out_file);
+  options.out_file = nullptr;
+  lpbuffer.forget_failure();
+  remove_regular_file(open_path);
+}

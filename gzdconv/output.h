@@ -49,6 +49,9 @@ class LineBuffer {
   // Hands everything to the open output file, or to standard output.
   void flush();
 
+  // Drops what has not been handed on.
+  void forget_text() { cursor_ = bytes_; }
+
   // True when a write has failed since the last call of forget_failure().
   bool failed() const { return failed_; }
   void forget_failure() { failed_ = false; }
@@ -89,5 +92,9 @@ int open_output_file(const std::string& name, const std::string& input);
 // Writes out what is left and closes the file. Returns 0, also when none is open, or -1 when any
 // write to it failed: that has been printed, and an incomplete regular file is removed.
 int close_output_file();
+
+// Closes the file without writing out what is left, and removes it when it is a regular one. Does
+// nothing when none is open.
+void discard_output_file();
 
 #endif

@@ -142,15 +142,26 @@ TEST_F(ConvertTest, CountsAndPeriods) {
   fake.add_event(GZD_END_BLINK, 1000, 1008);
   for (const int skipped : {11, 14, 19, 23, 26, 27, 29, 31, 199, 201, -5})
     fake.elements.push_back({skipped, {}, {}});
-  fake.elements.push_back({GZD_SAMPLE, {}, {}});  // cannot be read
   fake.add_block(1010, 0);
   EXPECT_EQ(gzdconv({"a", "-nflags"}), 0);
   EXPECT_TRUE(console_has("Converted successfully: 3 events, 5 samples, 1 blocks.\n"));
-  EXPECT_EQ(fake.fetched, 13);
+  EXPECT_EQ(fake.fetched, 12);
   const std::string text = contents("a.asc");
   EXPECT_TRUE(text.starts_with("EBLINK L 400\t500\t100\nSTART\t1000 "));
   EXPECT_NE(text.find("1000\t  100.0\t  200.0\t 1000.0\n"), std::string::npos);
   EXPECT_NE(text.find("MSG\t1004 hello\nEBLINK L 1000\t1008\t10\nEND\t1010 "), std::string::npos);
+}
+
+TEST_F(ConvertTest, AnUnreadableElementFailsTheFile) {
+  fake.add_block(1000, 1, 500);
+  fake.elements.push_back({GZD_SAMPLE, {}, {}});
+  fake.add_sample(1002);
+  fake.add_block(1010, 0);
+  EXPECT_EQ(gzdconv({"a", "-q"}), 1);
+  EXPECT_EQ(fake.fetched, 4) << "the others are read all the same";
+  EXPECT_EQ(console_, "Could not read 1 elements of a.gzd \n");
+  EXPECT_FALSE(std::filesystem::exists("a.asc"));
+  EXPECT_EQ(options.out_file, nullptr);
 }
 
 TEST_F(ConvertTest, GapsAreReported) {

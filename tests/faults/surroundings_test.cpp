@@ -1,0 +1,212 @@
+// What can be wrong around the converter: full disks, closed outputs, wrong names, files that
+// change, signals, very many files.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "converter_run.h"
+#include "recordings.h"
+
+namespace {
+
+constexpr unsigned NOBODY = 65534;
+
+class Surroundings : public testing::Test {
+ protected:
+  Surroundings() { small_recording().save(scratch / "rec.gzd"); }
+
+  Outcome run(const Words& arguments) const {
+    return run_converter(arguments, {.directory = scratch.path()});
+  }
+  [[nodiscard]] bool has(const std::string& name) const {
+    return std::filesystem::exists(scratch / name);
+  }
+
+  ScratchDirectory scratch;
+};
+
+void expect_failure(const Outcome& outcome, const std::string& message) {
+  EXPECT_EQ(outcome.signal, 0) << outcome.output;
+  EXPECT_EQ(outcome.status, 1) << outcome.output;
+  EXPECT_NE(outcome.output.find(message), std::string::npos) << outcome.output;
+}
+
+// ---- full disks ---------------------------------------------------------------------------------
+
+TEST_F(Surroundings, FullDevice) {
+  std::filesystem::create_symlink("/dev/full", scratch / "rec.asc");
+  expect_failure(run({"-y", "rec.gzd"}), "Failed write to output file rec.asc \n");
+  EXPECT_TRUE(std::filesystem::is_symlink(scratch / "rec.asc")) << "only regular files are removed";
+  EXPECT_EQ(run({"-y", "rec.gzd", "-q"}).output, "Failed write to output file rec.asc \n");
+}
+
+// A directory of its own file system of 64 KiB, for as long as this lives.
+class SmallDisk {
+ public:
+  explicit SmallDisk(std::filesystem::path path) : path_(std::move(path)) {
+    std::filesystem::create_directory(path_);
+    mounted_ = mount("tmpfs", path_.c_str(), "tmpfs", 0, "size=64k") == 0;
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+  ~SmallDisk() {
+    if (mounted_) umount2(path_.c_str(), MNT_DETACH);
+  }
+  [[nodiscard]] bool is_mounted() const { return mounted_; }
+
+ private:
+  std::filesystem::path path_;
+  bool mounted_;
+};
+
+TEST_F(Surroundings, FullDisk) {
+  const SmallDisk disk(scratch / "disk");
+  if (!disk.is_mounted()) GTEST_SKIP() << "mounting needs root";
+  small_recording(9000).save(scratch / "long.gzd");
+  expect_failure(run({"-p", "disk", "long.gzd", "rec.gzd"}),
+                 "Failed write to output file disk/long.asc \n");
+  EXPECT_FALSE(has("disk/long.asc"));
+  EXPECT_TRUE(has("disk/rec.asc")) << "the run goes on, and the disk has room again";
+}
+
+TEST_F(Surroundings, TemporaryDirectoryFull) {
+  const SmallDisk disk(scratch / "disk");
+  if (!disk.is_mounted()) GTEST_SKIP() << "mounting needs root";
+  gzdsynth::GzdWriter writer = small_recording(20000);
+  writer.magic(gzdsynth::Magic::kFalcZip).save(scratch / "zip.gzd");
+  // The C library puts temporary files into /tmp, whatever the environment says.
+  const bool isolated = run_converter({"zip.gzd"}, {.directory = scratch.path()}).ended_well();
+  EXPECT_TRUE(isolated);
+}
+
+// ---- outputs that cannot be ---------------------------------------------------------------------
+
+TEST_F(Surroundings, ClosedStandardOutput) {
+  const Outcome outcome = run_converter(
+      {"-y", "rec.gzd"}, {.directory = scratch.path(), .in_child = [] { close(STDOUT_FILENO); }});
+  EXPECT_EQ(outcome.signal, 0);
+  const std::string text = content_of(scratch / "rec.asc");
+  EXPECT_TRUE(text.starts_with("** CONVERTED FROM")) << "console text must not reach the file";
+  EXPECT_EQ(text.find("Processed ["), std::string::npos);
+}
+
+TEST_F(Surroundings, FullStandardOutput) {
+  const Outcome outcome = run_converter(
+      {"-y", "rec.gzd"}, {.directory = scratch.path(), .standard_output = "/dev/full"});
+  EXPECT_EQ(outcome.signal, 0);
+  EXPECT_TRUE(has("rec.asc"));
+}
+
+TEST_F(Surroundings, ReadOnlyDirectory) {
+  std::filesystem::permissions(scratch / "rec.gzd", std::filesystem::perms::all);
+  std::filesystem::permissions(scratch.path(), std::filesystem::perms{0555});
+  const auto as_nobody = [] {
+    if (geteuid() == 0 && setuid(NOBODY) != 0) _exit(126);
+  };
+  expect_failure(run_converter({"rec.gzd"}, {.directory = scratch.path(), .in_child = as_nobody}),
+                 "Could not open output file rec.asc \n");
+}
+
+TEST_F(Surroundings, DirectoryInPlaceOfAFile) {
+  std::filesystem::create_directory(scratch / "dir.gzd");
+  expect_failure(run({"dir.gzd"}), "Could not process dir.gzd \n");
+  std::filesystem::create_directory(scratch / "rec.asc");
+  expect_failure(run({"-y", "rec.gzd"}), "Could not open output file rec.asc \n");
+  EXPECT_TRUE(std::filesystem::is_directory(scratch / "rec.asc"));
+}
+
+TEST_F(Surroundings, DevicesAndPipesAreNoRecordings) {
+  ASSERT_EQ(mkfifo((scratch / "pipe.gzd").c_str(), 0600), 0);
+  std::filesystem::create_symlink("/dev/zero", scratch / "zero.gzd");
+  expect_failure(run({"pipe.gzd"}), "Could not process pipe.gzd \n");
+  expect_failure(run({"zero.gzd"}), "Could not process zero.gzd \n");
+}
+
+// ---- names --------------------------------------------------------------------------------------
+
+TEST_F(Surroundings, NamesWithBlanksAndUtf8) {
+  const std::string name = "Aufnahme \xC3\xA4\xE2\x82\xAC %s %n 1";
+  small_recording().save(scratch / (name + ".gzd"));
+  const Outcome outcome = run({name + ".gzd"});
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  const std::string text = content_of(scratch / (name + ".asc"));
+  EXPECT_TRUE(text.starts_with("** CONVERTED FROM " + name + ".gzd using"));
+}
+
+TEST_F(Surroundings, NamesThatAreTooLong) {
+  const std::string component(300, 'n');
+  expect_failure(run({component + ".gzd"}), "Could not process " + component + ".gzd \n");
+
+  const Outcome outgrown = run({std::string(5000, 'n') + ".gzd"});
+  EXPECT_EQ(outgrown.signal, SIGABRT) << "a message that outgrows its buffer ends the process";
+  const std::string line = "gzdapi: a log message is longer than ";
+  EXPECT_NE(outgrown.output.find(line), std::string::npos) << outgrown.output;
+}
+
+// ---- files that change --------------------------------------------------------------------------
+
+TEST_F(Surroundings, FileThatShrinks) {
+  const std::filesystem::path report = scratch / "calls";
+  const auto run_cut_at = [&](long call) {
+    small_recording(50000).save(scratch / "long.gzd");
+    std::filesystem::remove(scratch / "long.asc");
+    return run_converter({"-q", "-y", "long.gzd"}, {.directory = scratch.path(),
+                                                    .faults = {{"FAULT_CALL", "fread"},
+                                                               {"FAULT_AT", std::to_string(call)},
+                                                               {"FAULT_CUT", scratch / "long.gzd"},
+                                                               {"FAULT_REPORT", report}}});
+  };
+  ASSERT_TRUE(run_cut_at(0).ended_well());
+  const std::string whole = without_date(content_of(scratch / "long.asc"));
+  const long calls = std::stol(content_of(report));
+  for (long call = 1; call <= calls; ++call) {
+    const Outcome outcome = run_cut_at(call);
+    ASSERT_EQ(outcome.signal, 0) << "read " << call;
+    if (outcome.ended_well()) {
+      EXPECT_TRUE(without_date(content_of(scratch / "long.asc")) == whole) << "read " << call;
+    } else {
+      expect_failure(outcome, "long.gzd \n");
+      EXPECT_FALSE(has("long.asc")) << "read " << call;
+    }
+  }
+}
+
+// ---- signals, numbers ---------------------------------------------------------------------------
+
+TEST_F(Surroundings, Interrupted) {
+  small_recording(2000000).save(scratch / "long.gzd");
+  const auto interrupt = [this](int pid) {
+    for (int i = 0; i < 1000 && !has("long.asc"); ++i) usleep(1000);
+    kill(pid, SIGINT);
+  };
+  const Outcome outcome =
+      run_converter({"-q", "long.gzd"}, {.directory = scratch.path(), .meanwhile = interrupt});
+  EXPECT_EQ(outcome.signal, SIGINT);
+}
+
+// Ten thousand files in one run, with twenty descriptors and no more memory than for a hundred.
+TEST_F(Surroundings, TenThousandFiles) {
+  small_recording(2).save(scratch / "rec.gzd");
+  gzdsynth::GzdWriter packed = small_recording(2);
+  packed.magic(gzdsynth::Magic::kFalcZip).save(scratch / "zip.gzd");
+  const auto run_many = [this](int count) {
+    Words words = {"-q", "-y"};
+    for (int i = 0; i < count; ++i) words.push_back(i % 10 == 0 ? "zip.gzd" : "rec.gzd");
+    const auto few_descriptors = [] {
+      const rlimit twenty{20, 20};
+      setrlimit(RLIMIT_NOFILE, &twenty);
+    };
+    return run_converter(words, {.directory = scratch.path(), .in_child = few_descriptors});
+  };
+  const Outcome hundred = run_many(100);
+  const Outcome all = run_many(10000);
+  EXPECT_EQ(all.status, 0) << all.output.substr(0, 1000);
+  constexpr long words_kib = 10000 * 64 / 1024;  // the names themselves
+  EXPECT_LT(all.peak_kib, hundred.peak_kib + words_kib + 1024);
+}
+
+}  // namespace

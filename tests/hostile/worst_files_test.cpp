@@ -1,0 +1,237 @@
+// Recordings of 10 MB that are as hard as they can be, each of one kind of trouble: opened with
+// repairs, trials counted, walked. The memory that takes stays within the index plus a constant.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+
+#include "GzdWriter.h"
+#include "gzd.h"
+
+namespace {
+
+using gzdsynth::EventRecord;
+using gzdsynth::GzdWriter;
+
+constexpr std::uint64_t FILE_SIZE = 10'000'000;
+constexpr std::uint32_t FIRST_TIME = 1000;
+
+// Bytes an element of the index takes, and how often it may be held at once: while repairs build
+// the new one beside the old one, and for the lists of what they insert.
+constexpr double ELEMENT_BYTES = 24;
+constexpr double HELD_AT_ONCE = 2.5;
+constexpr double CONSTANT_BYTES = 16.0 * 1024 * 1024;
+
+bool wants_more(const GzdWriter& w) {
+  return w.bodySize() < FILE_SIZE;
+}
+
+void put_sample(GzdWriter& w, std::uint32_t time) {
+  w.gazeSample(time, 512, 384, 900);
+}
+
+void put_blink(GzdWriter& w, unsigned type, std::uint32_t time) {
+  EventRecord record(type);
+  record.start(time);
+  if (type == GZD_END_BLINK) record.end(time);
+  w.event(record);
+}
+
+// ---- the kinds of trouble -----------------------------------------------------------------------
+
+void stray_samples(GzdWriter& w) {
+  std::uint32_t time = FIRST_TIME;
+  while (wants_more(w)) put_sample(w, time++);
+  w.startBlock({.time = time}).endBlock(time + 1);
+}
+
+void unpaired_blinks(GzdWriter& w) {
+  w.startBlock({.time = FIRST_TIME});
+  std::uint32_t time = FIRST_TIME;
+  for (; wants_more(w); ++time) put_blink(w, time % 3 == 0 ? GZD_END_BLINK : GZD_START_BLINK, time);
+  w.endBlock(time);
+}
+
+void blinks_in_one_saccade(GzdWriter& w) {
+  w.startBlock({.time = FIRST_TIME}).event(EventRecord(GZD_START_SACCADE).start(FIRST_TIME));
+  std::uint32_t time = FIRST_TIME;
+  for (; wants_more(w); time += 2) {
+    put_blink(w, GZD_START_BLINK, time);
+    put_blink(w, GZD_END_BLINK, time + 1);
+  }
+  w.event(EventRecord(GZD_END_SACCADE).start(FIRST_TIME).end(time)).endBlock(time);
+}
+
+void blocks_back_to_back(GzdWriter& w) {
+  for (std::uint32_t time = FIRST_TIME; wants_more(w); time += 4) {
+    w.startBlock({.time = time}).message(time, "RECCFG CR 1000").message(time + 1, "second");
+    put_sample(w, time + 1);
+    w.endBlock(time + 2);
+  }
+}
+
+void blocks_of_one_time(GzdWriter& w) {
+  while (wants_more(w)) {
+    w.startBlock({.time = FIRST_TIME});
+    put_sample(w, FIRST_TIME);
+    w.endBlock(FIRST_TIME);
+  }
+}
+
+void long_messages(GzdWriter& w) {
+  const std::string text(3000, 'x');
+  w.startBlock({.time = FIRST_TIME});
+  std::uint32_t time = FIRST_TIME;
+  for (int id = 1; wants_more(w); ++id) w.longMessage(time++, id, text);
+  w.endBlock(time);
+}
+
+void one_endless_message(GzdWriter& w) {
+  w.startBlock({.time = FIRST_TIME}).longMessage(FIRST_TIME, 1, "begin " + std::string(900, 'x'));
+  while (wants_more(w)) w.message(FIRST_TIME, "!V LONGMS_CONT 1_" + std::string(450, 'y'));
+  w.endBlock(FIRST_TIME + 1);
+}
+
+// More gaps, each nearly the longest, than all fillings of a file may hold together.
+void huge_gaps(GzdWriter& w) {
+  std::uint32_t time = FIRST_TIME;
+  w.startBlock({.time = time});
+  for (std::uint32_t i = 1; wants_more(w); ++i) put_sample(w, time += i % 3 == 0 ? 3000 : 1);
+  w.endBlock(time);
+}
+
+void late_first_samples(GzdWriter& w) {
+  for (std::uint32_t time = FIRST_TIME; wants_more(w); time += 9100) {
+    w.startBlock({.time = time});
+    put_sample(w, time + 9000);
+    w.endBlock(time + 9001);
+  }
+}
+
+void events_of_one_time(GzdWriter& w) {
+  w.startBlock({.time = FIRST_TIME});
+  while (wants_more(w)) w.button(FIRST_TIME + 1, 0x0101);
+  w.endBlock(FIRST_TIME + 2);
+}
+
+// A start and an end of blink of different eyes come before each other.
+void endless_circle(GzdWriter& w) {
+  w.startBlock({.time = FIRST_TIME});
+  while (wants_more(w)) {
+    w.event(EventRecord(GZD_START_BLINK, GZD_LEFT_EYE).start(FIRST_TIME));
+    w.event(EventRecord(GZD_END_BLINK, GZD_RIGHT_EYE).start(FIRST_TIME).end(FIRST_TIME));
+    w.message(FIRST_TIME, "between");
+    put_sample(w, FIRST_TIME);
+  }
+  w.endBlock(FIRST_TIME + 2);
+}
+
+// Of time running back, every window has to be sorted.
+void time_running_back(GzdWriter& w) {
+  w.startBlock({.time = FIRST_TIME});
+  for (std::uint32_t time = 100'000'000; wants_more(w); --time) put_sample(w, time);
+  w.endBlock(100'000'001);
+}
+
+struct Trouble {
+  const char* name;
+  void (*write)(GzdWriter&);
+};
+
+constexpr Trouble TROUBLES[] = {
+    {"StraySamples", stray_samples},
+    {"UnpairedBlinks", unpaired_blinks},
+    {"BlinksInOneSaccade", blinks_in_one_saccade},
+    {"BlocksBackToBack", blocks_back_to_back},
+    {"BlocksOfOneTime", blocks_of_one_time},
+    {"LongMessages", long_messages},
+    {"OneEndlessMessage", one_endless_message},
+    {"HugeGaps", huge_gaps},
+    {"LateFirstSamples", late_first_samples},
+    {"EventsOfOneTime", events_of_one_time},
+    {"EndlessCircle", endless_circle},
+    {"TimeRunningBack", time_running_back},
+};
+
+// ---- opening ------------------------------------------------------------------------------------
+
+struct Cost {
+  bool opened = false;
+  unsigned elements = 0;
+  long peak_kib = 0;
+  double seconds = 0;
+};
+
+void swallow(const char* /*message*/) {}
+
+unsigned open_and_walk(const std::string& path) {
+  if (std::freopen("/dev/null", "w", stdout) == nullptr) std::_Exit(1);
+  gzd_set_log_function(reinterpret_cast<void*>(&swallow));
+  int result = 0;
+  GZDFILE* const file =
+      gzd_open_file(path.c_str(), GZD_CONSISTENCY_REPAIR, GZD_LOAD_EVENTS, 1, &result);
+  if (file == nullptr) return 0;
+  gzd_get_trial_count(file);
+  gzd_set_velocity_kinds(file, GZD_VELOCITY_NONE);
+  while (gzd_get_next_data(file) != GZD_END_OF_DATA) gzd_get_float_data(file);
+  const unsigned elements = gzd_get_element_count(file);
+  gzd_close_file(file);
+  return elements;
+}
+
+// In a process of its own, whose memory is that of the opening.
+Cost measure(const std::string& path) {
+  int ends[2];
+  if (pipe(ends) != 0) return {};
+  const pid_t child = fork();
+  if (child == 0) {
+    const unsigned elements = open_and_walk(path);
+    const bool sent = write(ends[1], &elements, sizeof elements) == sizeof elements;
+    std::_Exit(sent && elements > 0 ? 0 : 1);
+  }
+  close(ends[1]);
+  Cost cost;
+  const bool received = read(ends[0], &cost.elements, sizeof cost.elements) == sizeof cost.elements;
+  close(ends[0]);
+  int status = 0;
+  rusage used{};
+  const bool ended = wait4(child, &status, 0, &used) == child;
+  cost.opened = received && ended && status == 0;
+  cost.peak_kib = used.ru_maxrss;
+  cost.seconds = static_cast<double>(used.ru_utime.tv_sec + used.ru_stime.tv_sec) +
+                 static_cast<double>(used.ru_utime.tv_usec + used.ru_stime.tv_usec) * 1e-6;
+  return cost;
+}
+
+class WorstFile : public testing::TestWithParam<Trouble> {};
+
+TEST_P(WorstFile, OpensInMemoryOfItsIndex) {
+  const std::filesystem::path path =
+      std::filesystem::temp_directory_path() /
+      ("gzd-worst-" + std::to_string(getpid()) + GetParam().name + ".gzd");
+  GzdWriter writer(3);
+  writer.streamTo(path);
+  GetParam().write(writer);
+  writer.finish();
+  const Cost cost = measure(path);
+  std::filesystem::remove(path);
+  ASSERT_TRUE(cost.opened);
+  const double used = static_cast<double>(cost.peak_kib) * 1024;
+  RecordProperty("elements", static_cast<int>(cost.elements));
+  RecordProperty("peak_kib", static_cast<int>(cost.peak_kib));
+  RecordProperty("cpu_ms", static_cast<int>(cost.seconds * 1000));
+  const double fileRecords = static_cast<double>(FILE_SIZE) / 7;  // those taken out are held first
+  const double held = std::max(static_cast<double>(cost.elements), fileRecords);
+  EXPECT_LT(used, CONSTANT_BYTES + held * ELEMENT_BYTES * HELD_AT_ONCE);
+}
+
+std::string name_of(const testing::TestParamInfo<Trouble>& trouble) {
+  return trouble.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Troubles, WorstFile, testing::ValuesIn(TROUBLES), name_of);
+
+}  // namespace
