@@ -26,6 +26,9 @@ constexpr std::uint64_t LARGEST_FILLING = 20000;
 constexpr std::size_t MOST_WORDS = 12;
 constexpr std::size_t LONGEST_WORD = 60;
 
+// From here on a byte stands for a word of its own, of as many letters as its low four bits say.
+constexpr std::size_t OWN_WORD = 160;
+
 constexpr const char* OPTIONS[] = {"-a",
                                    "-b",
                                    "-cl",
@@ -164,7 +167,7 @@ std::vector<std::string> words_from(fuzz::Tail& tail) {
   const std::size_t count = tail.byte() % MOST_WORDS;
   for (std::size_t i = 0; i < count; ++i) {
     const std::size_t choice = tail.byte();
-    const bool listed = choice < 2 * std::size(OPTIONS);
+    const bool listed = choice < OWN_WORD;
     words.push_back(listed ? OPTIONS[choice % std::size(OPTIONS)]
                            : harmless(fuzz::text_of(tail.block(choice % 16))));
   }

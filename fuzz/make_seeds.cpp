@@ -213,19 +213,29 @@ void add_items(const Seeds& seeds) {
 }
 
 // A command line as the target takes it from the end of its input: how many words, then for each
-// its length, marked as a text of its own, and its letters.
+// its length, marked as a word of its own, and its letters; then the log and the table, each behind
+// its length.
 Bytes command_tail(const std::vector<std::string>& words, const Bytes& table) {
-  constexpr unsigned own_text = 160;  // and up: the length is what is left when divided by 16
+  constexpr unsigned own_text = 160;  // and the length
   Bytes tail = table;
-  putBytes(tail, text_bytes(small_log));
-  putBytes(tail, {static_cast<std::uint8_t>(table.size()),
-                  static_cast<std::uint8_t>(small_log.size()), 0});
+  putByte(tail, static_cast<unsigned>(table.size()));
+  putText(tail, small_log);
+  putBytes(tail, {static_cast<std::uint8_t>(small_log.size()), 0});
   for (auto word = words.rbegin(); word != words.rend(); ++word) {
     putText(tail, *word);
     putByte(tail, own_text + static_cast<unsigned>(word->size()));
   }
   putByte(tail, static_cast<unsigned>(words.size()));
   return tail;
+}
+
+// A table of so few frames that its length fits into a byte.
+Bytes first_frames(Bytes table) {
+  constexpr std::size_t head = 8, record = 12, frames = 20;
+  table.resize(std::min(table.size(), head + frames * record));
+  table[0] = static_cast<std::uint8_t>((table.size() - head) / record);
+  table[1] = table[2] = table[3] = 0;
+  return table;
 }
 
 void add_command_lines(const Seeds& seeds) {
@@ -245,9 +255,7 @@ void add_command_lines(const Seeds& seeds) {
       {"-debug", "trace", "-d", "log", "-r"},
   };
   const Recording recording = session(short_session(3));
-  const Bytes frames = frameTable(recording.trials.front());
-  const Bytes table(frames.begin(),
-                    frames.begin() + std::min<std::ptrdiff_t>(248, std::ssize(frames)));
+  const Bytes table = first_frames(frameTable(recording.trials.front()));
   std::size_t count = 0;
   for (const auto& [name, each] : all_recordings())
     for (std::size_t i = 0; i < 3; ++i) {

@@ -19,17 +19,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-static const char *watched_call;
+static const char* watched_call;
 static long fails_at;
 static int fails_for_good;
-static const char *cut_file;
-static const char *report_file;
+static const char* cut_file;
+static const char* report_file;
 static long calls;
 static int ready;
 
 static void read_orders(void) {
-  const char *at = getenv("FAULT_AT");
-  const char *every = getenv("FAULT_EVERY");
+  const char* at = getenv("FAULT_AT");
+  const char* every = getenv("FAULT_EVERY");
   watched_call = getenv("FAULT_CALL");
   fails_at = at != NULL ? strtol(at, NULL, 10) : 0;
   fails_for_good = every != NULL && *every == '1';
@@ -62,14 +62,14 @@ __attribute__((destructor)) static void report(void) {
   close(file);
 }
 
-static void cut(const char *path) {
+static void cut(const char* path) {
   struct stat facts;
   if (stat(path, &facts) != 0) return;
   if (truncate(path, facts.st_size / 2) != 0) errno = 0;
 }
 
 /* Counts a call. True when it is to fail. */
-static int fails(const char *call, int error) {
+static int fails(const char* call, int error) {
   if (!ready || watched_call == NULL || strcmp(watched_call, call) != 0) return 0;
   ++calls;
   if (calls != fails_at && !(fails_for_good && fails_at > 0 && calls > fails_at)) return 0;
@@ -82,50 +82,50 @@ static int fails(const char *call, int error) {
 }
 
 /* The function behind this one. */
-static void *next_function(const char *name) {
-  void *const function = dlsym(RTLD_NEXT, name);
+static void* next_function(const char* name) {
+  void* const function = dlsym(RTLD_NEXT, name);
   if (function == NULL) abort();
   return function;
 }
 
-#define NEXT(type, name)                          \
-  static type next;                               \
-  if (next == NULL) {                             \
-    void *const found = next_function(name);      \
-    memcpy(&next, &found, sizeof next);           \
+#define NEXT(type, name)                     \
+  static type next;                          \
+  if (next == NULL) {                        \
+    void* const found = next_function(name); \
+    memcpy(&next, &found, sizeof next);      \
   }
 
-typedef FILE *(*opener)(const char *, const char *);
-typedef FILE *(*temporary)(void);
-typedef size_t (*reader)(void *, size_t, size_t, FILE *);
-typedef size_t (*checked_reader)(void *, size_t, size_t, size_t, FILE *);
-typedef size_t (*writer)(const void *, size_t, size_t, FILE *);
-typedef int (*seeker)(FILE *, long, int);
-typedef int (*wide_seeker)(FILE *, off64_t, int);
-typedef int (*file_call)(FILE *);
+typedef FILE* (*opener)(const char*, const char*);
+typedef FILE* (*temporary)(void);
+typedef size_t (*reader)(void*, size_t, size_t, FILE*);
+typedef size_t (*checked_reader)(void*, size_t, size_t, size_t, FILE*);
+typedef size_t (*writer)(const void*, size_t, size_t, FILE*);
+typedef int (*seeker)(FILE*, long, int);
+typedef int (*wide_seeker)(FILE*, off64_t, int);
+typedef int (*file_call)(FILE*);
 
-FILE *fopen(const char *path, const char *mode) {
+FILE* fopen(const char* path, const char* mode) {
   NEXT(opener, "fopen")
   return fails("fopen", EMFILE) ? NULL : next(path, mode);
 }
 
-FILE *fopen64(const char *path, const char *mode) {
+FILE* fopen64(const char* path, const char* mode) {
   NEXT(opener, "fopen64")
   return fails("fopen", EMFILE) ? NULL : next(path, mode);
 }
 
-FILE *tmpfile(void) {
+FILE* tmpfile(void) {
   NEXT(temporary, "tmpfile")
   return fails("tmpfile", ENOSPC) ? NULL : next();
 }
 
-FILE *tmpfile64(void) {
+FILE* tmpfile64(void) {
   NEXT(temporary, "tmpfile64")
   return fails("tmpfile", ENOSPC) ? NULL : next();
 }
 
 /* A failing read leaves the error flag of its stream set. */
-static void spoil(FILE *file) {
+static void spoil(FILE* file) {
   const int descriptor = fileno(file);
   const int kept = dup(descriptor);
   const int write_only = open("/dev/null", O_WRONLY);
@@ -139,41 +139,41 @@ static void spoil(FILE *file) {
   errno = EIO;
 }
 
-size_t fread(void *buffer, size_t size, size_t count, FILE *file) {
+size_t fread(void* buffer, size_t size, size_t count, FILE* file) {
   NEXT(reader, "fread")
   if (!fails("fread", EIO)) return next(buffer, size, count, file);
   spoil(file);
   return 0;
 }
 
-size_t __fread_chk(void *buffer, size_t room, size_t size, size_t count, FILE *file) {
+size_t __fread_chk(void* buffer, size_t room, size_t size, size_t count, FILE* file) {
   NEXT(checked_reader, "__fread_chk")
   if (!fails("fread", EIO)) return next(buffer, room, size, count, file);
   spoil(file);
   return 0;
 }
 
-size_t fwrite(const void *buffer, size_t size, size_t count, FILE *file) {
+size_t fwrite(const void* buffer, size_t size, size_t count, FILE* file) {
   NEXT(writer, "fwrite")
   return fails("fwrite", ENOSPC) ? 0 : next(buffer, size, count, file);
 }
 
-int fseek(FILE *file, long offset, int whence) {
+int fseek(FILE* file, long offset, int whence) {
   NEXT(seeker, "fseek")
   return fails("fseek", EINVAL) ? -1 : next(file, offset, whence);
 }
 
-int fseeko64(FILE *file, off64_t offset, int whence) {
+int fseeko64(FILE* file, off64_t offset, int whence) {
   NEXT(wide_seeker, "fseeko64")
   return fails("fseek", EINVAL) ? -1 : next(file, offset, whence);
 }
 
-int fflush(FILE *file) {
+int fflush(FILE* file) {
   NEXT(file_call, "fflush")
   return fails("fflush", ENOSPC) ? EOF : next(file);
 }
 
-int fclose(FILE *file) {
+int fclose(FILE* file) {
   NEXT(file_call, "fclose")
   if (!fails("fclose", ENOSPC)) return next(file);
   next(file);
@@ -182,8 +182,8 @@ int fclose(FILE *file) {
 }
 
 /* The C library's own: looking it up might allocate. */
-extern void *__libc_malloc(size_t size);
+extern void* __libc_malloc(size_t size);
 
-void *malloc(size_t size) {
+void* malloc(size_t size) {
   return fails("malloc", ENOMEM) ? NULL : __libc_malloc(size);
 }

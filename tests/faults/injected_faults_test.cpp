@@ -39,7 +39,8 @@ class InjectedFault : public testing::TestWithParam<Fault> {
 
   Outcome run(long at) const {
     std::filesystem::remove(scratch / "rec.asc");
-    return run_converter({"-q", "-y", "-vel", GetParam().with_log ? "-logmsg" : "-vel", "rec.gzd"},
+    return run_converter({"-y", GetParam().for_good ? "-vel" : "-q",
+                          GetParam().with_log ? "-logmsg" : "-vel", "rec.gzd"},
                          {.directory = scratch.path(),
                           .faults = {{"FAULT_CALL", GetParam().call},
                                      {"FAULT_AT", std::to_string(at)},
