@@ -165,6 +165,24 @@ GzdWriter blinkRepairs() {
   return w;
 }
 
+GzdWriter blockRepairs() {
+  GzdWriter w(2);
+  const auto events = [&w](std::uint32_t time) {
+    w.startEvents(eventBlock(time, GZD_POSITION_GAZE));
+  };
+  events(1000);  // the end of a blink that began in no block, and a start in the next one
+  w.event(EventRecord(GZD_END_BLINK).start(1080).end(1100)).endEvents(1500);
+  events(2600);
+  w.event(EventRecord(GZD_START_BLINK).start(2700));
+  w.event(EventRecord(GZD_END_BLINK).start(2700).end(2750)).endEvents(3000);
+  events(5000);  // the next block's configuration falls into this one, which ends 2 ms before it
+  w.message(5900, "in the block").message(5998, "RECCFG 1000 FILTER 2").message(5999, "with it");
+  w.endEvents(6000);
+  events(6002);
+  w.message(6100, "in the next block").endEvents(7100);
+  return w;
+}
+
 GzdWriter messages() {
   GzdWriter w(2);
   w.message(100, "before the first block").startBlock({.time = 1000, .rate = 500});

@@ -13,6 +13,7 @@ using Maker = golden::GzdWriter (*)();
 const std::map<std::string, Maker>& makers() {
   static const std::map<std::string, Maker> kinds = {
       {"blink_repairs", golden::blinkRepairs},
+      {"block_repairs", golden::blockRepairs},
       {"block_shapes", golden::blockShapes},
       {"buttons_and_input", golden::buttonsAndInput},
       {"camera_data", golden::cameraData},

@@ -15,6 +15,8 @@ using gzdsynth::GzdWriter;
 GzdWriter eventKinds();
 // Blinks, saccades and fixations that do not pair up or leave their block.
 GzdWriter blinkRepairs();
+// A blink over two blocks; blocks 2 ms apart, with a configuration message between them.
+GzdWriter blockRepairs();
 // Messages that the filters look at, with offsets, without text, cut by a NUL, long.
 GzdWriter messages();
 // Several buttons in one record, inputs of both signs, and samples with those words.
