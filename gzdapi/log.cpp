@@ -53,8 +53,14 @@ NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
 
 void NumberLine::log(INT64 number) {
   char* const digits = message.data() + beforeLength;
-  char* const end = std::to_chars(digits, digits + LONGEST_NUMBER, number).ptr;
-  std::memcpy(end, after.data(), after.size());
-  end[after.size()] = '\0';
+  const auto small = static_cast<UINT32>(number);  // nearly all are, and are written faster
+  char* const end = (small == number ? std::to_chars(digits, digits + LONGEST_NUMBER, small)
+                                     : std::to_chars(digits, digits + LONGEST_NUMBER, number))
+                        .ptr;
+  if (end != numberEnd) {  // else the text behind it stands from the line before
+    std::memcpy(end, after.data(), after.size());
+    end[after.size()] = '\0';
+    numberEnd = end;
+  }
   hand_on(message.data());
 }

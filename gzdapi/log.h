@@ -17,12 +17,15 @@ void set_log_function(LogFunction function);
 class NumberLine {
  public:
   NumberLine(std::string_view textBefore, std::string_view textAfter);
+  NumberLine(const NumberLine&) = delete;
+  NumberLine& operator=(const NumberLine&) = delete;
   void log(INT64 number);
 
  private:
   std::string_view after;
   std::array<char, 200> message;
   std::size_t beforeLength;
+  const char* numberEnd = nullptr;  // in the line made last
 };
 
 #endif
