@@ -13,11 +13,6 @@ constexpr int new_tracker = 3;
 constexpr int half_milliseconds = 2000;
 
 // The queue is filled by hand here.
-class NoSource : public SampleSource {
- public:
-  void readQueueSample(UINT32 /*index*/, Sample& /*sample*/) override {}
-  int stampsPerSampleAt(UINT32 /*index*/) override { return 0; }
-};
 
 Sample make_sample(int i, int rate) {
   Sample sample;
@@ -33,20 +28,41 @@ Sample make_sample(int i, int rate) {
   return sample;
 }
 
+// A run of samples at a rate.
+class RunSource : public SampleSource {
+ public:
+  explicit RunSource(int samplesPerSecond) : rate(samplesPerSecond) {}
+  void readQueueSample(UINT32 index, Sample& sample) override {
+    sample = make_sample(static_cast<int>(index), rate);
+  }
+  int stampsPerSampleAt(UINT32) override { return half_milliseconds / rate; }
+
+ private:
+  int rate;
+};
+
+Index index_of_run(int rate) {
+  Index index;
+  for (int i = 0; i < samples_in_run; ++i) {
+    index.gzdItemList.emplace_back(i, GZD_SAMPLE, SIDE_NONE, SMP_IS_SAMPLE,
+                                   make_sample(i, rate).getTimeStamp());
+  }
+  return index;
+}
+
 void velocity_of_run(benchmark::State& state, unsigned kinds) {
   const int rate = static_cast<int>(state.range(1));
   const VelocitySettings settings{
       .kinds = kinds, .sampleRate = rate, .ovilo_revision = static_cast<int>(state.range(0))};
-  const Index index;
-  NoSource source;
+  const Index index = index_of_run(rate);
+  RunSource source(rate);
   SampleQueue queue(index, source);
-  for (int i = 0; i < samples_in_run; ++i)
-    queue.addSample(make_sample(i, rate), static_cast<UINT32>(i));
+  queue.getSample(0);
   Sample sample;
   for ([[maybe_unused]] auto step : state) {
     for (int slot = 0; slot < queue.size(); ++slot) {
       sample = queue.sample(slot);
-      queue.setVelocity(sample, settings);
+      queue.setVelocity(sample, sample.getTimeStamp(), slot, settings);
       benchmark::DoNotOptimize(sample);
     }
   }
