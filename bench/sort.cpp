@@ -53,11 +53,11 @@ void sort(benchmark::State& state, std::vector<GZDItem> (*make)()) {
   for ([[maybe_unused]] auto step : state) {
     state.PauseTiming();
     Index index;
-    index.gzdItemList = items;
+    for (const GZDItem& item : items) index.gzdItemList.push_back(item);
     index.itemsChanged();
     state.ResumeTiming();
     sortItems(index);
-    benchmark::DoNotOptimize(index.gzdItemList.data());
+    benchmark::DoNotOptimize(index.gzdItemList.packed().data());
     state.PauseTiming();
     index = Index();
     state.ResumeTiming();

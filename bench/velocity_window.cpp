@@ -44,8 +44,8 @@ class RunSource : public SampleSource {
 Index index_of_run(int rate) {
   Index index;
   for (int i = 0; i < samples_in_run; ++i) {
-    index.gzdItemList.emplace_back(i, GZD_SAMPLE, SIDE_NONE, SMP_IS_SAMPLE,
-                                   make_sample(i, rate).getTimeStamp());
+    index.gzdItemList.push_back(
+        {i, GZD_SAMPLE, SIDE_NONE, SMP_IS_SAMPLE, make_sample(i, rate).getTimeStamp()});
   }
   return index;
 }

@@ -27,6 +27,12 @@ constexpr std::size_t SORTED_WHOLE = 20000;
 constexpr std::ptrdiff_t LONGEST_CHECKED_RUN = 16;
 
 using Items = std::vector<GZDItem>;
+
+Items items_of(const Index& index) {
+  Items items;
+  for (const GZDItem item : index.gzdItemList) items.push_back(item);
+  return items;
+}
 using Iterator = Items::const_iterator;
 
 // ---- order --------------------------------------------------------------------------------------
@@ -73,7 +79,7 @@ void check_order(const Items& items) {
 void check_boundaries(const Index& index) {
   std::set<const Recording*> kept, entered;
   for (const auto& boundary : index.allRecordings) kept.insert(boundary.get());
-  for (const GZDItem& item : index.gzdItemList) {
+  for (const GZDItem item : index.gzdItemList) {
     if (!item.isRecording()) continue;
     FUZZ_REQUIRE(kept.contains(item.getRecording()));
     FUZZ_REQUIRE(entered.insert(item.getRecording()).second);
@@ -87,7 +93,7 @@ void check_boundaries(const Index& index) {
 
 void check_places(const Index& index, std::size_t streamSize) {
   std::set<INT64> places;
-  for (const GZDItem& item : index.gzdItemList) {
+  for (const GZDItem item : index.gzdItemList) {
     if (item.isRecording() || item.isDummy()) continue;
     FUZZ_REQUIRE(item.getFilePos() >= 2 && item.getFilePos() <= static_cast<INT64>(streamSize));
     FUZZ_REQUIRE(places.insert(item.getFilePos()).second);
@@ -95,7 +101,7 @@ void check_places(const Index& index, std::size_t streamSize) {
 }
 
 void check_dummies(const Index& index, bool repaired) {
-  for (const GZDItem& item : index.gzdItemList) {
+  for (const GZDItem item : index.gzdItemList) {
     if (item.isRecording() || !item.isDummy()) continue;
     const bool blinkStart = item.getItemType() == GZD_START_BLINK;
     FUZZ_REQUIRE(blinkStart || (repaired && item.isSample()));
@@ -147,7 +153,7 @@ void check_look_ups(const Index& index, fuzz::Random& random) {
     const int found = findIndex(index, stamp, 0, last);
     FUZZ_REQUIRE(found >= -1 && found <= last);
     if (found < 0) continue;
-    const GZDItem& item = index.gzdItemList[static_cast<std::size_t>(found)];
+    const GZDItem item = index.gzdItemList[static_cast<std::size_t>(found)];
     FUZZ_REQUIRE(static_cast<UINT32>(item.getTimeStamp()) == stamp);
   }
 }
@@ -156,7 +162,7 @@ void check_records(Reader& reader, const Index& index, fuzz::Random& random) {
   for (int n = 0; n < 64 && index.size() > 0; ++n) {
     const auto place = static_cast<UINT32>(random.below(index.size()));
     const ALLF_DATA* const record = reader.getFloatData(place);
-    const GZDItem& item = index.gzdItemList[place];
+    const GZDItem item = index.gzdItemList[place];
     if (record == nullptr) continue;
     if (item.isSample()) FUZZ_REQUIRE(record->fs.time == time_of_stamp(item.getTimeStamp()));
     if (item.isRecording()) FUZZ_REQUIRE(record->rec.state == item.getRecording()->state);
@@ -204,7 +210,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_REQUIRE(!options.failsafe);
     return 0;
   }
-  if (!options.fixConsistency) check_order(index.gzdItemList);
+  if (!options.fixConsistency) check_order(items_of(index));
   check_boundaries(index);
   check_places(index, tail.rest().size());
   check_dummies(index, options.fixConsistency);
@@ -212,12 +218,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   Reader reader(stream, state, index);
   reader.useState(state);
-  const auto lasting = lasting_entries(index.gzdItemList);
+  const auto lasting = lasting_entries(items_of(index));
   checkConsistency(index, options.fixConsistency,
                    [&](UINT32 item) { return reader.messageText(item); });
   reader.indexIsFinal(options.fixConsistency);
-  FUZZ_REQUIRE(lasting_entries(index.gzdItemList) == lasting);
-  check_no_sample_outside(index.gzdItemList);
+  FUZZ_REQUIRE(lasting_entries(items_of(index)) == lasting);
+  check_no_sample_outside(items_of(index));
   check_boundaries(index);
   check_places(index, tail.rest().size());
   check_dummies(index, options.fixConsistency);

@@ -67,7 +67,7 @@ bool same_item(const GZDItem& a, const GZDItem& b) {
          a.getTimeStamp() == b.getTimeStamp() && a.getRecording() == b.getRecording();
 }
 
-void check_same(const Items& items, const Items& plain) {
+void check_same(const ItemList& items, const Items& plain) {
   FUZZ_REQUIRE(items.size() == plain.size());
   for (std::size_t i = 0; i < items.size(); ++i) FUZZ_REQUIRE(same_item(items[i], plain[i]));
 }
@@ -85,15 +85,15 @@ void add_item(Index& index, fuzz::Tail& tail, UINT64& stamp) {
   const int type = TYPES[kind % std::size(TYPES)];
   const auto place = static_cast<INT64>(10 * index.gzdItemList.size() + tail.byte());
   if (type != GZD_RECORDING) {
-    index.gzdItemList.emplace_back(place, type, static_cast<UINT16>(kind / 16 % 3), UINT16{0},
-                                   stamp);
+    index.gzdItemList.push_back(
+        {place, type, static_cast<UINT16>(kind / 16 % 3), UINT16{0}, stamp});
     return;
   }
   auto boundary = std::make_unique<Recording>();
   boundary->state = kind & 16 ? GZD_BLOCK_START : GZD_BLOCK_END;
   boundary->time_collision_detected = (kind & 32) != 0;
   boundary->updateTime(stamp);
-  index.gzdItemList.emplace_back(boundary.get());
+  index.gzdItemList.push_back(GZDItem(boundary.get()));
   index.allRecordings.push_back(std::move(boundary));
 }
 
@@ -114,7 +114,7 @@ void change_times(Index& index, Items& plain, fuzz::Random& random) {
     if (plain[place].isRecording()) continue;
     const UINT64 stamp = plain[random.below(plain.size())].getTimeStamp();
     plain[place].setFixedTimeStamp(stamp);
-    index.gzdItemList[place].setFixedTimeStamp(stamp);
+    index.gzdItemList.change(place, [=](GZDItem& item) { item.setFixedTimeStamp(stamp); });
   }
   index.itemsChanged();
 }
@@ -134,7 +134,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (tail.rest().size() < 3) return 0;
   Index index;
   fill(index, tail.rest(), many);
-  Items plain = index.gzdItemList;
+  Items plain;
+  for (const GZDItem item : index.gzdItemList) plain.push_back(item);
   for (int round = 0; round < ROUNDS; ++round) {
     sortItems(index);
     sort_plainly(plain);

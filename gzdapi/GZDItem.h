@@ -1,4 +1,4 @@
-// One entry of the index: where a record lies, what it is, when it happened. 24 bytes.
+// One entry of the index: where a record lies, what it is, when it happened. 16 bytes.
 #ifndef GZDAPI_GZDITEM_H
 #define GZDAPI_GZDITEM_H
 
@@ -7,6 +7,8 @@
 
 // Places of entries that the reader made itself and that have no record on disk.
 constexpr INT64 POSITION_OF_DUMMY = -1;
+// No entry lies behind this place.
+constexpr INT64 LARGEST_POSITION = 0xFFFFFFFE;
 
 enum ItemSide : UINT16 { SIDE_NONE = 0, SIDE_LEFT = 1, SIDE_RIGHT = 2 };
 
@@ -21,16 +23,18 @@ class GZDItem {
 
   GZDItem() = default;
   GZDItem(INT64 position, int type, UINT16 side, UINT16 tag, UINT64 stamp)
-      : filePos(position),
+      : placeInFile(static_cast<UINT32>(position + 1)),
         mDetailType(static_cast<UINT16>(type | side << 8)),
         lastTag(tag),
         timeStamp(stamp) {}
   explicit GZDItem(Recording* block)
-      : filePos(0), mDetailType(GZD_RECORDING), lastTag(0), recording(block) {}
+      : placeInFile(1), mDetailType(GZD_RECORDING), lastTag(0), recording(block) {}
 
-  [[nodiscard]] INT64 getFilePos() const { return filePos; }
+  // Of the record's body, just behind its tag word; 0 for boundaries.
+  [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile} - 1; }
   [[nodiscard]] int getItemType() const { return mDetailType & 0xFF; }
   [[nodiscard]] UINT16 getDetailedType() const { return mDetailType; }
+  // The tag word of an event's record. A sample's stands in front of its record.
   [[nodiscard]] UINT16 getLastTag() const { return lastTag; }
   [[nodiscard]] UINT16 getSide() const { return (mDetailType >> 8) & 0x0F; }
   // The eye index of an eye event: GZD_LEFT_EYE or GZD_RIGHT_EYE.
@@ -66,7 +70,7 @@ class GZDItem {
   [[nodiscard]] bool isRecordingStart() const {
     return isRecording() && recording != nullptr && recording->isStart();
   }
-  [[nodiscard]] bool isDummy() const { return filePos < 0; }
+  [[nodiscard]] bool isDummy() const { return placeInFile == 0; }
   [[nodiscard]] bool isEyeEvent() const {
     return getItemType() >= GZD_START_BLINK && getItemType() <= GZD_END_FIXATION;
   }
@@ -74,15 +78,15 @@ class GZDItem {
   [[nodiscard]] bool isEndEvent() const { return isEyeEvent() && getItemType() % 2 == 0; }
 
  private:
-  INT64 filePos = 0;  // of the record's body, just behind its tag word
+  UINT32 placeInFile = 1;  // plus 1, so that POSITION_OF_DUMMY is 0
   UINT16 mDetailType = 0;
-  UINT16 lastTag = 0;  // the record's tag word
+  UINT16 lastTag = 0;
   union {
     UINT64 timeStamp = 0;
     Recording* recording;  // owned by the index
   };
 };
 
-static_assert(sizeof(GZDItem) == 24);
+static_assert(sizeof(GZDItem) == 16);
 
 #endif

@@ -60,6 +60,8 @@ class InputStream {
     return static_cast<std::size_t>(limit - cursor) >= count ? cursor : peekBeyond(count);
   }
   void take(std::size_t count) { cursor += count; }
+  // How many bytes of the window lie behind the position.
+  [[nodiscard]] std::size_t available() const { return static_cast<std::size_t>(limit - cursor); }
 
  protected:
   // Brings more bytes behind the cursor, at least `count` in all when the stream has them. Returns

@@ -181,7 +181,7 @@ bool SampleQueue::runReaches(UINT32 wanted) const {
   UINT32 newest = lastEntry;
   int samples = 0;
   for (UINT32 i = lastEntry + 1; i <= wanted; ++i) {
-    const GZDItem& item = index.gzdItemList[i];
+    const GZDItem item = index.gzdItemList[i];
     if (item.isRecording()) return false;
     if (!item.isSample()) continue;
     if (!continuesRun(newest, i) || ++samples > CAPACITY) return false;
@@ -224,7 +224,7 @@ void SampleQueue::readAfresh(UINT32 wanted) {
 
 void SampleQueue::readOn(UINT32 from) {
   for (UINT32 i = from; i < index.size() && sqsize < CAPACITY; ++i) {
-    const GZDItem& item = index.gzdItemList[i];
+    const GZDItem item = index.gzdItemList[i];
     if (item.isRecording()) return;
     if (!item.isSample()) continue;
     if (!continuesRun(lastEntry, i)) return;

@@ -31,7 +31,7 @@ class BlinkMerge {
 
  private:
   void examine(UINT32 place) {
-    const GZDItem& item = items[place];
+    const GZDItem item = items[place];
     SaccadeState& eye = eyes[static_cast<std::size_t>(item.getEye())];
     switch (item.getItemType()) {
       case GZD_RECORDING:
@@ -48,7 +48,7 @@ class BlinkMerge {
         startBlink(eye, place);
         break;
       case GZD_END_BLINK:
-        if (eye.merged) items[place].markBlinkMerged();
+        if (eye.merged) items.change(place, [](GZDItem& end) { end.markBlinkMerged(); });
         eye.lastEnd = place;
         break;
       default:
@@ -68,7 +68,7 @@ class BlinkMerge {
   }
 
   Index& index;
-  std::vector<GZDItem>& items;
+  ItemList& items;
   IndexEdits edits;
   std::array<SaccadeState, 2> eyes;
 };
@@ -84,16 +84,17 @@ void markSamplesInsideBlink(Index& index) {
   const auto mark = [&](std::size_t begin, std::size_t end) {
     if (!inside[GZD_LEFT_EYE] && !inside[GZD_RIGHT_EYE]) return;
     for (std::size_t place = begin; place < end; ++place) {
-      GZDItem& sample = index.gzdItemList[place];
-      if (inside[GZD_LEFT_EYE]) sample.markSampleInsideBlink(GZD_LEFT_EYE);
-      if (inside[GZD_RIGHT_EYE]) sample.markSampleInsideBlink(GZD_RIGHT_EYE);
+      index.gzdItemList.change(place, [&](GZDItem& sample) {
+        if (inside[GZD_LEFT_EYE]) sample.markSampleInsideBlink(GZD_LEFT_EYE);
+        if (inside[GZD_RIGHT_EYE]) sample.markSampleInsideBlink(GZD_RIGHT_EYE);
+      });
     }
   };
   std::size_t behind = 0;  // the place behind the landmark before
   for (const UINT32 place : index.landmarks()) {
     mark(behind, place);
     behind = place + std::size_t{1};
-    const GZDItem& item = index.gzdItemList[place];
+    const GZDItem item = index.gzdItemList[place];
     if (item.isRecording()) inside = {};
     if (item.getItemType() == GZD_START_BLINK || item.getItemType() == GZD_END_BLINK) {
       inside[static_cast<std::size_t>(item.getEye())] = item.isStartEvent();

@@ -88,6 +88,6 @@ void BoundaryPairing::add(Index& index, std::unique_ptr<Recording> boundary, UIN
     return;
   }
   (ofSamples ? pending.samples : pending.events) = boundary.get();
-  index.gzdItemList.emplace_back(boundary.get());
+  index.gzdItemList.push_back(GZDItem(boundary.get()));
   index.allRecordings.push_back(std::move(boundary));
 }

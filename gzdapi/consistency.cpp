@@ -37,12 +37,13 @@ class OutsideEvents {
   explicit OutsideEvents(Index& list) : index(list) {}
 
   void run() {
-    for (const UINT32 place : index.landmarks()) examine(index.gzdItemList[place]);
+    for (const UINT32 place : index.landmarks()) examine(place);
     if (changed) index.itemsChanged();
   }
 
  private:
-  void examine(GZDItem& item) {
+  void examine(UINT32 place) {
+    const GZDItem item = index.gzdItemList[place];
     if (item.isRecordingStart()) {
       startSeen = true;
       outside = false;
@@ -51,33 +52,37 @@ class OutsideEvents {
       outside = startSeen;
       endStamp = item.getTimeStamp();
     } else if (outside && item.isEyeEvent() && item.getTimeStamp() > endStamp) {
-      examineOutside(item);
+      examineOutside(place, item);
     }
   }
 
   void releasePending(UINT64 startStamp) {
-    for (GZDItem* start : pending) start->setFixedTimeStamp(startStamp);
+    for (const UINT32 start : pending) retime(start, startStamp);
     changed |= !pending.empty();
     pending.clear();
   }
 
-  void examineOutside(GZDItem& item) {
+  void retime(UINT32 place, UINT64 stamp) {
+    index.gzdItemList.change(place, [=](GZDItem& item) { item.setFixedTimeStamp(stamp); });
+  }
+
+  void examineOutside(UINT32 place, const GZDItem& item) {
     if (item.isStartEvent()) {
-      pending.push_back(&item);
+      pending.push_back(place);
       if (item.getItemType() == GZD_START_BLINK) blinkStarted = true;
       return;
     }
-    item.setFixedTimeStamp(endStamp);
+    retime(place, endStamp);
     changed = true;
     if (item.getItemType() == GZD_END_BLINK && blinkStarted) {
-      item.markBlinkMerged();
+      index.gzdItemList.change(place, [](GZDItem& end) { end.markBlinkMerged(); });
       blinkStarted = false;
     }
   }
 
   Index& index;
   bool changed = false;
-  std::vector<GZDItem*> pending;  // starts that wait for the next block
+  std::vector<UINT32> pending;  // places of starts that wait for the next block
   bool startSeen = false;
   bool outside = false;  // behind the end of a block
   UINT64 endStamp = 0;
@@ -205,12 +210,12 @@ class BlockWalk {
   }
 
   void pairWithPending(UINT32 place) {
-    GZDItem& start = items[place];
-    const GZDItem& end = items[pending->place];
+    const GZDItem start = items[place];
+    const GZDItem end = items[pending->place];
     print_log("matching EBLINK found for SBLINK index %d for %lu fix order %d to %lu \n",
               static_cast<int>(remember(place).number), static_cast<unsigned long>(timeOf(start)),
               static_cast<int>(pending->number), static_cast<unsigned long>(timeOf(end)));
-    start.setFixedTimeStamp(end.getTimeStamp());
+    items.change(place, [&](GZDItem& item) { item.setFixedTimeStamp(end.getTimeStamp()); });
     retimed = true;
     pending.reset();
   }
@@ -226,10 +231,10 @@ class BlockWalk {
 
   // The block begins inside a blink: its end has no start.
   void insertStart(BlinkState& eye, UINT32 place) {
-    GZDItem& end = items[pending->place];
-    end.markBlinkMerged();
-    edits.insertBefore(place, GZDItem(POSITION_OF_DUMMY, GZD_START_BLINK, end.getSide(),
-                                      TAG_OF_INSERTED, items[*lastStart].getTimeStamp()));
+    items.change(pending->place, [](GZDItem& end) { end.markBlinkMerged(); });
+    edits.insertBefore(place,
+                       GZDItem(POSITION_OF_DUMMY, GZD_START_BLINK, items[pending->place].getSide(),
+                               TAG_OF_INSERTED, items[*lastStart].getTimeStamp()));
     ++growth;
     pending.reset();
     eye.endSeen = false;
@@ -237,7 +242,7 @@ class BlockWalk {
   }
 
   Index& index;
-  std::vector<GZDItem>& items;
+  ItemList& items;
   const bool repair;
   bool retimed = false;
   NumberLine strayLine{"WARNING: GZD FILE MAY BE CORRUPTED. Sample at ",

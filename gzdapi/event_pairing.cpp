@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace {
 
@@ -23,19 +24,19 @@ bool startDecides(const GZDItem& start, const GZDItem& end) {
 
 EventPairing EventPairing::build(const Index& index) {
   EventPairing pairing;
-  std::array<const GZDItem*, KINDS * EYES> open{};
+  std::array<std::optional<GZDItem>, KINDS * EYES> open;
   for (const UINT32 i : index.landmarks()) {
-    const GZDItem& item = index.gzdItemList[i];
+    const GZDItem item = index.gzdItemList[i];
     if (!item.isEyeEvent()) continue;
-    const GZDItem*& start = open[pairOf(item)];
+    std::optional<GZDItem>& start = open[pairOf(item)];
     if (item.isStartEvent()) {
-      start = &item;
-    } else if (start != nullptr) {
+      start = item;
+    } else if (start) {
       const UINT32 startTime = time_of_stamp(start->getTimeStamp());
       if (startDecides(*start, item) && startTime < time_of_stamp(item.getTimeStamp())) {
         pairing.ends.push_back({i, startTime});
       }
-      start = nullptr;
+      start.reset();
     }
   }
   return pairing;

@@ -50,17 +50,20 @@ void FixationRepair::follow(const FEVENT& event, const Index& index) {
 void FixationRepair::repair(Index& index) const {
   if (!anyEndBeforeStart) return;
   struct Start {
-    GZDItem* item = nullptr;
+    std::size_t place = 0;
     UINT64 stamp = 0;  // as recorded, also after a repair
   };
   Start starts[2];
-  for (GZDItem& item : index.gzdItemList) {
+  ItemList& items = index.gzdItemList;
+  for (std::size_t place = 0; place < items.size(); ++place) {
+    const GZDItem item = items[place];
     Start& start = starts[item.getEye()];
     if (item.getItemType() == GZD_START_FIXATION) {
-      start = {&item, item.getTimeStamp()};
+      start = {place, item.getTimeStamp()};
     } else if (item.getItemType() == GZD_END_FIXATION && item.getTimeStamp() < start.stamp) {
-      repairStart(*start.item, static_cast<UINT64>(start.item - index.gzdItemList.data()),
-                  item.getTimeStamp());
+      items.change(start.place, [&](GZDItem& fixation) {
+        repairStart(fixation, start.place, item.getTimeStamp());
+      });
     }
   }
   index.itemsChanged();

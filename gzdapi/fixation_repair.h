@@ -25,6 +25,7 @@ class FixationRepair {
  private:
   static constexpr std::size_t MAX_ROWS = 100;
 
+  // What becomes of the start at `position` whose end has `endStamp`.
   void repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const;
 
   UINT32 lastStart[2] = {0, 0};  // ms, by eye

@@ -103,6 +103,13 @@ class BlockStartPadding {
   UINT64 firstStamp = 0;
 };
 
+std::vector<ItemList::Packed> packed(ItemList& items, const std::vector<GZDItem>& dummies) {
+  std::vector<ItemList::Packed> entries;
+  entries.reserve(dummies.size());
+  for (const GZDItem& dummy : dummies) entries.push_back(items.pack(dummy));
+  return entries;
+}
+
 bool awaits_samples(const GZDItem& item) {
   return item.isRecordingStart() && (item.getRecording()->sflags & (SMP_LEFT | SMP_RIGHT)) != 0;
 }
@@ -112,7 +119,7 @@ bool awaits_samples(const GZDItem& item) {
 void pad_block_starts(Index& index, DummyBudget& budget) {
   struct Insertion {
     std::size_t before;
-    std::vector<GZDItem> dummies;
+    std::vector<ItemList::Packed> dummies;
   };
   std::vector<Insertion> insertions;
   std::vector<const Recording*> waiting;
@@ -129,22 +136,24 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
     if (waiting.empty() || behind == nextLandmark) continue;
     padding.pad(waiting, index.gzdItemList[behind].getTimeStamp());
     waiting.clear();
+    if (padding.dummies.empty()) continue;
     added += padding.dummies.size();
-    if (!padding.dummies.empty()) insertions.push_back({behind, std::move(padding.dummies)});
+    insertions.push_back({behind, packed(index.gzdItemList, padding.dummies)});
   }
   if (insertions.empty()) return;
 
-  std::vector<GZDItem> padded;
-  padded.reserve(index.gzdItemList.size() + added);
-  auto copied = index.gzdItemList.begin();
+  std::vector<ItemList::Packed>& entries = index.gzdItemList.packed();
+  std::vector<ItemList::Packed> padded;
+  padded.reserve(entries.size() + added);
+  auto copied = entries.begin();
   for (const Insertion& insertion : insertions) {
-    const auto sample = index.gzdItemList.begin() + static_cast<std::ptrdiff_t>(insertion.before);
+    const auto sample = entries.begin() + static_cast<std::ptrdiff_t>(insertion.before);
     padded.insert(padded.end(), copied, sample);
     padded.insert(padded.end(), insertion.dummies.begin(), insertion.dummies.end());
     copied = sample;
   }
-  padded.insert(padded.end(), copied, index.gzdItemList.end());
-  index.gzdItemList = std::move(padded);
+  padded.insert(padded.end(), copied, entries.end());
+  entries = std::move(padded);
   index.itemsChanged();
 }
 
@@ -158,7 +167,7 @@ void report_sample_periods(const Index& index) {
   INT64 expected = 0;
   bool hasPrevious = false;
   INT64 previous = 0;
-  for (const GZDItem& item : index.gzdItemList) {
+  for (const GZDItem item : index.gzdItemList) {
     if (item.isRecording()) {
       expected = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
       hasPrevious = false;

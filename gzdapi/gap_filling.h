@@ -31,11 +31,14 @@ class SampleClock {
   [[nodiscard]] UINT64 stampOf(UINT32 time) const {
     return stamp_of_time(time) + (INT64{time} == last ? 1 : 0);
   }
+  // Whether nothing is missing before a sample with `stamp`, as far as is known.
+  [[nodiscard]] bool isRegular(UINT64 stamp) const {
+    if (last < 1 || beforeLast < 1) return true;
+    return knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period;
+  }
   // Enters dummies for the samples missing before one with `stamp`, and says so in the log.
   void fillGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget) {
-    if (last < 1 || beforeLast < 1) return;
-    if (knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period) return;
-    examineGap(index, stamp, sampleRate, budget);
+    if (!isRegular(stamp)) examineGap(index, stamp, sampleRate, budget);
   }
   void advance(UINT32 time) {
     beforeLast = last;

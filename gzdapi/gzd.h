@@ -91,7 +91,8 @@ typedef struct _GZDFILE GZDFILE;
  * a regular file, not a recording, or damaged (GZD_OPEN_FAILSAFE opens it all the same). The
  * reason has then gone to the log function.
  *
- * Cost: linear in the file; memory of 24 bytes an element.
+ * Cost: linear in the file; memory of 8 bytes a sample and 24 bytes any other
+ * element.
  */
 GZD_API GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
                                int* rv) GZD_MUST_CHECK;

@@ -4,7 +4,7 @@ const std::vector<UINT32>& Index::landmarks() const {
   if (landmarksKnown) return landmarkPlaces;
   landmarkPlaces.clear();
   for (UINT32 place = 0; place < size(); ++place) {
-    if (!gzdItemList[place].isSample()) landmarkPlaces.push_back(place);
+    if (!gzdItemList.isSampleAt(place)) landmarkPlaces.push_back(place);
   }
   landmarksKnown = true;
   return landmarkPlaces;

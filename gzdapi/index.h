@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include "GZDItem.h"
 #include "Recording.h"
+#include "item_list.h"
 #include "stream_state.h"
 
 // Decoding parameters and the place in the file from which they hold.
@@ -19,7 +19,7 @@ struct ParameterEpoch {
 
 struct Index {
   // In file order during the scan, then in time order.
-  std::vector<GZDItem> gzdItemList;
+  ItemList gzdItemList;
   // Every boundary that was kept, in file order.
   std::vector<std::unique_ptr<Recording>> allRecordings;
   // The further pieces of each long message, in file order, by the place of its first piece.

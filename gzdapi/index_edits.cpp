@@ -16,45 +16,46 @@ void IndexEdits::sortByPlace() {
   }
 }
 
-void IndexEdits::compact(std::vector<GZDItem>& items) const {
-  auto kept = items.begin() + removals.front().first;
+void IndexEdits::compact(std::vector<ItemList::Packed>& entries) const {
+  auto kept = entries.begin() + removals.front().first;
   for (auto removal = removals.begin(); removal != removals.end(); ++removal) {
     const bool isLast = removal + 1 == removals.end();
-    const auto end = isLast ? items.end() : items.begin() + (removal + 1)->first;
-    kept = std::copy(items.begin() + removal->end, end, kept);
+    const auto end = isLast ? entries.end() : entries.begin() + (removal + 1)->first;
+    kept = std::copy(entries.begin() + removal->end, end, kept);
   }
-  items.erase(kept, items.end());
+  entries.erase(kept, entries.end());
 }
 
-std::vector<GZDItem> IndexEdits::merged(const std::vector<GZDItem>& items) const {
-  std::vector<GZDItem> result;
-  result.reserve(items.size() + insertions.size());
+std::vector<ItemList::Packed> IndexEdits::merged(ItemList& items) const {
+  const std::vector<ItemList::Packed>& entries = items.packed();
+  std::vector<ItemList::Packed> result;
+  result.reserve(entries.size() + insertions.size());
   auto removal = removals.begin();
   std::size_t place = 0;
   const auto copyUpTo = [&](std::size_t target) {
     while (place < target) {
       const std::size_t stop =
           removal == removals.end() ? target : std::min<std::size_t>(target, removal->first);
-      result.insert(result.end(), items.data() + place, items.data() + stop);
+      result.insert(result.end(), entries.data() + place, entries.data() + stop);
       place = stop;
       if (removal != removals.end() && place == removal->first) place = (removal++)->end;
     }
   };
   for (const Insertion& insertion : insertions) {
     copyUpTo(insertion.place);
-    result.push_back(insertion.item);
+    result.push_back(items.pack(insertion.item));
   }
-  copyUpTo(items.size());
+  copyUpTo(entries.size());
   return result;
 }
 
-bool IndexEdits::apply(std::vector<GZDItem>& items) {
+bool IndexEdits::apply(ItemList& items) {
   if (insertions.empty() && removals.empty()) return false;
   sortByPlace();
   if (insertions.empty()) {
-    compact(items);
+    compact(items.packed());
   } else {
-    items = merged(items);
+    items.packed() = merged(items);
   }
   insertions.clear();
   removals.clear();

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "GZDItem.h"
+#include "item_list.h"
 
 // Places are those of the list as it stands before apply(). What is inserted before one place
 // stands there in the order of the calls; a place may be removed once.
@@ -21,7 +21,7 @@ class IndexEdits {
   }
   // Linear in the list, nothing at all without edits. Forgets the edits. Returns whether there were
   // any.
-  bool apply(std::vector<GZDItem>& items);
+  bool apply(ItemList& items);
 
  private:
   struct Insertion {
@@ -36,8 +36,8 @@ class IndexEdits {
   };
 
   void sortByPlace();
-  void compact(std::vector<GZDItem>& items) const;
-  [[nodiscard]] std::vector<GZDItem> merged(const std::vector<GZDItem>& items) const;
+  void compact(std::vector<ItemList::Packed>& entries) const;
+  [[nodiscard]] std::vector<ItemList::Packed> merged(ItemList& items) const;
 
   std::vector<Insertion> insertions;
   std::vector<Removal> removals;

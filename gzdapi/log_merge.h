@@ -67,7 +67,7 @@ class LogMerge {
   // Announces the element at index i.
   int deliver(UINT32 i) {
     if (i >= index.size()) return GZD_END_OF_DATA;
-    const GZDItem& item = index.gzdItemList[i];
+    const GZDItem item = index.gzdItemList[i];
     walk.currentData = i + 1;
     if (!item.isRecording()) return item.getItemType();
     walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;

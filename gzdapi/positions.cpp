@@ -69,8 +69,8 @@ std::optional<UINT64> keyOf(const GZDItem& item) {
 }
 
 int chooseOfTwo(const Index& index, UINT64 stamp, int low, int high) {
-  const GZDItem& first = index.gzdItemList[static_cast<std::size_t>(low)];
-  const GZDItem& second = index.gzdItemList[static_cast<std::size_t>(high)];
+  const GZDItem first = index.gzdItemList[static_cast<std::size_t>(low)];
+  const GZDItem second = index.gzdItemList[static_cast<std::size_t>(high)];
   if (keyOf(first) == stamp) return first.isSample() ? low : -1;
   return keyOf(second) == stamp && first.isSample() ? high : -1;
 }
@@ -84,7 +84,7 @@ int findIndex(const Index& index, UINT32 find_time, int startIndex, int endIndex
   }
   while (endIndex - startIndex >= 2) {
     const int mid = startIndex + (endIndex - startIndex) / 2;
-    const GZDItem& item = index.gzdItemList[static_cast<std::size_t>(mid)];
+    const GZDItem item = index.gzdItemList[static_cast<std::size_t>(mid)];
     if (item.isSample() && item.getTimeStamp() == stamp) return mid;
     if (keyOf(item).value_or(0) > stamp) {
       endIndex = mid;

@@ -105,7 +105,7 @@ class Scan {
 
   void run() {
     while (!ended) {
-      if (readAnotherSample()) continue;
+      if (readRegularSamples()) continue;
       const NextRecord kind = nextRecord();
       trace.follow(file, kind);
       const INT64 position = file.getFilePos();
@@ -174,7 +174,7 @@ class Scan {
       print_log("Unexpected event type tag 0. Skipping event \n");
     } else if (is_boundary(event.type)) {
       indexBoundary();
-    } else if (options.loadEvents) {
+    } else if (options.loadEvents && position <= LARGEST_POSITION) {
       indexEvent(position, tag);
     }
   }
@@ -237,17 +237,53 @@ class Scan {
 
   // ---- samples ----
 
-  // Nearly every record is a sample like the one before, whole in the window. Returns false, and
-  // does nothing, when the next one is anything else.
-  bool readAnotherSample() {
-    const byte* const record = file.peek(sizeof(UINT16) + LONGEST_FIXED_PART);
-    if (record == nullptr || load_be16(record) != layout.tag || !canBeShort) return false;
-    const INT64 position = file.getFilePos() + static_cast<INT64>(sizeof(UINT16));
-    const std::size_t length =
-        glance_at_fixed_part(record + sizeof(UINT16), state, layout, newestSample);
-    file.take(sizeof(UINT16) + length);
-    noteRecord(position, newestSample.time, newestSample.time);
-    if (options.loadSamples) indexSample(position, layout.tag);
+  // Nearly every record is a sample like the one before, at the regular distance, and whole in the
+  // window: reads as many of them as there are. Returns false when the next record is another.
+  bool readRegularSamples() {
+    constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
+    if (!canBeShort) return false;
+    const byte* const start = file.peek(LONGEST);
+    if (start == nullptr || load_be16(start) != layout.tag) return false;
+    const bool checksGaps = options.fixConsistency && options.loadSamples;
+    const INT64 positionOfStart = file.getFilePos();
+    const std::size_t available = file.available();
+    if (positionOfStart + static_cast<INT64>(available) > LAST_POSITION) return false;
+
+    const byte* const last = start + (available - LONGEST);
+    const byte* record = start;
+    const byte* newest = nullptr;
+    const GlanceLayout sameLayout = layout;
+    SampleClock ticking = clock;
+    UINT32 time = state.curr_time;
+    UINT32 timeBefore = time;
+    UINT32 maxTime = index.maxTime;
+    bool negative = false;
+    bool input = false;
+    while (record <= last && load_be16(record) == sameLayout.tag) {
+      SampleGlance sample;
+      const byte* const body = record + sizeof(UINT16);
+      const std::size_t length = glance_at_fixed_part(body, time, sameLayout, sample);
+      const UINT64 stamp = ticking.stampOf(sample.time);
+      if (checksGaps && !ticking.isRegular(stamp)) break;
+      ticking.advance(sample.time);
+      negative |= sample.hasNegativePupil;
+      input |= sample.input != NOT_RECORDED_WORD;
+      if (options.loadSamples) index.gzdItemList.addSample(positionOfStart + (body - start), stamp);
+      timeBefore = time;
+      time = sample.time;
+      maxTime = std::max(maxTime, time);
+      newest = body;
+      record = body + length;
+    }
+    if (newest == nullptr) return false;
+    glance_at_fixed_part(newest, timeBefore, sameLayout, newestSample);
+    file.take(static_cast<std::size_t>(record - start));
+    state.curr_time = time;
+    index.maxTime = maxTime;
+    if (options.loadSamples) {
+      clock = ticking;
+      noteKind(negative, input);
+    }
     return true;
   }
 
@@ -260,16 +296,20 @@ class Scan {
     noteRecord(position, newestSample.time, newestSample.time);
     if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
     canBeShort = !layout.hasBlocks && !trace.isOn();
-    if (options.loadSamples) indexSample(position, tag);
+    if (options.loadSamples && position <= LARGEST_POSITION) indexSample(position);
   }
 
-  void indexSample(INT64 position, UINT16 tag) {
-    hasRawSamples |= newestSample.hasNegativePupil;
-    if (newestSample.input != NOT_RECORDED_WORD) index.inputType |= INPUT_IN_SAMPLES;
+  void noteKind(bool hasNegativePupil, bool hasInput) {
+    hasRawSamples |= hasNegativePupil;
+    if (hasInput) index.inputType |= INPUT_IN_SAMPLES;
+  }
+
+  void indexSample(INT64 position) {
+    noteKind(newestSample.hasNegativePupil, newestSample.input != NOT_RECORDED_WORD);
     const UINT64 stamp = clock.stampOf(newestSample.time);
     if (options.fixConsistency) clock.fillGap(index, stamp, state.sam_per_sec, dummies);
     makeRoom(position);
-    index.gzdItemList.emplace_back(position, GZD_SAMPLE, SIDE_NONE, tag, stamp);
+    index.gzdItemList.addSample(position, stamp);
     clock.advance(newestSample.time);
   }
 
@@ -284,7 +324,8 @@ class Scan {
         std::min(static_cast<double>(count) / static_cast<double>(position), MOST_ENTRIES_PER_BYTE);
     const double entries = static_cast<double>(fileSize) * entriesPerByte * 1.05;
     index.gzdItemList.reserve(static_cast<std::size_t>(entries));
-    ask_for_huge_pages(index.gzdItemList.data(), index.gzdItemList.capacity() * sizeof(GZDItem));
+    ask_for_huge_pages(index.gzdItemList.packed().data(),
+                       index.gzdItemList.capacity() * sizeof(ItemList::Packed));
   }
 
   // ---- the whole index ----

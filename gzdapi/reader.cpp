@@ -60,7 +60,7 @@ std::string_view Reader::messageText(UINT32 itemIndex) {
 }
 
 int Reader::readItem(UINT32 itemIndex) {
-  const GZDItem& item = index.gzdItemList[itemIndex];
+  const GZDItem item = index.gzdItemList[itemIndex];
   if (item.isSample()) {
     readSample(itemIndex, item);
     return 0;
@@ -78,8 +78,8 @@ int Reader::readItem(UINT32 itemIndex) {
   return -1;
 }
 
-void Reader::goTo(const GZDItem& item) {
-  const INT64 position = item.getFilePos();
+// Goes to a record's body, with the parameters of its block in force.
+void Reader::goTo(INT64 position) {
   const auto& epochs = index.parameterEpochs;
   const bool inEpoch = epochs[epoch].filePos <= position &&
                        (epoch + 1 == epochs.size() || position < epochs[epoch + 1].filePos);
@@ -93,14 +93,21 @@ void Reader::goTo(const GZDItem& item) {
   file.moveTo(position);
 }
 
+// Goes to the body of a recorded sample and returns its tag word, which stands in front of it.
+UINT16 Reader::goToSample(const GZDItem& item) {
+  goTo(item.getFilePos() - static_cast<INT64>(sizeof(UINT16)));
+  const byte* const tag = file.peek(sizeof(UINT16));
+  if (tag == nullptr) return static_cast<UINT16>(file.getWord());
+  file.take(sizeof(UINT16));
+  return load_be16(tag);
+}
+
 // ---- samples
 // -----------------------------------------------------------------------------------------------
 
 void Reader::readSample(UINT32 itemIndex, const GZDItem& item) {
   const Recording* const block = stretchAt(itemIndex).block;
-  if (velocityKinds == GZD_VELOCITY_NONE && canReadDirectly(item)) {
-    readSampleDirectly(item);
-  } else {
+  if (velocityKinds != GZD_VELOCITY_NONE || !readSampleDirectly(item)) {
     readSampleFromQueue(itemIndex, block);
   }
   if (block == nullptr) {
@@ -109,16 +116,14 @@ void Reader::readSample(UINT32 itemIndex, const GZDItem& item) {
   }
 }
 
-// A sample without pupil sizes takes over those of the sample before it, which the queue knows.
-bool Reader::canReadDirectly(const GZDItem& item) const {
-  return !item.isDummy() && (item.getLastTag() & SMP_PUPIL_SIZE) != 0;
-}
-
-void Reader::readSampleDirectly(const GZDItem& item) {
-  const UINT16 tag = item.getLastTag();
+// Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one
+// without pupil sizes: it takes over those of the sample before it, which the queue knows.
+bool Reader::readSampleDirectly(const GZDItem& item) {
+  if (item.isDummy()) return false;
+  const UINT16 tag = goToSample(item);
+  if ((tag & SMP_PUPIL_SIZE) == 0) return false;
   const UINT64 stamp = item.getTimeStamp();
   const UINT32 time = time_of_stamp(stamp);
-  goTo(item);
   if (tag == presetTag && (tag & SMP_EXTENDED) == 0) {
     decode_into_preset_sample(file, state, tag, time, fData.fs);
   } else {
@@ -128,6 +133,7 @@ void Reader::readSampleDirectly(const GZDItem& item) {
   }
   fData.fs.time = time;
   fData.fs.flags = flags_at(tag, stamp);
+  return true;
 }
 
 void Reader::readSampleFromQueue(UINT32 itemIndex, const Recording* block) {
@@ -153,15 +159,14 @@ void Reader::readSampleFromQueue(UINT32 itemIndex, const Recording* block) {
 }
 
 void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
-  const GZDItem& item = index.gzdItemList[itemIndex];
+  const GZDItem item = index.gzdItemList[itemIndex];
   if (item.isDummy()) {
     makeDummy(itemIndex, sample);
   } else {
-    const UINT16 tag = item.getLastTag();
+    const UINT16 tag = goToSample(item);
     if (tag != queuePresetTag) preset_sample(tag, queuePreset);
     queuePresetTag = tag;
     static_cast<FSAMPLE&>(sample) = queuePreset;
-    goTo(item);
     decode_into_preset_sample(file, state, tag, time_of_stamp(item.getTimeStamp()), sample);
     sample.flags = flags_at(tag, item.getTimeStamp());
   }
@@ -178,10 +183,10 @@ const Reader::Stretch& Reader::stretchAt(UINT32 itemIndex) {
   const auto next = std::upper_bound(boundaries.begin(), boundaries.end(), itemIndex);
   stretch.end = next == boundaries.end() ? index.size() : *next;
   stretch.begin = next == boundaries.begin() ? 0 : *(next - 1);
-  const GZDItem* const opening =
-      next == boundaries.begin() ? nullptr : &index.gzdItemList[*(next - 1)];
-  stretch.block =
-      opening != nullptr && opening->isRecordingStart() ? opening->getRecording() : nullptr;
+  stretch.block = nullptr;
+  if (next == boundaries.begin()) return stretch;
+  const GZDItem opening = index.gzdItemList[*(next - 1)];
+  if (opening.isRecordingStart()) stretch.block = opening.getRecording();
   return stretch;
 }
 
@@ -214,7 +219,7 @@ void Reader::makeDummy(UINT32 itemIndex, Sample& sample) {
     model.sampleOf = model.recorded;
   }
   const UINT16 tag =
-      model.recorded == NONE ? UINT16{0} : index.gzdItemList[model.recorded].getLastTag();
+      model.recorded == NONE ? UINT16{0} : goToSample(index.gzdItemList[model.recorded]);
   make_dummy_sample(tag, model.recorded == NONE ? nullptr : &model.sample, sample);
   sample.flags = flags_at(tag & static_cast<UINT16>(~SMP_HALF_MS),
                           index.gzdItemList[itemIndex].getTimeStamp());
@@ -224,7 +229,7 @@ void Reader::makeDummy(UINT32 itemIndex, Sample& sample) {
 // ------------------------------------------------------------------------------------------------
 
 void Reader::decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event) {
-  goTo(item);
+  goTo(item.getFilePos());
   const int result = decode_event(file, state, item.getLastTag(), target, event);
   if (result < 0) {
     print_log("error reading gzd file 4   %d %ld\n", result, static_cast<long>(item.getFilePos()));

@@ -61,15 +61,15 @@ class Reader : public SampleSource {
 
   int readItem(UINT32 itemIndex);
   void readSample(UINT32 itemIndex, const GZDItem& item);
-  [[nodiscard]] bool canReadDirectly(const GZDItem& item) const;
-  void readSampleDirectly(const GZDItem& item);
+  bool readSampleDirectly(const GZDItem& item);
   void readSampleFromQueue(UINT32 itemIndex, const Recording* block);
   void readEvent(UINT32 itemIndex, const GZDItem& item);
   void readInsertedEvent(const GZDItem& item);
   void assembleLongMessage(const GZDItem& item);
   void decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event);
 
-  void goTo(const GZDItem& item);
+  void goTo(INT64 position);
+  UINT16 goToSample(const GZDItem& item);
   const Stretch& stretchAt(UINT32 itemIndex);
   void makeDummy(UINT32 itemIndex, Sample& sample);
   [[nodiscard]] UINT32 recordedSampleNear(UINT32 itemIndex);

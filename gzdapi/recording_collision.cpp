@@ -32,7 +32,7 @@ bool boundariesCollide(const Index& index) {
 
 class ConfigurationMove {
  public:
-  ConfigurationMove(std::vector<GZDItem>& list, const MessageReader& reader)
+  ConfigurationMove(ItemList& list, const MessageReader& reader)
       : items(list), messageText(reader) {}
 
   void run() {
@@ -42,7 +42,7 @@ class ConfigurationMove {
 
  private:
   void examine(UINT32 place) {
-    const GZDItem& item = items[place];
+    const GZDItem item = items[place];
     if (item.isRecordingStart()) {
       collected.clear();
       watching = true;
@@ -67,7 +67,7 @@ class ConfigurationMove {
     collected.clear();
   }
 
-  std::vector<GZDItem>& items;
+  ItemList& items;
   const MessageReader& messageText;
   IndexEdits edits;
   std::vector<UINT32> collected;

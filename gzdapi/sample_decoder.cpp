@@ -5,13 +5,14 @@
 #include "sample_decoder.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
 constexpr INT16 STORED_MISSING = -32768;
 constexpr int FIRST_SCALED_PUPIL = 4;  // the tracker generation from which pupil sizes are scaled
 constexpr UINT32 HEAD_MARKERS_NOT_RECORDED = 0xFFFF8000u;
-constexpr double SMALLEST_PRESCALE = 0.1;  // below it values are stored unscaled
+constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscaled
 
 constexpr float ANGLE_UNITS_PER_DEGREE = 182.0f;
 constexpr float POSITION_UNITS_PER_MM = 10.0f;
@@ -20,6 +21,10 @@ constexpr float POSITION_UNITS_PER_MM = 10.0f;
 constexpr int HEAD_TARGET_LENGTH = 24, HEAD_TARGET_KIND = 1;
 constexpr int HEAD_POSE_LENGTH = 92, HEAD_POSE_KIND = 2;
 constexpr int ELLIPSE_LENGTH = 56, LONG_ELLIPSE_LENGTH = 72, ELLIPSE_KIND = 3;
+
+// Values of both eyes are made side by side.
+using Ints4 = INT32 __attribute__((vector_size(16)));
+using Floats4 = float __attribute__((vector_size(16)));
 
 class BytesAt {
  public:
@@ -54,12 +59,26 @@ class CheckedReads {
   InputStream& stream;
 };
 
-inline float scaled(INT16 stored, float divisor) {
-  return stored == STORED_MISSING ? MISSING_DATA : static_cast<float>(stored) / divisor;
-}
+// What a stored word stands for.
+struct Plain {
+  float operator()(INT16 stored) const { return static_cast<float>(stored); }
+  Floats4 operator()(Ints4 stored) const { return __builtin_convertvector(stored, Floats4); }
+};
 
-inline float divisor_of(float prescale) {
-  return static_cast<double>(prescale) > SMALLEST_PRESCALE ? prescale : 1.0f;
+struct Scaled {
+  float divisor;
+
+  float operator()(INT16 stored) const {
+    return stored == STORED_MISSING ? MISSING_DATA : Plain()(stored) / divisor;
+  }
+  Floats4 operator()(Ints4 stored) const {
+    const Floats4 missing = {MISSING_DATA, MISSING_DATA, MISSING_DATA, MISSING_DATA};
+    return stored == STORED_MISSING ? missing : Plain()(stored) / divisor;
+  }
+};
+
+inline Scaled scaled_by(float prescale) {
+  return {prescale >= SMALLEST_PRESCALE ? prescale : 1.0f};
 }
 
 inline bool has(UINT16 tag, unsigned bits) {
@@ -83,15 +102,11 @@ UINT32 read_time(Source& in, StreamState& state, UINT16 tag, UINT32 expectedTime
 template <class Source, class Value>
 void read_positions(Source& in, UINT16 tag, float* x, float* y, Value value) {
   if (has(tag, SMP_LEFT) && has(tag, SMP_RIGHT)) {
-    // All words first: the compiler then converts and divides them side by side.
-    INT16 words[4];
-    for (INT16& word : words) word = in.word();
-    float values[4];
-    for (int i = 0; i < 4; ++i) values[i] = value(words[i]);
-    x[0] = values[0];
-    y[0] = values[1];
-    x[1] = values[2];
-    y[1] = values[3];
+    Ints4 words;
+    for (const int lane : {0, 2, 1, 3}) words[lane] = in.word();
+    const Floats4 values = value(words);
+    std::memcpy(x, &values, 2 * sizeof(float));
+    std::memcpy(y, reinterpret_cast<const float*>(&values) + 2, 2 * sizeof(float));
     return;
   }
   if (has(tag, SMP_LEFT)) {
@@ -104,15 +119,24 @@ void read_positions(Source& in, UINT16 tag, float* x, float* y, Value value) {
   }
 }
 
+template <class Source, class Value>
+void read_sizes(Source& in, UINT16 tag, float* pa, Value value) {
+  if (has(tag, SMP_LEFT) && has(tag, SMP_RIGHT)) {
+    Ints4 words = {0, 0, 0, 0};
+    for (const int lane : {0, 1}) words[lane] = in.word();
+    const Floats4 values = value(words);
+    std::memcpy(pa, &values, 2 * sizeof(float));
+    return;
+  }
+  if (has(tag, SMP_LEFT)) pa[0] = value(in.word());
+  if (has(tag, SMP_RIGHT)) pa[1] = value(in.word());
+}
+
 template <class Source>
 void read_pupil_sizes(Source& in, const StreamState& state, UINT16 tag, float* pa) {
-  const auto size = [&](INT16 stored) {
-    // Older trackers store plain integers, without a word for missing.
-    if (state.ovilo_revision < FIRST_SCALED_PUPIL) return static_cast<float>(stored);
-    return scaled(stored, divisor_of(state.parameters.pupil_prescale));
-  };
-  if (has(tag, SMP_LEFT)) pa[0] = size(in.word());
-  if (has(tag, SMP_RIGHT)) pa[1] = size(in.word());
+  // Older trackers store plain integers, without a word for missing.
+  if (state.ovilo_revision < FIRST_SCALED_PUPIL) return read_sizes(in, tag, pa, Plain());
+  read_sizes(in, tag, pa, scaled_by(state.parameters.pupil_prescale));
 }
 
 template <class Source>
@@ -127,12 +151,10 @@ template <class Source>
 void read_fixed_part(Source& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
                      FSAMPLE& sample) {
   sample.time = read_time(in, state, tag, expectedTime);
-  const auto plain = [](INT16 stored) { return static_cast<float>(stored); };
-  const float divisor = divisor_of(state.parameters.gaze_prescale);
-  const auto as_gaze = [divisor](INT16 stored) { return scaled(stored, divisor); };
+  const Scaled as_gaze = scaled_by(state.parameters.gaze_prescale);
 
-  if (has(tag, SMP_PUPIL_POS)) read_positions(in, tag, sample.px, sample.py, plain);
-  if (has(tag, SMP_HREF)) read_positions(in, tag, sample.hx, sample.hy, plain);
+  if (has(tag, SMP_PUPIL_POS)) read_positions(in, tag, sample.px, sample.py, Plain());
+  if (has(tag, SMP_HREF)) read_positions(in, tag, sample.hx, sample.hy, Plain());
   if (has(tag, SMP_GAZE)) read_positions(in, tag, sample.gx, sample.gy, as_gaze);
   if (has(tag, SMP_RESOLUTION)) {
     sample.rx = as_gaze(in.word());
@@ -189,8 +211,8 @@ void read_head_in_space(FSAMPLE& s, auto value) {
 
 template <class Source>
 void read_head_target(Source& in, const DecodingParameters& parameters, FSAMPLE& s) {
-  const float divisor = divisor_of(parameters.gaze_prescale);
-  read_head_in_space(s, [&] { return scaled(in.word(), divisor); });
+  const Scaled as_gaze = scaled_by(parameters.gaze_prescale);
+  read_head_in_space(s, [&] { return as_gaze(in.word()); });
   for (int i = 0; i < 3; ++i) {
     s.headRotation[i] = static_cast<float>(s.hdata[i]) / ANGLE_UNITS_PER_DEGREE;
     s.headPosition[i] = static_cast<float>(s.hdata[3 + i]) / POSITION_UNITS_PER_MM;
@@ -398,7 +420,8 @@ SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
   SampleGlance glance;
   glance.flags = tag;
   if (const byte* start = in.peek(LONGEST_FIXED_PART)) {
-    in.take(glance_at_fixed_part(start, state, layout, glance));
+    in.take(glance_at_fixed_part(start, state.curr_time, layout, glance));
+    state.curr_time = glance.time;
   } else {
     glance_near_the_end(in, state, tag, glance);
   }

@@ -47,11 +47,11 @@ SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
                               GlanceLayout& layout);
 
 // The same for a record of the same tag as the one before, without blocks, whose `start` is known
-// to have LONGEST_FIXED_PART bytes behind it. Returns its length.
-inline std::size_t glance_at_fixed_part(const byte* start, StreamState& state,
+// to have LONGEST_FIXED_PART bytes behind it, and that follows one at `previousTime`. Returns its
+// length.
+inline std::size_t glance_at_fixed_part(const byte* start, UINT32 previousTime,
                                         const GlanceLayout& layout, SampleGlance& glance) {
-  glance.time = layout.timeLength == 1 ? state.curr_time + *start : load_be32(start);
-  state.curr_time = glance.time;
+  glance.time = layout.timeLength == 1 ? previousTime + *start : load_be32(start);
   glance.flags = layout.tag;
   glance.hasNegativePupil = false;
   for (int eye = 0; eye < layout.eyesWithSize; ++eye) {

@@ -113,60 +113,65 @@ bool strictly_before(const GZDItem& a, const GZDItem& b) {
 }
 
 // Whether items of one stamp have only one order, and stand in it.
-bool run_is_strictly_ordered(const GZDItem* first, const GZDItem* last) {
-  if (static_cast<std::size_t>(last - first) > LONGEST_CHECKED_RUN) return false;
-  for (const GZDItem* a = first; a != last; ++a) {
-    for (const GZDItem* b = a + 1; b != last; ++b) {
-      if (!strictly_before(*a, *b)) return false;
+bool run_is_strictly_ordered(const ItemList& items, std::size_t first, std::size_t last) {
+  if (last - first > LONGEST_CHECKED_RUN) return false;
+  for (std::size_t a = first; a != last; ++a) {
+    for (std::size_t b = a + 1; b != last; ++b) {
+      if (!strictly_before(items[a], items[b])) return false;
     }
   }
   return true;
 }
 
-bool is_strictly_ordered(const GZDItem* first, const GZDItem* last) {
-  const GZDItem* run = first;
-  UINT64 stamp = first->getTimeStamp();
-  for (const GZDItem* item = first + 1; item != last; ++item) {
-    const UINT64 next = item->getTimeStamp();
+bool is_strictly_ordered(const ItemList& items, std::size_t first, std::size_t last) {
+  std::size_t run = first;
+  UINT64 stamp = items.stampAt(first);
+  for (std::size_t place = first + 1; place != last; ++place) {
+    const UINT64 next = items.stampAt(place);
     if (next == stamp) continue;
     if (next < stamp) return false;
-    if (item - run > 1 && !run_is_strictly_ordered(run, item)) return false;
-    run = item;
+    if (place - run > 1 && !run_is_strictly_ordered(items, run, place)) return false;
+    run = place;
     stamp = next;
   }
-  return last - run == 1 || run_is_strictly_ordered(run, last);
+  return last - run == 1 || run_is_strictly_ordered(items, run, last);
 }
 
 class WindowSorter {
  public:
+  explicit WindowSorter(ItemList& list) : items(list) {}
+
   // Sorts a window that is not empty. Returns whether anything moved.
-  bool sort(GZDItem* first, GZDItem* last) {
-    if (is_strictly_ordered(first, last)) return false;
+  bool sort(std::size_t first, std::size_t last) {
+    if (is_strictly_ordered(items, first, last)) return false;
+    window.clear();
+    for (std::size_t place = first; place != last; ++place) window.push_back(items[place]);
     entries.clear();
     entries.push_back(LOW_GUARD);
-    for (const GZDItem* item = first; item != last; ++item) {
-      entries.push_back({item->getTimeStamp(), item});
-    }
+    for (const GZDItem& item : window) entries.push_back({item.getTimeStamp(), &item});
     entries.push_back(HIGH_GUARD);
     std::sort(entries.begin() + 1, entries.end() - 1, entry_before);
     return carryOut(first);
   }
 
  private:
-  bool carryOut(GZDItem* first) {
-    const std::size_t count = entries.size() - 2;
+  bool carryOut(std::size_t first) {
+    ItemList::Packed* const target = items.packed().data() + first;
     bool moved = false;
     sorted.clear();
-    for (std::size_t i = 0; i < count; ++i) {
-      moved |= entries[i + 1].item != first + i;
-      sorted.push_back(*entries[i + 1].item);
+    for (std::size_t i = 0; i < window.size(); ++i) {
+      const auto from = static_cast<std::size_t>(entries[i + 1].item - window.data());
+      moved |= from != i;
+      sorted.push_back(target[from]);
     }
-    if (moved) std::copy(sorted.begin(), sorted.end(), first);
+    if (moved) std::copy(sorted.begin(), sorted.end(), target);
     return moved;
   }
 
+  ItemList& items;
+  std::vector<GZDItem> window;
   std::vector<Entry> entries;
-  std::vector<GZDItem> sorted;
+  std::vector<ItemList::Packed> sorted;
 };
 
 // The windows of a list of `count` items, one by one: first and last item, the last not included.
@@ -200,10 +205,10 @@ bool sortByTime(const GZDItem& e1, const GZDItem& e2) {
 }
 
 void sortItems(Index& index) {
-  std::vector<GZDItem>& items = index.gzdItemList;
+  ItemList& items = index.gzdItemList;
   if (items.empty()) return;
   std::vector<bool> settled = std::move(index.settledWindows);
-  WindowSorter sorter;
+  WindowSorter sorter(items);
   bool anyMoved = false;
   bool moved = false;  // the window before changed, and this one overlaps it
   Windows windows(items.size());
@@ -211,7 +216,7 @@ void sortItems(Index& index) {
   do {
     if (number == settled.size()) settled.push_back(false);
     if (!settled[number] || moved) {
-      moved = sorter.sort(items.data() + windows.first(), items.data() + windows.last());
+      moved = sorter.sort(windows.first(), windows.last());
       settled[number] = !moved;
       if (moved && number > 0) settled[number - 1] = false;
       anyMoved |= moved;

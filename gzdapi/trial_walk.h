@@ -43,7 +43,7 @@ class TrialWalk {
   [[nodiscard]] bool lastLacksBlock() const {
     return !trials.empty() && trials.back().rec == nullptr;
   }
-  [[nodiscard]] const GZDItem& itemAt(int place) const {
+  [[nodiscard]] GZDItem itemAt(int place) const {
     return index.gzdItemList[static_cast<std::size_t>(place)];
   }
   [[nodiscard]] UINT32 timeAt(int place) const {

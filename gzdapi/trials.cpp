@@ -100,7 +100,7 @@ bool Trials::cutsByBlocksOnly() const {
 
 void Trials::stepThroughIndex(TrialWalk& cut) {
   for (const UINT32 place : index.landmarks()) {
-    const GZDItem& item = index.gzdItemList[place];
+    const GZDItem item = index.gzdItemList[place];
     if (item.isRecording())
       walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
     examine(cut, item.getItemType(), place);

@@ -25,11 +25,11 @@ class Track : public SampleSource {
   Track& block() {
     blocks.push_back(std::make_unique<Recording>());
     blocks.back()->state = GZD_BLOCK_START;
-    index.gzdItemList.emplace_back(blocks.back().get());
+    index.gzdItemList.push_back(GZDItem(blocks.back().get()));
     return *this;
   }
   Track& sample(UINT64 stamp, INT64 position = 50) {
-    index.gzdItemList.emplace_back(position, GZD_SAMPLE, SIDE_NONE, TAG, stamp);
+    index.gzdItemList.push_back({position, GZD_SAMPLE, SIDE_NONE, TAG, stamp});
     return *this;
   }
   Track& run(UINT64 first, int count) {
@@ -37,7 +37,7 @@ class Track : public SampleSource {
     return *this;
   }
   Track& message(UINT64 stamp) {
-    index.gzdItemList.emplace_back(60, GZD_MESSAGE, SIDE_NONE, UINT16{0}, stamp);
+    index.gzdItemList.push_back({60, GZD_MESSAGE, SIDE_NONE, UINT16{0}, stamp});
     return *this;
   }
 

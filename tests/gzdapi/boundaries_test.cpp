@@ -30,7 +30,7 @@ class Blocks {
   // "[1000/3" is a start at 1000 ms of record type 3, "]2000/1" an end.
   [[nodiscard]] std::string describe() const {
     std::string line;
-    for (const GZDItem& item : index.gzdItemList) {
+    for (const GZDItem item : index.gzdItemList) {
       const Recording& block = *item.getRecording();
       if (!line.empty()) line += ' ';
       line += block.isStart() ? '[' : ']';

@@ -8,17 +8,10 @@
 #include "blink_repair.h"
 #include "index_builder.h"
 #include "index_edits.h"
+#include "item_lists.h"
 #include "time_order.h"
 
 namespace {
-
-// A list that is no part of an index.
-void sortItems(std::vector<GZDItem>& list) {
-  Index index;
-  index.gzdItemList.swap(list);
-  ::sortItems(index);
-  index.gzdItemList.swap(list);
-}
 
 constexpr int SB = GZD_START_BLINK, EB = GZD_END_BLINK;
 constexpr int SS = GZD_START_SACCADE, ES = GZD_END_SACCADE;
@@ -151,7 +144,7 @@ TEST(Blinks, AnEndBeforeTheFirstStartGetsAStartAtTheBlocksBeginning) {
   const LogCapture log;
   EXPECT_EQ(checked(b, REPAIR), "[10 dSBL10 s11l EBL20* s21 SBL30 s31l EBL40 s41");
   EXPECT_EQ(log.text(), "");
-  const GZDItem& inserted = b.index.gzdItemList[1];
+  const GZDItem inserted = b.index.gzdItemList[1];
   EXPECT_EQ(inserted.getFilePos(), -1);
   EXPECT_EQ(inserted.getLastTag(), 0xFFFF);
 }
@@ -386,14 +379,15 @@ TEST(BlockWalk, EqualsEditsMadeInPlace) {
     std::vector<std::string> expectedLog;
     {
       const LogCapture log;
-      auto& items = expected.index.gzdItemList;
-      sortItems(items);
+      sortItems(expected.index);
       MergeEyeEventsOutsideOfTrials(expected.index);
-      sortItems(items);
+      sortItems(expected.index);
+      std::vector<GZDItem> items = itemsOf(expected.index.gzdItemList);
       InPlaceWalk walk(items);
       walk.run();
       if (!walk.swapped) sortItems(items);
       swaps += walk.swapped;
+      expected.index.gzdItemList = listOf(items);
       expected.index.itemsChanged();
       mergeBlinksInsideSaccade(expected.index);
       markSamplesInsideBlink(expected.index);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "index_builder.h"
+#include "index_edits.h"
 
 namespace {
 
@@ -20,6 +21,10 @@ std::pair<UINT32, UINT32> shown(const Index& index, UINT32 i, UINT32 sttime, UIN
 
 using Times = std::pair<UINT32, UINT32>;
 
+void retime(Index& index, std::size_t place, UINT64 stamp) {
+  index.gzdItemList.change(place, [=](GZDItem& item) { item.setFixedTimeStamp(stamp); });
+}
+
 TEST(EventPairing, UntouchedEventsShowTheirRecords) {
   IndexBuilder b;
   b.start(1).event(SF, 10).event(EF, 20);
@@ -35,7 +40,7 @@ TEST(EventPairing, ReTimedStartsReachTheirEnds) {
       .event(SB, 12)
       .event(EF, 20)
       .event(EF, 21, SIDE_RIGHT);
-  b.index.gzdItemList[1].setFixedTimeStamp(stamp_of_time(15));
+  retime(b.index, 1, stamp_of_time(15));
   EXPECT_EQ(shown(b.index, 1, 10, 10).first, 15u);
   EXPECT_EQ(shown(b.index, 4, 10, 20), Times(15, 20));
   EXPECT_EQ(shown(b.index, 5, 11, 21), Times(11, 21));
@@ -44,14 +49,14 @@ TEST(EventPairing, ReTimedStartsReachTheirEnds) {
 TEST(EventPairing, AStartAtOrBehindItsEndIsNotShown) {
   IndexBuilder b;
   b.start(1).event(SF, 10).event(EF, 20);
-  b.index.gzdItemList[1].setFixedTimeStamp(stamp_of_time(20));
+  retime(b.index, 1, stamp_of_time(20));
   EXPECT_EQ(shown(b.index, 2, 10, 20), Times(10, 20));
 }
 
 TEST(EventPairing, AReTimedEndDoesNotEndBeforeItsStart) {
   IndexBuilder b;
   b.start(1).event(SF, 10).event(EF, 20);
-  b.index.gzdItemList[2].setFixedTimeStamp(stamp_of_time(15));
+  retime(b.index, 2, stamp_of_time(15));
   EXPECT_EQ(shown(b.index, 2, 10, 20), Times(10, 15));
   EXPECT_EQ(shown(b.index, 2, 18, 20), Times(15, 15));
 }
@@ -59,10 +64,11 @@ TEST(EventPairing, AReTimedEndDoesNotEndBeforeItsStart) {
 TEST(EventPairing, InsertedStartsAndMergedBlinksReachTheirEnds) {
   IndexBuilder b;
   b.start(1).event(EB, 20).event(SB, 30).event(EB, 40).event(SF, 50).event(EF, 60);
-  auto& items = b.index.gzdItemList;
-  items.insert(items.begin() + 1, GZDItem(POSITION_OF_DUMMY, SB, SIDE_LEFT, 0xFFFF, 2));
-  items[4].markBlinkMerged();
-  items[6].markBlinkMerged();
+  IndexEdits edits;
+  edits.insertBefore(1, GZDItem(POSITION_OF_DUMMY, SB, SIDE_LEFT, 0xFFFF, 2));
+  edits.apply(b.index.gzdItemList);
+  for (const std::size_t end : {4u, 6u})
+    b.index.gzdItemList.change(end, [](GZDItem& item) { item.markBlinkMerged(); });
   EXPECT_EQ(shown(b.index, 2, 18, 20), Times(1, 20));
   EXPECT_EQ(shown(b.index, 4, 38, 40), Times(30, 40));
   EXPECT_EQ(shown(b.index, 6, 55, 60), Times(55, 60));  // only blinks are merged
@@ -71,8 +77,9 @@ TEST(EventPairing, InsertedStartsAndMergedBlinksReachTheirEnds) {
 TEST(EventPairing, EachStartServesOneEndAndSamplesAreLeftAlone) {
   IndexBuilder b;
   b.start(1).event(SF, 10).event(EF, 20).event(EF, 30).sample(40);
-  b.index.gzdItemList[1].setFixedTimeStamp(stamp_of_time(5));
-  b.index.gzdItemList[4].markSampleInsideBlink(GZD_LEFT_EYE);
+  retime(b.index, 1, stamp_of_time(5));
+  b.index.gzdItemList.change(4,
+                             [](GZDItem& sample) { sample.markSampleInsideBlink(GZD_LEFT_EYE); });
   EXPECT_EQ(shown(b.index, 2, 10, 20), Times(5, 20));
   EXPECT_EQ(shown(b.index, 3, 25, 30), Times(25, 30));
   EXPECT_EQ(shown(b.index, 4, 1, 2), Times(1, 2));

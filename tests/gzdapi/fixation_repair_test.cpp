@@ -16,7 +16,7 @@ class Fixations {
     auto start = std::make_unique<Recording>();
     start->state = GZD_BLOCK_START;
     start->updateTime(2 * UINT64{time});
-    index.gzdItemList.emplace_back(start.get());
+    index.gzdItemList.push_back(GZDItem(start.get()));
     index.allRecordings.push_back(std::move(start));
     return *this;
   }
@@ -46,7 +46,7 @@ class Fixations {
     e.entime = end;
     repair.follow(e, index);
     const UINT16 side = eye == GZD_LEFT_EYE ? SIDE_LEFT : SIDE_RIGHT;
-    index.gzdItemList.emplace_back(5, type, side, UINT16{0}, 2 * UINT64{end});
+    index.gzdItemList.push_back({5, type, side, UINT16{0}, 2 * UINT64{end}});
     return *this;
   }
 };

@@ -22,7 +22,7 @@ class Stream {
   Stream& sample(UINT32 time) {
     const UINT64 stamp = clock.stampOf(time);
     clock.fillGap(index, stamp, rate, budget);
-    index.gzdItemList.emplace_back(7, GZD_SAMPLE, SIDE_NONE, UINT16{1}, stamp);
+    index.gzdItemList.push_back({7, GZD_SAMPLE, SIDE_NONE, UINT16{1}, stamp});
     clock.advance(time);
     return *this;
   }
@@ -32,13 +32,13 @@ class Stream {
   }
   [[nodiscard]] int dummies() const {
     int count = 0;
-    for (const GZDItem& item : index.gzdItemList) count += item.isDummy() ? 1 : 0;
+    for (const GZDItem item : index.gzdItemList) count += item.isDummy() ? 1 : 0;
     return count;
   }
   // Stamps, those of dummies in brackets.
   [[nodiscard]] std::string describe() const {
     std::string line;
-    for (const GZDItem& item : index.gzdItemList) {
+    for (const GZDItem item : index.gzdItemList) {
       const std::string stamp = std::to_string(item.getTimeStamp());
       line += (line.empty() ? "" : " ") + (item.isDummy() ? "(" + stamp + ")" : stamp);
     }
@@ -150,19 +150,19 @@ class Ordered {
   }
   Ordered& end(UINT32 time) { return boundary(GZD_BLOCK_END, time, 1000, 0); }
   Ordered& stamp(UINT64 at) {
-    index.gzdItemList.emplace_back(7, GZD_SAMPLE, SIDE_NONE, UINT16{1}, at);
+    index.gzdItemList.push_back({7, GZD_SAMPLE, SIDE_NONE, UINT16{1}, at});
     return *this;
   }
   Ordered& sample(UINT32 time) { return stamp(2 * UINT64{time}); }
   Ordered& message(UINT32 time) {
-    index.gzdItemList.emplace_back(9, GZD_MESSAGE, SIDE_NONE, UINT16{1}, 2 * UINT64{time});
+    index.gzdItemList.push_back({9, GZD_MESSAGE, SIDE_NONE, UINT16{1}, 2 * UINT64{time}});
     return *this;
   }
   std::string padded() {
     DummyBudget budget;
     pad_block_starts(index, budget);
     std::string line;
-    for (const GZDItem& item : index.gzdItemList) {
+    for (const GZDItem item : index.gzdItemList) {
       line += line.empty() ? "" : " ";
       line += item.isRecording() ? (item.isRecordingStart() ? "[" : "]")
               : item.isDummy()   ? "d"
@@ -180,7 +180,7 @@ class Ordered {
     block->sample_rate = rate;
     block->sflags = flags;
     block->updateTime(2 * UINT64{time});
-    index.gzdItemList.emplace_back(block.get());
+    index.gzdItemList.push_back(GZDItem(block.get()));
     index.allRecordings.push_back(std::move(block));
     return *this;
   }

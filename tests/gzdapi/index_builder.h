@@ -34,11 +34,11 @@ class IndexBuilder {
   }
 
   [[nodiscard]] std::string_view textAt(UINT32 itemIndex) const {
-    const auto found = texts.find(index.gzdItemList.at(itemIndex).getFilePos());
+    const auto found = texts.find(index.gzdItemList[itemIndex].getFilePos());
     return found == texts.end() ? std::string_view() : std::string_view(found->second);
   }
   [[nodiscard]] UINT16 valueAt(UINT32 itemIndex) const {
-    const auto found = values.find(index.gzdItemList.at(itemIndex).getFilePos());
+    const auto found = values.find(index.gzdItemList[itemIndex].getFilePos());
     return found == values.end() ? UINT16{0} : found->second;
   }
 
@@ -47,7 +47,7 @@ class IndexBuilder {
   // "SBL" ... "EFR" eye events ("!" re-timed, "*" merged).
   [[nodiscard]] std::string describe() const {
     std::string line;
-    for (const GZDItem& item : index.gzdItemList) {
+    for (const GZDItem item : index.gzdItemList) {
       if (!line.empty()) line += ' ';
       line += describe(item);
     }
@@ -56,7 +56,7 @@ class IndexBuilder {
 
  private:
   IndexBuilder& add(int type, UINT16 side, UINT32 time) {
-    index.gzdItemList.emplace_back(nextPos, type, side, UINT16{0}, stamp_of_time(time));
+    index.gzdItemList.push_back({nextPos, type, side, UINT16{0}, stamp_of_time(time)});
     nextPos += 10;
     return *this;
   }
@@ -66,7 +66,7 @@ class IndexBuilder {
     block->state = state;
     block->sample_rate = 1000.0f;
     block->updateTime(stamp_of_time(time));
-    index.gzdItemList.emplace_back(block.get());
+    index.gzdItemList.push_back(GZDItem(block.get()));
     index.allRecordings.push_back(std::move(block));
     return *this;
   }

@@ -41,7 +41,7 @@ struct Fixture {
     return text.find(SYNC_MARK) != std::string::npos ? "L:sync" : "L:" + text.substr(1);
   }
   std::string fromRecording(int code) {
-    const GZDItem& item = b.index.gzdItemList[walk.currentData - 1];
+    const GZDItem item = b.index.gzdItemList[walk.currentData - 1];
     EXPECT_EQ(code, item.getItemType());
     const std::string text(b.textAt(walk.currentData - 1));
     if (!text.empty()) return text;

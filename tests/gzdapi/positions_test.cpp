@@ -145,7 +145,7 @@ TEST(FindIndex, AnEqualStampInTheMiddleThatIsNoSampleLeadsOn) {
 TEST(FindIndex, ABoundaryWithoutABlockHasNoKey) {
   IndexBuilder b;
   b.sample(5).sample(9).sample(9).sample(10).sample(11);
-  b.index.gzdItemList[2] = GZDItem(nullptr);
+  b.index.gzdItemList.change(2, [](GZDItem& item) { item = GZDItem(nullptr); });
   EXPECT_EQ(find(b, 10), 3);
   EXPECT_EQ(find(b, 9), -1);
 }

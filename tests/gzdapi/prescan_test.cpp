@@ -45,7 +45,7 @@ class Scanned {
   // "[1000" and "]2000" boundaries, "type:stamp" others with "L" or "R" behind, "d" before dummies.
   [[nodiscard]] std::string describe() const {
     std::string line;
-    for (const GZDItem& item : index.gzdItemList) {
+    for (const GZDItem item : index.gzdItemList) {
       line += line.empty() ? "" : " ";
       if (item.isRecording()) {
         line += (item.isRecordingStart() ? "[" : "]") + std::to_string(item.getTimeStamp() / 2);

@@ -7,15 +7,9 @@
 #include <memory>
 #include <random>
 
-namespace {
+#include "item_lists.h"
 
-// A list that is no part of an index.
-void sortItems(std::vector<GZDItem>& list) {
-  Index index;
-  index.gzdItemList.swap(list);
-  ::sortItems(index);
-  index.gzdItemList.swap(list);
-}
+namespace {
 
 // Makes items, and the boundaries that some of them point to.
 class Items {
