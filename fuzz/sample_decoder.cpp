@@ -61,7 +61,8 @@ class Decoder {
   Outcome decode(UINT32 expectedTime, bool reuse) {
     return next([&](Outcome& outcome) {
       if (reuse && kept && presetFor == outcome.tag && (outcome.tag & SMP_EXTENDED) == 0) {
-        decode_into_preset_sample(stream, state, outcome.tag, expectedTime, *kept);
+        decode_into_preset_sample(stream, state, layout_of(outcome.tag, state), expectedTime,
+                                  *kept);
       } else {
         if (!kept) kept.emplace();
         presetFor = 0;
@@ -83,7 +84,7 @@ class Decoder {
  private:
   std::optional<FSAMPLE> kept;
   UINT16 presetFor = 0;
-  GlanceLayout layout;
+  SampleLayout layout;
 };
 
 StreamState state_from(fuzz::Tail& tail) {

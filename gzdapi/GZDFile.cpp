@@ -113,12 +113,7 @@ void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples)
 // ---- the walk
 // --------------------------------------------------------------------------------------------------
 
-ALLF_DATA* GZDFile::getFloatData() {
-  return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);
-}
-
-ALLF_DATA* GZDFile::getFloatDataMergeWithLog() {
-  if (!merge.isFromLog()) return getFloatData();
+ALLF_DATA* GZDFile::copyOfLogRecord() {
   logRecord = merge.logRecord();
   return &logRecord;
 }
@@ -131,8 +126,8 @@ ALLF_DATA* GZDFile::getSampleCloseToTime(UINT32 stamp) {
   return record;
 }
 
-void GZDFile::adjustTimes(ALLF_DATA* d) {
-  shift(*d, merge.isFromLog() && d == &logRecord ? GZD_MESSAGE : currentType());
+int GZDFile::typeOfAnnounced(const ALLF_DATA* d) const {
+  return merge.isFromLog() && d == &logRecord ? GZD_MESSAGE : currentType();
 }
 
 void GZDFile::shift(ALLF_DATA& record, int type) {

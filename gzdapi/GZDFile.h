@@ -29,13 +29,19 @@ class GZDFile : public _GZDFILE {
   // ---- the walk ----
   int getNextDataMergeWithLog() { return merge.getNextDataMergeWithLog(); }
   // The record of the element just announced, its times not shifted; null when there is none.
-  ALLF_DATA* getFloatData();
+  ALLF_DATA* getFloatData() {
+    return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);
+  }
   // The same, of the log's message while one is announced.
-  ALLF_DATA* getFloatDataMergeWithLog();
+  ALLF_DATA* getFloatDataMergeWithLog() {
+    return merge.isFromLog() ? copyOfLogRecord() : getFloatData();
+  }
   // The sample at a stamp, its times shifted; null when there is none.
   ALLF_DATA* getSampleCloseToTime(UINT32 stamp);
   // Shifts the times of the record of the element just announced.
-  void adjustTimes(ALLF_DATA* d);
+  void adjustTimes(ALLF_DATA* d) {
+    if (!timeShift.isOff()) shift(*d, typeOfAnnounced(d));
+  }
   void setVelocityKinds(unsigned kinds) { reader.setVelocityKinds(kinds); }
 
   [[nodiscard]] UINT32 elementCount() const;
@@ -66,6 +72,8 @@ class GZDFile : public _GZDFILE {
  private:
   void openMessageLog(const char* path);
   void scan(const char* path, int flags, int loadEvents, int loadSamples);
+  ALLF_DATA* copyOfLogRecord();
+  [[nodiscard]] int typeOfAnnounced(const ALLF_DATA* d) const;
   void shift(ALLF_DATA& record, int type);
 
   Preamble preamble;

@@ -69,7 +69,7 @@ int InputStream::getTerminatedString(char* buffer, int capacity) {
   return static_cast<int>(std::strlen(buffer));
 }
 
-INT16 InputStream::getWord() {
+INT16 InputStream::getWordBeyond() {
   byte bytes[2];
   const int got = getRawData(bytes, sizeof bytes);
   if (got != sizeof bytes) {
@@ -79,7 +79,7 @@ INT16 InputStream::getWord() {
   return load_be16s(bytes);
 }
 
-INT32 InputStream::getInt() {
+INT32 InputStream::getIntBeyond() {
   byte bytes[4];
   if (getRawData(bytes, sizeof bytes) != sizeof bytes) {
     print_log("error reading gzd file 9\n");
@@ -92,7 +92,7 @@ float InputStream::getFloat() {
   return missing_normalised(std::bit_cast<float>(static_cast<UINT32>(getInt())));
 }
 
-byte InputStream::getByte() {
+byte InputStream::getByteBeyond() {
   byte value;
   if (getRawData(&value, 1) != 1) {
     print_log("error reading gzd file 11\n");

@@ -48,10 +48,18 @@ class InputStream {
 
   // Each reads one value and throws GZDException, logged first, when the stream ends inside it.
   // The position has then moved to the end.
-  INT16 getWord();
-  INT32 getInt();
+  INT16 getWord() {
+    if (available() < sizeof(INT16)) return getWordBeyond();
+    cursor += sizeof(INT16);
+    return load_be16s(cursor - sizeof(INT16));
+  }
+  INT32 getInt() {
+    if (available() < sizeof(INT32)) return getIntBeyond();
+    cursor += sizeof(INT32);
+    return static_cast<INT32>(load_be32(cursor - sizeof(INT32)));
+  }
   float getFloat();  // NOT_RECORDED reads as MISSING_DATA
-  byte getByte();
+  byte getByte() { return cursor != limit ? *cursor++ : getByteBeyond(); }
   void getData(void* buffer, int count);
 
   // `count` contiguous bytes at the position, or null when the stream ends before (or the window
@@ -60,6 +68,12 @@ class InputStream {
     return static_cast<std::size_t>(limit - cursor) >= count ? cursor : peekBeyond(count);
   }
   void take(std::size_t count) { cursor += count; }
+  // `count` bytes at a byte offset from the start when all of them lie in the window, else null.
+  [[nodiscard]] const byte* inWindow(INT64 offset, std::size_t count) const {
+    const INT64 ahead = offset - limitPos + (limit - windowStart);
+    if (ahead < 0 || ahead + static_cast<INT64>(count) > limit - windowStart) return nullptr;
+    return windowStart + ahead;
+  }
   // How many bytes of the window lie behind the position.
   [[nodiscard]] std::size_t available() const { return static_cast<std::size_t>(limit - cursor); }
 
@@ -76,6 +90,9 @@ class InputStream {
 
  private:
   const byte* peekBeyond(std::size_t count) { return refill(count) ? cursor : nullptr; }
+  INT16 getWordBeyond();
+  INT32 getIntBeyond();
+  byte getByteBeyond();
 };
 
 // A stream over a stdio file, read in pieces that grow with sequential use.

@@ -3,9 +3,9 @@
 const std::vector<UINT32>& Index::landmarks() const {
   if (landmarksKnown) return landmarkPlaces;
   landmarkPlaces.clear();
-  for (UINT32 place = 0; place < size(); ++place) {
-    if (!gzdItemList.isSampleAt(place)) landmarkPlaces.push_back(place);
-  }
+  gzdItemList.visitLongEntries([this](std::size_t place) {
+    if (!gzdItemList.isSampleAt(place)) landmarkPlaces.push_back(static_cast<UINT32>(place));
+  });
   landmarksKnown = true;
   return landmarkPlaces;
 }

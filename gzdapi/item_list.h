@@ -78,6 +78,22 @@ class ItemList {
     set(place, item);
   }
 
+  // Calls `visit` with the places of the entries that did not fit into a word, in ascending order.
+  // Whatever is no sample is among them.
+  template <class Visit>
+  void visitLongEntries(Visit visit) const {
+    constexpr std::size_t STRIDE = 8;
+    for (std::size_t place = 0; place < entries.size(); place += STRIDE) {
+      const std::size_t end = std::min(place + STRIDE, entries.size());
+      UINT64 together = 0;
+      for (std::size_t i = place; i < end; ++i) together |= entries[i].word;
+      if ((together & OTHER) == 0) continue;
+      for (std::size_t i = place; i < end; ++i) {
+        if (!isPlain(entries[i])) visit(i);
+      }
+    }
+  }
+
   // ---- entries as they are kept ----
   [[nodiscard]] GZDItem unpack(Packed entry) const {
     if (!isPlain(entry)) return otherOf(entry);

@@ -252,7 +252,7 @@ class Scan {
     const byte* const last = start + (available - LONGEST);
     const byte* record = start;
     const byte* newest = nullptr;
-    const GlanceLayout sameLayout = layout;
+    const SampleLayout sameLayout = layout;
     SampleClock ticking = clock;
     UINT32 time = state.curr_time;
     UINT32 timeBefore = time;
@@ -347,7 +347,7 @@ class Scan {
 
   EData event;
   MessageText text;
-  GlanceLayout layout;
+  SampleLayout layout;
   bool canBeShort = false;  // the records of this layout need no more than their fixed part
   SampleGlance newestSample;
   BoundaryPairing pairing;

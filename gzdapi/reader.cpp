@@ -4,6 +4,7 @@
 #include "reader.h"
 
 #include <algorithm>
+#include <limits>
 #include <string>
 
 #include "config.h"
@@ -78,18 +79,20 @@ int Reader::readItem(UINT32 itemIndex) {
   return -1;
 }
 
-// Goes to a record's body, with the parameters of its block in force.
-void Reader::goTo(INT64 position) {
+void Reader::enterEpochOf(INT64 position) {
   const auto& epochs = index.parameterEpochs;
-  const bool inEpoch = epochs[epoch].filePos <= position &&
-                       (epoch + 1 == epochs.size() || position < epochs[epoch + 1].filePos);
-  if (!inEpoch) {
-    const auto next =
-        std::upper_bound(epochs.begin(), epochs.end(), position,
-                         [](INT64 place, const ParameterEpoch& e) { return place < e.filePos; });
-    epoch = static_cast<std::size_t>(next - epochs.begin()) - 1;
-  }
-  state.parameters = epochs[epoch].parameters;
+  const auto next =
+      std::upper_bound(epochs.begin(), epochs.end(), position,
+                       [](INT64 place, const ParameterEpoch& e) { return place < e.filePos; });
+  epochBegin = next == epochs.begin() ? 0 : (next - 1)->filePos;
+  epochEnd = next == epochs.end() ? std::numeric_limits<INT64>::max() : next->filePos;
+  state.parameters = (next == epochs.begin() ? next : next - 1)->parameters;
+  layout = SampleLayout();
+}
+
+// Goes to a place in a record, with the parameters of its block in force.
+void Reader::goTo(INT64 position) {
+  if (!isInEpoch(position)) enterEpochOf(position);
   file.moveTo(position);
 }
 
@@ -102,18 +105,38 @@ UINT16 Reader::goToSample(const GZDItem& item) {
   return load_be16(tag);
 }
 
+const SampleLayout& Reader::layoutFor(UINT16 tag) {
+  if (layout.tag != tag) layout = layout_of(tag, state);
+  return layout;
+}
+
 // ---- samples
 // -----------------------------------------------------------------------------------------------
 
 void Reader::readSample(UINT32 itemIndex, const GZDItem& item) {
   const Recording* const block = stretchAt(itemIndex).block;
-  if (velocityKinds != GZD_VELOCITY_NONE || !readSampleDirectly(item)) {
-    readSampleFromQueue(itemIndex, block);
-  }
+  const bool direct = velocityKinds == GZD_VELOCITY_NONE &&
+                      (readLikeTheOneBefore(item) || readSampleDirectly(item));
+  if (!direct) readSampleFromQueue(itemIndex, block);
   if (block == nullptr) {
     print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
               static_cast<long>(fData.fs.time));
   }
+}
+
+// Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
+// and does nothing, for any other.
+bool Reader::readLikeTheOneBefore(const GZDItem& item) {
+  constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
+  if (layout.tag != presetTag || layout.hasBlocks || !isInEpoch(item.getFilePos())) return false;
+  const byte* const record =
+      file.inWindow(item.getFilePos() - static_cast<INT64>(sizeof(UINT16)), LONGEST);
+  if (record == nullptr || load_be16(record) != layout.tag) return false;
+  decode_fixed_part(record + sizeof(UINT16), layout, fData.fs);
+  const UINT64 stamp = item.getTimeStamp();
+  fData.fs.time = time_of_stamp(stamp);
+  fData.fs.flags = flags_at(layout.tag, stamp);
+  return true;
 }
 
 // Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one
@@ -124,13 +147,10 @@ bool Reader::readSampleDirectly(const GZDItem& item) {
   if ((tag & SMP_PUPIL_SIZE) == 0) return false;
   const UINT64 stamp = item.getTimeStamp();
   const UINT32 time = time_of_stamp(stamp);
-  if (tag == presetTag && (tag & SMP_EXTENDED) == 0) {
-    decode_into_preset_sample(file, state, tag, time, fData.fs);
-  } else {
-    presetTag = 0;
-    decode_sample(file, state, tag, time, fData.fs);
-    presetTag = tag;
-  }
+  presetTag = 0;
+  preset_sample(tag, fData.fs);
+  decode_into_preset_sample(file, state, layoutFor(tag), time, fData.fs);
+  presetTag = tag;
   fData.fs.time = time;
   fData.fs.flags = flags_at(tag, stamp);
   return true;
@@ -167,7 +187,8 @@ void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
     if (tag != queuePresetTag) preset_sample(tag, queuePreset);
     queuePresetTag = tag;
     static_cast<FSAMPLE&>(sample) = queuePreset;
-    decode_into_preset_sample(file, state, tag, time_of_stamp(item.getTimeStamp()), sample);
+    decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
+                              sample);
     sample.flags = flags_at(tag, item.getTimeStamp());
   }
   sample.updateTimeStamp(item.getTimeStamp());

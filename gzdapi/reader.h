@@ -13,6 +13,7 @@
 #include "event_pairing.h"
 #include "index.h"
 #include "long_message.h"
+#include "sample_layout.h"
 #include "stream_state.h"
 
 class Reader : public SampleSource {
@@ -61,6 +62,7 @@ class Reader : public SampleSource {
 
   int readItem(UINT32 itemIndex);
   void readSample(UINT32 itemIndex, const GZDItem& item);
+  bool readLikeTheOneBefore(const GZDItem& item);
   bool readSampleDirectly(const GZDItem& item);
   void readSampleFromQueue(UINT32 itemIndex, const Recording* block);
   void readEvent(UINT32 itemIndex, const GZDItem& item);
@@ -68,8 +70,13 @@ class Reader : public SampleSource {
   void assembleLongMessage(const GZDItem& item);
   void decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event);
 
+  [[nodiscard]] bool isInEpoch(INT64 position) const {
+    return position >= epochBegin && position < epochEnd;
+  }
+  void enterEpochOf(INT64 position);
   void goTo(INT64 position);
   UINT16 goToSample(const GZDItem& item);
+  const SampleLayout& layoutFor(UINT16 tag);
   const Stretch& stretchAt(UINT32 itemIndex);
   void makeDummy(UINT32 itemIndex, Sample& sample);
   [[nodiscard]] UINT32 recordedSampleNear(UINT32 itemIndex);
@@ -83,13 +90,16 @@ class Reader : public SampleSource {
   SampleQueue queue;
   unsigned velocityKinds = GZD_VELOCITY_ALL;
 
-  std::size_t epoch = 0;
+  // Between these places the parameters in force hold.
+  INT64 epochBegin = 0;
+  INT64 epochEnd = -1;
   Stretch stretch;
   DummyModel model;
 
   ALLF_DATA fData{};
   int recordType = 0;
   UINT16 presetTag = 0;   // fData is a sample preset for this tag; 0 when it is not
+  SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none
   FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
   UINT16 queuePresetTag = 0;
   MessageText lstring_buffer;

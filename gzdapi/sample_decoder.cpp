@@ -1,18 +1,17 @@
 // A sample record is a time, the fixed fields that its tag word announces, and up to two chains of
-// blocks. Nearly always the whole fixed part lies in the stream's window: one check, then unchecked
-// reads (BytesAt). Near the end of the stream the same code reads value by value (CheckedReads), so
-// that a cut record is reported at the very value that is missing.
+// blocks. Nearly always the whole fixed part lies in the stream's window: one check, and it is
+// decoded where it lies (sample_layout). Near the end of the stream it is read value by value, so
+// that a cut record is reported at the very value that is missing. So are blocks: unchecked when
+// they are whole in the window (BytesAt), value by value otherwise (CheckedReads).
 #include "sample_decoder.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "Sample.h"
 
 namespace {
 
-constexpr INT16 STORED_MISSING = -32768;
-constexpr int FIRST_SCALED_PUPIL = 4;  // the tracker generation from which pupil sizes are scaled
 constexpr UINT32 HEAD_MARKERS_NOT_RECORDED = 0xFFFF8000u;
-constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscaled
 
 constexpr float ANGLE_UNITS_PER_DEGREE = 182.0f;
 constexpr float POSITION_UNITS_PER_MM = 10.0f;
@@ -22,10 +21,6 @@ constexpr int HEAD_TARGET_LENGTH = 24, HEAD_TARGET_KIND = 1;
 constexpr int HEAD_POSE_LENGTH = 92, HEAD_POSE_KIND = 2;
 constexpr int ELLIPSE_LENGTH = 56, LONG_ELLIPSE_LENGTH = 72, ELLIPSE_KIND = 3;
 
-// Values of both eyes are made side by side.
-using Ints4 = INT32 __attribute__((vector_size(16)));
-using Floats4 = float __attribute__((vector_size(16)));
-
 class BytesAt {
  public:
   explicit BytesAt(const byte* start) : at(start) {}
@@ -34,7 +29,6 @@ class BytesAt {
     at += 2;
     return value;
   }
-  byte octet() { return *at++; }
   UINT32 integer() {
     const UINT32 value = load_be32(at);
     at += 4;
@@ -51,7 +45,6 @@ class CheckedReads {
  public:
   explicit CheckedReads(InputStream& in) : stream(in) {}
   INT16 word() { return stream.getWord(); }
-  byte octet() { return stream.getByte(); }
   UINT32 integer() { return static_cast<UINT32>(stream.getInt()); }
   float real() { return stream.getFloat(); }
 
@@ -59,114 +52,54 @@ class CheckedReads {
   InputStream& stream;
 };
 
-// What a stored word stands for.
-struct Plain {
-  float operator()(INT16 stored) const { return static_cast<float>(stored); }
-  Floats4 operator()(Ints4 stored) const { return __builtin_convertvector(stored, Floats4); }
-};
-
-struct Scaled {
-  float divisor;
-
-  float operator()(INT16 stored) const {
-    return stored == STORED_MISSING ? MISSING_DATA : Plain()(stored) / divisor;
-  }
-  Floats4 operator()(Ints4 stored) const {
-    const Floats4 missing = {MISSING_DATA, MISSING_DATA, MISSING_DATA, MISSING_DATA};
-    return stored == STORED_MISSING ? missing : Plain()(stored) / divisor;
-  }
-};
-
-inline Scaled scaled_by(float prescale) {
-  return {prescale >= SMALLEST_PRESCALE ? prescale : 1.0f};
-}
-
 inline bool has(UINT16 tag, unsigned bits) {
   return (tag & bits) != 0;
 }
 
-template <class Source>
-UINT32 read_time(Source& in, StreamState& state, UINT16 tag, UINT32 expectedTime) {
-  UINT32 time;
-  if (has(tag, SMP_TIME_ABSOLUTE)) {
-    time = in.integer();
-  } else {
-    time = state.curr_time + in.octet();
-    if (expectedTime != 0) time = expectedTime;
-  }
-  state.curr_time = time;
-  return time;
+// ---- the fixed part, value by value
+// -------------------------------------------------------------
+
+UINT32 read_time(InputStream& in, UINT32 previousTime, const SampleLayout& layout) {
+  if (layout.timeLength == 1) return previousTime + in.getByte();
+  return static_cast<UINT32>(in.getInt());
 }
 
-// A pair of coordinates for each present eye, `value` applied to each stored word.
-template <class Source, class Value>
-void read_positions(Source& in, UINT16 tag, float* x, float* y, Value value) {
-  if (has(tag, SMP_LEFT) && has(tag, SMP_RIGHT)) {
-    Ints4 words;
-    for (const int lane : {0, 2, 1, 3}) words[lane] = in.word();
-    const Floats4 values = value(words);
-    std::memcpy(x, &values, 2 * sizeof(float));
-    std::memcpy(y, reinterpret_cast<const float*>(&values) + 2, 2 * sizeof(float));
-    return;
-  }
-  if (has(tag, SMP_LEFT)) {
-    x[0] = value(in.word());
-    y[0] = value(in.word());
-  }
-  if (has(tag, SMP_RIGHT)) {
-    x[1] = value(in.word());
-    y[1] = value(in.word());
+template <class Value>
+void read_positions(InputStream& in, const SampleLayout& layout, float* x, float* y, Value value) {
+  for (int eye = layout.firstEye; eye < layout.firstEye + layout.eyes; ++eye) {
+    x[eye] = value(in.getWord());
+    y[eye] = value(in.getWord());
   }
 }
 
-template <class Source, class Value>
-void read_sizes(Source& in, UINT16 tag, float* pa, Value value) {
-  if (has(tag, SMP_LEFT) && has(tag, SMP_RIGHT)) {
-    Ints4 words = {0, 0, 0, 0};
-    for (const int lane : {0, 1}) words[lane] = in.word();
-    const Floats4 values = value(words);
-    std::memcpy(pa, &values, 2 * sizeof(float));
-    return;
-  }
-  if (has(tag, SMP_LEFT)) pa[0] = value(in.word());
-  if (has(tag, SMP_RIGHT)) pa[1] = value(in.word());
+template <class Value>
+void read_sizes(InputStream& in, const SampleLayout& layout, float* pa, Value value) {
+  for (int eye = layout.firstEye; eye < layout.firstEye + layout.eyes; ++eye)
+    pa[eye] = value(in.getWord());
 }
 
-template <class Source>
-void read_pupil_sizes(Source& in, const StreamState& state, UINT16 tag, float* pa) {
-  // Older trackers store plain integers, without a word for missing.
-  if (state.ovilo_revision < FIRST_SCALED_PUPIL) return read_sizes(in, tag, pa, Plain());
-  read_sizes(in, tag, pa, scaled_by(state.parameters.pupil_prescale));
-}
-
-template <class Source>
-void read_head_data(Source& in, FSAMPLE& sample) {
-  sample.htype = in.octet();
-  const int count = std::min(sample.htype & 15, MAX_HEAD_WORDS);
+void read_head_data(InputStream& in, FSAMPLE& sample) {
+  sample.htype = in.getByte();
   std::fill(std::begin(sample.hdata), std::end(sample.hdata), INT16{0});
-  for (int i = 0; i < count; ++i) sample.hdata[i] = in.word();
+  for (int i = 0; i < head_words(sample.htype); ++i) sample.hdata[i] = in.getWord();
 }
 
-template <class Source>
-void read_fixed_part(Source& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
-                     FSAMPLE& sample) {
-  sample.time = read_time(in, state, tag, expectedTime);
-  const Scaled as_gaze = scaled_by(state.parameters.gaze_prescale);
-
-  if (has(tag, SMP_PUPIL_POS)) read_positions(in, tag, sample.px, sample.py, Plain());
-  if (has(tag, SMP_HREF)) read_positions(in, tag, sample.hx, sample.hy, Plain());
-  if (has(tag, SMP_GAZE)) read_positions(in, tag, sample.gx, sample.gy, as_gaze);
-  if (has(tag, SMP_RESOLUTION)) {
-    sample.rx = as_gaze(in.word());
-    sample.ry = as_gaze(in.word());
-  } else {
-    sample.rx = sample.ry = MISSING_DATA;
-  }
-  if (has(tag, SMP_PUPIL_SIZE)) read_pupil_sizes(in, state, tag, sample.pa);
-  if (has(tag, SMP_STATUS)) sample.errors = static_cast<UINT16>(in.word());
-  if (has(tag, SMP_INPUT)) sample.input = static_cast<UINT16>(in.word());
-  if (has(tag, SMP_BUTTONS)) sample.buttons = static_cast<UINT16>(in.word());
-  if (has(tag, SMP_HEAD_DATA)) read_head_data(in, sample);
+// What decode_fixed_part does, from a stream that may end at any value.
+void read_fixed_part(InputStream& in, const SampleLayout& layout, FSAMPLE& sample) {
+  const auto word = [&in] { return static_cast<UINT16>(in.getWord()); };
+  if (layout.pupilPositions != 0) read_positions(in, layout, sample.px, sample.py, Plain());
+  if (layout.href != 0) read_positions(in, layout, sample.hx, sample.hy, Plain());
+  if (layout.gaze != 0) read_positions(in, layout, sample.gx, sample.gy, layout.asGaze);
+  sample.rx = layout.resolution != 0 ? layout.asGaze(in.getWord()) : MISSING_DATA;
+  sample.ry = layout.resolution != 0 ? layout.asGaze(in.getWord()) : MISSING_DATA;
+  if (layout.pupilSizes != 0 && layout.hasScaledSizes)
+    read_sizes(in, layout, sample.pa, layout.asSize);
+  else if (layout.pupilSizes != 0)
+    read_sizes(in, layout, sample.pa, Plain());
+  if (layout.status != 0) sample.errors = word();
+  if (layout.input != 0) sample.input = word();
+  if (layout.buttons != 0) sample.buttons = word();
+  if (layout.headData != 0) read_head_data(in, sample);
 }
 
 // ---- chains of blocks
@@ -318,44 +251,16 @@ void skip_blocks(InputStream& in) {
 // ---- the scan's view
 // -------------------------------------------------------------------------------
 
-GlanceLayout layout_of(UINT16 tag, const StreamState& state) {
-  const int eyes = (has(tag, SMP_LEFT) ? 1 : 0) + (has(tag, SMP_RIGHT) ? 1 : 0);
-  GlanceLayout layout;
-  int offset = 0;
-  const auto place = [&offset](bool present, int length) {
-    const int at = present ? offset : 0;
-    offset += present ? length : 0;
-    return static_cast<byte>(at);
-  };
-  layout.tag = tag;
-  layout.hasBlocks = has(tag, SMP_EXTENDED | SMP_SKIP_BLOCKS);
-  layout.hasWordForMissing = state.ovilo_revision >= FIRST_SCALED_PUPIL;
-  layout.timeLength = has(tag, SMP_TIME_ABSOLUTE) ? 4 : 1;
-  offset = layout.timeLength;
-  place(has(tag, SMP_PUPIL_POS), 4 * eyes);
-  place(has(tag, SMP_HREF), 4 * eyes);
-  place(has(tag, SMP_GAZE), 4 * eyes);
-  place(has(tag, SMP_RESOLUTION), 4);
-  layout.eyesWithSize = static_cast<byte>(has(tag, SMP_PUPIL_SIZE) ? eyes : 0);
-  layout.pupilSizes = place(has(tag, SMP_PUPIL_SIZE), 2 * eyes);
-  place(has(tag, SMP_STATUS), 2);
-  layout.input = place(has(tag, SMP_INPUT), 2);
-  place(has(tag, SMP_BUTTONS), 2);
-  layout.headData = place(has(tag, SMP_HEAD_DATA), 1);
-  layout.end = static_cast<byte>(offset);
-  return layout;
-}
-
-void glance_near_the_end(InputStream& in, StreamState& state, UINT16 tag, SampleGlance& glance) {
+void glance_near_the_end(InputStream& in, StreamState& state, const SampleLayout& layout,
+                         SampleGlance& glance) {
   FSAMPLE sample{};
-  preset_sample(tag, sample);
-  CheckedReads source(in);
-  read_fixed_part(source, state, tag, 0, sample);
-  glance.time = sample.time;
+  preset_sample(layout.tag, sample);
+  glance.time = state.curr_time = read_time(in, state.curr_time, layout);
+  read_fixed_part(in, layout, sample);
   glance.input = sample.input;
   glance.htype = sample.htype;
-  for (int eye = 0; has(tag, SMP_PUPIL_SIZE) && eye < 2; ++eye) {
-    if (has(tag, eye == 0 ? SMP_LEFT : SMP_RIGHT)) glance.hasNegativePupil |= sample.pa[eye] < 0.0f;
+  for (int eye = 0; layout.pupilSizes != 0 && eye < 2; ++eye) {
+    if (has(layout.tag, eye_flag(eye))) glance.hasNegativePupil |= sample.pa[eye] < 0.0f;
   }
 }
 
@@ -392,39 +297,42 @@ void preset_sample(UINT16 tag, FSAMPLE& s) {
   }
 }
 
-void decode_into_preset_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
-                               FSAMPLE& sample) {
-  state.sam_data |= tag;
-  if (const byte* start = in.peek(LONGEST_FIXED_PART)) {
-    BytesAt source(start);
-    read_fixed_part(source, state, tag, expectedTime, sample);
-    in.take(static_cast<std::size_t>(source.position() - start));
+void decode_into_preset_sample(InputStream& in, StreamState& state, const SampleLayout& layout,
+                               UINT32 expectedTime, FSAMPLE& sample) {
+  state.sam_data |= layout.tag;
+  const byte* const body = in.peek(LONGEST_FIXED_PART);
+  sample.time = body != nullptr ? recorded_time(body, state.curr_time, layout)
+                                : read_time(in, state.curr_time, layout);
+  if (expectedTime != 0 && layout.timeLength == 1) sample.time = expectedTime;
+  state.curr_time = sample.time;
+  if (body != nullptr) {
+    decode_fixed_part(body, layout, sample);
+    in.take(length_with_head_data(body, layout));
   } else {
-    CheckedReads source(in);
-    read_fixed_part(source, state, tag, expectedTime, sample);
+    read_fixed_part(in, layout, sample);
   }
-  if (has(tag, SMP_EXTENDED)) read_extended_blocks(in, state.parameters, sample);
-  if (has(tag, SMP_SKIP_BLOCKS)) skip_blocks(in);
+  if (has(layout.tag, SMP_EXTENDED)) read_extended_blocks(in, state.parameters, sample);
+  if (has(layout.tag, SMP_SKIP_BLOCKS)) skip_blocks(in);
 }
 
 void decode_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
                    FSAMPLE& sample) {
   preset_sample(tag, sample);
-  decode_into_preset_sample(in, state, tag, expectedTime, sample);
+  decode_into_preset_sample(in, state, layout_of(tag, state), expectedTime, sample);
 }
 
 SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
-                              GlanceLayout& layout) {
+                              SampleLayout& layout) {
   if (layout.tag != tag) layout = layout_of(tag, state);
   state.sam_data |= tag;
   SampleGlance glance;
   glance.flags = tag;
-  if (const byte* start = in.peek(LONGEST_FIXED_PART)) {
-    in.take(glance_at_fixed_part(start, state.curr_time, layout, glance));
-    state.curr_time = glance.time;
+  if (const byte* const body = in.peek(LONGEST_FIXED_PART)) {
+    in.take(glance_at_fixed_part(body, state.curr_time, layout, glance));
   } else {
-    glance_near_the_end(in, state, tag, glance);
+    glance_near_the_end(in, state, layout, glance);
   }
+  state.curr_time = glance.time;
   if (!layout.hasBlocks) return glance;
   if (has(tag, SMP_EXTENDED)) skip_extended_blocks(in, state.parameters);
   if (has(tag, SMP_SKIP_BLOCKS)) skip_blocks(in);

@@ -4,21 +4,21 @@
 // The comparison is not a strict weak order: a message and an earlier sample of one stamp, and a
 // start and an end of blink of different eyes, each come first. The order that std::sort makes of
 // that, window by window, is the order of the index. A window that is in strict order already, in
-// both directions of every comparison, has only that one order and is left alone. Any other is
-// sorted between two guards, so that no scan of std::sort leaves it, whatever the comparison says.
+// both directions of every comparison, has only that one order and is left alone. One whose strays,
+// merged in, make such an order is given it. Any other is sorted between two guards, so that no
+// scan of std::sort leaves it, whatever the comparison says.
 #include "time_order.h"
 
 #include <algorithm>
 #include <array>
+
+#include "stray_merge.h"
 
 namespace {
 
 constexpr std::size_t SORTED_WHOLE = 20000;
 constexpr std::size_t WINDOW = 13500;
 constexpr std::size_t OVERLAP = 3000;
-
-// Runs of one stamp longer than this are not checked pair by pair.
-constexpr std::size_t LONGEST_CHECKED_RUN = 32;
 
 enum class Kind : byte { Other, Opening, Closing, Sample, FileOrdered, Message };
 
@@ -114,7 +114,7 @@ bool strictly_before(const GZDItem& a, const GZDItem& b) {
 
 // Whether items of one stamp have only one order, and stand in it.
 bool run_is_strictly_ordered(const ItemList& items, std::size_t first, std::size_t last) {
-  if (last - first > LONGEST_CHECKED_RUN) return false;
+  if (last - first > StrayMerge::LONGEST_RUN) return false;
   for (std::size_t a = first; a != last; ++a) {
     for (std::size_t b = a + 1; b != last; ++b) {
       if (!strictly_before(items[a], items[b])) return false;
@@ -139,11 +139,12 @@ bool is_strictly_ordered(const ItemList& items, std::size_t first, std::size_t l
 
 class WindowSorter {
  public:
-  explicit WindowSorter(ItemList& list) : items(list) {}
+  explicit WindowSorter(ItemList& list) : items(list), strayMerge(list, before_at_one_stamp) {}
 
   // Sorts a window that is not empty. Returns whether anything moved.
   bool sort(std::size_t first, std::size_t last) {
     if (is_strictly_ordered(items, first, last)) return false;
+    if (strayMerge.run(first, last)) return true;
     window.clear();
     for (std::size_t place = first; place != last; ++place) window.push_back(items[place]);
     entries.clear();
@@ -169,6 +170,7 @@ class WindowSorter {
   }
 
   ItemList& items;
+  StrayMerge strayMerge;
   std::vector<GZDItem> window;
   std::vector<Entry> entries;
   std::vector<ItemList::Packed> sorted;

@@ -9,6 +9,8 @@ class TimeShift {
  public:
   explicit TimeShift(bool disabled) : disableTimeFix(disabled) {}
 
+  // True when no time of the file will be shifted.
+  [[nodiscard]] bool isOff() const { return disableTimeFix; }
   // Shifts the times of a record of the given element type. `minTime` and `maxTime` are the time of
   // the file's first record and its largest.
   void adjustTimes(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime) {

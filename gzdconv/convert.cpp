@@ -151,6 +151,12 @@ bool is_uncounted_event(int code) {
   return code >= GZD_START_SAMPLES && code <= GZD_END_EVENTS;
 }
 
+// The elements that leave a trace in the text, samples apart.
+bool is_converted(int code) {
+  return code == GZD_MESSAGE || code == GZD_RECORDING || is_counted_event(code) ||
+         is_uncounted_event(code);
+}
+
 // The walk over the elements of one recording, and its counts.
 class Conversion {
  public:
@@ -196,9 +202,7 @@ void Conversion::run() {
 }
 
 void Conversion::convert(int code) {
-  const bool handled = code == GZD_SAMPLE || code == GZD_MESSAGE || code == GZD_RECORDING ||
-                       is_counted_event(code) || is_uncounted_event(code);
-  if (!handled) return;
+  if (code != GZD_SAMPLE && !is_converted(code)) return;
   ALLF_DATA* const record = fetch();
   if (record == nullptr) {
     ++unread_;

@@ -2,6 +2,7 @@
 // it, and its labels. Plan and header are both read off it.
 #include "sample_columns.h"
 
+#include <array>
 #include <charconv>
 #include <cstring>
 #include <string_view>
@@ -23,32 +24,42 @@ constexpr int word_decimals = 1;
 
 // ---- time ---------------------------------------------------------------------------------------
 
+constexpr std::array<std::array<char, 2>, 100> make_digit_pairs() {
+  std::array<std::array<char, 2>, 100> pairs{};
+  for (std::size_t n = 0; n < pairs.size(); ++n)
+    pairs[n] = {static_cast<char>('0' + n / 10), static_cast<char>('0' + n % 10)};
+  return pairs;
+}
+
+constexpr auto digit_pairs = make_digit_pairs();
+
 // The digits of time / 100: they stay for most samples, so that two digits a sample are new.
 class TimeDigits {
  public:
   void append(UINT32 time) {
-    if (time < 100) {
-      lpbuffer.append_unsigned(time);
-      return;
-    }
-    if (time / 100 != hundreds_) keep(time / 100);
+    if (time - base_ >= 100 && !keep(time)) return;
     char* const place = lpbuffer.cursor();
     std::memcpy(place, text_, sizeof text_);
-    place[length_] = static_cast<char>('0' + time / 10 % 10);
-    place[length_ + 1] = static_cast<char>('0' + time % 10);
+    std::memcpy(place + length_, digit_pairs[time - base_].data(), 2);
     lpbuffer.set_cursor(place + length_ + 2);
   }
 
  private:
-  void keep(UINT32 hundreds) {
-    hundreds_ = hundreds;
-    length_ =
-        static_cast<std::size_t>(std::to_chars(text_, text_ + sizeof text_, hundreds).ptr - text_);
+  // Returns false for a time of fewer digits, which it appends.
+  bool keep(UINT32 time) {
+    if (time < 100) {
+      lpbuffer.append_unsigned(time);
+      return false;
+    }
+    base_ = time - time % 100;
+    length_ = static_cast<std::size_t>(std::to_chars(text_, text_ + sizeof text_, base_ / 100).ptr -
+                                       text_);
+    return true;
   }
 
-  UINT32 hundreds_ = 0;  // no time of 100 and above has it
-  char text_[16] = {};
-  std::size_t length_ = 0;
+  UINT32 base_ = 100;
+  char text_[8] = {'1'};
+  std::size_t length_ = 1;
 };
 
 TimeDigits time_digits;
@@ -64,23 +75,50 @@ void append_buttons(const SampleLine& line) {
   print_value(word_decimals, line.sample.buttons);
 }
 
+struct StatusText {
+  std::array<char, 8> text{};
+  std::size_t length = 0;
+};
+
 // Interpolated, calibration warning, and for each printed eye missing and recovery.
-template <bool left_eye, bool right_eye>
-void append_status(const SampleLine& line) {
-  const unsigned word = line.sample.errors;
-  char* place = lpbuffer.cursor();
-  *place++ = '\t';
-  *place++ = mark(word, 0x1000, 'I');
-  if (printPoseFlags) *place++ = mark(word, 0x0002, 'W');
+constexpr StatusText make_status(unsigned word, bool pose, bool left_eye, bool right_eye) {
+  StatusText status;
+  const auto put = [&](char c) { status.text[status.length++] = c; };
+  put('\t');
+  put(mark(word, 0x1000, 'I'));
+  if (pose) put(mark(word, 0x0002, 'W'));
   if (left_eye) {
-    *place++ = mark(word, 0x0100, 'C');
-    *place++ = mark(word, 0x0400, 'R');
+    put(mark(word, 0x0100, 'C'));
+    put(mark(word, 0x0400, 'R'));
   }
   if (right_eye) {
-    *place++ = mark(word, 0x0200, 'C');
-    *place++ = mark(word, 0x0800, 'R');
+    put(mark(word, 0x0200, 'C'));
+    put(mark(word, 0x0800, 'R'));
   }
-  lpbuffer.set_cursor(place);
+  return status;
+}
+
+// Of the status words without calibration warning, by the bits from 0x0100 up to 0x1000.
+constexpr unsigned status_shift = 8;
+constexpr unsigned status_mask = 0x1F;
+
+template <bool left_eye, bool right_eye>
+constexpr std::array<StatusText, status_mask + 1> make_status_texts() {
+  std::array<StatusText, status_mask + 1> texts{};
+  for (unsigned bits = 0; bits <= status_mask; ++bits)
+    texts[bits] = make_status(bits << status_shift, false, left_eye, right_eye);
+  return texts;
+}
+
+template <bool left_eye, bool right_eye>
+void append_status(const SampleLine& line) {
+  static constexpr auto texts = make_status_texts<left_eye, right_eye>();
+  const unsigned word = line.sample.errors;
+  const StatusText status = printPoseFlags ? make_status(word, true, left_eye, right_eye)
+                                           : texts[word >> status_shift & status_mask];
+  char* const place = lpbuffer.cursor();
+  std::memcpy(place, status.text.data(), status.text.size());
+  lpbuffer.set_cursor(place + status.length);
 }
 
 void append_status_word(const SampleLine& line) {
@@ -121,9 +159,11 @@ bool screen_resolution(const Shape& s) {
 }
 
 constexpr ColumnGroup column_groups[] = {
-    {[](const Shape& s) { return s.left_printed; }, append_position<left>,
+    {[](const Shape& s) { return s.left_printed && s.right_printed; }, append_both_positions,
+     "left-x\tleft-y\tleft-p\tright-x\tright-y\tright-p\t"},
+    {[](const Shape& s) { return s.left_printed && !s.right_printed; }, append_position<left>,
      "left-x\tleft-y\tleft-p\t"},
-    {[](const Shape& s) { return s.right_printed; }, append_position<right>,
+    {[](const Shape& s) { return s.right_printed && !s.left_printed; }, append_position<right>,
      "right-x\tright-y\tright-p\t"},
     {screen_resolution, append_screen_resolution<left>, "left-rx\tleft-ry\t"},
     {screen_resolution, append_screen_resolution<right>, "right-rx\tright-ry\t"},

@@ -26,7 +26,7 @@ inline bool has_value(float value) {
 }
 
 // A letter for a set bit, else a full stop.
-inline char mark(unsigned word, unsigned bit, char letter) {
+constexpr char mark(unsigned word, unsigned bit, char letter) {
   return (word & bit) != 0 ? letter : '.';
 }
 

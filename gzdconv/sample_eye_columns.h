@@ -8,6 +8,9 @@
 template <int eye>
 void append_position(const SampleLine& line);
 
+// The same of the left eye and then of the right one.
+void append_both_positions(const SampleLine& line);
+
 // Pixels per degree by the physical set-up of the screen, x and y.
 template <int eye>
 void append_screen_resolution(const SampleLine& line);

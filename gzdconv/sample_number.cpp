@@ -5,22 +5,79 @@
 
 namespace {
 
-char* write_negative_tenths(char* place, float value) {
-  const std::uint32_t tenths = sample_number::rounded(static_cast<double>(-value) * 10.0);
-  if (tenths < 1000) {
-    std::memcpy(place, &sample_number::small_negatives[tenths], 8);
-  } else {
-    std::memcpy(place, &sample_number::heads[1][tenths / 1000], 4);
-    std::memcpy(place + 4, &sample_number::tails[0][tenths % 1000], 4);
-  }
-  return place + 8;
+using sample_number::Cell;
+using sample_number::rounded;
+using Quad = std::array<char, 4>;
+using Quads = std::array<Quad, 1000>;
+
+constexpr char digit_of(std::size_t number, std::size_t power) {
+  return static_cast<char>('0' + number / power % 10);
 }
+
+// "\t123", leading zeros blank, a minus sign in front of the first digit of a negative number.
+constexpr Quads make_heads(bool negative) {
+  Quads heads{};
+  for (std::size_t n = 0; n < heads.size(); ++n) {
+    Quad& head = heads[n] = {'\t', ' ', ' ', ' '};
+    std::size_t place = head.size();
+    for (std::size_t rest = n; rest != 0; rest /= 10) head[--place] = digit_of(rest, 1);
+    if (negative && n != 0 && place > 1) head[place - 1] = '-';
+  }
+  return heads;
+}
+
+// "45.6" behind other digits.
+constexpr Quads make_tails() {
+  Quads tails{};
+  for (std::size_t n = 0; n < tails.size(); ++n)
+    tails[n] = {digit_of(n, 100), digit_of(n, 10), '.', digit_of(n, 1)};
+  return tails;
+}
+
+// "\t   45.6", and "\t  -45.6" of a negative number, below 100.
+constexpr Cell make_small(std::size_t n, bool negative) {
+  const bool two_digits = n >= 100;
+  Cell cell{'\t', ' ',           ' ', ' ', two_digits ? digit_of(n, 100) : ' ', digit_of(n, 10),
+            '.',  digit_of(n, 1)};
+  if (negative) cell[two_digits ? 3 : 4] = '-';
+  return cell;
+}
+
+constexpr std::array<Quads, 2> heads = {make_heads(false), make_heads(true)};
+constexpr Quads tails = make_tails();
+
+constexpr Cell make_cell(std::size_t tenths, bool negative) {
+  if (tenths < 1000) return make_small(tenths, negative);
+  const Quad head = heads[negative][tenths / 1000];
+  const Quad tail = tails[tenths % 1000];
+  return {head[0], head[1], head[2], head[3], tail[0], tail[1], tail[2], tail[3]};
+}
+
+template <std::size_t count>
+constexpr std::array<Cell, count> make_cells(bool negative) {
+  std::array<Cell, count> cells{};
+  for (std::size_t n = 0; n < count; ++n) cells[n] = make_cell(n, negative);
+  return cells;
+}
+
+constexpr std::array<Cell, 1000> small_negatives = make_cells<1000>(true);
 
 }  // namespace
 
+constinit const std::array<Cell, sample_number::ready_count> sample_number::ready_cells =
+    make_cells<sample_number::ready_count>(false);
+
 char* write_any_tenths(char* place, float value) {
-  const bool fits_tables = std::signbit(value) && value > -9999.0f;
-  if (fits_tables && has_usual_form()) return write_negative_tenths(place, value);
+  const bool negative = std::signbit(value);
+  const float size = negative ? -value : value;
+  // One place is left for the sign.
+  if (has_usual_form() && size < (negative ? 9999.0F : 99999.0F)) {
+    const std::uint32_t tenths = rounded(static_cast<double>(size) * 10.0);
+    const bool small = negative && tenths < small_negatives.size();
+    const Cell cell = small ? small_negatives[tenths] : make_cell(tenths, negative);
+    std::memcpy(place, cell.data(), cell.size());
+    return place + cell.size();
+  }
   lpbuffer.set_cursor(place);
   print_value(1, value == NOT_RECORDED ? MISSING_DATA : value);
   return lpbuffer.cursor();

@@ -386,7 +386,7 @@ struct Glanced {
 
 // The layout stays from one record to the next, as it does in a scan.
 Glanced glance(const Bytes& body, UINT16 tag, const StreamState& state) {
-  static GlanceLayout layout;
+  static SampleLayout layout;
   CapturedLog log;
   MemoryStream in(body);
   Glanced glanced;
@@ -458,7 +458,7 @@ TEST(SampleDecoder, APresetSampleIsDecodedIntoAgainAndAgain) {
     Bytes body(200);
     for (auto& b : body) b = static_cast<std::uint8_t>(random());
     MemoryStream in(body);
-    decode_into_preset_sample(in, state, tag, 5, reused);
+    decode_into_preset_sample(in, state, layout_of(tag, state), 5, reused);
     const FSAMPLE fresh = decode(body, tag, state, 5).sample;
     ASSERT_EQ(std::memcmp(&fresh, &reused, sizeof fresh), 0);
   }

@@ -1,0 +1,147 @@
+// Where the fields of sample records with one tag lie, and records decoded by it. A record whose
+// fixed part is known to be whole in memory needs no more.
+#ifndef GZDAPI_SAMPLE_LAYOUT_H
+#define GZDAPI_SAMPLE_LAYOUT_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <iterator>
+
+#include "big_endian.h"
+#include "gzd_data.h"
+#include "sample_values.h"
+#include "stream_state.h"
+
+// The longest fixed part: time, positions of three kinds for two eyes, resolution, sizes, three
+// words, head data.
+constexpr std::size_t LONGEST_FIXED_PART = 4 + 3 * 8 + 4 + 4 + 3 * 2 + 1 + 8 * 2;
+constexpr int MAX_HEAD_WORDS = 8;
+
+// Offsets are from the record's body; 0 stands for a field that the record does not hold.
+struct SampleLayout {
+  UINT16 tag = 0;
+  bool hasBlocks = false;       // chains of blocks follow
+  bool hasScaledSizes = false;  // pupil sizes are scaled, and -32768 is missing
+  byte eyes = 0;                // how many
+  byte firstEye = 0;            // GZD_LEFT_EYE or GZD_RIGHT_EYE
+  byte timeLength = 0;
+  byte pupilPositions = 0;
+  byte href = 0;
+  byte gaze = 0;
+  byte resolution = 0;
+  byte pupilSizes = 0;
+  byte status = 0;
+  byte input = 0;
+  byte buttons = 0;
+  byte headData = 0;
+  byte end = 0;  // of the fixed part, head data left out
+  Scaled asGaze;
+  Scaled asSize;
+};
+
+// The layout under the parameters in force.
+SampleLayout layout_of(UINT16 tag, const StreamState& state);
+
+// What the scan needs of a sample.
+struct SampleGlance {
+  UINT32 time = 0;
+  UINT16 flags = 0;
+  UINT16 input = NOT_RECORDED_WORD;
+  INT16 htype = static_cast<INT16>(NOT_RECORDED_WORD);
+  bool hasNegativePupil = false;  // a recorded pupil size of a present eye lies below 0
+};
+
+inline int head_words(int htype) {
+  return std::min(htype & 15, MAX_HEAD_WORDS);
+}
+
+inline std::size_t length_with_head_data(const byte* body, const SampleLayout& layout) {
+  if (layout.headData == 0) return layout.end;
+  return layout.end + 2 * static_cast<std::size_t>(head_words(body[layout.headData]));
+}
+
+// The time of a record that follows one at `previousTime`.
+inline UINT32 recorded_time(const byte* body, UINT32 previousTime, const SampleLayout& layout) {
+  return layout.timeLength == 1 ? previousTime + *body : load_be32(body);
+}
+
+// Takes from the record at `body`, without its blocks, what the scan needs. Returns the length of
+// the fixed part.
+inline std::size_t glance_at_fixed_part(const byte* body, UINT32 previousTime,
+                                        const SampleLayout& layout, SampleGlance& glance) {
+  glance.time = recorded_time(body, previousTime, layout);
+  glance.flags = layout.tag;
+  glance.hasNegativePupil = false;
+  for (int eye = 0; layout.pupilSizes != 0 && eye < layout.eyes; ++eye) {
+    const INT16 size = load_be16s(body + layout.pupilSizes + 2 * eye);
+    glance.hasNegativePupil |= size < 0 && !(layout.hasScaledSizes && size == STORED_MISSING);
+  }
+  glance.input = layout.input != 0 ? load_be16(body + layout.input) : UINT16{NOT_RECORDED_WORD};
+  glance.htype =
+      layout.headData != 0 ? body[layout.headData] : static_cast<INT16>(NOT_RECORDED_WORD);
+  return length_with_head_data(body, layout);
+}
+
+namespace sample_fields {
+
+// A pair of coordinates for each present eye.
+template <class Value>
+void decode_positions(const byte* at, const SampleLayout& layout, float* x, float* y, Value value) {
+  if (layout.eyes == 2) {
+    const Floats4 values =
+        value(Ints4{load_be16s(at), load_be16s(at + 4), load_be16s(at + 2), load_be16s(at + 6)});
+    std::memcpy(x, &values, 2 * sizeof(float));
+    std::memcpy(y, reinterpret_cast<const float*>(&values) + 2, 2 * sizeof(float));
+  } else if (layout.eyes == 1) {
+    x[layout.firstEye] = value(load_be16s(at));
+    y[layout.firstEye] = value(load_be16s(at + 2));
+  }
+}
+
+template <class Value>
+void decode_sizes(const byte* at, const SampleLayout& layout, float* pa, Value value) {
+  if (layout.eyes == 2) {
+    const Floats4 values = value(Ints4{load_be16s(at), load_be16s(at + 2), 0, 0});
+    std::memcpy(pa, &values, 2 * sizeof(float));
+  } else if (layout.eyes == 1) {
+    pa[layout.firstEye] = value(load_be16s(at));
+  }
+}
+
+inline void decode_head_data(const byte* at, FSAMPLE& sample) {
+  sample.htype = *at;
+  std::fill(std::begin(sample.hdata), std::end(sample.hdata), INT16{0});
+  for (int i = 0; i < head_words(*at); ++i) sample.hdata[i] = load_be16s(at + 1 + 2 * i);
+}
+
+}  // namespace sample_fields
+
+// Decodes the fixed part at `body`, but for the time, into a sample preset for the layout's tag.
+inline void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
+  using namespace sample_fields;
+  if (layout.pupilPositions != 0)
+    decode_positions(body + layout.pupilPositions, layout, sample.px, sample.py, Plain());
+  if (layout.href != 0) decode_positions(body + layout.href, layout, sample.hx, sample.hy, Plain());
+  if (layout.gaze != 0)
+    decode_positions(body + layout.gaze, layout, sample.gx, sample.gy, layout.asGaze);
+  if (layout.resolution != 0) {
+    sample.rx = layout.asGaze(load_be16s(body + layout.resolution));
+    sample.ry = layout.asGaze(load_be16s(body + layout.resolution + 2));
+  } else {
+    sample.rx = sample.ry = MISSING_DATA;
+  }
+  if (layout.pupilSizes != 0) {
+    // Older trackers store plain integers, without a word for missing.
+    if (layout.hasScaledSizes)
+      decode_sizes(body + layout.pupilSizes, layout, sample.pa, layout.asSize);
+    else
+      decode_sizes(body + layout.pupilSizes, layout, sample.pa, Plain());
+  }
+  if (layout.status != 0) sample.errors = load_be16(body + layout.status);
+  if (layout.input != 0) sample.input = load_be16(body + layout.input);
+  if (layout.buttons != 0) sample.buttons = load_be16(body + layout.buttons);
+  if (layout.headData != 0) decode_head_data(body + layout.headData, sample);
+}
+
+#endif

@@ -1,0 +1,35 @@
+// What the stored words of a sample stand for, one word or those of both eyes side by side.
+#ifndef GZDAPI_SAMPLE_VALUES_H
+#define GZDAPI_SAMPLE_VALUES_H
+
+#include "gzd_data.h"
+
+constexpr INT16 STORED_MISSING = -32768;
+constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscaled
+
+using Ints4 = INT32 __attribute__((vector_size(16)));
+using Floats4 = float __attribute__((vector_size(16)));
+
+struct Plain {
+  float operator()(INT16 stored) const { return static_cast<float>(stored); }
+  Floats4 operator()(Ints4 stored) const { return __builtin_convertvector(stored, Floats4); }
+};
+
+// A word divided by a divisor in single precision, or MISSING_DATA.
+struct Scaled {
+  float divisor = 1.0f;
+
+  float operator()(INT16 stored) const {
+    return stored == STORED_MISSING ? MISSING_DATA : Plain()(stored) / divisor;
+  }
+  Floats4 operator()(Ints4 stored) const {
+    const Floats4 missing = {MISSING_DATA, MISSING_DATA, MISSING_DATA, MISSING_DATA};
+    return stored == STORED_MISSING ? missing : Plain()(stored) / divisor;
+  }
+};
+
+inline Scaled scaled_by(float prescale) {
+  return {prescale >= SMALLEST_PRESCALE ? prescale : 1.0f};
+}
+
+#endif
