@@ -4,15 +4,15 @@
 // The comparison is not a strict weak order: a message and an earlier sample of one stamp, and a
 // start and an end of blink of different eyes, each come first. The order that std::sort makes of
 // that, window by window, is the order of the index. A window that is in strict order already, in
-// both directions of every comparison, has only that one order and is left alone. One whose strays,
-// merged in, make such an order is given it. Any other is sorted between two guards, so that no
-// scan of std::sort leaves it, whatever the comparison says.
+// both directions of every comparison, has only that one order and is left alone. One that a few moves
+// bring into such an order is given it. Any other is sorted between two guards, so that no scan of
+// std::sort leaves it, whatever the comparison says.
 #include "time_order.h"
 
 #include <algorithm>
 #include <array>
 
-#include "stray_merge.h"
+#include "insertion_order.h"
 
 namespace {
 
@@ -108,43 +108,14 @@ bool entry_before(const Entry& a, const Entry& b) {
   return before_at_one_stamp(*a.item, *b.item);
 }
 
-bool strictly_before(const GZDItem& a, const GZDItem& b) {
-  return before_at_one_stamp(a, b) && !before_at_one_stamp(b, a);
-}
-
-// Whether items of one stamp have only one order, and stand in it.
-bool run_is_strictly_ordered(const ItemList& items, std::size_t first, std::size_t last) {
-  if (last - first > StrayMerge::LONGEST_RUN) return false;
-  for (std::size_t a = first; a != last; ++a) {
-    for (std::size_t b = a + 1; b != last; ++b) {
-      if (!strictly_before(items[a], items[b])) return false;
-    }
-  }
-  return true;
-}
-
-bool is_strictly_ordered(const ItemList& items, std::size_t first, std::size_t last) {
-  std::size_t run = first;
-  UINT64 stamp = items.stampAt(first);
-  for (std::size_t place = first + 1; place != last; ++place) {
-    const UINT64 next = items.stampAt(place);
-    if (next == stamp) continue;
-    if (next < stamp) return false;
-    if (place - run > 1 && !run_is_strictly_ordered(items, run, place)) return false;
-    run = place;
-    stamp = next;
-  }
-  return last - run == 1 || run_is_strictly_ordered(items, run, last);
-}
-
 class WindowSorter {
  public:
-  explicit WindowSorter(ItemList& list) : items(list), strayMerge(list, before_at_one_stamp) {}
+  explicit WindowSorter(ItemList& list) : items(list), insertion(list, before_at_one_stamp) {}
 
   // Sorts a window that is not empty. Returns whether anything moved.
   bool sort(std::size_t first, std::size_t last) {
-    if (is_strictly_ordered(items, first, last)) return false;
-    if (strayMerge.run(first, last)) return true;
+    if (insertion.isStrict(first, last)) return false;
+    if (insertion.make(first, last)) return true;
     window.clear();
     for (std::size_t place = first; place != last; ++place) window.push_back(items[place]);
     entries.clear();
@@ -170,7 +141,7 @@ class WindowSorter {
   }
 
   ItemList& items;
-  StrayMerge strayMerge;
+  InsertionOrder insertion;
   std::vector<GZDItem> window;
   std::vector<Entry> entries;
   std::vector<ItemList::Packed> sorted;

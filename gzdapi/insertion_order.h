@@ -1,0 +1,35 @@
+// Puts a window of the index in order whose entries are nearly all in order: the few that come
+// late, such as the ends of events, are moved back one by one.
+#ifndef GZDAPI_INSERTION_ORDER_H
+#define GZDAPI_INSERTION_ORDER_H
+
+#include <vector>
+
+#include "item_list.h"
+
+class InsertionOrder {
+ public:
+  using Comparison = bool (*)(const GZDItem&, const GZDItem&);
+
+  // `comparison` tells whether an entry comes before another one of the same stamp.
+  InsertionOrder(ItemList& list, Comparison comparison) : items(list), comesBefore(comparison) {}
+
+  // Whether the entries from `first` up to `last`, which are not none, have only one order, and
+  // stand in it: of any two, one comes first. Also false when too many are of one stamp.
+  [[nodiscard]] bool isStrict(std::size_t first, std::size_t last) const;
+
+  // Puts them into that order. Returns false, and changes nothing, when there is more than one, or
+  // when it is far from the one they have.
+  bool make(std::size_t first, std::size_t last);
+
+ private:
+  bool insertAll(std::size_t first, std::size_t last);
+  [[nodiscard]] std::size_t placeOf(std::size_t entry, std::size_t first) const;
+  [[nodiscard]] bool runIsStrict(std::size_t first, std::size_t last) const;
+
+  ItemList& items;
+  Comparison comesBefore;
+  std::vector<ItemList::Packed> original;
+};
+
+#endif
