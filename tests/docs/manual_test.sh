@@ -2,6 +2,7 @@
 # manual_test.sh CHECK ARGUMENT...: holds the pages of the manual against the program.
 #   options PAGE OPTION_PARSER.cpp GZDCONV README   every option, both ways
 #   synth PAGE GZDSYNTH                             the same of gzdsynth
+#   diagnostics PAGE SOURCE...                      messages told by the page
 #   functions PAGE HEADER                           functions and the example of the library
 #   rendering PAGE...                               no warnings; 77 when no reader is there
 set -euo pipefail
@@ -85,6 +86,26 @@ check_synth() {
   same "options of the page and of gzdsynth" "$work/page" "$work/usage"
 }
 
+# The longest fixed part of each message of the page stands in a source.
+check_diagnostics() {
+  local page=$1 part
+  shift
+  sed -n '/^\.Bl -diag/,/^\.El/s/^\.It //p' "$page" | tr -d '"' |
+    awk '{
+      count = split($0, parts, /%[a-z]|\.\.\./)
+      longest = ""
+      for (i = 1; i <= count; i++) {
+        gsub(/^ +| +$/, "", parts[i])
+        if (length(parts[i]) > length(longest)) longest = parts[i]
+      }
+      print longest
+    }' >"$work/parts"
+  [[ -s $work/parts ]] || fail "no diagnostics were found"
+  while IFS= read -r part; do
+    grep -qF -e "$part" "$@" || fail "no source holds this message: $part"
+  done <"$work/parts"
+}
+
 check_functions() {
   local page=$1 header=$2
   sed -n 's/^\.Fo //p' "$page" | sort >"$work/page"
@@ -134,6 +155,7 @@ shift
 case "$check" in
   options) check_options "$@" ;;
   synth) check_synth "$@" ;;
+  diagnostics) check_diagnostics "$@" ;;
   functions) check_functions "$@" ;;
   rendering) check_rendering "$@" ;;
   *) fail "no check $check" ;;
