@@ -1,0 +1,67 @@
+"""Tells what became of every recording: report.py write PLAN | report.py verdict PLAN"""
+
+import glob
+import os
+import shutil
+import sys
+
+from recordings import Recording
+from state import CONVERTED, FAILED, PENDING, STOPPED, latest_results, load, state_folder, still_true
+
+COLUMNS = ("status", "recording", "text", "time", "message")
+
+
+def report_rows(plan):
+    """A row of COLUMNS for each recording, in the order of the list."""
+    results = latest_results(plan["output"])
+    for recording in (Recording(*one) for one in plan["recordings"]):
+        row = results.get(recording.path)
+        if not still_true(row, recording, plan["output"], plan["options"]):
+            row = {"status": PENDING, "time": "", "message": ""}
+        text = os.path.join(plan["output"], recording.text) if row["status"] == CONVERTED else ""
+        yield (row["status"], recording.path, text, row["time"], row["message"])
+
+
+def summary(rows):
+    """Counts, then a line for each recording that has no text."""
+    counts = [
+        f"{sum(row[0] == status for row in rows)} {status}"
+        for status in (CONVERTED, FAILED, STOPPED, PENDING)
+        if status in (CONVERTED, FAILED) or any(row[0] == status for row in rows)
+    ]
+    lines = [f"{len(rows)} recordings: {', '.join(counts)}"]
+    lines += [f"{row[0]}: {row[1]}: {row[4]}" for row in rows if row[0] != CONVERTED]
+    return lines
+
+
+def write_report(plan):
+    rows = list(report_rows(plan))
+    _write(os.path.join(plan["output"], "report.tsv"), map("\t".join, [COLUMNS, *rows]))
+    _write(os.path.join(plan["output"], "summary.txt"), summary(rows))
+    for stage in glob.glob("stage-*", root_dir=state_folder(plan["output"])):
+        shutil.rmtree(os.path.join(state_folder(plan["output"]), stage))  # of an interrupted run
+
+
+def verdict(plan):
+    """0 when every recording has its text, else 1 and the summary on standard error."""
+    rows = list(report_rows(plan))
+    if all(row[0] == CONVERTED for row in rows):
+        return 0
+    text = "\n".join([*summary(rows), f"see {plan['output']}/report.tsv", ""])
+    sys.stderr.buffer.write(text.encode(errors="surrogateescape"))
+    return 1
+
+
+def _write(path, lines):
+    with open(path + ".part", "w", encoding="utf-8", errors="surrogateescape") as file:
+        file.writelines(line + "\n" for line in lines)
+    os.replace(path + ".part", path)
+
+
+def main(action, plan_path):
+    plan = load(plan_path)
+    return verdict(plan) if action == "verdict" else write_report(plan)
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
