@@ -40,8 +40,8 @@ def read_settings(config):
         raise ConfigError("give one of the keys list, folder and pattern: where the recordings are")
     if not config.get("output"):
         raise ConfigError("give the key output: the folder for the texts")
-    if any(sign in str(config["output"]) for sign in "\\\t\n"):
-        raise ConfigError("output: no backslash, tab or line break, please")
+    if any(sign in str(config["output"]) for sign in "\\{}\t\r\n"):
+        raise ConfigError("output: a name without braces, backslashes, tabs and line breaks, please")
     where = str(config[sources[0]])
     base = config.get("base") or (where if sources[0] == "folder" else "")
     return Settings(
