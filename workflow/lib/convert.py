@@ -14,7 +14,7 @@ import tempfile
 import time
 
 from recordings import Recording
-from state import CONVERTED, FAILED, STOPPED, load, save, stamp
+from state import CONVERTED, FAILED, STOPPED, UNREADABLE, load, save, stamp
 
 MESSAGE_LINES = 4  # the last ones tell why
 MESSAGE_ROOM = 8000
@@ -48,7 +48,10 @@ def _run(plan, stage, members, first=0, told=None):
 
 
 def _finish(plan, stage, number, recording, before):
-    """Status and message of a recording; its text is in its place or, after a failure, nowhere."""
+    """Status and message of a recording; its text is in its place or, after a failure, nowhere.
+
+    Only the text of a recording that was taken away stays.
+    """
     staged = os.path.join(stage, f"{number}.asc")
     status, message = CONVERTED, ""
     if not os.path.exists(staged):
@@ -60,7 +63,7 @@ def _finish(plan, stage, number, recording, before):
         if status == CONVERTED:
             os.makedirs(os.path.dirname(text), exist_ok=True)
             os.replace(staged, text)
-        elif os.path.exists(text):
+        elif before != UNREADABLE and os.path.exists(text):
             os.remove(text)  # of the recording as it was before
     except OSError as error:
         status, message = STOPPED, f"{text}: {error.strerror}"
@@ -101,8 +104,8 @@ def _result(plan, recording, before, status, message):
     }
 
 
-def main(plan_path, chunk, result):
-    plan = load(plan_path)
+def main(path, chunk, result):
+    plan = load(path)
     members = [Recording(*one) for one in plan["chunks"][chunk]]
     stage = os.path.splitext(result)[0].replace("result-", "stage-")
     save(result, convert_chunk(plan, members, stage))

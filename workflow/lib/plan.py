@@ -29,6 +29,7 @@ def make_plan(settings):
     save(
         plan_path(settings.output, number),
         {
+            "number": number,
             "gzdconv": program,
             "options": settings.options,
             "output": settings.output,

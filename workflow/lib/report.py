@@ -6,7 +6,8 @@ import shutil
 import sys
 
 from recordings import Recording
-from state import CONVERTED, FAILED, PENDING, STOPPED, latest_results, load, state_folder, still_true
+from state import CONVERTED, FAILED, PENDING, STOPPED, latest_results, load, plan_path, plans
+from state import state_folder, still_true
 
 COLUMNS = ("status", "recording", "text", "time", "message")
 
@@ -38,8 +39,16 @@ def write_report(plan):
     rows = list(report_rows(plan))
     _write(os.path.join(plan["output"], "report.tsv"), map("\t".join, [COLUMNS, *rows]))
     _write(os.path.join(plan["output"], "summary.txt"), summary(rows))
-    for stage in glob.glob("stage-*", root_dir=state_folder(plan["output"])):
-        shutil.rmtree(os.path.join(state_folder(plan["output"]), stage))  # of an interrupted run
+    _tidy(plan)
+
+
+def _tidy(plan):
+    """Removes what interrupted runs left, and the plans before this one."""
+    for stage in glob.glob(os.path.join(glob.escape(state_folder(plan["output"])), "stage-*")):
+        shutil.rmtree(stage, ignore_errors=True)
+    for number in plans(plan["output"]):
+        if number < plan["number"]:
+            os.remove(plan_path(plan["output"], number))
 
 
 def verdict(plan):
@@ -58,8 +67,8 @@ def _write(path, lines):
     os.replace(path + ".part", path)
 
 
-def main(action, plan_path):
-    plan = load(plan_path)
+def main(action, path):
+    plan = load(path)
     return verdict(plan) if action == "verdict" else write_report(plan)
 
 

@@ -18,7 +18,9 @@ stage=$4
 shift 4
 [[ $1 != -* ]] || shift
 while (($#)); do
-  case $1 in
+  kind=$1
+  [[ -e $1 ]] || kind=damaged
+  case $kind in
     *crash*) echo "half a te" >"$stage/$2.asc"; kill -KILL $$ ;;
     *full*) echo "Failed write to output file $2 "; status=1 ;;
     *damaged*) echo "End of file Exception"; echo "Could not process $1 "; status=1 ;;
@@ -103,7 +105,7 @@ class Configuration(InScratchFolder):
 class Work(InScratchFolder):
     def run_plan(self, **config):
         """The statuses after a run, by recording, and what was converted in it."""
-        settings = self.settings(folder="in", **config)
+        settings = self.settings(**(config if "list" in config else {"folder": "in", **config}))
         number = plan.make_plan(settings)
         path = state.plan_path("out", number)
         worked = []
@@ -148,6 +150,15 @@ class Work(InScratchFolder):
         self.add("in/damaged.gzd", "out/damaged.asc")
         self.run_plan()
         self.assertFalse(os.path.exists("out/damaged.asc"))
+
+    def test_the_text_of_a_recording_taken_away_stays(self):
+        self.add("in/a.gzd")
+        with open("list.txt", "w") as file:
+            file.write("in/a.gzd\n")
+        self.run_plan(list="list.txt")
+        os.remove("in/a.gzd")
+        self.assertEqual(self.run_plan(list="list.txt")[0]["in/a.gzd"][0], "failed")
+        self.assertTrue(os.path.exists("out/a.asc"))
 
     def test_other_options_convert_everything_again(self):
         self.add("in/a.gzd", "in/b.gzd")
