@@ -18,8 +18,8 @@ start_slurm() {
   chmod 755 "$1" # munge wants to know who may replace its socket
   write_slurm_conf "$folder"
   export SLURM_CONF=$folder/slurm.conf
-  launch_munged "$folder" && launch slurmctld "$folder" -D && launch slurmd "$folder" -D -N localhost &&
-    wait_until node_is_idle && return
+  launch_munged "$folder" && launch slurmctld "$folder" -D &&
+    launch slurmd "$folder" -D -N localhost && wait_until node_is_idle && return
   tail -n 5 -- "$folder"/*.log
   return 1
 }

@@ -12,7 +12,7 @@ from state import still_true
 
 
 def make_plan(settings):
-    """Number of the plan after whose chunks everything is up to date: a new one when there is work."""
+    """Number of the plan whose chunks bring all up to date: a new one when there is work."""
     program = _find_program(settings.gzdconv)
     recordings = find_recordings(settings)
     results = latest_results(settings.output)
@@ -42,7 +42,8 @@ def make_plan(settings):
 
 def planned_results(output, number):
     """The result files of a plan's chunks."""
-    return [result_path(output, number, chunk) for chunk in load(plan_path(output, number))["chunks"]]
+    chunks = load(plan_path(output, number))["chunks"]
+    return [result_path(output, number, chunk) for chunk in chunks]
 
 
 def _needs_work(recording, row, settings):

@@ -41,7 +41,7 @@ def read_settings(config):
     if not config.get("output"):
         raise ConfigError("give the key output: the folder for the texts")
     if any(sign in str(config["output"]) for sign in "\\{}\t\r\n"):
-        raise ConfigError("output: a name without braces, backslashes, tabs and line breaks, please")
+        raise ConfigError("output: a name without braces, backslashes, tabs, line breaks, please")
     where = str(config[sources[0]])
     base = config.get("base") or (where if sources[0] == "folder" else "")
     return Settings(

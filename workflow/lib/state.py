@@ -64,7 +64,8 @@ def latest_results(output):
     """The newest result of each recording, by its path."""
     newest = {}
     for name in sorted(glob.glob("result-*.json", root_dir=state_folder(output))):
-        newest.update((row["recording"], row) for row in load(os.path.join(state_folder(output), name)))
+        rows = load(os.path.join(state_folder(output), name))
+        newest.update((row["recording"], row) for row in rows)
     return newest
 
 

@@ -83,7 +83,8 @@ class Configuration(InScratchFolder):
 
     def test_list(self):
         with open("list.txt", "wb") as file:
-            file.write(b"\xef\xbb\xbf# today's\r\na/one two.gzd\r\n\n-y.gzd\na//one two.gzd\n\xff.gzd\n")
+            file.write(b"\xef\xbb\xbf# today's\r\na/one two.gzd\r\n\n")
+            file.write(b"-y.gzd\na//one two.gzd\n\xff.gzd\n")
         odd = os.fsdecode(b"\xff")
         self.assertEqual(
             self.found(list="list.txt"),
@@ -124,7 +125,8 @@ class Work(InScratchFolder):
         self.assertEqual(told["in/a.gzd"], ("converted", ""))
         self.assertEqual(told["in/z.gzd"], ("converted", ""))
         self.assertEqual(told["in/crash.gzd"], ("stopped", "gzdconv was ended by signal 9"))
-        self.assertEqual(sorted(os.listdir("out")), [".gzdconv", "a.asc", "report.tsv", "summary.txt", "z.asc"])
+        texts = [name for name in sorted(os.listdir("out")) if name.endswith(".asc")]
+        self.assertEqual(texts, ["a.asc", "z.asc"])
 
     def test_only_what_may_end_otherwise_is_tried_again(self):
         self.add("in/a.gzd", "in/damaged.gzd", "in/full.gzd")
