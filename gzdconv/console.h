@@ -13,6 +13,9 @@ void print_version();
 // The usage text, with the program's own name in it.
 void print_usage(const char* program);
 
+// The usage text, and where the manual is.
+void print_help(const char* program);
+
 // Prints a line of 79 "=" with `text` in its middle.
 void print_box(const char* text);
 

@@ -91,7 +91,7 @@ int run(int argc, char** argv) {
       argv + 1, argv + argc, [](const char* word) { return is_help(word) || is_version(word); });
   if (asked == argv + argc) return process(argc, argv);
   if (is_help(*asked))
-    print_usage(argv[0]);
+    print_help(argv[0]);
   else
     print_version();
   return 0;

@@ -76,3 +76,8 @@ DATA OPTIONS:
 void print_usage(const char* program) {
   std::printf(usage_text, program);
 }
+
+void print_help(const char* program) {
+  print_usage(program);
+  std::printf("\nSee gzdconv(1) for the manual.\n");
+}

@@ -149,7 +149,7 @@ TEST(Open, MessageLogBesideTheFileOrAtAGivenPath) {
 }
 
 TEST(Open, TheVersionIsAConstant) {
-  EXPECT_STREQ(gzd_get_version(), "5.1.607.0 Linux   standalone Jul 15 2026");
+  EXPECT_STREQ(gzd_get_version(), GZD_PROJECT_VERSION " Linux   standalone Jul 15 2026");
 }
 
 // ---- walking

@@ -43,6 +43,8 @@ int run(const std::vector<std::string_view>& arguments) {
   const SynthCommand command = parseCommand(arguments);
   if (command.help) {
     std::fputs(usageText().c_str(), stdout);
+  } else if (command.version) {
+    std::puts("gzdsynth " GZDSYNTH_VERSION);
   } else {
     writeRecording(command.settings);
   }

@@ -174,7 +174,8 @@ void check(const Settings& s) {
 SynthCommand parseCommand(const std::vector<std::string_view>& arguments) {
   SynthCommand command;
   command.help = hasName(arguments, "--help");
-  if (command.help) return command;
+  command.version = hasName(arguments, "--version");
+  if (command.help || command.version) return command;
   Settings& settings = command.settings;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string_view word = arguments[i];
@@ -208,6 +209,7 @@ std::string usageText() {
     line(left, option.help);
   }
   line("--help", "this text");
+  line("--version", "the version");
   return text;
 }
 

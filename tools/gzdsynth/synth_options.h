@@ -18,10 +18,11 @@ class UsageError : public std::runtime_error {
 
 struct SynthCommand {
   bool help = false;
+  bool version = false;
   SessionSettings settings;
 };
 
-// Throws UsageError. With --help nothing else is checked.
+// Throws UsageError. With --help or --version nothing else is checked.
 SynthCommand parseCommand(const std::vector<std::string_view>& arguments);
 
 // The text of --help, made of the same table that parses.
