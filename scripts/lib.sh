@@ -8,7 +8,11 @@ readonly build_needs=(
   "ninja ninja-build"
   "/usr/include/zlib.h zlib1g-dev"
 )
-readonly test_needs=("/usr/include/gtest/gtest.h libgtest-dev")
+readonly test_needs=(
+  "/usr/include/gtest/gtest.h libgtest-dev"
+  "pkg-config pkgconf"
+)
+readonly package_needs=("dpkg-shlibdeps dpkg-dev" "file file")
 
 readonly build_jobs=2
 
