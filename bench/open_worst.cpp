@@ -258,8 +258,8 @@ struct Settings {
 
 class Worst {
  public:
-  explicit Worst(const Settings& settings) : settings_(settings) {
-    directory_ = settings.scratch + "/gzd-worst-XXXXXX";
+  explicit Worst(const Settings& settings)
+      : settings_(settings), directory_(settings.scratch + "/gzd-worst-XXXXXX") {
     if (mkdtemp(directory_.data()) == nullptr)
       throw std::runtime_error("cannot make " + directory_);
   }

@@ -183,6 +183,7 @@ bool names_output(const std::vector<std::string>& words) {
 
 int run_words(std::vector<std::string> words) {
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   std::rewind(stdin);

@@ -38,6 +38,7 @@ Message read_message(MessageLog& log, int number) {
 
 std::vector<Message> read_all(MessageLog& log) {
   std::vector<Message> all;
+  all.reserve(static_cast<std::size_t>(log.getNumOfLogMsg()));
   for (int i = 0; i < log.getNumOfLogMsg(); ++i) all.push_back(read_message(log, i));
   return all;
 }

@@ -27,7 +27,7 @@ std::string appended(Append append) {
   lpbuffer.begin_line();
   const char* const begin = lpbuffer.cursor();
   append();
-  const std::string text(begin, static_cast<std::size_t>(lpbuffer.cursor() - begin));
+  std::string text(begin, static_cast<std::size_t>(lpbuffer.cursor() - begin));
   lpbuffer.set_cursor(lpbuffer.cursor() - text.size());
   return text;
 }

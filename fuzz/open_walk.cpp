@@ -126,7 +126,7 @@ void describe(Step& step, ALLF_DATA* record) {
     step.time = recording->time;
     step.wholeDigest = step.digest = digest_of(*recording);
   } else {
-    FUZZ_REQUIRE(event->type == step.code);
+    FUZZ_REQUIRE(event != nullptr && event->type == step.code);
     step.time = event->sttime;
     step.wholeDigest = step.digest = digest_of(*event);
   }
@@ -227,7 +227,8 @@ void check_order(const std::vector<Step>& steps, const Settings& settings) {
   }
 }
 
-void check_second_open(const std::string& path, Settings settings, const std::vector<Step>& steps) {
+void check_second_open(const std::string& path, const Settings& settings,
+                       const std::vector<Step>& steps) {
   const File again = open_file(path, settings);
   FUZZ_REQUIRE(again != nullptr);
   const std::vector<Step> other = walk(again.get());

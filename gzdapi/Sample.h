@@ -34,7 +34,7 @@ inline int get_sample_data(const FSAMPLE& s, float* x, float* y, int eye, int ty
 
 class Sample : public FSAMPLE {
  public:
-  Sample() : FSAMPLE{} {}
+  Sample() : FSAMPLE() {}
 
   [[nodiscard]] UINT64 getTimeStamp() const { return timeStamp; }
   [[nodiscard]] UINT32 getTime() const { return time; }

@@ -28,7 +28,7 @@ constexpr std::size_t general_room = 512;  // 309 digits, a point, decimals
 constexpr std::array<double, max_fast_decimals + 1> powers_of_ten = {
     1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
 
-constexpr std::array<std::uint64_t, 20> integer_powers = [] {
+constexpr std::array<std::uint64_t, 20> integer_powers = []() {
   std::array<std::uint64_t, 20> powers{1};
   for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
   return powers;

@@ -134,8 +134,8 @@ static void spoil(FILE* file) {
     (void)getc(file);
     dup2(kept, descriptor);
   }
-  close(kept);
-  close(write_only);
+  if (kept >= 0) close(kept);
+  if (write_only >= 0) close(write_only);
   errno = EIO;
 }
 

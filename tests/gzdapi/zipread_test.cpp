@@ -17,8 +17,9 @@ using File = std::unique_ptr<FILE, Closer>;
 std::string deflated(const std::string& text) {
   uLongf size = compressBound(text.size());
   std::string out(size, '\0');
-  compress(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(text.data()),
-           text.size());
+  EXPECT_EQ(compress(reinterpret_cast<Bytef*>(out.data()), &size,
+                     reinterpret_cast<const Bytef*>(text.data()), text.size()),
+            Z_OK);
   out.resize(size);
   return out;
 }
@@ -139,8 +140,9 @@ TEST(Uncompress, APresetDictionaryIsRefused) {
   z_stream stream{};
   ASSERT_EQ(deflateInit(&stream, 6), Z_OK);
   std::string words = "words in common";
-  deflateSetDictionary(&stream, reinterpret_cast<Bytef*>(words.data()),
-                       static_cast<uInt>(words.size()));
+  ASSERT_EQ(deflateSetDictionary(&stream, reinterpret_cast<Bytef*>(words.data()),
+                                 static_cast<uInt>(words.size())),
+            Z_OK);
   std::string out(200, '\0');
   stream.next_in = reinterpret_cast<Bytef*>(words.data());
   stream.avail_in = static_cast<uInt>(words.size());
