@@ -2,18 +2,11 @@
 #ifndef GZDCONV_CONVERT_H
 #define GZDCONV_CONVERT_H
 
-#include <stdexcept>
 #include <string>
-
-// Ends the whole run; what() is one line for standard error.
-class FatalError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // Converts the recording `name` into the ASC file named after `output_name`, or after itself when
 // that is null. Returns 0, or -1 when the recording or its output file could not be opened or
-// written, which has been printed. Throws FatalError.
+// written, which has been printed. Throws FatalError of frame_lines.h.
 int process_gzd_file(const std::string& name, const std::string* output_name);
 
 #endif

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "console.h"
-#include "convert.h"
 #include "event_lines.h"
 #include "text.h"
 #include "video_frames.h"

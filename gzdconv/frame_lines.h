@@ -3,7 +3,14 @@
 #define GZDCONV_FRAME_LINES_H
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
+
+// Ends the whole run; what() is one line for standard error.
+class FatalError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 class FrameLines {
  public:

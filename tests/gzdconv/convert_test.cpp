@@ -8,6 +8,7 @@
 
 #include "capture.h"
 #include "fake_gzd.h"
+#include "frame_lines.h"
 #include "process.h"
 
 namespace {
