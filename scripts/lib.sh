@@ -12,6 +12,7 @@ readonly test_needs=(
   "/usr/include/gtest/gtest.h libgtest-dev"
   "pkg-config pkgconf"
 )
+readonly lint_needs=("clang-format clang-format" "shellcheck shellcheck")
 readonly package_needs=("dpkg-shlibdeps dpkg-dev" "file file")
 
 readonly build_jobs=2
