@@ -37,47 +37,50 @@
 #elif defined(__GNUC__)
 #define GZD_API __attribute__((visibility("default")))
 #else
-#define GZD_API
+#define GZD_API /* marks what the library exports */
 #endif
 
 #if defined(__GNUC__)
 #define GZD_MUST_CHECK __attribute__((warn_unused_result))
 #define GZD_PRINTF(text, first) __attribute__((format(printf, text, first)))
 #else
-#define GZD_MUST_CHECK
-#define GZD_PRINTF(text, first)
+#define GZD_MUST_CHECK          /* marks functions whose result must be looked at */
+#define GZD_PRINTF(text, first) /* marks functions that format as printf does */
 #endif
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* An open recording. Callers never look inside. */
 #ifdef __cplusplus
 struct _GZDFILE {};
 #else
 struct _GZDFILE;
 #endif
+/* An open recording. Callers never look inside. */
 typedef struct _GZDFILE GZDFILE;
 
 /* ---- opening, closing, logging ----------------------------------------------------------------
  */
 
-/* `consistency` of the open functions: one level, and any of the flags. */
-#define GZD_CONSISTENCY_NONE 0 /* take the file as it is */
-#define GZD_CONSISTENCY_CHECK                                                              \
-  1                              /* report faults; re-time eye events outside blocks, drop \
-                                    samples outside blocks */
-#define GZD_CONSISTENCY_REPAIR 2 /* also repair: fill gaps, pair blinks, mend fixations */
-#define GZD_OPEN_FAILSAFE 4      /* a damaged file opens with all that comes before the damage */
-#define GZD_OPEN_NO_TIME_SHIFT 8 /* never shift large times (see gzd_get_float_data) */
-#define GZD_OPEN_MESSAGE_OFFSETS                                \
-  16 /* a number at the start of a message is an offset that is \
-        taken from its time and from its text */
+/* `consistency` of the open functions: take the file as it is. */
+#define GZD_CONSISTENCY_NONE 0
+/* `consistency`: report faults; re-time eye events outside blocks, drop samples outside blocks. */
+#define GZD_CONSISTENCY_CHECK 1
+/* `consistency`: also repair: fill gaps, pair blinks, mend fixations. */
+#define GZD_CONSISTENCY_REPAIR 2
+/* Flag of `consistency`: a damaged file opens with all that comes before the damage. */
+#define GZD_OPEN_FAILSAFE 4
+/* Flag of `consistency`: never shift large times (see gzd_get_float_data). */
+#define GZD_OPEN_NO_TIME_SHIFT 8
+/* Flag of `consistency`: a number at the start of a message is an offset that is taken from its
+   time and from its text. */
+#define GZD_OPEN_MESSAGE_OFFSETS 16
 
-/* `loadevents` of the open functions. */
-#define GZD_LOAD_EVENTS 1      /* eye events, messages, buttons, input */
-#define GZD_LOAD_MESSAGE_LOG 2 /* merge the experiment's message log as well */
+/* `loadevents` of the open functions: eye events, messages, buttons, input. */
+#define GZD_LOAD_EVENTS 1
+/* `loadevents`: merge the experiment's message log as well. */
+#define GZD_LOAD_MESSAGE_LOG 2
 
 /*
  * Opens the recording `fname`, plain or compressed, and indexes it.
@@ -263,13 +266,28 @@ GZD_API int gzd_goto_previous_bookmark(GZDFILE* ef);
  * tracking window are those of the trial that contains the sample's time.
  */
 
+/* Area of the pupil. */
 GZD_API UINT32 gzd_get_uncorrected_pupil_area(GZDFILE* gzd, FSAMPLE* sam, int eye);
+
+/* Centre of the pupil. */
 GZD_API void gzd_get_uncorrected_raw_pupil(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv);
+
+/* Area of the corneal reflection. */
 GZD_API UINT32 gzd_get_uncorrected_cr_area(GZDFILE* gzd, FSAMPLE* sam, int eye);
+
+/* Centre of the corneal reflection. */
 GZD_API void gzd_get_uncorrected_raw_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv);
+
+/* Area of the second corneal reflection. */
 GZD_API UINT32 gzd_get_uncorrected_cr2_area(GZDFILE* gzd, FSAMPLE* sam, int eye);
+
+/* Centre of the second corneal reflection. */
 GZD_API void gzd_get_uncorrected_raw_cr2(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv);
+
+/* Bounding box of the pupil. */
 GZD_API void gzd_get_pupil_dimension(GZDFILE* gzd, FSAMPLE* sam, int eye, UINT32* rv);
+
+/* Bounding box of the corneal reflection. */
 GZD_API void gzd_get_cr_dimension(GZDFILE* gzd, FSAMPLE* sam, UINT32* rv);
 
 /* Centre of the camera's tracking window, in camera pixels. */

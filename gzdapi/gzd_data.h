@@ -28,42 +28,42 @@ extern "C" {
 
 /* ---- codes of the elements (gzd_get_next_data, `type` of events) ---------------------------- */
 
-#define GZD_END_OF_DATA 0
-#define GZD_START_PARSE 1
-#define GZD_END_PARSE 2
-#define GZD_START_BLINK 3
-#define GZD_END_BLINK 4
-#define GZD_START_SACCADE 5
-#define GZD_END_SACCADE 6
-#define GZD_START_FIXATION 7
-#define GZD_END_FIXATION 8
-#define GZD_FIXATION_UPDATE 9
-#define GZD_BREAK_PARSE 10
-#define GZD_START_SAMPLES 15
-#define GZD_END_SAMPLES 16
-#define GZD_START_EVENTS 17
-#define GZD_END_EVENTS 18
-#define GZD_MESSAGE 24
-#define GZD_BUTTON 25
-#define GZD_INPUT 28
-#define GZD_RECORDING 30
-#define GZD_SAMPLE 200
+#define GZD_END_OF_DATA 0     /* no element is left */
+#define GZD_START_PARSE 1     /* eye events are parsed from here on */
+#define GZD_END_PARSE 2       /* eye events are parsed up to here */
+#define GZD_START_BLINK 3     /* a blink begins */
+#define GZD_END_BLINK 4       /* a blink ends */
+#define GZD_START_SACCADE 5   /* a saccade begins */
+#define GZD_END_SACCADE 6     /* a saccade ends */
+#define GZD_START_FIXATION 7  /* a fixation begins */
+#define GZD_END_FIXATION 8    /* a fixation ends */
+#define GZD_FIXATION_UPDATE 9 /* a fixation goes on */
+#define GZD_BREAK_PARSE 10    /* parsing is interrupted */
+#define GZD_START_SAMPLES 15  /* samples are recorded from here on */
+#define GZD_END_SAMPLES 16    /* samples are recorded up to here */
+#define GZD_START_EVENTS 17   /* events are recorded from here on */
+#define GZD_END_EVENTS 18     /* events are recorded up to here */
+#define GZD_MESSAGE 24        /* a message */
+#define GZD_BUTTON 25         /* a button changes */
+#define GZD_INPUT 28          /* the input port changes */
+#define GZD_RECORDING 30      /* a recording block begins or ends */
+#define GZD_SAMPLE 200        /* a sample */
 
 /* ---- eyes ----------------------------------------------------------------------------------- */
 
-#define GZD_LEFT_EYE 0 /* index into arrays of two, `eye` of events */
-#define GZD_RIGHT_EYE 1
+#define GZD_LEFT_EYE 0  /* the left eye: index into arrays of two, `eye` of events */
+#define GZD_RIGHT_EYE 1 /* the right eye */
 
-#define GZD_BLOCK_NO_EYE 0 /* `eye` of recording records */
-#define GZD_BLOCK_LEFT 1
-#define GZD_BLOCK_RIGHT 2
-#define GZD_BLOCK_BOTH 3
+#define GZD_BLOCK_NO_EYE 0 /* `eye` of recording records: neither */
+#define GZD_BLOCK_LEFT 1   /* left eye only */
+#define GZD_BLOCK_RIGHT 2  /* right eye only */
+#define GZD_BLOCK_BOTH 3   /* both eyes */
 
 /* ---- position types (`pos_type` of recording records, choice of sample columns) ------------- */
 
-#define GZD_POSITION_PUPIL 64
-#define GZD_POSITION_HREF 128
-#define GZD_POSITION_GAZE 192
+#define GZD_POSITION_PUPIL 64 /* raw pupil position */
+#define GZD_POSITION_HREF 128 /* head-referenced position */
+#define GZD_POSITION_GAZE 192 /* gaze position */
 
 /* ---- `flags` of samples, `sflags` of recording records -------------------------------------- */
 
@@ -86,31 +86,31 @@ extern "C" {
 
 /* ---- `read` of events: the fields that the record held -------------------------------------- */
 
-#define EVT_START_TIME 0x0001
-#define EVT_END_TIME 0x0040
+#define EVT_START_TIME 0x0001 /* start time */
+#define EVT_END_TIME 0x0040   /* end time */
 #define EVT_VELOCITY 0x0100   /* any of the velocities */
 #define EVT_RESOLUTION 0x0200 /* any of the resolutions */
 #define EVT_HEAD_POSE 0x4000  /* head in space, eye in head, head rotation and position */
 
 /* ---- `record_type` and `state` of recording records ----------------------------------------- */
 
-#define GZD_RECORD_SAMPLES 1
-#define GZD_RECORD_EVENTS 2
-#define GZD_RECORD_BOTH 3
+#define GZD_RECORD_SAMPLES 1 /* the block holds samples */
+#define GZD_RECORD_EVENTS 2  /* the block holds events */
+#define GZD_RECORD_BOTH 3    /* the block holds samples and events */
 
-#define GZD_BLOCK_END 0
-#define GZD_BLOCK_START 1
+#define GZD_BLOCK_END 0   /* the block ends */
+#define GZD_BLOCK_START 1 /* the block begins */
 
 /* ---- kinds of velocity, for gzd_set_velocity_kinds ------------------------------------------- */
 
-#define GZD_VELOCITY_NONE 0x00
-#define GZD_VELOCITY_GAZE 0x01
-#define GZD_VELOCITY_HREF 0x02
-#define GZD_VELOCITY_RAW 0x04
-#define GZD_VELOCITY_FAST_GAZE 0x08
-#define GZD_VELOCITY_FAST_HREF 0x10
-#define GZD_VELOCITY_FAST_RAW 0x20
-#define GZD_VELOCITY_ALL 0x3F
+#define GZD_VELOCITY_NONE 0x00      /* no velocities */
+#define GZD_VELOCITY_GAZE 0x01      /* velocity of gaze */
+#define GZD_VELOCITY_HREF 0x02      /* velocity of head-referenced positions */
+#define GZD_VELOCITY_RAW 0x04       /* velocity of raw pupil positions */
+#define GZD_VELOCITY_FAST_GAZE 0x08 /* the faster estimate, of gaze */
+#define GZD_VELOCITY_FAST_HREF 0x10 /* the faster estimate, of head-referenced positions */
+#define GZD_VELOCITY_FAST_RAW 0x20  /* the faster estimate, of raw pupil positions */
+#define GZD_VELOCITY_ALL 0x3F       /* all six kinds */
 
 /* ---- records ----------------------------------------------------------------------------------
  */
@@ -118,40 +118,40 @@ extern "C" {
 /* A text with its length. `c` is the first character; the text goes on behind it in memory and is
    followed by a NUL. `len` stops at 32767, the text of a long message does not. */
 typedef struct {
-  INT16 len;
-  char c;
+  INT16 len; /* length of the text */
+  char c;    /* its first character */
 } LSTRING;
 
 /* One measurement of the tracker at one instant. */
 typedef struct {
-  UINT32 time;                        /* ms */
-  float px[2], py[2];                 /* raw pupil position */
-  float hx[2], hy[2];                 /* head-referenced position */
-  float pa[2];                        /* pupil size, area or diameter */
-  float gx[2], gy[2];                 /* gaze position */
-  float rx, ry;                       /* angular resolution */
-  float gxvel[2], gyvel[2];           /* gaze velocity */
-  float hxvel[2], hyvel[2];           /* head-referenced velocity */
-  float rxvel[2], ryvel[2];           /* raw velocity */
-  float fgxvel[2], fgyvel[2];         /* fast gaze velocity */
-  float fhxvel[2], fhyvel[2];         /* fast head-referenced velocity */
-  float frxvel[2], fryvel[2];         /* fast raw velocity */
-  INT16 hdata[8];                     /* head-target words */
-  UINT16 flags;                       /* SMP_ bits: the fields that the record held */
-  UINT16 input;                       /* digital inputs, NOT_RECORDED_WORD if absent */
-  UINT16 buttons;                     /* button state */
-  INT16 htype;                        /* kind and count of the head-target words */
-  UINT16 errors;                      /* status word */
-  float eyeInHeadX[3], eyeInHeadY[3]; /* left, right, cyclopean */
-  UINT32 headMarkerFlags;
-  float headRotation[3], headPosition[3];               /* x, y, z */
-  float headInSpaceX, headInSpaceY;                     /* combined */
-  float unused_headInSpaceX[2], unused_headInSpaceY[2]; /* left, right */
+  UINT32 time;                            /* ms */
+  float px[2], py[2];                     /* raw pupil position */
+  float hx[2], hy[2];                     /* head-referenced position */
+  float pa[2];                            /* pupil size, area or diameter */
+  float gx[2], gy[2];                     /* gaze position */
+  float rx, ry;                           /* angular resolution */
+  float gxvel[2], gyvel[2];               /* gaze velocity */
+  float hxvel[2], hyvel[2];               /* head-referenced velocity */
+  float rxvel[2], ryvel[2];               /* raw velocity */
+  float fgxvel[2], fgyvel[2];             /* fast gaze velocity */
+  float fhxvel[2], fhyvel[2];             /* fast head-referenced velocity */
+  float frxvel[2], fryvel[2];             /* fast raw velocity */
+  INT16 hdata[8];                         /* head-target words */
+  UINT16 flags;                           /* SMP_ bits: the fields that the record held */
+  UINT16 input;                           /* digital inputs, NOT_RECORDED_WORD if absent */
+  UINT16 buttons;                         /* button state */
+  INT16 htype;                            /* kind and count of the head-target words */
+  UINT16 errors;                          /* status word */
+  float eyeInHeadX[3], eyeInHeadY[3];     /* eye in head: left, right, cyclopean */
+  UINT32 headMarkerFlags;                 /* state of the head markers */
+  float headRotation[3], headPosition[3]; /* of the head: x, y, z */
+  float headInSpaceX, headInSpaceY;       /* head in space, combined */
+  float unused_headInSpaceX[2], unused_headInSpaceY[2]; /* head in space: left, right */
   float hrgx, hrgy;                                     /* head-referenced gaze (resolution) */
   float ergx, ergy;                                     /* eye-referenced gaze (resolution) */
   float ex[2], ey[2];                                   /* centre of the pupil ellipse */
-  float emajor[2], eminor[2];                           /* its axes */
-  float eangle[2];                                      /* its angle */
+  float emajor[2], eminor[2];                           /* axes of the pupil ellipse */
+  float eangle[2];                                      /* angle of the pupil ellipse */
 } FSAMPLE;
 
 /* An eye event, a message, a button or an input change. Fields that the record does not hold are
@@ -160,49 +160,52 @@ typedef struct {
   UINT32 time;           /* always 0 in records of a file */
   INT16 type;            /* GZD_START_BLINK ... GZD_INPUT */
   UINT16 read;           /* EVT_ bits */
-  UINT32 sttime, entime; /* ms */
+  UINT32 sttime, entime; /* start and end, ms */
   float hstx, hsty;      /* head-referenced position at the start */
   float gstx, gsty;      /* gaze position at the start */
   float sta;             /* pupil size at the start */
-  float henx, heny;      /* the same at the end */
-  float genx, geny;
-  float ena;
-  float havx, havy; /* the same, averaged */
-  float gavx, gavy;
-  float ava;
-  float avel, pvel;     /* average and peak velocity */
-  float svel, evel;     /* velocity at start and end */
-  float supd_x, eupd_x; /* resolution at start and end */
-  float supd_y, eupd_y;
-  INT16 eye; /* GZD_LEFT_EYE or GZD_RIGHT_EYE */
-  UINT16 status, flags, input, buttons;
-  UINT16 parsedby;
-  LSTRING* message; /* text of a message, or null; lives as long as the record */
-  float headInSpaceX_start, headInSpaceX_end, headInSpaceX_avg;
-  float headInSpaceY_start, headInSpaceY_end, headInSpaceY_avg;
-  float eyeInHeadX_start, eyeInHeadX_end, eyeInHeadX_avg;
-  float eyeInHeadY_start, eyeInHeadY_end, eyeInHeadY_avg;
-  float headRotationX_start, headRotationX_end, headRotationX_avg;
-  float headRotationY_start, headRotationY_end, headRotationY_avg;
-  float headRotationZ_start, headRotationZ_end, headRotationZ_avg;
-  float headPositionX_start, headPositionX_end, headPositionX_avg;
-  float headPositionY_start, headPositionY_end, headPositionY_avg;
-  float headPositionZ_start, headPositionZ_end, headPositionZ_avg;
+  float henx, heny;      /* head-referenced position at the end */
+  float genx, geny;      /* gaze position at the end */
+  float ena;             /* pupil size at the end */
+  float havx, havy;      /* mean head-referenced position */
+  float gavx, gavy;      /* mean gaze position */
+  float ava;             /* mean pupil size */
+  float avel, pvel;      /* average velocity, peak velocity */
+  float svel, evel;      /* velocity at start and end */
+  float supd_x, eupd_x;  /* horizontal resolution at start and end */
+  float supd_y, eupd_y;  /* vertical resolution at start and end */
+  INT16 eye;             /* GZD_LEFT_EYE or GZD_RIGHT_EYE */
+  UINT16 status;         /* always 0 in records of a file */
+  UINT16 flags;          /* flags word */
+  UINT16 input;          /* state of the input port */
+  UINT16 buttons;        /* which buttons changed, and their state */
+  UINT16 parsedby;       /* position type of the event: GZD_POSITION_ */
+  LSTRING* message;      /* text of a message, or null; lives as long as the record */
+  float headInSpaceX_start, headInSpaceX_end, headInSpaceX_avg;    /* head in space, x */
+  float headInSpaceY_start, headInSpaceY_end, headInSpaceY_avg;    /* head in space, y */
+  float eyeInHeadX_start, eyeInHeadX_end, eyeInHeadX_avg;          /* eye in head, x */
+  float eyeInHeadY_start, eyeInHeadY_end, eyeInHeadY_avg;          /* eye in head, y */
+  float headRotationX_start, headRotationX_end, headRotationX_avg; /* head rotation, x */
+  float headRotationY_start, headRotationY_end, headRotationY_avg; /* head rotation, y */
+  float headRotationZ_start, headRotationZ_end, headRotationZ_avg; /* head rotation, z */
+  float headPositionX_start, headPositionX_end, headPositionX_avg; /* head position, x */
+  float headPositionY_start, headPositionY_end, headPositionY_avg; /* head position, y */
+  float headPositionZ_start, headPositionZ_end, headPositionZ_avg; /* head position, z */
 } FEVENT;
 
 /* A message in a record of its own. */
 typedef struct {
-  UINT32 time;
-  INT16 type;
-  UINT16 length;
-  byte text[260];
+  UINT32 time;    /* ms */
+  INT16 type;     /* GZD_MESSAGE */
+  UINT16 length;  /* length of the text */
+  byte text[260]; /* the text */
 } IMESSAGE;
 
 /* A button or input change. */
 typedef struct {
-  UINT32 time;
-  INT16 type;
-  UINT16 data;
+  UINT32 time; /* ms */
+  INT16 type;  /* GZD_BUTTON or GZD_INPUT */
+  UINT16 data; /* the buttons or the input port */
 } IOEVENT;
 
 /* The start or the end of a recording block. */
@@ -222,11 +225,11 @@ typedef struct {
 
 /* Any record. Which member holds is told by gzd_get_next_data's code. */
 typedef union {
-  FEVENT fe;
-  IMESSAGE im;
-  IOEVENT io;
-  FSAMPLE fs;
-  RECORDINGS rec;
+  FEVENT fe;      /* eye events, messages, buttons, input */
+  IMESSAGE im;    /* not used by the library */
+  IOEVENT io;     /* not used by the library */
+  FSAMPLE fs;     /* GZD_SAMPLE */
+  RECORDINGS rec; /* GZD_RECORDING */
 } ALLF_DATA;
 
 /* One trial. */
@@ -244,10 +247,9 @@ typedef struct {
 
 /* How to open a file. */
 typedef struct {
-  float default_rx; /* resolution for velocities when the file has none; MISSING_DATA: none */
-  float default_ry;
-  int enable_debug;      /* 1: write a trace of the opening to debug_file_name */
-  char* debug_file_name; /* used only while enable_debug is 1 */
+  float default_rx, default_ry; /* resolution when the file has none; MISSING_DATA: none */
+  int enable_debug;             /* 1: write a trace of the opening to debug_file_name */
+  char* debug_file_name;        /* used only while enable_debug is 1 */
 } CONFIG;
 
 #ifdef __cplusplus
