@@ -43,7 +43,7 @@ struct Fixture {
   std::string fromRecording(int code) {
     const GZDItem item = b.index.gzdItemList[walk.currentData - 1];
     EXPECT_EQ(code, item.getItemType());
-    const std::string text(b.textAt(walk.currentData - 1));
+    std::string text(b.textAt(walk.currentData - 1));
     if (!text.empty()) return text;
     return std::to_string(time_of_stamp(item.getTimeStamp()));
   }

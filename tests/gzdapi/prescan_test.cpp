@@ -10,7 +10,6 @@ namespace {
 using gzdsynth::Bytes;
 using gzdsynth::EventRecord;
 using gzdsynth::GzdWriter;
-using gzdsynth::SampleRecord;
 
 // One scan of the records that a writer holds.
 class Scanned {

@@ -59,7 +59,7 @@ class ScratchDirectory {
 
   [[nodiscard]] std::string file(const std::string& name) const { return directory / name; }
   [[nodiscard]] std::string save(const std::string& name, const gzdsynth::Bytes& bytes) const {
-    const std::string path = file(name);
+    std::string path = file(name);
     FILE* out = std::fopen(path.c_str(), "wb");
     if (out == nullptr) throw std::runtime_error("cannot write " + path);
     if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), out);
