@@ -1,14 +1,23 @@
 #include "sample_number.h"
 
+#include <iterator>
+
 #include "gzd_data.h"
 #include "number.h"
 
 namespace {
 
 using sample_number::Cell;
+using sample_number::ReadyCells;
 using sample_number::rounded;
-using Quad = std::array<char, 4>;
-using Quads = std::array<Quad, 1000>;
+
+// Plain arrays: all of this is worked out by the compiler, which allows only so many steps.
+struct Quad {
+  char text[4];
+};
+struct Quads {
+  Quad of[1000];
+};
 
 constexpr char digit_of(std::size_t number, std::size_t power) {
   return static_cast<char>('0' + number / power % 10);
@@ -17,11 +26,11 @@ constexpr char digit_of(std::size_t number, std::size_t power) {
 // "\t123", leading zeros blank, a minus sign in front of the first digit of a negative number.
 constexpr Quads make_heads(bool negative) {
   Quads heads{};
-  for (std::size_t n = 0; n < heads.size(); ++n) {
-    Quad& head = heads[n] = {'\t', ' ', ' ', ' '};
-    std::size_t place = head.size();
-    for (std::size_t rest = n; rest != 0; rest /= 10) head[--place] = digit_of(rest, 1);
-    if (negative && n != 0 && place > 1) head[place - 1] = '-';
+  for (std::size_t n = 0; n < std::size(heads.of); ++n) {
+    Quad& head = heads.of[n] = {{'\t', ' ', ' ', ' '}};
+    std::size_t place = std::size(head.text);
+    for (std::size_t rest = n; rest != 0; rest /= 10) head.text[--place] = digit_of(rest, 1);
+    if (negative && n != 0 && place > 1) head.text[place - 1] = '-';
   }
   return heads;
 }
@@ -29,43 +38,45 @@ constexpr Quads make_heads(bool negative) {
 // "45.6" behind other digits.
 constexpr Quads make_tails() {
   Quads tails{};
-  for (std::size_t n = 0; n < tails.size(); ++n)
-    tails[n] = {digit_of(n, 100), digit_of(n, 10), '.', digit_of(n, 1)};
+  for (std::size_t n = 0; n < std::size(tails.of); ++n)
+    tails.of[n] = {{digit_of(n, 100), digit_of(n, 10), '.', digit_of(n, 1)}};
   return tails;
 }
 
 // "\t   45.6", and "\t  -45.6" of a negative number, below 100.
 constexpr Cell make_small(std::size_t n, bool negative) {
   const bool two_digits = n >= 100;
-  Cell cell{'\t', ' ',           ' ', ' ', two_digits ? digit_of(n, 100) : ' ', digit_of(n, 10),
-            '.',  digit_of(n, 1)};
-  if (negative) cell[two_digits ? 3 : 4] = '-';
+  Cell cell{{'\t', ' ', ' ', ' ', two_digits ? digit_of(n, 100) : ' ', digit_of(n, 10), '.',
+             digit_of(n, 1)}};
+  if (negative) cell.text[two_digits ? 3 : 4] = '-';
   return cell;
 }
 
-constexpr std::array<Quads, 2> heads = {make_heads(false), make_heads(true)};
+constexpr Quads heads[] = {make_heads(false), make_heads(true)};
 constexpr Quads tails = make_tails();
 
 constexpr Cell make_cell(std::size_t tenths, bool negative) {
   if (tenths < 1000) return make_small(tenths, negative);
-  const Quad head = heads[negative][tenths / 1000];
-  const Quad tail = tails[tenths % 1000];
-  return {head[0], head[1], head[2], head[3], tail[0], tail[1], tail[2], tail[3]};
+  const auto& head = heads[negative ? 1 : 0].of[tenths / 1000].text;
+  const auto& tail = tails.of[tenths % 1000].text;
+  return {{head[0], head[1], head[2], head[3], tail[0], tail[1], tail[2], tail[3]}};
 }
 
-template <std::size_t count>
-constexpr std::array<Cell, count> make_cells(bool negative) {
-  std::array<Cell, count> cells{};
-  for (std::size_t n = 0; n < count; ++n) cells[n] = make_cell(n, negative);
+template <class Cells>
+constexpr Cells make_cells(bool negative) {
+  Cells cells{};
+  for (std::size_t n = 0; n < std::size(cells.of); ++n) cells.of[n] = make_cell(n, negative);
   return cells;
 }
 
-constexpr std::array<Cell, 1000> small_negatives = make_cells<1000>(true);
+struct SmallCells {
+  Cell of[1000];
+};
+constexpr auto small_negatives = make_cells<SmallCells>(true);
 
 }  // namespace
 
-constinit const std::array<Cell, sample_number::ready_count> sample_number::ready_cells =
-    make_cells<sample_number::ready_count>(false);
+constinit const ReadyCells sample_number::ready_cells = make_cells<ReadyCells>(false);
 
 char* write_any_tenths(char* place, float value) {
   const bool negative = std::signbit(value);
@@ -73,10 +84,10 @@ char* write_any_tenths(char* place, float value) {
   // One place is left for the sign.
   if (has_usual_form() && size < (negative ? 9999.0F : 99999.0F)) {
     const std::uint32_t tenths = rounded(static_cast<double>(size) * 10.0);
-    const bool small = negative && tenths < small_negatives.size();
-    const Cell cell = small ? small_negatives[tenths] : make_cell(tenths, negative);
-    std::memcpy(place, cell.data(), cell.size());
-    return place + cell.size();
+    const bool small = negative && tenths < std::size(small_negatives.of);
+    const Cell cell = small ? small_negatives.of[tenths] : make_cell(tenths, negative);
+    std::memcpy(place, cell.text, sizeof cell.text);
+    return place + sizeof cell.text;
   }
   lpbuffer.set_cursor(place);
   print_value(1, value == NOT_RECORDED ? MISSING_DATA : value);

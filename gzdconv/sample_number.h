@@ -18,11 +18,16 @@
 
 namespace sample_number {
 
-using Cell = std::array<char, 8>;
+struct Cell {
+  char text[8];
+};
 
 // The columns of 0.0, 0.1 ...
 constexpr std::size_t ready_count = 32768;
-extern const std::array<Cell, ready_count> ready_cells;
+struct ReadyCells {
+  Cell of[ready_count];
+};
+extern const ReadyCells ready_cells;
 
 // The nearest integer of a value from 0 up to 2^31, halves to even: behind this sum no bit of a
 // fraction is left.
@@ -51,7 +56,7 @@ inline bool has_ready_tenths(float value) {
 inline char* write_ready_tenths(char* place, float value) {
   // A float times 10 is exact in double precision.
   const std::uint32_t tenths = sample_number::rounded(static_cast<double>(value) * 10.0);
-  std::memcpy(place, &sample_number::ready_cells[tenths], sizeof(sample_number::Cell));
+  std::memcpy(place, sample_number::ready_cells.of[tenths].text, sizeof(sample_number::Cell));
   return place + sizeof(sample_number::Cell);
 }
 
