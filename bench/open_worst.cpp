@@ -163,18 +163,42 @@ void same_time(Filling& f) {
   f.w.endBlock(first_time + 2);
 }
 
+// A start and an end of blink of different eyes come before each other.
+void endless_circle(Filling& f) {
+  f.w.startBlock({.time = first_time});
+  while (f.wants_more()) {
+    f.w.event(EventRecord(GZD_START_BLINK, GZD_LEFT_EYE).start(first_time));
+    f.w.event(EventRecord(GZD_END_BLINK, GZD_RIGHT_EYE).start(first_time).end(first_time));
+  }
+  f.w.endBlock(first_time + 2);
+}
+
+// Every window has to be sorted.
+void time_running_back(Filling& f) {
+  f.w.startBlock({.time = first_time});
+  for (std::uint32_t time = 2'000'000'000; f.wants_more(); --time) f.sample(time);
+  f.w.endBlock(2'000'000'001);
+}
+
 struct Trouble {
   const char* label;
   void (*fill)(Filling&);
 };
 
 constexpr Trouble troubles[] = {
-    {"sound samples", sound_samples},   {"stray samples", stray_samples},
-    {"starts of blinks", blink_starts}, {"ends of blinks", blink_ends},
-    {"swapped events", swapped_events}, {"many blocks", many_blocks},
-    {"long messages", long_messages},   {"one endless message", endless_message},
-    {"huge gaps", huge_gaps},           {"late first samples", late_starts},
+    {"sound samples", sound_samples},
+    {"stray samples", stray_samples},
+    {"starts of blinks", blink_starts},
+    {"ends of blinks", blink_ends},
+    {"swapped events", swapped_events},
+    {"many blocks", many_blocks},
+    {"long messages", long_messages},
+    {"one endless message", endless_message},
+    {"huge gaps", huge_gaps},
+    {"late first samples", late_starts},
     {"events of one time", same_time},
+    {"events that come before each other", endless_circle},
+    {"time running back", time_running_back},
 };
 
 void write_recording(const std::string& path, void (*fill)(Filling&), std::uint64_t size) {

@@ -11,7 +11,7 @@ class InsertionOrder {
  public:
   using Comparison = bool (*)(const GZDItem&, const GZDItem&);
 
-  // `comparison` tells whether an entry comes before another one of the same stamp.
+  // `comparison` tells whether an entry comes before another one.
   InsertionOrder(ItemList& list, Comparison comparison) : items(list), comesBefore(comparison) {}
 
   // Whether the entries from `first` up to `last`, which are not none, have only one order, and

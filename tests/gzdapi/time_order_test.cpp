@@ -260,6 +260,32 @@ TEST(SortItems, TiesComeOutAsOfStdSort) {
   }
 }
 
+// Runs of one stamp in which items come before each other: they are carried across half the list.
+TEST(SortItems, LongCirclesComeOutAsOfStdSort) {
+  const std::vector<std::vector<int>> mixtures = {
+      {3, 4}, {24, SAMPLE}, {3, 4, 24, SAMPLE, 25}, {1, 2, 3, 4, 5, 6, 7, 8, 24, SAMPLE}};
+  std::mt19937 random(3);
+  for (const auto& types : mixtures) {
+    for (const std::size_t count : {600u, 20000u, 26000u}) {
+      for (const UINT64 run : {200u, 100000u}) {
+        Items items;
+        std::vector<GZDItem> list;
+        for (std::size_t i = 0; i < count; ++i) {
+          const int type = types[random() % types.size()];
+          const auto place = static_cast<INT64>(random() % 4 == 0 ? random() % count : i);
+          const auto side = static_cast<UINT16>(random() % 4 == 0 ? random() % 16 : type % 2);
+          list.push_back(items.item(type, 10 + i / run, place, side));
+        }
+        for (int time = 0; time < 3; ++time) {
+          const std::vector<GZDItem> expected = sorted_by_model(list);
+          sortItems(list);
+          ASSERT_NO_FATAL_FAILURE(expect_same(list, expected)) << types.size() << ' ' << count;
+        }
+      }
+    }
+  }
+}
+
 TEST(SortItems, LongListsAreSortedInWindows) {
   for (const std::size_t count : {20000u, 20001u, 24000u, 24001u, 50000u}) {
     Items items;
