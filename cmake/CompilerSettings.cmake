@@ -20,3 +20,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   target_compile_options(gzd_settings INTERFACE -Wno-restrict)
 endif()
 target_compile_definitions(gzd_settings INTERFACE _FILE_OFFSET_BITS=64)
+
+# Programs that can be loaded anywhere, tables that are read-only once loaded, and checks of stack
+# and buffers: what is left of a fault is an end with a message.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES C CXX)
+target_compile_options(gzd_settings INTERFACE -fstack-protector-strong)
+target_compile_options(gzd_settings INTERFACE
+  "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE>" "$<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>")
+add_link_options("LINKER:-z,relro,-z,now,-z,noexecstack")
