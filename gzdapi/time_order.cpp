@@ -12,8 +12,8 @@
 #include <algorithm>
 #include <array>
 
-#include "insertion_order.h"
 #include "introsort.h"
+#include "strict_order.h"
 
 namespace {
 
@@ -23,12 +23,12 @@ constexpr std::size_t OVERLAP = 3000;
 
 class WindowSorter {
  public:
-  explicit WindowSorter(ItemList& list) : items(list), insertion(list, sortByTime) {}
+  explicit WindowSorter(ItemList& list) : items(list), strictOrder(list, sortByTime) {}
 
   // Sorts a window that is not empty. Returns whether anything moved.
   bool sort(std::size_t first, std::size_t last) {
-    if (insertion.isStrict(first, last)) return false;
-    if (insertion.make(first, last)) return true;
+    if (strictOrder.isStrict(first, last)) return false;
+    if (strictOrder.make(first, last)) return true;
     window.clear();
     for (std::size_t place = first; place != last; ++place) window.push_back(items[place]);
     entries.clear();
@@ -55,7 +55,7 @@ class WindowSorter {
   }
 
   ItemList& items;
-  InsertionOrder insertion;
+  StrictOrder strictOrder;
   IntroSort introsort;
   std::vector<GZDItem> window;
   std::vector<SortEntry> entries;

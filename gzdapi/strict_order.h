@@ -1,18 +1,18 @@
 // Puts a window of the index in order whose entries are nearly all in order: the few that come
 // late, such as the ends of events, are moved back one by one.
-#ifndef GZDAPI_INSERTION_ORDER_H
-#define GZDAPI_INSERTION_ORDER_H
+#ifndef GZDAPI_STRICT_ORDER_H
+#define GZDAPI_STRICT_ORDER_H
 
 #include <vector>
 
 #include "item_list.h"
 
-class InsertionOrder {
+class StrictOrder {
  public:
   using Comparison = bool (*)(const GZDItem&, const GZDItem&);
 
   // `comparison` tells whether an entry comes before another one.
-  InsertionOrder(ItemList& list, Comparison comparison) : items(list), comesBefore(comparison) {}
+  StrictOrder(ItemList& list, Comparison comparison) : items(list), comesBefore(comparison) {}
 
   // Whether the entries from `first` up to `last`, which are not none, have only one order, and
   // stand in it: of any two, one comes first. Also false when too many are of one stamp.

@@ -1,4 +1,4 @@
-#include "insertion_order.h"
+#include "strict_order.h"
 
 #include <algorithm>
 
@@ -11,7 +11,7 @@ constexpr std::size_t MOVES_PER_ENTRY = 8;
 
 }  // namespace
 
-bool InsertionOrder::isStrict(std::size_t first, std::size_t last) const {
+bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
   std::size_t run = first;
   UINT64 stamp = items.stampAt(first);
   for (std::size_t place = first + 1; place != last; ++place) {
@@ -25,7 +25,7 @@ bool InsertionOrder::isStrict(std::size_t first, std::size_t last) const {
   return last - run == 1 || runIsStrict(run, last);
 }
 
-bool InsertionOrder::runIsStrict(std::size_t first, std::size_t last) const {
+bool StrictOrder::runIsStrict(std::size_t first, std::size_t last) const {
   if (last - first > LONGEST_RUN) return false;
   for (std::size_t a = first; a != last; ++a) {
     for (std::size_t b = a + 1; b != last; ++b) {
@@ -35,7 +35,7 @@ bool InsertionOrder::runIsStrict(std::size_t first, std::size_t last) const {
   return true;
 }
 
-bool InsertionOrder::make(std::size_t first, std::size_t last) {
+bool StrictOrder::make(std::size_t first, std::size_t last) {
   const auto begin = items.packed().begin() + static_cast<std::ptrdiff_t>(first);
   original.assign(begin, begin + static_cast<std::ptrdiff_t>(last - first));
   if (insertAll(first, last) && isStrict(first, last)) return true;
@@ -43,7 +43,7 @@ bool InsertionOrder::make(std::size_t first, std::size_t last) {
   return false;
 }
 
-bool InsertionOrder::insertAll(std::size_t first, std::size_t last) {
+bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
   const auto begin = items.packed().begin();
   std::size_t moves = MOVES_PER_ENTRY * (last - first);
   UINT64 newest = items.stampAt(first);
@@ -66,7 +66,7 @@ bool InsertionOrder::insertAll(std::size_t first, std::size_t last) {
 }
 
 // Where an entry belongs among those from `first` on before it, which are in order.
-std::size_t InsertionOrder::placeOf(std::size_t entry, std::size_t first) const {
+std::size_t StrictOrder::placeOf(std::size_t entry, std::size_t first) const {
   const UINT64 stamp = items.stampAt(entry);
   std::size_t low = first;
   std::size_t place = entry;
