@@ -49,14 +49,12 @@
 #endif
 
 #ifdef __cplusplus
-extern "C" {
-#endif
-
-#ifdef __cplusplus
 struct _GZDFILE {};
+extern "C" {
 #else
 struct _GZDFILE;
 #endif
+
 /* An open recording. Callers never look inside. */
 typedef struct _GZDFILE GZDFILE;
 

@@ -27,7 +27,7 @@ in_debian_root() {
   unshare --mount bash -euc '
     root=$1
     shift
-    mount --bind /dev "$root/dev"
+    mount --rbind /dev "$root/dev"
     mount -t proc proc "$root/proc"
     exec env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root DEBIAN_FRONTEND=noninteractive \
       chroot "$root" "$@"' bash "$root" "$@"

@@ -47,7 +47,7 @@ void decode_into(Decoded& d, const EventRecord& record) {
 
 #define DECODE(name, record, startState) \
   Decoded name;                          \
-  name.state = (startState);             \
+  (name).state = startState;             \
   decode_into(name, record)
 
 TEST(EventTag, TypeEyeAndParser) {
