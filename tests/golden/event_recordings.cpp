@@ -207,8 +207,9 @@ GzdWriter buttonsAndInput() {
   GzdWriter w(2);
   const unsigned flags = SMP_LEFT | SMP_TIME_ABSOLUTE | SMP_GAZE | SMP_PUPIL_SIZE | SMP_STATUS |
                          SMP_INPUT | SMP_BUTTONS;
-  const BlockStart block{
-      .time = 1000, .rate = 500, .sampleFlags = static_cast<int>(flags & ~SMP_TIME_ABSOLUTE)};
+  const BlockStart block{.time = 1000,
+                         .rate = 500,
+                         .sampleFlags = static_cast<int>(flags & ~unsigned{SMP_TIME_ABSOLUTE})};
   SampleRecord s{.flags = flags};
   s.gx = {5123, 0};
   s.gy = {3847, 0};

@@ -315,9 +315,7 @@ TEST_F(EventLinesTest, HeaderNamesExtendedColumnsOfTheFourthGeneration) {
 }
 
 TEST_F(EventLinesTest, ReversedTimesAreReported) {
-  const auto report = [this](const FEVENT& record) {
-    return console([&] { print_event(record, 0); });
-  };
+  const auto report = [](const FEVENT& record) { return console([&] { print_event(record, 0); }); };
   EXPECT_EQ(report(event(GZD_END_SACCADE, 20, 10)),
             "###ENDSACC end time is less than start time 20 10\n");
   EXPECT_EQ(report(event(GZD_END_BLINK, 20, 10)), "");
@@ -333,7 +331,7 @@ TEST_F(EventLinesTest, ReversedTimesAreReported) {
 
 TEST_F(EventLinesTest, VerboseRunsCompareStartTimes) {
   options.verbose = 1;
-  const auto report = [this](int start_code, UINT32 start, UINT32 told, int eye) {
+  const auto report = [](int start_code, UINT32 start, UINT32 told, int eye) {
     return console([&] {
       print_event(event(start_code, start, 0, eye), 0);
       print_event(event(start_code + 1, told, told + 9, eye), 0);
