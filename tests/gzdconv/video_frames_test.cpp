@@ -135,7 +135,7 @@ TEST_F(VideoFramesTest, DamagedTablesLeaveNone) {
   const std::string magic_lost = "Bad magic! aborting read!!! ";
   const std::string magic = little_endian(0xAE5A1000, 4);
   expect_refused("", count_lost);
-  expect_refused("\1\0", count_lost);
+  expect_refused(std::string("\1\0", 2), count_lost);
   expect_refused(little_endian(0xFFFFFFFF, 4) + magic, count_lost);
   expect_refused(little_endian(1, 4), magic_lost);
   expect_refused(little_endian(1, 4) + "abcd" + std::string(12, 'x'), magic_lost);
