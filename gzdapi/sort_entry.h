@@ -47,6 +47,7 @@ struct SortEntry {
   UINT32 place;   // of the item in its window
   UINT32 number;  // of its class
 
+  // cppcheck-suppress uninitMemberVar ; places of arrays are written before they are read
   SortEntry() = default;
   constexpr SortEntry(UINT64 itemStamp, UINT32 itemPlace, SortClass sortClass)
       : stamp(itemStamp), place(itemPlace), number(static_cast<UINT32>(sortClass)) {}
