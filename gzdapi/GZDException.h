@@ -15,10 +15,19 @@ class GZDException {
     va_end(arguments);
   }
 
+  // Adds the system's reason, a value of errno.
+  GZDException& because(int error) {
+    systemError = error;
+    return *this;
+  }
+
   [[nodiscard]] const char* getMessage() const { return msg; }
+  // 0 when the system had none.
+  [[nodiscard]] int getSystemError() const { return systemError; }
 
  private:
   char msg[1024];
+  int systemError = 0;
 };
 
 #endif

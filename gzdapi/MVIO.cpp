@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "gzd.h"
@@ -16,13 +17,17 @@ constexpr std::size_t LARGEST_READ = 256 * 1024;
 constexpr std::size_t HISTORY = 16 * 1024;
 constexpr std::size_t BUFFER_SIZE = HISTORY + 2 * LARGEST_READ;
 
-[[noreturn]] void throw_end_of_file() {
-  throw GZDException("End of file Exception");
+[[noreturn]] void throw_end_of_file(const InputStream& stream) {
+  throw GZDException("End of file Exception").because(stream.getReadError());
 }
 
-bool is_regular_file(const char* path) {
+// Null when it cannot be opened or is no regular file; errno then has the reason, or 0.
+FILE* open_regular_file(const char* path) {
   struct stat facts;
-  return stat(path, &facts) == 0 && S_ISREG(facts.st_mode);
+  if (stat(path, &facts) != 0) return nullptr;
+  if (S_ISREG(facts.st_mode)) return std::fopen(path, "rb");
+  errno = S_ISDIR(facts.st_mode) ? EISDIR : 0;
+  return nullptr;
 }
 
 }  // namespace
@@ -74,7 +79,7 @@ INT16 InputStream::getWordBeyond() {
   const int got = getRawData(bytes, sizeof bytes);
   if (got != sizeof bytes) {
     print_log("error reading gzd file 7a r = %d \n", got);
-    throw_end_of_file();
+    throw_end_of_file(*this);
   }
   return load_be16s(bytes);
 }
@@ -83,7 +88,7 @@ INT32 InputStream::getIntBeyond() {
   byte bytes[4];
   if (getRawData(bytes, sizeof bytes) != sizeof bytes) {
     print_log("error reading gzd file 9\n");
-    throw_end_of_file();
+    throw_end_of_file(*this);
   }
   return static_cast<INT32>(load_be32(bytes));
 }
@@ -96,7 +101,7 @@ byte InputStream::getByteBeyond() {
   byte value;
   if (getRawData(&value, 1) != 1) {
     print_log("error reading gzd file 11\n");
-    throw_end_of_file();
+    throw_end_of_file(*this);
   }
   return value;
 }
@@ -104,23 +109,24 @@ byte InputStream::getByteBeyond() {
 void InputStream::getData(void* buffer, int count) {
   if (getRawData(buffer, count) != count) {
     print_log("error reading gzd file 12\n");
-    throw_end_of_file();
+    throw_end_of_file(*this);
   }
 }
 
 // ---- files --------------------------------------------------------------------------------------
 
-FileInputStream::FileInputStream(const char* path) {
-  if (is_regular_file(path)) file.reset(std::fopen(path, "rb"));
+FileInputStream::FileInputStream(const char* path) : file(open_regular_file(path)) {
   if (!file) {
+    const int reason = errno;
     print_log("The file %s could not be opened\n", path);
-    throw GZDException("File Could not be opened!");
+    throw GZDException("File Could not be opened!").because(reason);
   }
   std::setvbuf(file.get(), nullptr, _IONBF, 0);  // the window does the buffering
   setUp();
 }
 
-FileInputStream::FileInputStream(FILE* in) : file(in) {
+FileInputStream::FileInputStream(FILE* in, int error) : file(in) {
+  readError = error;
   std::rewind(in);
   setUp();
 }
@@ -177,6 +183,7 @@ std::size_t FileInputStream::readInto(byte* target, std::size_t count) {
     fileOffset = limitPos;
   }
   const std::size_t got = std::fread(target, 1, count, file.get());
+  if (std::ferror(file.get()) != 0) readError = errno;
   std::clearerr(file.get());  // a file may end inside a read-ahead; what was asked for decides
   fileOffset += static_cast<INT64>(got);
   return got;

@@ -38,6 +38,8 @@ class InputStream {
   // True once a read has hit the end, until the next seek.
   [[nodiscard]] bool eof() const { return hitEnd; }
   [[nodiscard]] INT64 getFilePos() const { return limitPos - (limit - cursor); }
+  // The system's reason, a value of errno, why a read has ever come up short; 0 when it had none.
+  [[nodiscard]] int getReadError() const { return readError; }
 
   // Copies up to `count` bytes and returns how many there were.
   int getRawData(void* buffer, int count);
@@ -88,6 +90,7 @@ class InputStream {
   const byte* limit = nullptr;
   INT64 limitPos = 0;  // offset in the file of `limit`
   bool hitEnd = false;
+  int readError = 0;
 
  private:
   const byte* peekBeyond(std::size_t count) { return refill(count) ? cursor : nullptr; }
@@ -101,8 +104,9 @@ class FileInputStream : public InputStream {
  public:
   // Opens `path`; throws GZDException, logged first, when that fails or it is not a regular file.
   explicit FileInputStream(const char* path);
-  // Takes over an open file and goes to its beginning.
-  explicit FileInputStream(FILE* in);
+  // Takes over an open file and goes to its beginning. `error`: why it could not be written to its
+  // end, a value of errno, or 0.
+  explicit FileInputStream(FILE* in, int error = 0);
 
   int getFileSize() override;
   void seek(INT64 offset) override;

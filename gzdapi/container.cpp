@@ -1,5 +1,6 @@
 #include "container.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <string_view>
 
@@ -35,9 +36,9 @@ bool is_line(string_view line, string_view words) {
   return ending == "\n" || ending == "\r\n";
 }
 
-[[noreturn]] void fail_at_head() {
+[[noreturn]] void fail_at_head(const InputStream& file) {
   print_log("error reading gzd file 6\n");
-  throw GZDException("End of file Exception");
+  throw GZDException("End of file Exception").because(file.getReadError());
 }
 
 // The number behind a prefix of a line, or `fallback` when there is none or it is 0.
@@ -72,17 +73,19 @@ struct FileCloser {
 // What cannot be inflated shows up later, as a record stream that ends early.
 std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   std::unique_ptr<FILE, FileCloser> inflated(std::tmpfile());
-  if (!inflated) throw GZDException("Failed to create temp file \n");
+  if (!inflated) throw GZDException("Failed to create temp file \n").because(errno);
   std::setvbuf(inflated.get(), nullptr, _IONBF, 0);  // writes and reads come in large pieces
-  do_uncompress(body.getRawFile(), inflated.get());
-  return std::make_unique<FileInputStream>(inflated.release());
+  errno = 0;
+  const int result = do_uncompress(body.getRawFile(), inflated.get());
+  const int reason = result == UNCOMPRESS_IO_ERROR ? errno : 0;
+  return std::make_unique<FileInputStream>(inflated.release(), reason);
 }
 
 }  // namespace
 
 ContainerKind read_magic(InputStream& file) {
   char line[MAGIC_CAPACITY] = {};
-  if (file.getTerminatedString(line, MAGIC_CAPACITY) == 0) fail_at_head();
+  if (file.getTerminatedString(line, MAGIC_CAPACITY) == 0) fail_at_head(file);
   for (const Magic& magic : MAGICS) {
     if (is_line(line, magic.words)) return magic.kind;
   }
@@ -101,7 +104,7 @@ void Preamble::read(InputStream& file) {
 
 // Reads one line; false at the closing one.
 bool Preamble::readLine(InputStream& file, char* buffer, int capacity) {
-  if (file.getTerminatedString(buffer, capacity) <= 0) fail_at_head();
+  if (file.getTerminatedString(buffer, capacity) <= 0) fail_at_head(file);
   const string_view line(buffer);
   if (revision == 0 || revision == 1) recognise(line);
   return line != "ENDP:\n";

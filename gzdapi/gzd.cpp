@@ -1,6 +1,7 @@
 // The C boundary: exceptions end here, and nothing else happens here.
 #include "gzd.h"
 
+#include <cerrno>
 #include <exception>
 #include <new>
 
@@ -38,14 +39,18 @@ Result guarded(Result failure, Call call) noexcept {
 GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, const CONFIG* config,
               int* rv) noexcept {
   *rv = 0;
+  int reason = 0;
   try {
     return new GZDFile(fname, flags, loadevents, loadsamples, config);
   } catch (const GZDException& error) {
+    reason = error.getSystemError();
     print_log("%s\n", error.getMessage());
   } catch (const std::exception& error) {
+    reason = dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? ENOMEM : 0;
     print_log("%s\n", description_of(error));
   }
   *rv = -1;
+  errno = reason;
   return nullptr;
 }
 

@@ -90,7 +90,7 @@ typedef struct _GZDFILE GZDFILE;
  *
  * Returns the handle, to be closed with gzd_close_file, or null: the file cannot be opened, is not
  * a regular file, not a recording, or damaged (GZD_OPEN_FAILSAFE opens it all the same). The
- * reason has then gone to the log function.
+ * reason has then gone to the log function, and errno is the system's part in it, or 0.
  *
  * Cost: linear in the file; memory of 8 bytes a sample and 24 bytes any other
  * element.

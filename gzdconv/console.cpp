@@ -1,6 +1,7 @@
 #include "console.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -94,6 +95,16 @@ void report(const char* fmt, ...) {
   va_end(arguments);
 }
 
+void report_reason(const std::string& file_name, int error) {
+  static std::string last_line;
+  if (error == 0) return;
+  const std::string line = file_name + ": " + std::strerror(error);
+  if (line == last_line) return;
+  last_line = line;
+  std::fflush(stdout);  // what was said before comes first, wherever both go
+  std::fprintf(stderr, "gzdconv: %s\n", line.c_str());
+}
+
 void warn(const char* fmt, ...) {
   std::va_list arguments, again;
   va_start(arguments, fmt);
@@ -108,7 +119,9 @@ bool open_log_file(const std::string& name) {
   close_log_file();
   log_file = std::fopen(name.c_str(), "w");
   if (log_file == nullptr) {
+    const int reason = errno;
     std::printf("Could not open log file %s \n", name.c_str());
+    report_reason(name, reason);
     return false;
   }
   std::setvbuf(log_file, nullptr, _IOLBF, BUFSIZ);  // complete also when the run ends early

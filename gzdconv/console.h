@@ -44,6 +44,10 @@ class Progress {
 // A failure or finding: to the console and to the log data file.
 void report(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
+// The system's reason, a value of errno, why something could not be done with a file: one line on
+// standard error. Nothing when it is 0, there being none, or when that line was the last one.
+void report_reason(const std::string& file_name, int error);
+
 // A warning of the run: the same, but a quiet run keeps it off the console.
 void warn(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 

@@ -2,6 +2,7 @@
 // writer of its kind, close both, tell the counts.
 #include "convert.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <ctime>
@@ -298,7 +299,9 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   add_extension(output, output_name != nullptr ? *output_name : name);
   RecordingFile file = open_recording(input);
   if (!file) {
+    const int reason = errno;
     report("Could not process %s \n", input.c_str());
+    report_reason(input, reason);
     return -1;
   }
   const OutputGuard output_guard;

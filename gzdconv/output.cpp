@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <cerrno>
 #include <cstdarg>
 
 #include "console.h"
@@ -48,8 +49,9 @@ void remove_regular_file(const std::string& path) {
   if (lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) unlink(path.c_str());
 }
 
-int fail_to_open(const std::string& path) {
+int fail_to_open(const std::string& path, int reason) {
   report("Could not open output file %s \n", path.c_str());
+  report_reason(path, reason);
   return 1;
 }
 
@@ -80,7 +82,10 @@ void LineBuffer::flush() {
 
 void LineBuffer::send(const char* text, std::size_t length) {
   FILE* const file = options.out_file != nullptr ? options.out_file : stdout;
-  if (!failed_ && length > 0) failed_ = std::fwrite(text, 1, length, file) != length;
+  if (failed_ || length == 0) return;
+  errno = 0;
+  failed_ = std::fwrite(text, 1, length, file) != length;
+  if (failed_) reason_ = errno;
 }
 
 void print(const char* fmt, ...) {
@@ -119,10 +124,10 @@ std::string output_path(const std::string& name) {
 int open_output_file(const std::string& name, const std::string& input) {
   close_output_file();
   const std::string path = output_path(name);
-  if (is_same_file(path, input)) return fail_to_open(path);
+  if (is_same_file(path, input)) return fail_to_open(path, 0);
   if (!may_write(path)) return 1;
   options.out_file = std::fopen(path.c_str(), "w");
-  if (options.out_file == nullptr) return fail_to_open(path);
+  if (options.out_file == nullptr) return fail_to_open(path, errno);
   open_path = path;
   lpbuffer.forget_failure();
   std::setvbuf(options.out_file, nullptr, _IONBF, 0);  // lpbuffer collects the lines
@@ -136,10 +141,12 @@ int close_output_file() {
   if (options.out_file == nullptr) return 0;
   lpbuffer.flush();
   const bool closed = std::fclose(options.out_file) == 0;
+  const int reason = lpbuffer.failed() ? lpbuffer.reason() : errno;
   options.out_file = nullptr;
   if (closed && !lpbuffer.failed()) return 0;
   lpbuffer.forget_failure();
   report("Failed write to output file %s \n", open_path.c_str());
+  report_reason(open_path, reason);
   remove_regular_file(open_path);
   return -1;
 }

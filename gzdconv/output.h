@@ -54,7 +54,12 @@ class LineBuffer {
 
   // True when a write has failed since the last call of forget_failure().
   bool failed() const { return failed_; }
-  void forget_failure() { failed_ = false; }
+  // The system's reason, a value of errno, or 0.
+  int reason() const { return reason_; }
+  void forget_failure() {
+    failed_ = false;
+    reason_ = 0;
+  }
 
  private:
   std::size_t size() const { return static_cast<std::size_t>(cursor_ - bytes_); }
@@ -70,6 +75,7 @@ class LineBuffer {
   char bytes_[flush_size + line_room + overshoot];
   char* cursor_ = bytes_;
   bool failed_ = false;
+  int reason_ = 0;
 };
 
 extern LineBuffer lpbuffer;

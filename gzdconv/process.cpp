@@ -1,6 +1,10 @@
 #include "process.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -39,8 +43,19 @@ bool open_log(const Names& names) {
   return open_log_file(log);
 }
 
+// A message log that cannot be read counts as none; why it cannot is told.
+void check_message_log(const std::string& name) {
+  std::string input;
+  add_extension(input, name);
+  const std::string log = input.substr(0, input.rfind('/') + 1) + "tq_messages.log";
+  const int file = open(log.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return report_reason(log, errno);
+  close(file);
+}
+
 int convert_one(const std::string& name, const std::string* output_name) {
   if (!quiet) std::printf("processing file %s \n", name.c_str());
+  if (options.load_message_log) check_message_log(name);
   const int result = process_gzd_file(name, output_name);
   options.sample_header_printed = 0;
   options.event_header_printed = 0;

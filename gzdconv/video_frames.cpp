@@ -5,11 +5,13 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "console.h"
 #include "frame_table.h"
 
 namespace {
@@ -34,15 +36,19 @@ bool is_gzd_name(std::string_view name) {
   return true;
 }
 
-// Regular files only; without blocking, so that a pipe of that name does not hold up the run.
+// Regular files only; without blocking, so that a pipe of that name does not hold up the run. Null
+// when there is none; errno then has the reason, or 0.
 File open_regular(const std::string& name) {
   const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (descriptor < 0) return nullptr;
   struct stat status {};
+  errno = 0;
   if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
     if (FILE* const file = fdopen(descriptor, "rb")) return File(file);
   }
+  const int reason = S_ISDIR(status.st_mode) ? EISDIR : errno;
   close(descriptor);
+  errno = reason;
   return nullptr;
 }
 
@@ -58,12 +64,13 @@ void set_session(AVIGZDTimeLookupTime& table, const std::string& base) {
   table.setSessionName(has_path ? base.c_str() + separator + 1 : base.c_str());
 }
 
-void report_missing(const std::string& table_name, int create) {
+void report_missing(const std::string& table_name, int create, int reason) {
   if (create == 0) {
     std::printf("Cannot read file %s\n", table_name.c_str());
   } else {
     std::puts("On non Windows, ett file can not be created if it doesn't exist.");
   }
+  report_reason(table_name, reason);
 }
 
 // The recording's name that the loaded table was found by. The separator is a backslash on every
@@ -86,7 +93,7 @@ int openLookupTable(const char* gzdFile, int session, int create) {
   announce("Loading", table_name);
   const File file = open_regular(table_name);
   if (file == nullptr) {
-    report_missing(table_name, create);
+    report_missing(table_name, create, errno);
     return -1;
   }
   closeLookupTable();

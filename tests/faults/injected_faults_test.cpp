@@ -60,6 +60,24 @@ class InjectedFault : public testing::TestWithParam<Fault> {
   ScratchDirectory scratch;
 };
 
+// What the system says of the call, where a failure of it ends the conversion by itself.
+std::string reason_of(const std::string& call) {
+  if (call == "fopen") return "Too many open files";
+  if (call == "tmpfile" || call == "fwrite" || call == "fclose") return "No space left on device";
+  return "";
+}
+
+// One line for the recording or for its text.
+void expect_reason(const std::string& output, const std::string& reason, long at) {
+  const std::size_t place = output.find("gzdconv: rec.");
+  ASSERT_NE(place, std::string::npos) << "call " << at << "\n" << output;
+  const std::string line = output.substr(place, output.find('\n', place) - place);
+  EXPECT_TRUE(line == "gzdconv: rec.gzd: " + reason || line == "gzdconv: rec.asc: " + reason)
+      << "call " << at << "\n"
+      << line;
+  EXPECT_EQ(output.find("gzdconv: rec.", place + 1), std::string::npos) << "call " << at;
+}
+
 TEST_P(InjectedFault, EndsWithTheWholeTextOrWithAMessage) {
   ASSERT_TRUE(run(0).ended_well());
   const std::string whole = text();
@@ -74,6 +92,8 @@ TEST_P(InjectedFault, EndsWithTheWholeTextOrWithAMessage) {
       ASSERT_TRUE(text() == whole) << "call " << at << "\n" << outcome.output;
     } else {
       EXPECT_FALSE(outcome.output.empty()) << "call " << at;
+      const std::string reason = reason_of(GetParam().call);
+      if (!reason.empty()) expect_reason(outcome.output, reason, at);
       EXPECT_FALSE(std::filesystem::exists(scratch / "rec.asc")) << "call " << at;
     }
   }
