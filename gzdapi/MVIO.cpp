@@ -15,6 +15,8 @@ constexpr std::size_t LARGEST_READ = 256 * 1024;
 // Bytes kept behind the cursor when the window moves on: records are fetched in time order, which
 // steps back a little in the file at every event.
 constexpr std::size_t HISTORY = 16 * 1024;
+// How far before the place asked for a step back begins to read.
+constexpr INT64 STEP_BACK = 4 * 1024;
 constexpr std::size_t BUFFER_SIZE = HISTORY + 2 * LARGEST_READ;
 
 [[noreturn]] void throw_end_of_file(const InputStream& stream) {
@@ -152,8 +154,23 @@ void FileInputStream::seek(INT64 offset) {
     return;
   }
   cursor = limit = buffer.get();
-  limitPos = offset;
+  const bool isJustBefore = offset >= 0 && offset < windowPos && windowPos - offset <= STEP_BACK;
+  limitPos = isJustBefore ? std::max<INT64>(offset - STEP_BACK, 0) : offset;
   readAhead = SMALLEST_READ;
+  if (isJustBefore) readUpTo(offset);
+}
+
+// Those who go back step by step find the next step in the window.
+void FileInputStream::readUpTo(INT64 offset) {
+  const auto before = static_cast<std::size_t>(offset - limitPos);
+  const std::size_t got = readInto(buffer.get(), before + SMALLEST_READ);
+  if (got < before) {
+    limitPos = offset;
+    return;
+  }
+  cursor = buffer.get() + before;
+  limit = buffer.get() + got;
+  limitPos += static_cast<INT64>(got);
 }
 
 FILE* FileInputStream::getRawFile() {

@@ -123,6 +123,7 @@ class FileInputStream : public InputStream {
   };
 
   void setUp();
+  void readUpTo(INT64 offset);
   std::size_t readInto(byte* target, std::size_t count);
 
   std::unique_ptr<FILE, Closer> file;
