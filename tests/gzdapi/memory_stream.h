@@ -33,14 +33,17 @@ class MemoryStream : public InputStream {
 
  protected:
   bool refill(std::size_t count) override {
-    const byte* const end = bytes.data() + bytes.size();
-    const std::size_t unread = static_cast<std::size_t>(limit - cursor);
-    const std::size_t missing = count > unread ? count - unread : 0;
+    const auto unread = static_cast<std::size_t>(limit - cursor);
+    show(std::max(count > unread ? count - unread : 0, readAhead));
+    return static_cast<std::size_t>(limit - cursor) >= count;
+  }
+
+  // Brings so many more bytes into the window, or all that are left.
+  void show(std::size_t count) {
     const std::size_t got =
-        std::min(std::max(missing, readAhead), static_cast<std::size_t>(end - limit));
+        std::min(count, static_cast<std::size_t>(bytes.data() + bytes.size() - limit));
     limit += got;
     limitPos += static_cast<INT64>(got);
-    return unread + got >= count;
   }
 
  private:
