@@ -42,6 +42,11 @@ extern const PrecedenceTable PRECEDENCE;
 
 SortClass sort_class_of(const GZDItem& item);
 
+inline Precedence precedence_at_one_stamp(const GZDItem& a, const GZDItem& b) {
+  return PRECEDENCE[static_cast<std::size_t>(sort_class_of(a))]
+                   [static_cast<std::size_t>(sort_class_of(b))];
+}
+
 struct SortEntry {
   UINT64 stamp;
   UINT32 place;   // of the item in its window

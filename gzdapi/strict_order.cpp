@@ -27,9 +27,11 @@ bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
 
 bool StrictOrder::runIsStrict(std::size_t first, std::size_t last) const {
   if (last - first > LONGEST_RUN) return false;
-  for (std::size_t a = first; a != last; ++a) {
+  for (std::size_t a = first; a + 1 != last; ++a) {
+    const GZDItem earlier = items[a];
     for (std::size_t b = a + 1; b != last; ++b) {
-      if (!comesBefore(items[a], items[b]) || comesBefore(items[b], items[a])) return false;
+      const GZDItem later = items[b];
+      if (!comesBefore(earlier, later) || comesBefore(later, earlier)) return false;
     }
   }
   return true;

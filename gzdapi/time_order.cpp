@@ -10,7 +10,6 @@
 #include "time_order.h"
 
 #include <algorithm>
-#include <array>
 
 #include "introsort.h"
 #include "strict_order.h"
@@ -86,8 +85,12 @@ class Windows {
 }  // namespace
 
 bool sortByTime(const GZDItem& e1, const GZDItem& e2) {
-  const std::array<GZDItem, 2> items = {e1, e2};
-  return ItemOrder(items.data())(sort_entry_of(e1, 0), sort_entry_of(e2, 1));
+  const UINT64 stamp1 = e1.getTimeStamp();
+  const UINT64 stamp2 = e2.getTimeStamp();
+  if (stamp1 != stamp2) return stamp1 < stamp2;
+  const Precedence precedence = precedence_at_one_stamp(e1, e2);
+  if (precedence == Precedence::ByFile) return e1.getFilePos() < e2.getFilePos();
+  return precedence == Precedence::Always;
 }
 
 void sortItems(Index& index) {
