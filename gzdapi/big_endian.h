@@ -26,6 +26,12 @@ inline UINT32 load_be32(const byte* p) {
 }
 // NOLINTEND(clang-analyzer-core.NonNullParamChecker)
 
+inline UINT64 load_be64(const byte* p) {
+  UINT64 value;
+  std::memcpy(&value, p, sizeof value);
+  return __builtin_bswap64(value);
+}
+
 // The bit pattern as a float, every value as it stands.
 inline float load_be_float(const byte* p) {
   return std::bit_cast<float>(load_be32(p));

@@ -85,12 +85,20 @@ inline std::size_t glance_at_fixed_part(const byte* body, UINT32 previousTime,
 
 namespace sample_fields {
 
+// Four words, of which the middle two change places.
+inline Ints4 load_crossed(const byte* at) {
+  // Of the swapped bytes the last word comes first. Each word goes to the upper half of its lane.
+  const Longs2 swapped = {static_cast<INT64>(load_be64(at)), 0};
+  const Shorts8 words = reinterpret_cast<Shorts8>(swapped);
+  const Shorts8 twice = __builtin_shufflevector(words, words, 3, 3, 1, 1, 2, 2, 0, 0);
+  return reinterpret_cast<Ints4>(twice) >> 16;
+}
+
 // A pair of coordinates for each present eye.
 template <class Value>
 void decode_positions(const byte* at, const SampleLayout& layout, float* x, float* y, Value value) {
   if (layout.eyes == 2) {
-    const Floats4 values =
-        value(Ints4{load_be16s(at), load_be16s(at + 4), load_be16s(at + 2), load_be16s(at + 6)});
+    const Floats4 values = value(load_crossed(at));
     std::memcpy(x, &values, 2 * sizeof(float));
     std::memcpy(y, reinterpret_cast<const float*>(&values) + 2, 2 * sizeof(float));
   } else if (layout.eyes == 1) {

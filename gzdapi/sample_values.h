@@ -7,6 +7,8 @@
 constexpr INT16 STORED_MISSING = -32768;
 constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscaled
 
+using Longs2 = INT64 __attribute__((vector_size(16)));
+using Shorts8 = INT16 __attribute__((vector_size(16)));
 using Ints4 = INT32 __attribute__((vector_size(16)));
 using Floats4 = float __attribute__((vector_size(16)));
 

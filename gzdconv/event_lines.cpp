@@ -1,6 +1,7 @@
 #include "event_lines.h"
 
 #include <cstdint>
+#include <string_view>
 
 #include "console.h"
 #include "event_columns.h"
@@ -91,17 +92,29 @@ void print_other_event(const FEVENT& event) {
   }
 }
 
-// `gap` aligns the times of the kinds when blanks are allowed.
-void print_start(const FEVENT& event, const char* name, const char* gap) {
-  print("%s%c%c%s%u%s", name, options.tabs_only ? '\t' : ' ', eye_letter(event),
-        options.tabs_only ? "\t" : gap, event.sttime, time_suffix());
+void append_time(std::uint32_t time) {
+  lpbuffer.append_unsigned(time);
+  lpbuffer.append(std::string_view(time_suffix()));
 }
 
-std::uint32_t print_end(const FEVENT& event, const char* name, const char* gap, int period) {
-  const char* const suffix = time_suffix();
+// `gap` aligns the times of the kinds when blanks are allowed.
+void print_start(const FEVENT& event, std::string_view name, std::string_view gap) {
+  lpbuffer.begin_line();
+  lpbuffer.append(name);
+  lpbuffer.append(options.tabs_only ? '\t' : ' ');
+  lpbuffer.append(eye_letter(event));
+  lpbuffer.append(options.tabs_only ? std::string_view("\t") : gap);
+  append_time(event.sttime);
+}
+
+std::uint32_t print_end(const FEVENT& event, std::string_view name, std::string_view gap,
+                        int period) {
   const std::uint32_t duration = event.entime - event.sttime + static_cast<std::uint32_t>(period);
   print_start(event, name, gap);
-  print("\t%u%s\t%u%s", event.entime, suffix, duration, suffix);
+  for (const std::uint32_t time : {event.entime, duration}) {
+    lpbuffer.append('\t');
+    append_time(time);
+  }
   return duration;
 }
 
@@ -145,7 +158,7 @@ void print_eye_event(const FEVENT& event, int period) {
   }
   note_start_time(event);
   if (event.read & EVT_HEAD_POSE) print_exended_event_data(event);
-  print("\n");
+  lpbuffer.append('\n');
 }
 
 bool is_eye_event(const FEVENT& event) {
