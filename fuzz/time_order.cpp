@@ -3,7 +3,8 @@
 //
 // Asserts: the order is the one that std::sort makes of the comparison, window by window, between
 // one item that lies before all and one behind all: however the library finds out which windows
-// need no sorting. Stamps rise within a window, and no item is lost.
+// need no sorting. Stamps rise within a window, no item is lost, and what is known of the places of
+// other items than samples follows.
 #include "time_order.h"
 
 #include <memory>
@@ -70,6 +71,13 @@ bool same_item(const GZDItem& a, const GZDItem& b) {
 void check_same(const ItemList& items, const Items& plain) {
   FUZZ_REQUIRE(items.size() == plain.size());
   for (std::size_t i = 0; i < items.size(); ++i) FUZZ_REQUIRE(same_item(items[i], plain[i]));
+}
+
+void check_landmarks(const Index& index) {
+  std::vector<UINT32> expected;
+  for (UINT32 place = 0; place < index.size(); ++place)
+    if (!index.gzdItemList[place].isSample()) expected.push_back(place);
+  FUZZ_REQUIRE(index.landmarks() == expected);
 }
 
 void check_rising(const Items& items) {
@@ -141,6 +149,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     sort_plainly(plain);
     check_same(index.gzdItemList, plain);
     check_rising(plain);
+    check_landmarks(index);
     if (random.oneIn(2)) change_times(index, plain, random);
   }
   return 0;

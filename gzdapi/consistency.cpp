@@ -38,7 +38,7 @@ class OutsideEvents {
 
   void run() {
     for (const UINT32 place : index.landmarks()) examine(place);
-    if (changed) index.itemsChanged();
+    if (changed) index.stampsChanged();
   }
 
  private:
@@ -115,7 +115,10 @@ class BlockWalk {
       behind = place + 1;
     }
     examineSamples(behind, index.size());
-    if (edits.apply(items) || retimed) index.itemsChanged();
+    if (edits.apply(items))
+      index.itemsChanged();
+    else if (retimed)
+      index.stampsChanged();
   }
   [[nodiscard]] bool boundariesChangedPlaces() const { return changedPlaces; }
 

@@ -66,7 +66,7 @@ void FixationRepair::repair(Index& index) const {
       });
     }
   }
-  index.itemsChanged();
+  index.stampsChanged();
 }
 
 void FixationRepair::repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const {

@@ -38,11 +38,15 @@ struct Index {
   // Places of the entries that are no samples, ascending: few, so that what concerns them alone
   // need not touch the whole list. Made when first asked for.
   const std::vector<UINT32>& landmarks() const;
-  // To be called when entries were moved, added, removed or given another stamp.
+  // To be called when entries were moved, added or removed.
   void itemsChanged() {
     landmarksKnown = false;
     settledWindows.clear();
   }
+  // To be called when entries were given another stamp.
+  void stampsChanged() { settledWindows.clear(); }
+  // To be called when the entries from `first` up to `last` were given another order.
+  void orderChanged(std::size_t first, std::size_t last);
 
   [[nodiscard]] UINT32 size() const { return static_cast<UINT32>(gzdItemList.size()); }
   // The newest boundary, or null.

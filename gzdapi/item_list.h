@@ -78,13 +78,13 @@ class ItemList {
     set(place, item);
   }
 
-  // Calls `visit` with the places of the entries that did not fit into a word, in ascending order.
-  // Whatever is no sample is among them.
+  // Calls `visit` with the places from `first` up to `last` of the entries that did not fit into a
+  // word, in ascending order. Whatever is no sample is among them.
   template <class Visit>
-  void visitLongEntries(Visit visit) const {
+  void visitLongEntries(std::size_t first, std::size_t last, Visit visit) const {
     constexpr std::size_t STRIDE = 8;
-    for (std::size_t place = 0; place < entries.size(); place += STRIDE) {
-      const std::size_t end = std::min(place + STRIDE, entries.size());
+    for (std::size_t place = first; place < last; place += STRIDE) {
+      const std::size_t end = std::min(place + STRIDE, last);
       UINT64 together = 0;
       for (std::size_t i = place; i < end; ++i) together |= entries[i].word;
       if ((together & OTHER) == 0) continue;

@@ -113,7 +113,7 @@ const SampleLayout& Reader::layoutFor(UINT16 tag) {
 // ---- samples
 // -----------------------------------------------------------------------------------------------
 
-void Reader::readSample(UINT32 itemIndex, const GZDItem& item) {
+void Reader::readSample(UINT32 itemIndex, GZDItem item) {
   const Recording* const block = stretchAt(itemIndex).block;
   const bool direct = velocityKinds == GZD_VELOCITY_NONE &&
                       (readLikeTheOneBefore(item) || readSampleDirectly(item));
@@ -126,7 +126,7 @@ void Reader::readSample(UINT32 itemIndex, const GZDItem& item) {
 
 // Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
 // and does nothing, for any other.
-bool Reader::readLikeTheOneBefore(const GZDItem& item) {
+bool Reader::readLikeTheOneBefore(GZDItem item) {
   constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
   if (layout.tag != presetTag || layout.hasBlocks || !isInEpoch(item.getFilePos())) return false;
   const byte* const record =
@@ -141,7 +141,7 @@ bool Reader::readLikeTheOneBefore(const GZDItem& item) {
 
 // Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one
 // without pupil sizes: it takes over those of the sample before it, which the queue knows.
-bool Reader::readSampleDirectly(const GZDItem& item) {
+bool Reader::readSampleDirectly(GZDItem item) {
   if (item.isDummy()) return false;
   const UINT16 tag = goToSample(item);
   if ((tag & SMP_PUPIL_SIZE) == 0) return false;
@@ -258,7 +258,7 @@ void Reader::decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event
   }
 }
 
-void Reader::readEvent(UINT32 itemIndex, const GZDItem& item) {
+void Reader::readEvent(UINT32 itemIndex, GZDItem item) {
   if (item.isDummy()) {
     readInsertedEvent(item);
   } else {

@@ -61,11 +61,11 @@ class Reader : public SampleSource {
   static constexpr UINT32 NONE = 0xFFFFFFFFu;
 
   int readItem(UINT32 itemIndex);
-  void readSample(UINT32 itemIndex, const GZDItem& item);
-  bool readLikeTheOneBefore(const GZDItem& item);
-  bool readSampleDirectly(const GZDItem& item);
+  void readSample(UINT32 itemIndex, GZDItem item);
+  bool readLikeTheOneBefore(GZDItem item);
+  bool readSampleDirectly(GZDItem item);
   void readSampleFromQueue(UINT32 itemIndex, const Recording* block);
-  void readEvent(UINT32 itemIndex, const GZDItem& item);
+  void readEvent(UINT32 itemIndex, GZDItem item);
   void readInsertedEvent(const GZDItem& item);
   void assembleLongMessage(const GZDItem& item);
   void decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event);

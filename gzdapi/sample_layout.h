@@ -87,11 +87,12 @@ namespace sample_fields {
 
 // Four words, of which the middle two change places.
 inline Ints4 load_crossed(const byte* at) {
-  // Of the swapped bytes the last word comes first. Each word goes to the upper half of its lane.
+  // Swapped, the last word comes first. Each goes to the upper half of a lane.
   const Longs2 swapped = {static_cast<INT64>(load_be64(at)), 0};
   const Shorts8 words = reinterpret_cast<Shorts8>(swapped);
-  const Shorts8 twice = __builtin_shufflevector(words, words, 3, 3, 1, 1, 2, 2, 0, 0);
-  return reinterpret_cast<Ints4>(twice) >> 16;
+  const Shorts8 doubled = __builtin_shufflevector(words, words, 0, 8, 1, 9, 2, 10, 3, 11);
+  const Ints4 values = reinterpret_cast<Ints4>(doubled) >> 16;
+  return __builtin_shufflevector(values, values, 3, 1, 2, 0);
 }
 
 // A pair of coordinates for each present eye.

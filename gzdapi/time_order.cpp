@@ -98,7 +98,6 @@ void sortItems(Index& index) {
   if (items.empty()) return;
   std::vector<bool> settled = std::move(index.settledWindows);
   WindowSorter sorter(items);
-  bool anyMoved = false;
   bool moved = false;  // the window before changed, and this one overlaps it
   Windows windows(items.size());
   std::size_t number = 0;
@@ -106,12 +105,11 @@ void sortItems(Index& index) {
     if (number == settled.size()) settled.push_back(false);
     if (!settled[number] || moved) {
       moved = sorter.sort(windows.first(), windows.last());
+      if (moved) index.orderChanged(windows.first(), windows.last());
       settled[number] = !moved;
       if (moved && number > 0) settled[number - 1] = false;
-      anyMoved |= moved;
     }
     ++number;
   } while (windows.next());
-  if (anyMoved) index.itemsChanged();
   index.settledWindows = std::move(settled);
 }

@@ -84,17 +84,23 @@ void append_position(const SampleLine& line) {
   lpbuffer.set_cursor(place);
 }
 
+namespace {
+
+// Apart, so that it costs the usual line nothing.
+[[gnu::noinline]] void append_unusual_positions(const SampleLine& line) {
+  append_position<left>(line);
+  append_position<right>(line);
+}
+
+}  // namespace
+
 void append_both_positions(const SampleLine& line) {
   const EyeData l = get_sample_data(line.sample, left, options.sample_type_in_use);
   const EyeData r = get_sample_data(line.sample, right, options.sample_type_in_use);
   const bool ready = has_usual_form() && has_ready_tenths(l.x) && has_ready_tenths(l.y) &&
                      has_ready_tenths(l.pupil) && has_ready_tenths(r.x) && has_ready_tenths(r.y) &&
                      has_ready_tenths(r.pupil);
-  if (!ready) {
-    append_position<left>(line);
-    append_position<right>(line);
-    return;
-  }
+  if (!ready) return append_unusual_positions(line);
   char* place = lpbuffer.cursor();
   for (const float value : {l.x, l.y, l.pupil, r.x, r.y, r.pupil})
     place = write_ready_tenths(place, value);

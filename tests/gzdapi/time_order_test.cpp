@@ -286,6 +286,22 @@ TEST(SortItems, LongCirclesComeOutAsOfStdSort) {
   }
 }
 
+TEST(SortItems, LandmarksThatAreKnownFollowTheOrder) {
+  for (const std::size_t count : {30u, 30000u}) {
+    Items items;
+    Index index;
+    index.gzdItemList =
+        listOf(random_items(items, count, {SAMPLE, SAMPLE, 24, 3, 4, GZD_RECORDING}, 400, 7));
+    const std::vector<UINT32> unsorted = index.landmarks();
+    sortItems(index);
+    std::vector<UINT32> expected;
+    for (UINT32 place = 0; place < index.size(); ++place)
+      if (!index.gzdItemList[place].isSample()) expected.push_back(place);
+    EXPECT_EQ(index.landmarks(), expected);
+    EXPECT_NE(unsorted, expected);
+  }
+}
+
 TEST(SortItems, LongListsAreSortedInWindows) {
   for (const std::size_t count : {20000u, 20001u, 24000u, 24001u, 50000u}) {
     Items items;
