@@ -13,8 +13,8 @@ namespace {
 constexpr std::size_t SMALLEST_READ = 4096;
 constexpr std::size_t LARGEST_READ = 256 * 1024;
 // Bytes kept behind the cursor when the window moves on: records are fetched in time order, which
-// steps back a little in the file at every event.
-constexpr std::size_t HISTORY = 16 * 1024;
+// steps back a little in the file at every event, and further where samples were read ahead.
+constexpr std::size_t HISTORY = 64 * 1024;
 // How far before the place asked for a step back begins to read.
 constexpr INT64 STEP_BACK = 4 * 1024;
 constexpr std::size_t BUFFER_SIZE = HISTORY + 2 * LARGEST_READ;

@@ -115,9 +115,16 @@ const SampleLayout& Reader::layoutFor(UINT16 tag) {
 
 void Reader::readSample(UINT32 itemIndex, GZDItem item) {
   const Recording* const block = stretchAt(itemIndex).block;
-  const bool direct = velocityKinds == GZD_VELOCITY_NONE &&
-                      (readLikeTheOneBefore(item) || readSampleDirectly(item));
-  if (!direct) readSampleFromQueue(itemIndex, block);
+  const bool hasVelocities = velocityKinds != GZD_VELOCITY_NONE && block != nullptr &&
+                             static_cast<int>(block->sample_rate) > 0;
+  // Velocities of the sample before are not to stay.
+  if (velocityKinds != GZD_VELOCITY_NONE && !hasVelocities) presetTag = 0;
+  int slot = hasVelocities ? queue.getSample(itemIndex) : -1;
+  if (!readLikeTheOneBefore(item) && !readSampleDirectly(item)) {
+    if (!hasVelocities) slot = queue.getSample(itemIndex);
+    copyQueuedSample(itemIndex, slot);
+  }
+  if (hasVelocities) setVelocities(itemIndex, slot, *block);
   if (block == nullptr) {
     print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
               static_cast<long>(fData.fs.time));
@@ -156,37 +163,43 @@ bool Reader::readSampleDirectly(GZDItem item) {
   return true;
 }
 
-void Reader::readSampleFromQueue(UINT32 itemIndex, const Recording* block) {
+// `slot` holds the entry's sample, or that of another entry with its stamp; negative for none. The
+// record's own values count all the same.
+void Reader::copyQueuedSample(UINT32 itemIndex, int slot) {
   presetTag = 0;
-  int slot = queue.getSample(itemIndex);
   if (slot >= 0 && queue.entry(slot) == itemIndex) {
     fData.fs = queue.sample(slot);
-  } else {
-    // Another entry with this stamp is queued, or none: the record's own values count all the same.
-    Sample own;
-    readQueueSample(itemIndex, own);
-    if ((own.flags & SMP_PUPIL_SIZE) == 0 && slot >= 0) {
-      std::copy_n(queue.sample(slot).pa, 2, own.pa);
-    }
-    fData.fs = own;
-    slot = -1;
+    return;
   }
-  if (block == nullptr) return;
+  Sample own;
+  readQueueSample(itemIndex, own);
+  if ((own.flags & SMP_PUPIL_SIZE) == 0 && slot >= 0) {
+    std::copy_n(queue.sample(slot).pa, 2, own.pa);
+  }
+  fData.fs = own;
+}
+
+void Reader::setVelocities(UINT32 itemIndex, int slot, const Recording& block) {
+  const bool isQueued = slot >= 0 && queue.entry(slot) == itemIndex;
   const CONFIG& config = default_config();
-  queue.setVelocity(fData.fs, index.gzdItemList[itemIndex].getTimeStamp(), slot,
+  queue.setVelocity(fData.fs, index.gzdItemList.stampAt(itemIndex), isQueued ? slot : -1,
                     {velocityKinds, config.default_rx, config.default_ry,
-                     static_cast<int>(block->sample_rate), state.ovilo_revision});
+                     static_cast<int>(block.sample_rate), state.ovilo_revision});
 }
 
 void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
   const GZDItem item = index.gzdItemList[itemIndex];
   if (item.isDummy()) {
+    sample.presetFor = 0;
     makeDummy(itemIndex, sample);
   } else {
     const UINT16 tag = goToSample(item);
-    if (tag != queuePresetTag) preset_sample(tag, queuePreset);
-    queuePresetTag = tag;
-    static_cast<FSAMPLE&>(sample) = queuePreset;
+    if (sample.presetFor != tag) {
+      if (tag != queuePresetTag) preset_sample(tag, queuePreset);
+      queuePresetTag = tag;
+      static_cast<FSAMPLE&>(sample) = queuePreset;
+    }
+    sample.presetFor = (tag & SMP_EXTENDED) == 0 ? tag : UINT16{0};
     decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
                               sample);
     sample.flags = flags_at(tag, item.getTimeStamp());

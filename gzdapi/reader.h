@@ -38,7 +38,10 @@ class Reader : public SampleSource {
   // The code of the entry whose record was read last; 0 before the first.
   [[nodiscard]] int typeOfRecord() const { return recordType; }
 
-  void setVelocityKinds(unsigned kinds) { velocityKinds = kinds & GZD_VELOCITY_ALL; }
+  void setVelocityKinds(unsigned kinds) {
+    velocityKinds = kinds & GZD_VELOCITY_ALL;
+    presetTag = 0;
+  }
 
   void readQueueSample(UINT32 itemIndex, Sample& sample) override;
   int stampsPerSampleAt(UINT32 itemIndex) override;
@@ -64,7 +67,8 @@ class Reader : public SampleSource {
   void readSample(UINT32 itemIndex, GZDItem item);
   bool readLikeTheOneBefore(GZDItem item);
   bool readSampleDirectly(GZDItem item);
-  void readSampleFromQueue(UINT32 itemIndex, const Recording* block);
+  void copyQueuedSample(UINT32 itemIndex, int slot);
+  void setVelocities(UINT32 itemIndex, int slot, const Recording& block);
   void readEvent(UINT32 itemIndex, GZDItem item);
   void readInsertedEvent(const GZDItem& item);
   void assembleLongMessage(const GZDItem& item);
