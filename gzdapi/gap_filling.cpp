@@ -160,29 +160,60 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
 // ---- statistics
 // ----------------------------------------------------------------------------------------
 
-void report_sample_periods(const Index& index) {
-  NumberLine stray("Sample at time ", " encountered before start of next recording block\n");
+namespace {
+
+class PeriodCount {
+ public:
+  explicit PeriodCount(const Index& entries) : index(entries) {}
+
+  void run() {
+    std::size_t behind = 0;  // the place behind the landmark before
+    for (const UINT32 place : index.landmarks()) {
+      countSamples(behind, place);
+      behind = place + std::size_t{1};
+      const GZDItem item = index.gzdItemList[place];
+      if (item.isRecording()) meetBoundary(item);
+    }
+    countSamples(behind, index.size());
+  }
+
   unsigned shorter = 0;
   unsigned longer = 0;
-  INT64 expected = 0;
-  bool hasPrevious = false;
-  INT64 previous = 0;
-  for (const GZDItem item : index.gzdItemList) {
-    if (item.isRecording()) {
-      expected = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
-      hasPrevious = false;
-    } else if (item.isSample() && expected == 0) {
-      stray.log(static_cast<INT64>(item.getTimeStamp()));
-    } else if (item.isSample()) {
-      const INT64 stamp = static_cast<INT64>(item.getTimeStamp());
+
+ private:
+  void meetBoundary(const GZDItem& item) {
+    expected = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
+    hasPrevious = false;
+  }
+
+  void countSamples(std::size_t first, std::size_t last) {
+    for (std::size_t place = first; place < last; ++place) {
+      const INT64 stamp = static_cast<INT64>(index.gzdItemList.stampAt(place));
+      if (expected == 0) {
+        stray.log(stamp);
+        continue;
+      }
       if (hasPrevious && stamp - previous < expected) ++shorter;
       if (hasPrevious && stamp - previous > expected) ++longer;
       previous = stamp;
       hasPrevious = true;
     }
   }
+
+  const Index& index;
+  NumberLine stray{"Sample at time ", " encountered before start of next recording block\n"};
+  INT64 expected = 0;
+  bool hasPrevious = false;
+  INT64 previous = 0;
+};
+
+}  // namespace
+
+void report_sample_periods(const Index& index) {
+  PeriodCount count(index);
+  count.run();
   constexpr const char* COUNT_LINE =
       "%u inter-sample periods were %s than expected from the sampling rate\n";
-  if (shorter != 0) print_log(COUNT_LINE, shorter, "shorter");
-  if (longer != 0) print_log(COUNT_LINE, longer, "longer");
+  if (count.shorter != 0) print_log(COUNT_LINE, count.shorter, "shorter");
+  if (count.longer != 0) print_log(COUNT_LINE, count.longer, "longer");
 }

@@ -48,6 +48,7 @@ bool StrictOrder::make(std::size_t first, std::size_t last) {
 bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
   const auto begin = items.packed().begin();
   std::size_t moves = MOVES_PER_ENTRY * (last - first);
+  lowestPlace = last;
   UINT64 newest = items.stampAt(first);
   for (std::size_t entry = first + 1; entry != last; ++entry) {
     const UINT64 stamp = items.stampAt(entry);
@@ -58,6 +59,7 @@ bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
     const std::size_t place = placeOf(entry, first);
     if (entry - place > moves) return false;
     moves -= entry - place;
+    if (place != entry) lowestPlace = std::min(lowestPlace, place);
     const ItemList::Packed late = begin[static_cast<std::ptrdiff_t>(entry)];
     std::copy_backward(begin + static_cast<std::ptrdiff_t>(place),
                        begin + static_cast<std::ptrdiff_t>(entry),

@@ -21,6 +21,8 @@ class StrictOrder {
   // Puts them into that order. Returns false, and changes nothing, when there is more than one, or
   // when it is far from the one they have.
   bool make(std::size_t first, std::size_t last);
+  // The first place at which the last make() changed anything.
+  [[nodiscard]] std::size_t firstChange() const { return lowestPlace; }
 
  private:
   bool insertAll(std::size_t first, std::size_t last);
@@ -30,6 +32,7 @@ class StrictOrder {
   ItemList& items;
   Comparison comesBefore;
   std::vector<ItemList::Packed> original;
+  std::size_t lowestPlace = 0;
 };
 
 #endif

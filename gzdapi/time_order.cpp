@@ -24,10 +24,12 @@ class WindowSorter {
  public:
   explicit WindowSorter(ItemList& list) : items(list), strictOrder(list, sortByTime) {}
 
-  // Sorts a window that is not empty. Returns whether anything moved.
-  bool sort(std::size_t first, std::size_t last) {
-    if (strictOrder.isStrict(first, last)) return false;
-    if (strictOrder.make(first, last)) return true;
+  // Sorts a window that is not empty. Returns the first place at which anything moved, or `last`.
+  std::size_t sort(std::size_t first, std::size_t last) {
+    strict = true;
+    if (strictOrder.isStrict(first, last)) return last;
+    if (strictOrder.make(first, last)) return strictOrder.firstChange();
+    strict = false;
     window.clear();
     for (std::size_t place = first; place != last; ++place) window.push_back(items[place]);
     entries.clear();
@@ -38,23 +40,26 @@ class WindowSorter {
     introsort.sort(entries, ItemOrder(window.data()));
     return carryOut(first);
   }
+  // Whether the window sorted last has but one order.
+  [[nodiscard]] bool isStrict() const { return strict; }
 
  private:
-  bool carryOut(std::size_t first) {
+  std::size_t carryOut(std::size_t first) {
     ItemList::Packed* const target = items.packed().data() + first;
-    bool moved = false;
+    std::size_t firstMoved = window.size();
     sorted.clear();
     for (std::size_t i = 0; i < window.size(); ++i) {
       const UINT32 from = entries[i + 1].place;
-      moved |= from != i;
+      if (from != i) firstMoved = std::min(firstMoved, i);
       sorted.push_back(target[from]);
     }
-    if (moved) std::copy(sorted.begin(), sorted.end(), target);
-    return moved;
+    std::copy(sorted.begin(), sorted.end(), target);
+    return first + firstMoved;
   }
 
   ItemList& items;
   StrictOrder strictOrder;
+  bool strict = false;
   IntroSort introsort;
   std::vector<GZDItem> window;
   std::vector<SortEntry> entries;
@@ -104,10 +109,12 @@ void sortItems(Index& index) {
   do {
     if (number == settled.size()) settled.push_back(false);
     if (!settled[number] || moved) {
-      moved = sorter.sort(windows.first(), windows.last());
+      const std::size_t firstMoved = sorter.sort(windows.first(), windows.last());
+      moved = firstMoved != windows.last();
       if (moved) index.orderChanged(windows.first(), windows.last());
-      settled[number] = !moved;
-      if (moved && number > 0) settled[number - 1] = false;
+      settled[number] = !moved || sorter.isStrict();
+      const bool movedInOverlap = moved && firstMoved < windows.first() + OVERLAP;
+      if (movedInOverlap && number > 0) settled[number - 1] = false;
     }
     ++number;
   } while (windows.next());
