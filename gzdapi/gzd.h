@@ -204,7 +204,9 @@ GZD_API int gzd_get_input_data_availibity(GZDFILE* ef);
 /*
  * A trial is a stretch of the walk. Without identifiers each recording block is one. They are
  * collected at the first call that needs them, at the cost of one walk over the index; collecting
- * puts the walk back to its beginning.
+ * moves the walk: to its beginning, or, with identifiers, to its end when the last trial has no
+ * closing message. Jump to a trial before you walk on. With identifiers, a trial that the end of a
+ * block or the start of the next closes has duration 0: take `endtime` minus `starttime`.
  */
 
 /* Sets the texts that start and end a trial, and collects anew. A message that contains `start`
