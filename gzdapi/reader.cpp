@@ -115,13 +115,15 @@ const SampleLayout& Reader::layoutFor(UINT16 tag) {
 
 void Reader::readSample(UINT32 itemIndex, GZDItem item) {
   const Recording* const block = stretchAt(itemIndex).block;
-  const bool hasVelocities = velocityKinds != GZD_VELOCITY_NONE && block != nullptr &&
-                             static_cast<int>(block->sample_rate) > 0;
+  const bool usesQueue = velocityKinds != GZD_VELOCITY_NONE;
+  const bool hasVelocities =
+      usesQueue && block != nullptr && static_cast<int>(block->sample_rate) > 0;
   // Velocities of the sample before are not to stay.
-  if (velocityKinds != GZD_VELOCITY_NONE && !hasVelocities) presetTag = 0;
-  int slot = hasVelocities ? queue.getSample(itemIndex) : -1;
+  if (usesQueue && !hasVelocities) presetTag = 0;
+  // Also without a block: what the queue holds decides about velocities to come.
+  int slot = usesQueue ? queue.getSample(itemIndex) : -1;
   if (!readLikeTheOneBefore(item) && !readSampleDirectly(item)) {
-    if (!hasVelocities) slot = queue.getSample(itemIndex);
+    if (!usesQueue) slot = queue.getSample(itemIndex);
     copyQueuedSample(itemIndex, slot);
   }
   if (hasVelocities) setVelocities(itemIndex, slot, *block);

@@ -37,7 +37,7 @@ constexpr auto digit_pairs = make_digit_pairs();
 class TimeDigits {
  public:
   void append(UINT32 time) {
-    if (time - base_ >= 100 && !keep(time)) return;
+    if ((time < base_ || time - base_ >= 100) && !keep(time)) return;
     char* const place = lpbuffer.cursor();
     std::memcpy(place, text_, sizeof text_);
     std::memcpy(place + length_, digit_pairs[time - base_].data(), 2);

@@ -30,8 +30,9 @@ TEST_F(SampleLinesTest, SamplesNotAskedForPrintNothing) {
 }
 
 TEST_F(SampleLinesTest, TimesPrintAsPrintfPrintsThem) {
-  for (const UINT32 time : {0u, 9u, 99u, 100u, 101u, 199u, 200u, 99u, 12345u, 12399u, 12400u,
-                            999999u, 1000000u, 4294967295u, 4294967200u, 100u}) {
+  for (const UINT32 time :
+       {0u,     9u,      99u,      100u,        101u,        199u, 200u,        99u, 12345u, 12399u,
+        12400u, 999999u, 1000000u, 4294967295u, 4294967200u, 100u, 4294967295u, 0u,  3u,     4u}) {
     FSAMPLE sample = make_bare_sample(time);
     write_sample(handle, block, sample);
     EXPECT_EQ(asc(), std::to_string(time) + "\n");
