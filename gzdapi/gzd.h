@@ -132,7 +132,7 @@ GZD_API int gzd_get_next_data(GZDFILE* ef);
 
 /* Fetches the element just announced. Which member of the record holds is told by its code. Null
    before the first element, for a kind that cannot be fetched, and for a record that cannot be
-   read again (logged).
+   read again (logged). The record is for reading; it stays until the next call with this file.
 
    When the recording holds times of 0x3FFFFFFF ms and above, its times are shifted to begin near
    0, unless GZD_OPEN_NO_TIME_SHIFT was given; the first record fetched decides. */
