@@ -119,12 +119,6 @@ StreamState state_from(fuzz::Tail& tail) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  fuzz::silence_standard_output();
-  fuzz::swallow_log();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Tail tail({data, size});
   const StreamState state = state_from(tail);

@@ -103,11 +103,6 @@ void check_record(fuzz::Tail& tail) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  fuzz::silence_standard_output();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Tail tail({data, size});
   const int time = static_cast<int>(tail.integer());

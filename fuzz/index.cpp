@@ -189,12 +189,6 @@ ScanOptions options_from(fuzz::Tail& tail) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  fuzz::silence_standard_output();
-  fuzz::swallow_log();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Tail tail({data, size});
   StreamState state = state_from(tail);

@@ -69,11 +69,6 @@ void check_round_trip(fuzz::Input bytes, std::size_t cut) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  fuzz::silence_standard_output();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Tail tail({data, size});
   const bool roundTrip = tail.byte() % 8 == 0;

@@ -448,12 +448,6 @@ void check_file(const std::string& path, const Settings& settings) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  fuzz::silence_standard_output();
-  fuzz::swallow_log();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static fuzz::MemoryFile recording("recording"), log("log");
   fuzz::Tail tail({data, size});

@@ -117,12 +117,6 @@ void check_glance(const Outcome& whole, const Outcome& glanced) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  fuzz::silence_standard_output();
-  fuzz::swallow_log();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Tail tail({data, size});
   const StreamState state = state_from(tail);

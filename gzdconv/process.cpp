@@ -19,6 +19,7 @@
 namespace {
 
 constexpr int cancelled = -2;
+constexpr std::string_view message_log_name = "tq_messages.log";  // where the library looks for it
 
 using Names = std::vector<std::string>;
 
@@ -47,7 +48,7 @@ bool open_log(const Names& names) {
 void check_message_log(const std::string& name) {
   std::string input;
   add_extension(input, name);
-  const std::string log = input.substr(0, input.rfind('/') + 1) + "tq_messages.log";
+  const std::string log = input.substr(0, input.rfind('/') + 1).append(message_log_name);
   const int file = open(log.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return report_reason(log, errno);
   close(file);
