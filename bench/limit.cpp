@@ -244,8 +244,7 @@ void Limit::print_run(const Layout& layout, const Tails& tails) {
   unsigned long lines = 0;
   for (; p < stop && (word_at(p) & ~half_ms) == tag; p += record_size, ++lines) {
     if (out >= full) [[unlikely]] {
-      out_.write_up_to(out);
-      out = out_.begin();
+      out = out_.write_piece(out);
     }
     time = absolute_time ? integer_at(p + tag_size) : time + p[tag_size];
     if (time - text.base >= 100) [[unlikely]]

@@ -94,7 +94,15 @@ class Output {
 
   char* begin() { return buffer_.data(); }
   [[nodiscard]] const char* full() const { return buffer_.data() + write_size; }
-  // Writes what lies before `end`, and starts again at begin().
+  // Writes a full piece, so that all pieces lie at offsets of their size, and returns where the
+  // text up to `end` goes on.
+  char* write_piece(const char* end) {
+    write_up_to(full());
+    const auto rest = static_cast<std::size_t>(end - full());
+    std::memcpy(begin(), full(), rest);
+    return begin() + rest;
+  }
+  // Writes what lies before `end`.
   void write_up_to(const char* end) {
     for (const char* from = begin(); from != end;) {
       const ssize_t count = write(file_, from, static_cast<std::size_t>(end - from));

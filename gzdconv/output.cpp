@@ -80,12 +80,21 @@ void LineBuffer::flush() {
   cursor_ = bytes_;
 }
 
+void LineBuffer::send_whole_pieces() {
+  const std::size_t rest = (sent_ + size()) % flush_size;
+  const std::size_t whole = size() - rest;
+  send(bytes_, whole);
+  std::memmove(bytes_, bytes_ + whole, rest);
+  cursor_ = bytes_ + rest;
+}
+
 void LineBuffer::send(const char* text, std::size_t length) {
   FILE* const file = options.out_file != nullptr ? options.out_file : stdout;
   if (failed_ || length == 0) return;
   errno = 0;
   failed_ = std::fwrite(text, 1, length, file) != length;
   if (failed_) reason_ = errno;
+  sent_ += length;
 }
 
 void print(const char* fmt, ...) {
@@ -129,7 +138,7 @@ int open_output_file(const std::string& name, const std::string& input) {
   options.out_file = std::fopen(path.c_str(), "w");
   if (options.out_file == nullptr) return fail_to_open(path, errno);
   open_path = path;
-  lpbuffer.forget_failure();
+  lpbuffer.begin_file();
   std::setvbuf(options.out_file, nullptr, _IONBF, 0);  // lpbuffer collects the lines
   if (!options.utf8) return 0;
   lpbuffer.write(utf8_mark);
