@@ -54,7 +54,6 @@ void sort(benchmark::State& state, std::vector<GZDItem> (*make)()) {
     state.PauseTiming();
     Index index;
     for (const GZDItem& item : items) index.gzdItemList.push_back(item);
-    index.itemsChanged();
     state.ResumeTiming();
     sortItems(index);
     benchmark::DoNotOptimize(index.gzdItemList.packed().data());

@@ -25,13 +25,12 @@ class BlinkMerge {
   explicit BlinkMerge(Index& list) : index(list), items(list.gzdItemList) {}
 
   void run() {
-    for (const UINT32 place : index.landmarks()) examine(place);
+    for (const Landmark mark : index.landmarks()) examine(mark.place, items[mark]);
     if (edits.apply(items)) index.itemsChanged();
   }
 
  private:
-  void examine(UINT32 place) {
-    const GZDItem item = items[place];
+  void examine(UINT32 place, const GZDItem& item) {
     SaccadeState& eye = eyes[static_cast<std::size_t>(item.getEye())];
     switch (item.getItemType()) {
       case GZD_RECORDING:
@@ -91,10 +90,10 @@ void markSamplesInsideBlink(Index& index) {
     }
   };
   std::size_t behind = 0;  // the place behind the landmark before
-  for (const UINT32 place : index.landmarks()) {
-    mark(behind, place);
-    behind = place + std::size_t{1};
-    const GZDItem item = index.gzdItemList[place];
+  for (const Landmark landmark : index.landmarks()) {
+    mark(behind, landmark.place);
+    behind = landmark.place + std::size_t{1};
+    const GZDItem& item = index.gzdItemList[landmark];
     if (item.isRecording()) inside = {};
     if (item.getItemType() == GZD_START_BLINK || item.getItemType() == GZD_END_BLINK) {
       inside[static_cast<std::size_t>(item.getEye())] = item.isStartEvent();

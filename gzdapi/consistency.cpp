@@ -37,13 +37,12 @@ class OutsideEvents {
   explicit OutsideEvents(Index& list) : index(list) {}
 
   void run() {
-    for (const UINT32 place : index.landmarks()) examine(place);
+    for (const Landmark mark : index.landmarks()) examine(mark.place, index.gzdItemList[mark]);
     if (changed) index.stampsChanged();
   }
 
  private:
-  void examine(UINT32 place) {
-    const GZDItem item = index.gzdItemList[place];
+  void examine(UINT32 place, const GZDItem& item) {
     if (item.isRecordingStart()) {
       startSeen = true;
       outside = false;
@@ -109,10 +108,10 @@ class BlockWalk {
 
   void run() {
     UINT32 behind = 0;  // the place behind the landmark before
-    for (const UINT32 place : index.landmarks()) {
-      examineSamples(behind, place);
-      examine(place);
-      behind = place + 1;
+    for (const Landmark mark : index.landmarks()) {
+      examineSamples(behind, mark.place);
+      examine(mark);
+      behind = mark.place + 1;
     }
     examineSamples(behind, index.size());
     if (edits.apply(items))
@@ -123,16 +122,16 @@ class BlockWalk {
   [[nodiscard]] bool boundariesChangedPlaces() const { return changedPlaces; }
 
  private:
-  void examine(UINT32 place) {
-    switch (items[place].getItemType()) {
+  void examine(Landmark mark) {
+    switch (items[mark].getItemType()) {
       case GZD_RECORDING:
-        boundary(place);
+        boundary(mark.place);
         break;
       case GZD_END_BLINK:
-        endBlink(place);
+        endBlink(mark.place);
         break;
       case GZD_START_BLINK:
-        startBlink(place);
+        startBlink(mark.place);
         break;
       default:
         break;

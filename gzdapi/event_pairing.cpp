@@ -25,8 +25,8 @@ bool startDecides(const GZDItem& start, const GZDItem& end) {
 EventPairing EventPairing::build(const Index& index) {
   EventPairing pairing;
   std::array<std::optional<GZDItem>, KINDS * EYES> open;
-  for (const UINT32 i : index.landmarks()) {
-    const GZDItem item = index.gzdItemList[i];
+  for (const Landmark mark : index.landmarks()) {
+    const GZDItem& item = index.gzdItemList[mark];
     if (!item.isEyeEvent()) continue;
     std::optional<GZDItem>& start = open[pairOf(item)];
     if (item.isStartEvent()) {
@@ -34,7 +34,7 @@ EventPairing EventPairing::build(const Index& index) {
     } else if (start) {
       const UINT32 startTime = time_of_stamp(start->getTimeStamp());
       if (startDecides(*start, item) && startTime < time_of_stamp(item.getTimeStamp())) {
-        pairing.ends.push_back({i, startTime});
+        pairing.ends.push_back({mark.place, startTime});
       }
       start.reset();
     }

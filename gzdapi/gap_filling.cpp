@@ -125,14 +125,13 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
   std::vector<const Recording*> waiting;
   BlockStartPadding padding(budget);
   std::size_t added = 0;
-  const std::vector<UINT32>& landmarks = index.landmarks();
+  const std::vector<Landmark>& landmarks = index.landmarks();
   for (std::size_t i = 0; i < landmarks.size(); ++i) {
-    if (awaits_samples(index.gzdItemList[landmarks[i]])) {
-      waiting.push_back(index.gzdItemList[landmarks[i]].getRecording());
-    }
-    const std::size_t behind = landmarks[i] + std::size_t{1};
+    const GZDItem& item = index.gzdItemList[landmarks[i]];
+    if (awaits_samples(item)) waiting.push_back(item.getRecording());
+    const std::size_t behind = landmarks[i].place + std::size_t{1};
     const std::size_t nextLandmark =
-        i + 1 < landmarks.size() ? landmarks[i + 1] : index.gzdItemList.size();
+        i + 1 < landmarks.size() ? landmarks[i + 1].place : index.gzdItemList.size();
     if (waiting.empty() || behind == nextLandmark) continue;
     padding.pad(waiting, index.gzdItemList[behind].getTimeStamp());
     waiting.clear();
@@ -168,10 +167,10 @@ class PeriodCount {
 
   void run() {
     std::size_t behind = 0;  // the place behind the landmark before
-    for (const UINT32 place : index.landmarks()) {
-      countSamples(behind, place);
-      behind = place + std::size_t{1};
-      const GZDItem item = index.gzdItemList[place];
+    for (const Landmark mark : index.landmarks()) {
+      countSamples(behind, mark.place);
+      behind = mark.place + std::size_t{1};
+      const GZDItem& item = index.gzdItemList[mark];
       if (item.isRecording()) meetBoundary(item);
     }
     countSamples(behind, index.size());

@@ -35,28 +35,21 @@ struct Index {
   UINT32 maxTime = 0;  // ms, the largest
   int inputType = 0;   // bit 0: input events, bit 1: input values in samples
 
-  // Places of the entries that are no samples, ascending: few, so that what concerns them alone
-  // need not touch the whole list. Made when first asked for.
-  const std::vector<UINT32>& landmarks() const;
+  // The entries that are no samples, ascending.
+  [[nodiscard]] const std::vector<Landmark>& landmarks() const { return gzdItemList.landmarks(); }
   // To be called when entries were moved, added or removed.
   void itemsChanged() {
-    landmarksKnown = false;
+    gzdItemList.changed();
     settledWindows.clear();
   }
   // To be called when entries were given another stamp.
   void stampsChanged() { settledWindows.clear(); }
-  // To be called when the entries from `first` up to `last` were given another order.
-  void orderChanged(std::size_t first, std::size_t last);
 
   [[nodiscard]] UINT32 size() const { return static_cast<UINT32>(gzdItemList.size()); }
   // The newest boundary, or null.
   [[nodiscard]] Recording* newestRecording() const {
     return allRecordings.empty() ? nullptr : allRecordings.back().get();
   }
-
- private:
-  mutable std::vector<UINT32> landmarkPlaces;
-  mutable bool landmarksKnown = false;
 };
 
 #endif

@@ -57,6 +57,7 @@ bool IndexEdits::apply(ItemList& items) {
   } else {
     items.packed() = merged(items);
   }
+  items.changed();
   insertions.clear();
   removals.clear();
   return true;

@@ -4,6 +4,9 @@
 // inside a blink, its place in the file, and its stamp above a base that suits the file. An entry
 // that does not fit (any event, a stamp far from the others) lies in a list of its own, and its
 // word tells where. Entries are handed out by value.
+//
+// The list knows its landmarks, the entries that are no samples: few, so that what concerns them
+// alone need not touch the whole list.
 #ifndef GZDAPI_ITEM_LIST_H
 #define GZDAPI_ITEM_LIST_H
 
@@ -15,6 +18,13 @@
 #include <vector>
 
 #include "GZDItem.h"
+
+// An entry that is no sample: its place in the list, and its number among the entries that did not
+// fit into a word.
+struct Landmark {
+  UINT32 place;
+  UINT32 number;
+};
 
 class ItemList {
  public:
@@ -61,11 +71,12 @@ class ItemList {
     return isPlain(entries[place]) || otherOf(entries[place]).isSample();
   }
 
-  void push_back(const GZDItem& item) { entries.push_back(pack(item)); }
+  void push_back(const GZDItem& item);
   // A recorded sample outside blinks.
   void addSample(INT64 position, UINT64 stamp) {
     if (fits(position, stamp)) {
       entries.push_back(plain(position, stamp));
+      noteStamp(stamp);
     } else {
       push_back({position, GZD_SAMPLE, SIDE_NONE, 0, stamp});
     }
@@ -78,21 +89,30 @@ class ItemList {
     set(place, item);
   }
 
-  // Calls `visit` with the places from `first` up to `last` of the entries that did not fit into a
-  // word, in ascending order. Whatever is no sample is among them.
-  template <class Visit>
-  void visitLongEntries(std::size_t first, std::size_t last, Visit visit) const {
-    constexpr std::size_t STRIDE = 8;
-    for (std::size_t place = first; place < last; place += STRIDE) {
-      const std::size_t end = std::min(place + STRIDE, last);
-      UINT64 together = 0;
-      for (std::size_t i = place; i < end; ++i) together |= entries[i].word;
-      if ((together & OTHER) == 0) continue;
-      for (std::size_t i = place; i < end; ++i) {
-        if (!isPlain(entries[i])) visit(i);
-      }
-    }
+  // ---- landmarks ----
+  // In ascending order. They stay until entries are added, moved or removed.
+  [[nodiscard]] const std::vector<Landmark>& landmarks() const {
+    if (!marksKnown) findLandmarks();
+    return marks;
   }
+  // A landmark's entry.
+  [[nodiscard]] const GZDItem& operator[](Landmark mark) const { return others[mark.number]; }
+  // The number of landmarks before a place.
+  [[nodiscard]] std::size_t landmarksBefore(std::size_t place) const;
+  // Whether the stamps of the samples rise from each to the next. False also when one of them did
+  // not fit into a word.
+  [[nodiscard]] bool samplesRise() const {
+    if (!marksKnown) findLandmarks();
+    return rising;
+  }
+
+  // Moves the entry at `from` back to `to`, before those that stood there. `mark` is the number of
+  // landmarks before `from`.
+  void moveBack(std::size_t from, std::size_t to, std::size_t mark);
+  // To be called when entries were added, moved or removed as they are kept.
+  void changed() { marksKnown = false; }
+  // To be called when the entries from `first` up to `last` were given another order.
+  void orderChanged(std::size_t first, std::size_t last);
 
   // ---- entries as they are kept ----
   [[nodiscard]] GZDItem unpack(Packed entry) const {
@@ -137,10 +157,22 @@ class ItemList {
     return {(stamp - base) << STAMP_SHIFT | static_cast<UINT64>(position + 1) << POSITION_SHIFT};
   }
   void set(std::size_t place, const GZDItem& item);
+  void noteStamp(UINT64 stamp) {
+    rising &= stamp >= risingFrom;
+    risingFrom = stamp + 1;
+  }
+  template <class Visit>
+  bool visitLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom, Visit visit) const;
+  void findLandmarks() const;
 
   std::vector<Packed> entries;
   std::deque<GZDItem> others;  // grows without being copied
   UINT64 base = NO_BASE;
+
+  mutable std::vector<Landmark> marks;
+  mutable bool marksKnown = true;
+  mutable bool rising = true;
+  mutable UINT64 risingFrom = 0;  // samples added from here on go on rising
 };
 
 static_assert(sizeof(ItemList::Packed) == 8);

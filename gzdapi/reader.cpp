@@ -29,8 +29,8 @@ Reader::Reader(InputStream& stream, const StreamState& streamState, const Index&
 
 void Reader::indexIsFinal(bool pairEvents) {
   boundaries.clear();
-  for (const UINT32 i : index.landmarks()) {
-    if (index.gzdItemList[i].isRecording()) boundaries.push_back(i);
+  for (const Landmark mark : index.landmarks()) {
+    if (index.gzdItemList[mark].isRecording()) boundaries.push_back(mark.place);
   }
   timesFollowRepairs = pairEvents;
   pairing = pairEvents ? EventPairing::build(index) : EventPairing();

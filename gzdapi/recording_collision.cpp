@@ -35,14 +35,16 @@ class ConfigurationMove {
   ConfigurationMove(ItemList& list, const MessageReader& reader)
       : items(list), messageText(reader) {}
 
-  void run() {
-    for (UINT32 place = 0; place < items.size(); ++place) examine(place);
-    edits.apply(items);
+  // Returns whether anything moved.
+  bool run() {
+    for (const Landmark mark : items.landmarks()) examine(mark);
+    return edits.apply(items);
   }
 
  private:
-  void examine(UINT32 place) {
-    const GZDItem item = items[place];
+  void examine(Landmark mark) {
+    const UINT32 place = mark.place;
+    const GZDItem item = items[mark];
     if (item.isRecordingStart()) {
       collected.clear();
       watching = true;
@@ -78,6 +80,5 @@ class ConfigurationMove {
 
 void moveCollidingConfigurations(Index& index, const MessageReader& messageText) {
   if (!boundariesCollide(index)) return;
-  ConfigurationMove(index.gzdItemList, messageText).run();
-  index.itemsChanged();
+  if (ConfigurationMove(index.gzdItemList, messageText).run()) index.itemsChanged();
 }

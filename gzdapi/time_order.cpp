@@ -54,6 +54,7 @@ class WindowSorter {
       sorted.push_back(target[from]);
     }
     std::copy(sorted.begin(), sorted.end(), target);
+    items.orderChanged(first, first + window.size());
     return first + firstMoved;
   }
 
@@ -111,7 +112,6 @@ void sortItems(Index& index) {
     if (!settled[number] || moved) {
       const std::size_t firstMoved = sorter.sort(windows.first(), windows.last());
       moved = firstMoved != windows.last();
-      if (moved) index.orderChanged(windows.first(), windows.last());
       settled[number] = !moved || sorter.isStrict();
       const bool movedInOverlap = moved && firstMoved < windows.first() + OVERLAP;
       if (movedInOverlap && number > 0) settled[number - 1] = false;

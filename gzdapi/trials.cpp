@@ -99,11 +99,11 @@ bool Trials::cutsByBlocksOnly() const {
 }
 
 void Trials::stepThroughIndex(TrialWalk& cut) {
-  for (const UINT32 place : index.landmarks()) {
-    const GZDItem item = index.gzdItemList[place];
+  for (const Landmark mark : index.landmarks()) {
+    const GZDItem& item = index.gzdItemList[mark];
     if (item.isRecording())
       walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
-    examine(cut, item.getItemType(), place);
+    examine(cut, item.getItemType(), mark.place);
   }
   walk.currentData = index.size();
   merge.skipLog();

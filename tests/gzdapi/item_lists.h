@@ -2,6 +2,9 @@
 #ifndef TESTS_GZDAPI_ITEM_LISTS_H
 #define TESTS_GZDAPI_ITEM_LISTS_H
 
+#include <gtest/gtest.h>
+
+#include <optional>
 #include <vector>
 
 #include "item_list.h"
@@ -17,6 +20,30 @@ inline ItemList listOf(const std::vector<GZDItem>& items) {
   ItemList list;
   for (const GZDItem& item : items) list.push_back(item);
   return list;
+}
+
+// What the list says of its landmarks is what a look at every entry shows.
+inline void expectLandmarks(const ItemList& list) {
+  std::vector<UINT32> expected, actual;
+  bool rise = true;
+  std::optional<UINT64> stamp;
+  for (UINT32 place = 0; place < list.size(); ++place) {
+    const GZDItem item = list[place];
+    if (!item.isSample()) {
+      expected.push_back(place);
+    } else {
+      rise = rise && (!stamp || item.getTimeStamp() > *stamp);
+      stamp = item.getTimeStamp();
+    }
+  }
+  for (const Landmark mark : list.landmarks()) {
+    actual.push_back(mark.place);
+    EXPECT_EQ(list[mark].getFilePos(), list[mark.place].getFilePos());
+    EXPECT_EQ(list[mark].getDetailedType(), list[mark.place].getDetailedType());
+  }
+  EXPECT_EQ(actual, expected);
+  // A list may not know that its samples rise.
+  EXPECT_TRUE(rise || !list.samplesRise());
 }
 
 // Sorts a list that is no part of an index.

@@ -286,19 +286,49 @@ TEST(SortItems, LongCirclesComeOutAsOfStdSort) {
   }
 }
 
+// As the tracker writes them: samples in order, events late, some early, some far away.
+TEST(SortItems, EventsAmongRisingSamplesComeOutAsOfStdSort) {
+  std::mt19937 random(11);
+  for (const std::size_t count : {5u, 300u, 20000u, 40000u}) {
+    for (const unsigned far : {0u, 1u, 30u}) {
+      for (const std::vector<int>& types :
+           {std::vector<int>{5, 6, 7, 8}, {3, 4, 5, 6, 24}, {24, 25, 28, GZD_RECORDING}}) {
+        Items items;
+        std::vector<GZDItem> list;
+        for (std::size_t i = 0; i < count; ++i) {
+          const auto position = static_cast<INT64>(10 * i);
+          const UINT64 now = 100000 + 2 * i;
+          list.push_back(items.item(SAMPLE, now, position, 0));
+          if (random() % 20 != 0) continue;
+          const unsigned reach = random() % 1000 < far ? 90000 : 200;
+          const UINT64 stamp = now + reach / 8 - random() % reach;
+          const int type = types[random() % types.size()];
+          list.push_back(type == GZD_RECORDING
+                             ? items.boundary(static_cast<byte>(random() % 2), stamp)
+                             : items.item(type, stamp, position + 5, random() % 2 + 1));
+        }
+        const std::vector<GZDItem> expected = sorted_by_model(list);
+        Index index;
+        index.gzdItemList = listOf(list);
+        EXPECT_TRUE(index.gzdItemList.samplesRise());
+        sortItems(index);
+        ASSERT_NO_FATAL_FAILURE(expect_same(itemsOf(index.gzdItemList), expected))
+            << count << ' ' << far;
+        expectLandmarks(index.gzdItemList);
+      }
+    }
+  }
+}
+
 TEST(SortItems, LandmarksThatAreKnownFollowTheOrder) {
   for (const std::size_t count : {30u, 30000u}) {
     Items items;
     Index index;
     index.gzdItemList =
         listOf(random_items(items, count, {SAMPLE, SAMPLE, 24, 3, 4, GZD_RECORDING}, 400, 7));
-    const std::vector<UINT32> unsorted = index.landmarks();
+    expectLandmarks(index.gzdItemList);
     sortItems(index);
-    std::vector<UINT32> expected;
-    for (UINT32 place = 0; place < index.size(); ++place)
-      if (!index.gzdItemList[place].isSample()) expected.push_back(place);
-    EXPECT_EQ(index.landmarks(), expected);
-    EXPECT_NE(unsorted, expected);
+    expectLandmarks(index.gzdItemList);
   }
 }
 
