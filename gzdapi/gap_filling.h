@@ -31,15 +31,21 @@ class SampleClock {
   [[nodiscard]] UINT64 stampOf(UINT32 time) const {
     return stamp_of_time(time) + (INT64{time} == last ? 1 : 0);
   }
-  // Whether nothing is missing before a sample with `stamp`, as far as is known.
-  [[nodiscard]] bool isRegular(UINT64 stamp) const {
-    if (last < 1 || beforeLast < 1) return true;
-    return knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period;
+  // The stamp of the sample before.
+  [[nodiscard]] INT64 previousStamp() const { return 2 * last + (last == beforeLast ? 1 : 0); }
+  // Whether largestStep() tells which samples are regular.
+  [[nodiscard]] bool isTicking(bool checksGaps) const {
+    return last >= 1 && beforeLast >= 1 && (knowsPeriod() || !checksGaps);
+  }
+  // From the stamp of the sample before to the next, if nothing is to be missing.
+  [[nodiscard]] UINT64 largestStep(bool checksGaps) const {
+    return checksGaps ? static_cast<UINT64>(period) : ~UINT64{0};
   }
   // Enters dummies for the samples missing before one with `stamp`, and says so in the log.
   void fillGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget) {
     if (!isRegular(stamp)) examineGap(index, stamp, sampleRate, budget);
   }
+  // Goes on to a sample at `time`.
   void advance(UINT32 time) {
     beforeLast = last;
     last = time;
@@ -48,7 +54,11 @@ class SampleClock {
  private:
   static constexpr int UNKNOWN = -1;
 
-  [[nodiscard]] INT64 previousStamp() const { return 2 * last + (last == beforeLast ? 1 : 0); }
+  // Whether nothing is missing before a sample with `stamp`, as far as is known.
+  [[nodiscard]] bool isRegular(UINT64 stamp) const {
+    if (last < 1 || beforeLast < 1) return true;
+    return knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period;
+  }
   void examineGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget);
   void findPeriod(INT64 stamp, float sampleRate);
   [[nodiscard]] bool knowsPeriod() const { return period >= 1 && period <= 8; }

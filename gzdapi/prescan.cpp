@@ -21,6 +21,7 @@
 #include "gzd.h"
 #include "long_message.h"
 #include "record_stream.h"
+#include "regular_samples.h"
 #include "sample_decoder.h"
 #include "time_order.h"
 #include "troubleshoot.h"
@@ -241,48 +242,32 @@ class Scan {
   // window: reads as many of them as there are. Returns false when the next record is another.
   bool readRegularSamples() {
     constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
-    if (!canBeShort) return false;
+    const bool checksGaps = options.fixConsistency && options.loadSamples;
+    if (!canBeShort || (options.loadSamples && !clock.isTicking(checksGaps))) return false;
     const byte* const start = file.peek(LONGEST);
     if (start == nullptr || load_be16(start) != layout.tag) return false;
-    const bool checksGaps = options.fixConsistency && options.loadSamples;
-    const INT64 positionOfStart = file.getFilePos();
     const std::size_t available = file.available();
-    if (positionOfStart + static_cast<INT64>(available) > LAST_POSITION) return false;
+    const INT64 position = file.getFilePos();
+    if (position + static_cast<INT64>(available) > LAST_POSITION) return false;
 
-    const byte* const last = start + (available - LONGEST);
-    const byte* record = start;
-    const byte* newest = nullptr;
-    const SampleLayout sameLayout = layout;
-    SampleClock ticking = clock;
-    UINT32 time = state.curr_time;
-    UINT32 timeBefore = time;
-    UINT32 maxTime = index.maxTime;
-    bool negative = false;
-    bool input = false;
-    while (record <= last && load_be16(record) == sameLayout.tag) {
-      SampleGlance sample;
-      const byte* const body = record + sizeof(UINT16);
-      const std::size_t length = glance_at_fixed_part(body, time, sameLayout, sample);
-      const UINT64 stamp = ticking.stampOf(sample.time);
-      if (checksGaps && !ticking.isRegular(stamp)) break;
-      ticking.advance(sample.time);
-      negative |= sample.hasNegativePupil;
-      input |= sample.input != NOT_RECORDED_WORD;
-      if (options.loadSamples) index.gzdItemList.addSample(positionOfStart + (body - start), stamp);
-      timeBefore = time;
-      time = sample.time;
-      maxTime = std::max(maxTime, time);
-      newest = body;
-      record = body + length;
-    }
-    if (newest == nullptr) return false;
-    glance_at_fixed_part(newest, timeBefore, sameLayout, newestSample);
-    file.take(static_cast<std::size_t>(record - start));
-    state.curr_time = time;
-    index.maxTime = maxTime;
+    const RegularRun run =
+        read_regular_samples({.layout = layout,
+                              .record = start,
+                              .last = start + (available - LONGEST),
+                              .position = position,
+                              .time = state.curr_time,
+                              .stamp = static_cast<UINT64>(clock.previousStamp()),
+                              .largestStep = clock.largestStep(checksGaps)},
+                             options.loadSamples ? &index.gzdItemList : nullptr);
+    if (run.newest == nullptr) return false;
+    glance_at_fixed_part(run.newest, run.timeBefore, layout, newestSample);
+    file.take(static_cast<std::size_t>(run.end - start));
+    state.curr_time = run.time;
+    index.maxTime = std::max(index.maxTime, run.time);
     if (options.loadSamples) {
-      clock = ticking;
-      noteKind(negative, input);
+      clock.advance(run.timeBefore);
+      clock.advance(run.time);
+      noteKind(run.hasNegativePupil, run.hasInput);
     }
     return true;
   }
