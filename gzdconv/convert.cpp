@@ -205,11 +205,9 @@ void Conversion::run() {
 void Conversion::convert(int code) {
   if (code != GZD_SAMPLE && !is_converted(code)) return;
   ALLF_DATA* const record = fetch();
-  if (record == nullptr) {
+  if (record == nullptr)
     ++unread_;
-    return;
-  }
-  if (code == GZD_SAMPLE)
+  else if (code == GZD_SAMPLE)
     convert_sample(record->fs);
   else if (code == GZD_MESSAGE)
     convert_message(record->fe);

@@ -7,6 +7,7 @@
 #include "output.h"
 #include "sample_columns.h"
 #include "sample_shape.h"
+#include "sample_time.h"
 
 namespace {
 
@@ -113,7 +114,7 @@ void write_raw_sample(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample)
     append_labels();
   }
   lpbuffer.begin_line();
-  append_sample_time(sample);
+  lpbuffer.set_cursor(write_sample_time(lpbuffer.cursor(), sample));
   if (columns.left) append_eye_or_missing(handle, sample, GZD_LEFT_EYE, SMP_LEFT);
   if (columns.right) append_eye_or_missing(handle, sample, GZD_RIGHT_EYE, SMP_RIGHT);
   lpbuffer.append('\n');

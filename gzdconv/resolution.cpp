@@ -99,10 +99,33 @@ void take_default(FSAMPLE& sample) {
   sample.ry = options.default_res_y;
 }
 
+// True for gaze with its own resolution, which needs nothing.
+bool has_complete_resolution(const FSAMPLE& sample) {
+  return options.sample_type_in_use == GZD_POSITION_GAZE && (sample.flags & SMP_RESOLUTION) != 0 &&
+         options.gaze_map == 0;
+}
+
 void complete_gaze(FSAMPLE& sample) {
   if (!(sample.flags & SMP_RESOLUTION)) take_default(sample);
   sample.rx = getMappedPPDX(sample.rx);
   sample.ry = getMappedPPDY(sample.ry);
+}
+
+// Apart, so that it costs the usual sample nothing.
+[[gnu::noinline]] void complete_resolution(FSAMPLE& sample) {
+  switch (options.sample_type_in_use) {
+    case GZD_POSITION_HREF:
+      complete_href(sample);
+      break;
+    case GZD_POSITION_GAZE:
+      complete_gaze(sample);
+      break;
+    case GZD_POSITION_PUPIL:
+      take_default(sample);
+      break;
+    default:
+      break;
+  }
 }
 
 }  // namespace
@@ -123,19 +146,7 @@ void add_resolution(double rx, double ry) {
 }
 
 void updatePPD(FSAMPLE& sample) {
-  switch (options.sample_type_in_use) {
-    case GZD_POSITION_HREF:
-      complete_href(sample);
-      break;
-    case GZD_POSITION_GAZE:
-      complete_gaze(sample);
-      break;
-    case GZD_POSITION_PUPIL:
-      take_default(sample);
-      break;
-    default:
-      break;
-  }
+  if (!has_complete_resolution(sample)) complete_resolution(sample);
   add_resolution(sample.rx, sample.ry);
 }
 

@@ -9,6 +9,7 @@
 
 #include "gzd.h"
 #include "options.h"
+#include "output.h"
 #include "resolution.h"
 #include "sample_shape.h"
 
@@ -59,17 +60,23 @@ inline EyeData get_sample_data(const FSAMPLE& sample, int eye, int type) {
   return data;
 }
 
-// Appends the sample's time, first on every sample line.
-void append_sample_time(const FSAMPLE& sample);
-
 // A sample while its line is written.
 struct SampleLine {
   GZDFILE* handle;
   FSAMPLE& sample;
 };
 
-// Appends the columns of one group, each with its own tab in front.
-using SampleColumn = void (*)(const SampleLine&);
+// Writes the columns of one group at `place`, in the line buffer at or behind its cursor, each with
+// its own tab in front. Returns the end.
+using SampleColumn = char* (*)(char* place, SampleLine line);
+
+// A column of a function that appends to the line buffer.
+template <void (*append)(const SampleLine&)>
+char* appended(char* place, SampleLine line) {
+  lpbuffer.set_cursor(place);
+  append(line);
+  return lpbuffer.cursor();
+}
 
 // The columns chosen for a run of samples of one shape.
 class SamplePlan {
@@ -77,21 +84,23 @@ class SamplePlan {
   // Forgets the choice. Due whenever block or options may have changed.
   void forget() { key_ = no_key; }
 
-  // Makes the plan that of `sample`, which costs next to nothing while the shape stays.
-  void choose(const RECORDINGS& block, const FSAMPLE& sample) {
-    const std::uint32_t key = shape_key(sample);
-    if (key != key_) make(SampleShape(block, sample), key);
-  }
+  // True when the plan is one for samples of this shape.
+  bool suits(const FSAMPLE& sample) const { return key_ == shape_key(sample); }
 
-  void append(const SampleLine& line) const {
-    for (std::size_t i = 0; i < count_; ++i) columns_[i](line);
+  // Makes the plan that of `sample`.
+  void choose(const RECORDINGS& block, const FSAMPLE& sample);
+
+  // Writes the columns at `place`, and returns their end.
+  char* write(char* place, SampleLine line) const {
+    const SampleColumn* const end = columns_.data() + count_;
+    for (const SampleColumn* column = columns_.data(); column != end; ++column)
+      place = (*column)(place, line);
+    return place;
   }
 
  private:
   static constexpr std::uint64_t no_key = std::numeric_limits<std::uint64_t>::max();
   static constexpr std::size_t max_columns = 64;
-
-  void make(const SampleShape& shape, std::uint32_t key);
 
   std::uint64_t key_ = no_key;
   std::array<SampleColumn, max_columns> columns_{};

@@ -1,5 +1,8 @@
 #include "sample_eye_columns.h"
 
+#include <bit>
+#include <cstdint>
+
 #include "number.h"
 #include "options.h"
 #include "output.h"
@@ -84,27 +87,41 @@ void append_position(const SampleLine& line) {
   lpbuffer.set_cursor(place);
 }
 
-namespace {
-
-// Apart, so that it costs the usual line nothing.
-[[gnu::noinline]] void append_unusual_positions(const SampleLine& line) {
+void append_both_positions(const SampleLine& line) {
   append_position<left>(line);
   append_position<right>(line);
 }
 
+namespace {
+
+// False for a lost pupil as well, which may have no position.
+bool is_ready_size(float size) {
+  return has_ready_tenths(size) && std::bit_cast<std::uint32_t>(size) != 0;
+}
+
+// Apart, so that it costs the usual line nothing.
+[[gnu::noinline]] char* write_unusual_positions(char* place, SampleLine line) {
+  return appended<append_both_positions>(place, line);
+}
+
 }  // namespace
 
-void append_both_positions(const SampleLine& line) {
-  const EyeData l = get_sample_data(line.sample, left, options.sample_type_in_use);
-  const EyeData r = get_sample_data(line.sample, right, options.sample_type_in_use);
-  const bool ready = has_usual_form() && has_ready_tenths(l.x) && has_ready_tenths(l.y) &&
-                     has_ready_tenths(l.pupil) && has_ready_tenths(r.x) && has_ready_tenths(r.y) &&
-                     has_ready_tenths(r.pupil);
-  if (!ready) return append_unusual_positions(line);
-  char* place = lpbuffer.cursor();
-  for (const float value : {l.x, l.y, l.pupil, r.x, r.y, r.pupil})
-    place = write_ready_tenths(place, value);
-  lpbuffer.set_cursor(place);
+template <EyePair x, EyePair y>
+char* write_both_positions(char* place, SampleLine line) {
+  const auto& xs = line.sample.*x;
+  const auto& ys = line.sample.*y;
+  const auto& sizes = line.sample.pa;
+  const bool ready = is_ready_size(sizes[left]) && is_ready_size(sizes[right]) &&
+                     has_ready_tenths(xs[left]) && has_ready_tenths(xs[right]) &&
+                     has_ready_tenths(ys[left]) && has_ready_tenths(ys[right]);
+  if (!ready) return write_unusual_positions(place, line);
+  const ReadyPair x_cells(xs), y_cells(ys), size_cells(sizes);
+  for (const int eye : {left, right}) {
+    place = x_cells.write(place, eye);
+    place = y_cells.write(place, eye);
+    place = size_cells.write(place, eye);
+  }
+  return place;
 }
 
 template <int eye>
@@ -179,3 +196,6 @@ template void append_velocity<left>(const SampleLine&);
 template void append_velocity<right>(const SampleLine&);
 template void append_uncorrected<left>(const SampleLine&);
 template void append_uncorrected<right>(const SampleLine&);
+template char* write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>(char*, SampleLine);
+template char* write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>(char*, SampleLine);
+template char* write_both_positions<&FSAMPLE::px, &FSAMPLE::py>(char*, SampleLine);

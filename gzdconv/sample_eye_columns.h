@@ -3,6 +3,7 @@
 #define GZDCONV_SAMPLE_EYE_COLUMNS_H
 
 #include "sample_columns.h"
+#include "sample_number.h"
 
 // Position (x, y) and pupil size.
 template <int eye>
@@ -10,6 +11,17 @@ void append_position(const SampleLine& line);
 
 // The same of the left eye and then of the right one.
 void append_both_positions(const SampleLine& line);
+
+// True when positions print as they are recorded, in columns of the usual form. Constant while
+// options stay.
+inline bool positions_are_plain() {
+  return has_usual_form() && options.gaze_map == 0;
+}
+
+// append_both_positions of plain positions `x` and `y` as a column.
+using EyePair = float (FSAMPLE::*)[2];
+template <EyePair x, EyePair y>
+char* write_both_positions(char* place, SampleLine line);
 
 // Pixels per degree by the physical set-up of the screen, x and y.
 template <int eye>
@@ -37,5 +49,9 @@ extern template void append_velocity<GZD_LEFT_EYE>(const SampleLine&);
 extern template void append_velocity<GZD_RIGHT_EYE>(const SampleLine&);
 extern template void append_uncorrected<GZD_LEFT_EYE>(const SampleLine&);
 extern template void append_uncorrected<GZD_RIGHT_EYE>(const SampleLine&);
+
+extern template char* write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>(char*, SampleLine);
+extern template char* write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>(char*, SampleLine);
+extern template char* write_both_positions<&FSAMPLE::px, &FSAMPLE::py>(char*, SampleLine);
 
 #endif

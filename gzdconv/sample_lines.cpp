@@ -7,6 +7,7 @@
 #include "resolution.h"
 #include "sample_columns.h"
 #include "sample_header.h"
+#include "sample_time.h"
 
 namespace {
 
@@ -40,6 +41,15 @@ bool write_if_raw(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
   return true;
 }
 
+// For a sample that is not like the one before in its block. Returns false for a raw one, which is
+// written.
+bool begin_ordinary_sample(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
+  if (options.sample_header_printed == 0) begin_file(block, sample);
+  if (options.current_eye != ordinary_samples && write_if_raw(handle, block, sample)) return false;
+  plan.choose(block, sample);
+  return true;
+}
+
 }  // namespace
 
 void begin_sample_block() {
@@ -47,14 +57,15 @@ void begin_sample_block() {
 }
 
 int write_sample(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
-  if (options.output_samples == 0) return 1;
-  if (options.sample_header_printed == 0) begin_file(block, sample);
-  if (options.current_eye != ordinary_samples && write_if_raw(handle, block, sample)) return 0;
+  if (!plan.suits(sample)) [[unlikely]] {
+    if (options.output_samples == 0) return 1;
+    if (!begin_ordinary_sample(handle, block, sample)) return 0;
+  }
   updatePPD(sample);
-  plan.choose(block, sample);
   lpbuffer.begin_line();
-  append_sample_time(sample);
-  plan.append({handle, sample});
-  lpbuffer.append('\n');
+  char* end = write_sample_time(lpbuffer.cursor(), sample);
+  end = plan.write(end, {handle, sample});
+  *end++ = '\n';
+  lpbuffer.set_cursor(end);
   return 0;
 }

@@ -29,10 +29,12 @@ struct ReadyCells {
 };
 extern const ReadyCells ready_cells;
 
-// The nearest integer of a value from 0 up to 2^31, halves to even: behind this sum no bit of a
-// fraction is left.
+// Behind a sum with this no bit of a fraction is left, and the lowest bits are the nearest integer,
+// halves to even.
+constexpr double shift = 6755399441055744.0;  // 1.5 * 2^52
+
+// The nearest integer of a value from 0 up to 2^31.
 inline std::uint32_t rounded(double value) {
-  constexpr double shift = 6755399441055744.0;  // 1.5 * 2^52
   return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(value + shift));
 }
 
@@ -59,6 +61,32 @@ inline char* write_ready_tenths(char* place, float value) {
   std::memcpy(place, sample_number::ready_cells.of[tenths].text, sizeof(sample_number::Cell));
   return place + sizeof(sample_number::Cell);
 }
+
+// The columns of two such values, worked out side by side.
+class ReadyPair {
+ public:
+  explicit ReadyPair(const float (&values)[2]) {
+    // Loaded as one piece of eight bytes, and with company, or the compiler takes them apart.
+    double pair;
+    std::memcpy(&pair, values, sizeof pair);
+    const auto four = __builtin_convertvector(Floats4(Doubles2{pair, 0.0}), Doubles4);
+    sums_ = __builtin_shufflevector(four, four, 0, 1) * 10.0 + sample_number::shift;
+  }
+
+  // Writes the column of one, and returns its end.
+  char* write(char* place, int which) const {
+    const auto tenths = static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(sums_[which]));
+    std::memcpy(place, sample_number::ready_cells.of[tenths].text, sizeof(sample_number::Cell));
+    return place + sizeof(sample_number::Cell);
+  }
+
+ private:
+  using Floats4 = float __attribute__((vector_size(16)));
+  using Doubles2 = double __attribute__((vector_size(16)));
+  using Doubles4 = double __attribute__((vector_size(32)));
+
+  Doubles2 sums_;
+};
 
 // Writes at `place`, in the line buffer at or behind its cursor, what print_value(1, value)
 // appends; NOT_RECORDED prints as missing. `usual` is has_usual_form(). Returns the end.
