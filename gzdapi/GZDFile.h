@@ -32,7 +32,13 @@ class GZDFile : public _GZDFILE {
   ALLF_DATA* getFloatData() {
     return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);
   }
-  // The same, of the log's message while one is announced.
+  // That of nearly every sample of a file whose times are not shifted, quickly; null, with
+  // nothing done, for anything else.
+  ALLF_DATA* sampleInRun() noexcept {
+    const bool mayBe = !merge.isFromLog() && timeShift.isOff();
+    return mayBe ? reader.sampleInRun(walk.currentData - 1) : nullptr;
+  }
+  // The record of the element, or of the log's message while one is announced.
   ALLF_DATA* getFloatDataMergeWithLog() {
     return merge.isFromLog() ? copyOfLogRecord() : getFloatData();
   }

@@ -77,6 +77,17 @@ class InputStream {
     if (ahead < 0 || ahead + static_cast<INT64>(count) > limit - windowStart) return nullptr;
     return windowStart + ahead;
   }
+  // The window: its bytes, how many they are, and where they lie in the file. Valid until the
+  // stream is moved or read.
+  struct HeldBytes {
+    const byte* bytes = nullptr;
+    INT64 length = 0;
+    INT64 offset = 0;
+  };
+  [[nodiscard]] HeldBytes held() const {
+    const INT64 length = limit - windowStart;
+    return {windowStart, length, limitPos - length};
+  }
   // How many bytes of the window lie behind the position.
   [[nodiscard]] std::size_t available() const { return static_cast<std::size_t>(limit - cursor); }
 

@@ -130,6 +130,7 @@ int gzd_get_next_data(GZDFILE* ef) {
 }
 
 ALLF_DATA* gzd_get_float_data(GZDFILE* ef) {
+  if (ALLF_DATA* const sample = of(ef).sampleInRun()) return sample;
   return guarded<ALLF_DATA*>(nullptr, [ef] {
     ALLF_DATA* const record = of(ef).getFloatDataMergeWithLog();
     if (record != nullptr) of(ef).adjustTimes(record);

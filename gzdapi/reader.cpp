@@ -17,11 +17,6 @@ namespace {
 
 constexpr int LARGEST_LSTRING_LENGTH = 32767;
 
-// The tag of an odd stamp's sample tells that it lies half a millisecond behind its time.
-UINT16 flags_at(UINT16 tag, UINT64 stamp) {
-  return static_cast<UINT16>(tag | ((stamp & 1) != 0 ? SMP_HALF_MS : 0));
-}
-
 }  // namespace
 
 Reader::Reader(InputStream& stream, const StreamState& streamState, const Index& items)
@@ -35,11 +30,13 @@ void Reader::indexIsFinal(bool pairEvents) {
   timesFollowRepairs = pairEvents;
   pairing = pairEvents ? EventPairing::build(index) : EventPairing();
   stretch = Stretch();
+  run = Run();
   model = DummyModel();
   queue.clear();
 }
 
 ALLF_DATA* Reader::getFloatData(UINT32 itemIndex) {
+  run = Run();  // the window may be about to move
   if (itemIndex >= index.size()) return nullptr;
   try {
     recordType = index.gzdItemList[itemIndex].getItemType();
@@ -131,6 +128,7 @@ void Reader::readSample(UINT32 itemIndex, GZDItem item) {
     print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
               static_cast<long>(fData.fs.time));
   }
+  if (presetTag != 0 && !layout.hasBlocks && !usesQueue && block != nullptr) beginRun();
 }
 
 // Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
@@ -141,11 +139,27 @@ bool Reader::readLikeTheOneBefore(GZDItem item) {
   const byte* const record =
       file.inWindow(item.getFilePos() - static_cast<INT64>(sizeof(UINT16)), LONGEST);
   if (record == nullptr || load_be16(record) != layout.tag) return false;
-  decode_fixed_part(record + sizeof(UINT16), layout, fData.fs);
-  const UINT64 stamp = item.getTimeStamp();
-  fData.fs.time = time_of_stamp(stamp);
-  fData.fs.flags = flags_at(layout.tag, stamp);
+  decodeLikeTheOneBefore(record + sizeof(UINT16), item.getTimeStamp());
   return true;
+}
+
+ALLF_DATA* Reader::decodeLikeTheOneBefore(const byte* body, UINT64 stamp) {
+  setPlaceInTime(stamp);
+  decode_fixed_part(body, layout, fData.fs);
+  return &fData;
+}
+
+// Makes the run that of the sample just read: its stretch, as far as window and epoch go.
+void Reader::beginRun() {
+  const InputStream::HeldBytes held = file.held();
+  const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin);
+  const INT64 end = std::min(held.offset + held.length - INT64{LONGEST_FIXED_PART} + 1, epochEnd);
+  if (end <= first) return;
+  run.firstItem = stretch.begin;
+  run.items = stretch.end - stretch.begin;
+  run.firstPlace = first;
+  run.places = end - first;
+  run.bytes = held.bytes + (first - held.offset);
 }
 
 // Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one

@@ -31,6 +31,20 @@ class Reader : public SampleSource {
   // The record of the entry at `itemIndex`, valid until the next call; null, logged, for an entry
   // that cannot be read.
   ALLF_DATA* getFloatData(UINT32 itemIndex);
+  // The same of nearly every sample behind another one, quickly; null, with nothing done, for
+  // any other entry.
+  ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
+    const ItemList& items = index.gzdItemList;
+    if (itemIndex - run.firstItem >= run.items || !items.isSampleAt(itemIndex)) return nullptr;
+    const INT64 place = items[itemIndex].getFilePos();
+    const UINT64 stamp = items.stampAt(itemIndex);
+    const byte* const body = run.recordAt(place);
+    if (body == nullptr || load_be16(body - sizeof(UINT16)) != layout.tag) return nullptr;
+    if (!layout.isUsual) return decodeLikeTheOneBefore(body, stamp);
+    setPlaceInTime(stamp);
+    decode_usual_part(body, layout, fData.fs);
+    return &fData;
+  }
   // The message text of an entry, up to its first NUL; empty when it has none.
   std::string_view messageText(UINT32 itemIndex);
 
@@ -41,6 +55,7 @@ class Reader : public SampleSource {
   void setVelocityKinds(unsigned kinds) {
     velocityKinds = kinds & GZD_VELOCITY_ALL;
     presetTag = 0;
+    run = Run();
   }
 
   void readQueueSample(UINT32 itemIndex, Sample& sample) override;
@@ -54,6 +69,22 @@ class Reader : public SampleSource {
     const Recording* block = nullptr;
   };
 
+  // Where samples like the one read last need no more than to be decoded: entries of a block, with
+  // records whole in the stream's window, whose velocities nobody wants.
+  struct Run {
+    UINT32 firstItem = 0;
+    UINT32 items = 0;
+    INT64 firstPlace = 0;  // of records in the file
+    INT64 places = 0;
+    const byte* bytes = nullptr;  // at the first place
+
+    // The record's body at a place in the file; null when it is not in the run.
+    [[nodiscard]] const byte* recordAt(INT64 place) const {
+      const auto ahead = static_cast<UINT64>(place - firstPlace);
+      return ahead < static_cast<UINT64>(places) ? bytes + ahead : nullptr;
+    }
+  };
+
   // Entries that the reader made itself: dummies and the recorded sample each is modelled on.
   struct DummyModel {
     UINT32 dummy = NONE;
@@ -64,8 +95,18 @@ class Reader : public SampleSource {
   static constexpr UINT32 NONE = 0xFFFFFFFFu;
 
   int readItem(UINT32 itemIndex);
-  void readSample(UINT32 itemIndex, GZDItem item);
   bool readLikeTheOneBefore(GZDItem item);
+  // The tag of an odd stamp's sample tells that it lies half a millisecond behind its time.
+  static UINT16 flags_at(UINT16 tag, UINT64 stamp) {
+    return static_cast<UINT16>(tag | ((stamp & 1) != 0 ? SMP_HALF_MS : 0));
+  }
+  void setPlaceInTime(UINT64 stamp) {
+    fData.fs.time = time_of_stamp(stamp);
+    fData.fs.flags = flags_at(layout.tag, stamp);
+  }
+  ALLF_DATA* decodeLikeTheOneBefore(const byte* body, UINT64 stamp);
+  void beginRun();
+  void readSample(UINT32 itemIndex, GZDItem item);
   bool readSampleDirectly(GZDItem item);
   void copyQueuedSample(UINT32 itemIndex, int slot);
   void setVelocities(UINT32 itemIndex, int slot, const Recording& block);
@@ -102,7 +143,8 @@ class Reader : public SampleSource {
 
   ALLF_DATA fData{};
   int recordType = 0;
-  UINT16 presetTag = 0;   // fData is a sample preset for this tag; 0 when it is not
+  UINT16 presetTag = 0;  // fData is a sample preset for this tag; 0 when it is not
+  Run run;
   SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none
   FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
   UINT16 queuePresetTag = 0;

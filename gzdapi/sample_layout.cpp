@@ -1,10 +1,68 @@
 #include "sample_layout.h"
 
+#include <iterator>
+
 namespace {
 
 constexpr int FIRST_SCALED_PUPIL = 4;  // the tracker generation from which pupil sizes are scaled
 
+using namespace sample_fields;
+
+// A pair of coordinates for each present eye.
+template <class Value>
+void decode_positions(const byte* at, const SampleLayout& layout, float (&x)[2], float (&y)[2],
+                      Value value) {
+  if (layout.eyes == 2) {
+    const Floats4 values = value(load_crossed(at));
+    store_pair(x, values, 0);
+    store_pair(y, values, 2);
+  } else if (layout.eyes == 1) {
+    x[layout.firstEye] = value(load_be16s(at));
+    y[layout.firstEye] = value(load_be16s(at + 2));
+  }
+}
+
+template <class Value>
+void decode_sizes(const byte* at, const SampleLayout& layout, float (&pa)[2], Value value) {
+  if (layout.eyes == 2) {
+    const Floats4 values = value(Ints4{load_be16s(at), load_be16s(at + 2), 0, 0});
+    store_pair(pa, values, 0);
+  } else if (layout.eyes == 1) {
+    pa[layout.firstEye] = value(load_be16s(at));
+  }
+}
+
+void decode_values(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
+  if (layout.pupilPositions != 0)
+    decode_positions(body + layout.pupilPositions, layout, sample.px, sample.py, Plain());
+  if (layout.href != 0) decode_positions(body + layout.href, layout, sample.hx, sample.hy, Plain());
+  if (layout.gaze != 0)
+    decode_positions(body + layout.gaze, layout, sample.gx, sample.gy, layout.asGaze);
+  const byte* const resolution = body + layout.resolution;
+  sample.rx = layout.resolution != 0 ? layout.asGaze(load_be16s(resolution)) : MISSING_DATA;
+  sample.ry = layout.resolution != 0 ? layout.asGaze(load_be16s(resolution + 2)) : MISSING_DATA;
+  if (layout.pupilSizes == 0) return;
+  // Older trackers store plain integers, without a word for missing.
+  if (layout.hasScaledSizes)
+    decode_sizes(body + layout.pupilSizes, layout, sample.pa, layout.asSize);
+  else
+    decode_sizes(body + layout.pupilSizes, layout, sample.pa, Plain());
+}
+
+void decode_head_data(const byte* at, FSAMPLE& sample) {
+  sample.htype = *at;
+  std::fill(std::begin(sample.hdata), std::end(sample.hdata), INT16{0});
+  for (int i = 0; i < head_words(*at); ++i) sample.hdata[i] = load_be16s(at + 1 + 2 * i);
+}
+
 }  // namespace
+
+void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
+  if (layout.isUsual) return decode_usual_part(body, layout, sample);
+  decode_values(body, layout, sample);
+  decode_single_words(body, layout, sample);
+  if (layout.headData != 0) decode_head_data(body + layout.headData, sample);
+}
 
 SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   const auto has = [tag](unsigned bits) { return (tag & bits) != 0; };
@@ -34,5 +92,15 @@ SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   layout.buttons = place(SMP_BUTTONS, 2);
   layout.headData = place(SMP_HEAD_DATA, 1);
   layout.end = static_cast<byte>(offset);
+
+  layout.isUsual = layout.eyes == 2 && layout.pupilPositions == 0 && layout.href == 0 &&
+                   layout.headData == 0 && layout.gaze != 0 && layout.resolution != 0 &&
+                   layout.pupilSizes != 0;
+  const float gaze = layout.asGaze.divisor;
+  layout.asUsualGaze = FourScaled{Floats4{gaze, gaze, gaze, gaze}};
+  const float size = layout.hasScaledSizes ? layout.asSize.divisor : 1.0f;
+  const INT32 noSize = layout.hasScaledSizes ? INT32{STORED_MISSING} : NEVER_STORED;
+  layout.asResolutionAndSizes = FourScaled{Floats4{gaze, gaze, size, size},
+                                           Ints4{STORED_MISSING, STORED_MISSING, noSize, noSize}};
   return layout;
 }

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <iterator>
 
 #include "big_endian.h"
 #include "gzd_data.h"
@@ -38,6 +37,12 @@ struct SampleLayout {
   byte end = 0;  // of the fixed part, head data left out
   Scaled asGaze;
   Scaled asSize;
+
+  // Gaze of both eyes, resolution and pupil sizes: eight words from `gaze` on. Behind them no more
+  // than single words, and no other positions.
+  bool isUsual = false;
+  FourScaled asUsualGaze = {};
+  FourScaled asResolutionAndSizes = {};
 };
 
 // The layout under the parameters in force.
@@ -85,72 +90,54 @@ inline std::size_t glance_at_fixed_part(const byte* body, UINT32 previousTime,
 
 namespace sample_fields {
 
-// Four words, of which the middle two change places.
-inline Ints4 load_crossed(const byte* at) {
-  // Swapped, the last word comes first. Each goes to the upper half of a lane.
+// Four words, the last one first.
+inline Ints4 load_reversed(const byte* at) {
   const Longs2 swapped = {static_cast<INT64>(load_be64(at)), 0};
+  // Each goes to the upper half of a lane.
   const Shorts8 words = reinterpret_cast<Shorts8>(swapped);
   const Shorts8 doubled = __builtin_shufflevector(words, words, 0, 8, 1, 9, 2, 10, 3, 11);
-  const Ints4 values = reinterpret_cast<Ints4>(doubled) >> 16;
+  return reinterpret_cast<Ints4>(doubled) >> 16;
+}
+
+inline Ints4 load_four(const byte* at) {
+  const Ints4 values = load_reversed(at);
+  return __builtin_shufflevector(values, values, 3, 2, 1, 0);
+}
+
+// Four words, of which the middle two change places.
+inline Ints4 load_crossed(const byte* at) {
+  const Ints4 values = load_reversed(at);
   return __builtin_shufflevector(values, values, 3, 1, 2, 0);
 }
 
-// A pair of coordinates for each present eye.
-template <class Value>
-void decode_positions(const byte* at, const SampleLayout& layout, float* x, float* y, Value value) {
-  if (layout.eyes == 2) {
-    const Floats4 values = value(load_crossed(at));
-    std::memcpy(x, &values, 2 * sizeof(float));
-    std::memcpy(y, reinterpret_cast<const float*>(&values) + 2, 2 * sizeof(float));
-  } else if (layout.eyes == 1) {
-    x[layout.firstEye] = value(load_be16s(at));
-    y[layout.firstEye] = value(load_be16s(at + 2));
-  }
+// The first two of `values`, or the last two.
+inline void store_pair(float (&pair)[2], const Floats4& values, int first) {
+  std::memcpy(pair, reinterpret_cast<const float*>(&values) + first, sizeof pair);
 }
 
-template <class Value>
-void decode_sizes(const byte* at, const SampleLayout& layout, float* pa, Value value) {
-  if (layout.eyes == 2) {
-    const Floats4 values = value(Ints4{load_be16s(at), load_be16s(at + 2), 0, 0});
-    std::memcpy(pa, &values, 2 * sizeof(float));
-  } else if (layout.eyes == 1) {
-    pa[layout.firstEye] = value(load_be16s(at));
-  }
-}
-
-inline void decode_head_data(const byte* at, FSAMPLE& sample) {
-  sample.htype = *at;
-  std::fill(std::begin(sample.hdata), std::end(sample.hdata), INT16{0});
-  for (int i = 0; i < head_words(*at); ++i) sample.hdata[i] = load_be16s(at + 1 + 2 * i);
+inline void decode_single_words(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
+  if (layout.status != 0) sample.errors = load_be16(body + layout.status);
+  if (layout.input != 0) sample.input = load_be16(body + layout.input);
+  if (layout.buttons != 0) sample.buttons = load_be16(body + layout.buttons);
 }
 
 }  // namespace sample_fields
 
-// Decodes the fixed part at `body`, but for the time, into a sample preset for the layout's tag.
-inline void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
+// decode_fixed_part of a record with the usual layout.
+inline void decode_usual_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
   using namespace sample_fields;
-  if (layout.pupilPositions != 0)
-    decode_positions(body + layout.pupilPositions, layout, sample.px, sample.py, Plain());
-  if (layout.href != 0) decode_positions(body + layout.href, layout, sample.hx, sample.hy, Plain());
-  if (layout.gaze != 0)
-    decode_positions(body + layout.gaze, layout, sample.gx, sample.gy, layout.asGaze);
-  if (layout.resolution != 0) {
-    sample.rx = layout.asGaze(load_be16s(body + layout.resolution));
-    sample.ry = layout.asGaze(load_be16s(body + layout.resolution + 2));
-  } else {
-    sample.rx = sample.ry = MISSING_DATA;
-  }
-  if (layout.pupilSizes != 0) {
-    // Older trackers store plain integers, without a word for missing.
-    if (layout.hasScaledSizes)
-      decode_sizes(body + layout.pupilSizes, layout, sample.pa, layout.asSize);
-    else
-      decode_sizes(body + layout.pupilSizes, layout, sample.pa, Plain());
-  }
-  if (layout.status != 0) sample.errors = load_be16(body + layout.status);
-  if (layout.input != 0) sample.input = load_be16(body + layout.input);
-  if (layout.buttons != 0) sample.buttons = load_be16(body + layout.buttons);
-  if (layout.headData != 0) decode_head_data(body + layout.headData, sample);
+  const byte* const at = body + layout.gaze;
+  const Floats4 gaze = layout.asUsualGaze(load_crossed(at));
+  const Floats4 others = layout.asResolutionAndSizes(load_four(at + 8));
+  store_pair(sample.gx, gaze, 0);
+  store_pair(sample.gy, gaze, 2);
+  sample.rx = others[0];
+  sample.ry = others[1];
+  store_pair(sample.pa, others, 2);
+  decode_single_words(body, layout, sample);
 }
+
+// Decodes the fixed part at `body`, but for the time, into a sample preset for the layout's tag.
+void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample);
 
 #endif

@@ -5,6 +5,7 @@
 #include "gzd_data.h"
 
 constexpr INT16 STORED_MISSING = -32768;
+constexpr INT32 NEVER_STORED = 0x10000;    // no word has this value
 constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscaled
 
 using Longs2 = INT64 __attribute__((vector_size(16)));
@@ -24,11 +25,23 @@ struct Scaled {
   float operator()(INT16 stored) const {
     return stored == STORED_MISSING ? MISSING_DATA : Plain()(stored) / divisor;
   }
+  Floats4 operator()(Ints4 stored) const;
+};
+
+// Four words, each with its own divisor and its own word for missing.
+struct FourScaled {
+  Floats4 divisors;
+  Ints4 missing = {STORED_MISSING, STORED_MISSING, STORED_MISSING, STORED_MISSING};
+
   Floats4 operator()(Ints4 stored) const {
-    const Floats4 missing = {MISSING_DATA, MISSING_DATA, MISSING_DATA, MISSING_DATA};
-    return stored == STORED_MISSING ? missing : Plain()(stored) / divisor;
+    const Floats4 none = {MISSING_DATA, MISSING_DATA, MISSING_DATA, MISSING_DATA};
+    return stored == missing ? none : Plain()(stored) / divisors;
   }
 };
+
+inline Floats4 Scaled::operator()(Ints4 stored) const {
+  return FourScaled{{divisor, divisor, divisor, divisor}}(stored);
+}
 
 inline Scaled scaled_by(float prescale) {
   return {prescale >= SMALLEST_PRESCALE ? prescale : 1.0f};
