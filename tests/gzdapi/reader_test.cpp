@@ -42,6 +42,8 @@ void add_block(GzdWriter& w, UINT32 start, int count, double rate, unsigned flag
 constexpr unsigned ALL_POSITIONS =
     SMP_LEFT | SMP_RIGHT | SMP_PUPIL_POS | SMP_HREF | SMP_GAZE | SMP_RESOLUTION | SMP_PUPIL_SIZE;
 
+constexpr unsigned COMMON = SMP_LEFT | SMP_RIGHT | SMP_GAZE | SMP_RESOLUTION | SMP_PUPIL_SIZE;
+
 TEST(Reader, ParametersBelongToTheBlock) {
   GzdWriter w;
   for (const int prescale : {10, 20, 5}) {
@@ -75,12 +77,13 @@ TEST(Reader, VelocitiesSwitchedOffLeaveAllElseAsItIs) {
     add_block(w, START, 700, rate, ALL_POSITIONS, 10);
     add_block(w, 9000, 300, rate, SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE, 20);
     add_block(w, 20000, 30, rate, SMP_RIGHT | SMP_HREF, 10);  // sizes come from the queue
+    add_block(w, 30000, 300, rate, COMMON | SMP_STATUS | SMP_BUTTONS, 20);
     OpenRecording with(w);
     OpenRecording without(w);
     gzd_set_velocity_kinds(without, GZD_VELOCITY_NONE);
     const auto expected = with.samples();
     const auto plain = without.samples();
-    ASSERT_EQ(plain.size(), 1030u);
+    ASSERT_EQ(plain.size(), 1330u);
     ASSERT_EQ(expected.size(), plain.size());
     int moving = 0;
     for (std::size_t i = 0; i < plain.size(); ++i) {
@@ -190,6 +193,29 @@ TEST(Reader, RandomAccessGivesWhatTheWalkGave) {
   for (int round = 0; round < 2000; ++round) {
     const FSAMPLE& wanted = expected[random() % expected.size()];
     const ALLF_DATA* record = gzd_get_sample_close_to_time(file, wanted.time);
+    ASSERT_NE(record, nullptr) << wanted.time;
+    ASSERT_EQ(std::memcmp(&record->fs, &wanted, sizeof wanted), 0) << wanted.time;
+  }
+}
+
+TEST(Reader, WhatIsReadInBetweenDoesNotShow) {
+  GzdWriter w(4);
+  add_block(w, START, 900, 1000, COMMON, 10);
+  add_block(w, 9000, 400, 1000, COMMON | SMP_INPUT, 30);
+  add_block(w, 20000, 400, 1000, SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE, 20);
+  OpenRecording straight(w);
+  OpenRecording disturbed(w);
+  gzd_set_velocity_kinds(straight, GZD_VELOCITY_NONE);
+  gzd_set_velocity_kinds(disturbed, GZD_VELOCITY_NONE);
+  const auto expected = straight.samples();
+  ASSERT_EQ(expected.size(), 1700u);
+  std::mt19937 random(4);
+  for (const FSAMPLE& wanted : expected) {
+    for (int code = 0; code != GZD_SAMPLE;) code = gzd_get_next_data(disturbed);
+    if (random() % 8 == 0) {
+      gzd_get_sample_close_to_time(disturbed, expected[random() % expected.size()].time);
+    }
+    const ALLF_DATA* record = gzd_get_float_data(disturbed);
     ASSERT_NE(record, nullptr) << wanted.time;
     ASSERT_EQ(std::memcmp(&record->fs, &wanted, sizeof wanted), 0) << wanted.time;
   }
