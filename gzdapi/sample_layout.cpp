@@ -1,7 +1,5 @@
 #include "sample_layout.h"
 
-#include <iterator>
-
 namespace {
 
 constexpr int FIRST_SCALED_PUPIL = 4;  // the tracker generation from which pupil sizes are scaled
@@ -32,10 +30,8 @@ void decode_sizes(const byte* at, const SampleLayout& layout, float (&pa)[2], Va
   }
 }
 
+// Gaze, resolution and pupil sizes, whichever there are.
 void decode_values(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
-  if (layout.pupilPositions != 0)
-    decode_positions(body + layout.pupilPositions, layout, sample.px, sample.py, Plain());
-  if (layout.href != 0) decode_positions(body + layout.href, layout, sample.hx, sample.hy, Plain());
   if (layout.gaze != 0)
     decode_positions(body + layout.gaze, layout, sample.gx, sample.gy, layout.asGaze);
   const byte* const resolution = body + layout.resolution;
@@ -49,17 +45,27 @@ void decode_values(const byte* body, const SampleLayout& layout, FSAMPLE& sample
     decode_sizes(body + layout.pupilSizes, layout, sample.pa, Plain());
 }
 
+// Words behind those recorded are 0. All eight lie in the longest fixed part.
 void decode_head_data(const byte* at, FSAMPLE& sample) {
   sample.htype = *at;
-  std::fill(std::begin(sample.hdata), std::end(sample.hdata), INT16{0});
-  for (int i = 0; i < head_words(*at); ++i) sample.hdata[i] = load_be16s(at + 1 + 2 * i);
+  UShorts8 words;
+  std::memcpy(&words, at + 1, sizeof words);
+  words = words << 8 | words >> 8;
+  const UShorts8 places = {0, 1, 2, 3, 4, 5, 6, 7};
+  words &= places < static_cast<UINT16>(head_words(*at));
+  std::memcpy(sample.hdata, &words, sizeof sample.hdata);
 }
 
 }  // namespace
 
 void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
-  if (layout.isUsual) return decode_usual_part(body, layout, sample);
-  decode_values(body, layout, sample);
+  if (layout.pupilPositions != 0)
+    decode_positions(body + layout.pupilPositions, layout, sample.px, sample.py, Plain());
+  if (layout.href != 0) decode_positions(body + layout.href, layout, sample.hx, sample.hy, Plain());
+  if (layout.hasUsualValues)
+    decode_usual_values(body + layout.gaze, layout, sample);
+  else
+    decode_values(body, layout, sample);
   decode_single_words(body, layout, sample);
   if (layout.headData != 0) decode_head_data(body + layout.headData, sample);
 }
@@ -93,9 +99,10 @@ SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   layout.headData = place(SMP_HEAD_DATA, 1);
   layout.end = static_cast<byte>(offset);
 
-  layout.isUsual = layout.eyes == 2 && layout.pupilPositions == 0 && layout.href == 0 &&
-                   layout.headData == 0 && layout.gaze != 0 && layout.resolution != 0 &&
-                   layout.pupilSizes != 0;
+  layout.hasUsualValues =
+      layout.eyes == 2 && layout.gaze != 0 && layout.resolution != 0 && layout.pupilSizes != 0;
+  layout.isUsual = layout.hasUsualValues && layout.pupilPositions == 0 && layout.href == 0 &&
+                   layout.headData == 0;
   const float gaze = layout.asGaze.divisor;
   layout.asUsualGaze = FourScaled{Floats4{gaze, gaze, gaze, gaze}};
   const float size = layout.hasScaledSizes ? layout.asSize.divisor : 1.0f;

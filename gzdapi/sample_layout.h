@@ -38,9 +38,9 @@ struct SampleLayout {
   Scaled asGaze;
   Scaled asSize;
 
-  // Gaze of both eyes, resolution and pupil sizes: eight words from `gaze` on. Behind them no more
-  // than single words, and no other positions.
-  bool isUsual = false;
+  // Gaze of both eyes, resolution and pupil sizes: eight words from `gaze` on.
+  bool hasUsualValues = false;
+  bool isUsual = false;  // these, no other positions, and behind them no more than single words
   FourScaled asUsualGaze = {};
   FourScaled asResolutionAndSizes = {};
 };
@@ -121,12 +121,7 @@ inline void decode_single_words(const byte* body, const SampleLayout& layout, FS
   if (layout.buttons != 0) sample.buttons = load_be16(body + layout.buttons);
 }
 
-}  // namespace sample_fields
-
-// decode_fixed_part of a record with the usual layout.
-inline void decode_usual_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
-  using namespace sample_fields;
-  const byte* const at = body + layout.gaze;
+inline void decode_usual_values(const byte* at, const SampleLayout& layout, FSAMPLE& sample) {
   const Floats4 gaze = layout.asUsualGaze(load_crossed(at));
   const Floats4 others = layout.asResolutionAndSizes(load_four(at + 8));
   store_pair(sample.gx, gaze, 0);
@@ -134,7 +129,14 @@ inline void decode_usual_part(const byte* body, const SampleLayout& layout, FSAM
   sample.rx = others[0];
   sample.ry = others[1];
   store_pair(sample.pa, others, 2);
-  decode_single_words(body, layout, sample);
+}
+
+}  // namespace sample_fields
+
+// decode_fixed_part of a record with the usual layout.
+inline void decode_usual_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
+  sample_fields::decode_usual_values(body + layout.gaze, layout, sample);
+  sample_fields::decode_single_words(body, layout, sample);
 }
 
 // Decodes the fixed part at `body`, but for the time, into a sample preset for the layout's tag.

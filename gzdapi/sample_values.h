@@ -10,6 +10,7 @@ constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscale
 
 using Longs2 = INT64 __attribute__((vector_size(16)));
 using Shorts8 = INT16 __attribute__((vector_size(16)));
+using UShorts8 = UINT16 __attribute__((vector_size(16)));
 using Ints4 = INT32 __attribute__((vector_size(16)));
 using Floats4 = float __attribute__((vector_size(16)));
 
