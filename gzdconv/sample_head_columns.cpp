@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "output.h"
+#include "sample_number.h"
 
 namespace {
 
@@ -27,7 +28,17 @@ constexpr FlagMark head_marker_marks[] = {{8, 'X'}, {4, 'X'}, {2, 'X'}, {1, 'X'}
 
 template <std::size_t count>
 void append_marks(unsigned word, const FlagMark (&marks)[count]) {
-  for (const FlagMark& m : marks) lpbuffer.append(mark(word, m.bit, m.letter));
+  char* place = lpbuffer.cursor();
+  for (const FlagMark& m : marks) *place++ = mark(word, m.bit, m.letter);
+  lpbuffer.set_cursor(place);
+}
+
+// What print_value appends. Of a stored word, or a tenth of it, a float gives the same tenths.
+void append_word(double value) {
+  if (has_usual_form())
+    print_tenths(static_cast<float>(value));
+  else
+    print_value(target_decimals, value);
 }
 
 double word_value(INT16 word) {
@@ -52,9 +63,9 @@ void append_target(const SampleLine& line) {
   const double distance =
       words[2] == INT16_MIN ? double{MISSING_DATA} : words[2] / target_distance_scale;
   lpbuffer.append(' ');
-  print_value(target_decimals, word_value(words[0]));
-  print_value(target_decimals, word_value(words[1]));
-  print_value(target_decimals, distance);
+  append_word(word_value(words[0]));
+  append_word(word_value(words[1]));
+  append_word(distance);
 }
 
 void append_target_flags(const SampleLine& line) {

@@ -230,6 +230,22 @@ TEST_F(TargetColumnsTest, BlanksBeforePositionAndFlags) {
   EXPECT_EQ(line_of(sample), start + " " + no_pair + none + " .............\n");
 }
 
+TEST_F(TargetColumnsTest, EveryWordPrintsAsPrintfPrintsIt) {
+  options.output_flags = 0;
+  for (const int extra_decimals : {0, 3}) {
+    options.extra_decimals = extra_decimals;
+    for (int word = INT16_MIN + 1; word <= INT16_MAX; word += 1 + extra_decimals) {
+      std::fill_n(sample.hdata, 3, static_cast<INT16>(word));
+      char expected[64];
+      const int decimals = 1 + extra_decimals;
+      std::snprintf(expected, sizeof expected, " \t%7.*f\t%7.*f\t%7.*f\n", decimals, 1.0 * word,
+                    decimals, 1.0 * word, decimals, word / 10.0);
+      const std::string line = line_of(sample);
+      ASSERT_EQ(line.substr(line.find(" \t")), expected);
+    }
+  }
+}
+
 TEST_F(TargetColumnsTest, OneCharacterABit) {
   const std::string letters = "MANCFTBLRTBLR";
   const int bits[] = {14, 13, 12, 11, 10, 7, 6, 5, 4, 3, 2, 1, 0};
