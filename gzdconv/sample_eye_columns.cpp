@@ -143,8 +143,11 @@ void append_velocity(const SampleLine& line) {
     return;
   }
   const Velocity velocity = velocity_of(line.sample, eye);
-  print_tenths(missing_if_absent(velocity.x));
-  print_tenths(missing_if_absent(velocity.y));
+  const bool usual = has_usual_form();
+  char* place = lpbuffer.cursor();
+  place = write_signed_tenths(place, velocity.x, usual);
+  place = write_signed_tenths(place, velocity.y, usual);
+  lpbuffer.set_cursor(place);
 }
 
 // The horizontal value alone decides between the sample's pair and the default one.

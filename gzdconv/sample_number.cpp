@@ -23,14 +23,13 @@ constexpr char digit_of(std::size_t number, std::size_t power) {
   return static_cast<char>('0' + number / power % 10);
 }
 
-// "\t123", leading zeros blank, a minus sign in front of the first digit of a negative number.
-constexpr Quads make_heads(bool negative) {
+// "\t123", leading zeros blank.
+constexpr Quads make_heads() {
   Quads heads{};
   for (std::size_t n = 0; n < std::size(heads.of); ++n) {
     Quad& head = heads.of[n] = {{'\t', ' ', ' ', ' '}};
     std::size_t place = std::size(head.text);
     for (std::size_t rest = n; rest != 0; rest /= 10) head.text[--place] = digit_of(rest, 1);
-    if (negative && n != 0 && place > 1) head.text[place - 1] = '-';
   }
   return heads;
 }
@@ -43,49 +42,40 @@ constexpr Quads make_tails() {
   return tails;
 }
 
-// "\t   45.6", and "\t  -45.6" of a negative number, below 100.
-constexpr Cell make_small(std::size_t n, bool negative) {
-  const bool two_digits = n >= 100;
-  Cell cell{{'\t', ' ', ' ', ' ', two_digits ? digit_of(n, 100) : ' ', digit_of(n, 10), '.',
-             digit_of(n, 1)}};
-  if (negative) cell.text[two_digits ? 3 : 4] = '-';
-  return cell;
+// "\t   45.6", below 100.
+constexpr Cell make_small(std::size_t n) {
+  return {{'\t', ' ', ' ', ' ', n >= 100 ? digit_of(n, 100) : ' ', digit_of(n, 10), '.',
+           digit_of(n, 1)}};
 }
 
-constexpr Quads heads[] = {make_heads(false), make_heads(true)};
+constexpr Quads heads = make_heads();
 constexpr Quads tails = make_tails();
 
-constexpr Cell make_cell(std::size_t tenths, bool negative) {
-  if (tenths < 1000) return make_small(tenths, negative);
-  const auto& head = heads[negative ? 1 : 0].of[tenths / 1000].text;
+constexpr Cell make_cell(std::size_t tenths) {
+  if (tenths < 1000) return make_small(tenths);
+  const auto& head = heads.of[tenths / 1000].text;
   const auto& tail = tails.of[tenths % 1000].text;
   return {{head[0], head[1], head[2], head[3], tail[0], tail[1], tail[2], tail[3]}};
 }
 
-template <class Cells>
-constexpr Cells make_cells(bool negative) {
-  Cells cells{};
-  for (std::size_t n = 0; n < std::size(cells.of); ++n) cells.of[n] = make_cell(n, negative);
+constexpr ReadyCells make_cells() {
+  ReadyCells cells{};
+  for (std::size_t n = 0; n < std::size(cells.of); ++n) cells.of[n] = make_cell(n);
   return cells;
 }
 
-struct SmallCells {
-  Cell of[1000];
-};
-constexpr auto small_negatives = make_cells<SmallCells>(true);
-
 }  // namespace
 
-constinit const ReadyCells sample_number::ready_cells = make_cells<ReadyCells>(false);
+constinit const ReadyCells sample_number::ready_cells = make_cells();
 
 char* write_any_tenths(char* place, float value) {
-  const bool negative = std::signbit(value);
-  const float size = negative ? -value : value;
+  const float size = std::fabs(value);
+  if (has_usual_form() && has_ready_tenths(size)) return write_ready_signed_tenths(place, value);
   // One place is left for the sign.
+  const bool negative = std::signbit(value);
   if (has_usual_form() && size < (negative ? 9999.0F : 99999.0F)) {
-    const std::uint32_t tenths = rounded(static_cast<double>(size) * 10.0);
-    const bool small = negative && tenths < std::size(small_negatives.of);
-    const Cell cell = small ? small_negatives.of[tenths] : make_cell(tenths, negative);
+    Cell cell = make_cell(rounded(static_cast<double>(size) * 10.0));
+    if (negative) cell.text[1] = '-';
     std::memcpy(place, cell.text, sizeof cell.text);
     return place + sizeof cell.text;
   }

@@ -95,6 +95,28 @@ inline char* write_tenths(char* place, float value, bool usual) {
                                           : write_any_tenths(place, value);
 }
 
+// has_ready_tenths and write_ready_tenths for values of either sign. The place in front of the
+// first digit is blank in a ready column; the sign goes there without a branch, as it is as good as
+// random from one to the next.
+inline bool has_ready_signed_tenths(float value) {
+  return has_ready_tenths(std::fabs(value));
+}
+inline char* write_ready_signed_tenths(char* place, float value) {
+  const double size = static_cast<double>(std::fabs(value));
+  const std::uint32_t tenths = sample_number::rounded(size * 10.0);
+  std::memcpy(place, sample_number::ready_cells.of[tenths].text, sizeof(sample_number::Cell));
+  const int before_digits =
+      4 - (tenths >= 100 ? 1 : 0) - (tenths >= 1000 ? 1 : 0) - (tenths >= 10000 ? 1 : 0);
+  place[before_digits] = " -"[std::signbit(value) ? 1 : 0];
+  return place + sizeof(sample_number::Cell);
+}
+
+// What write_tenths does, for values that are often negative.
+inline char* write_signed_tenths(char* place, float value, bool usual) {
+  return usual && has_ready_signed_tenths(value) ? write_ready_signed_tenths(place, value)
+                                                 : write_any_tenths(place, value);
+}
+
 // Appends what print_value(1, value) appends.
 inline void print_tenths(float value) {
   lpbuffer.set_cursor(write_tenths(lpbuffer.cursor(), value, has_usual_form()));

@@ -14,9 +14,10 @@ class SampleNumberTest : public AscTest {
   void add(float value) {
     lpbuffer.begin_line();
     print_tenths(value);
+    lpbuffer.set_cursor(write_signed_tenths(lpbuffer.cursor(), value, has_usual_form()));
     char column[64];
     std::snprintf(column, sizeof column, "\t%7.1f", static_cast<double>(value));
-    expected_ += column;
+    expected_.append(column).append(column);
   }
   void compare() {
     EXPECT_TRUE(asc() == expected_);
