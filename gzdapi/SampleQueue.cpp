@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
-#include <cstdlib>
 
 #include "GZDException.h"
 #include "velocity.h"
@@ -18,29 +16,10 @@ namespace {
 
 constexpr int DROPPED_AT_ONCE = 128;
 constexpr int SAMPLES_BEFORE_WANTED = 64;
-// A wanted sample at or behind this slot has too few samples behind it.
-constexpr int SLOT_NEAR_THE_END = 448;
-// A wanted sample before this slot may have too few samples before it.
-constexpr int SLOTS_NEAR_THE_FRONT = SampleQueue::WINDOW - 1;
 
 constexpr int MIDDLE = SampleQueue::WINDOW / 2;
 constexpr float PUPIL_SIZE_AT_START = 1000.0f;
 constexpr UINT64 LARGEST_STEP = 8;
-
-constexpr double HREF_DISTANCE_SQUARED = 15000.0 * 15000.0;
-constexpr double DEGREES_PER_RADIAN = 57.2958;
-constexpr double SMALLEST_RESOLUTION = 0.01;
-constexpr double LARGEST_RESOLUTION = 10000.0;
-
-constexpr int FIRST_FALCON_REVISION = 3;
-
-// Types of positions, in the order of the queue's series.
-constexpr int POSITION_TYPE_OF_SERIES[] = {GZD_POSITION_GAZE, GZD_POSITION_HREF,
-                                           GZD_POSITION_PUPIL};
-
-constexpr std::size_t series_of(int positionType) {
-  return positionType == GZD_POSITION_GAZE ? 0 : positionType == GZD_POSITION_HREF ? 1 : 2;
-}
 
 void append_position(PositionSeries& series, const FSAMPLE& s, int eye, std::size_t type) {
   float x;
@@ -65,6 +44,8 @@ SampleQueue::SampleQueue(const Index& openIndex, SampleSource& sampleSource)
 
 void SampleQueue::clear() {
   front = sqsize = 0;
+  resolutions.clear();
+  batch.clear();
   for (auto& eye : positions) {
     for (PositionSeries& series : eye) series.clear();
   }
@@ -74,28 +55,22 @@ void SampleQueue::clear() {
 void SampleQueue::addSample(const Sample& s, UINT32 entry) {
   if (sqsize == CAPACITY) return;
   if (sqsize > 0 && stampAt(sqsize - 1) >= s.getTimeStamp()) return;
-  at(sqsize).sample = s;
-  keepNewest(entry);
+  keepNewest(s, entry);
 }
 
-// The slot behind the newest one holds a sample: it becomes the newest.
-void SampleQueue::keepNewest(UINT32 entry) {
-  Slot& slot = at(sqsize++);
-  slot.entry = entry;
-  Sample& s = slot.sample;
-  for (int eye = 0; eye < EYES; ++eye) {
-    if ((s.flags & SMP_PUPIL_SIZE) != 0) {
-      last_pupil[eye] = s.pa[eye];
-    } else {
-      s.pa[eye] = last_pupil[eye];
-    }
-  }
+void SampleQueue::keepNewest(const Sample& s, UINT32 entry) {
+  if ((s.flags & SMP_PUPIL_SIZE) != 0) std::copy_n(s.pa, EYES, last_pupil);
+  at(sqsize++) = {s.getTimeStamp(), entry, {last_pupil[0], last_pupil[1]}};
   appendPositions(s);
+  resolutions.append(s.rx, s.ry);
+  batch.clear();
 }
 
 void SampleQueue::dropNewest() {
   --sqsize;
   forEachFollowed([](PositionSeries& series, int, std::size_t) { series.dropNewest(); });
+  resolutions.dropNewest();
+  batch.clear();
 }
 
 void SampleQueue::shiftQueue() {
@@ -104,6 +79,8 @@ void SampleQueue::shiftQueue() {
   front = (front + dropped) & (CAPACITY - 1);
   sqsize -= dropped;
   forEachFollowed([=](PositionSeries& series, int, std::size_t) { series.dropOldest(dropped); });
+  resolutions.dropOldest(dropped);
+  batch.clear();
   if (sqsize > 0) firstEntry = at(0).entry;
   runGoesBack = true;
 }
@@ -148,22 +125,22 @@ int SampleQueue::slotOfStamp(UINT64 stamp) const {
   return low < sqsize && stampAt(low) == stamp ? low : -1;
 }
 
-int SampleQueue::getSample(UINT32 wanted) {
-  const UINT64 stamp = index.gzdItemList[wanted].getTimeStamp();
-  int slot = holds(wanted) ? slotOfStamp(stamp) : -1;
+int SampleQueue::findSample(UINT32 wanted) {
+  const UINT64 wantedStamp = stampOf(wanted);
+  int slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
   const bool nearTheFront = slot >= 0 && slot < SLOTS_NEAR_THE_FRONT && runGoesBack;
   if (nearTheFront) {
     readAfresh(wanted);
-    slot = slotOfStamp(stamp);
+    slot = slotOfStamp(wantedStamp);
   } else if (slot < 0 || slot >= SLOT_NEAR_THE_END) {
     batchReadSample(wanted);
-    slot = holds(wanted) ? slotOfStamp(stamp) : -1;
+    slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
   }
   // A leap can end in the last slots of a full queue, without a whole window behind it.
   const bool lacksWindow = sqsize == CAPACITY && slot + MIDDLE >= CAPACITY;
   if (slot < 0 || lacksWindow) {
     readAfresh(wanted);
-    slot = slotOfStamp(stamp);
+    slot = slotOfStamp(wantedStamp);
   }
   return slot;
 }
@@ -171,21 +148,21 @@ int SampleQueue::getSample(UINT32 wanted) {
 // ---- reading ahead
 // ---------------------------------------------------------------------------------------
 
-bool SampleQueue::continuesRun(UINT32 from, UINT32 to) const {
-  const INT64 rise = static_cast<INT64>(stampOf(to)) - static_cast<INT64>(stampOf(from));
+bool SampleQueue::continuesRun(UINT64 from, UINT64 to) const {
+  const INT64 rise = static_cast<INT64>(to) - static_cast<INT64>(from);
   return rise >= 0 && rise <= period;
 }
 
 // Whether the run of the newest sample goes on to the entry at `wanted`, within one filling.
 bool SampleQueue::runReaches(UINT32 wanted) const {
-  UINT32 newest = lastEntry;
+  UINT64 newest = stampOf(lastEntry);
   int samples = 0;
   for (UINT32 i = lastEntry + 1; i <= wanted; ++i) {
     const GZDItem item = index.gzdItemList[i];
     if (item.isRecording()) return false;
     if (!item.isSample()) continue;
-    if (!continuesRun(newest, i) || ++samples > CAPACITY) return false;
-    newest = i;
+    if (!continuesRun(newest, item.getTimeStamp()) || ++samples > CAPACITY) return false;
+    newest = item.getTimeStamp();
   }
   return true;
 }
@@ -208,7 +185,7 @@ void SampleQueue::readAfresh(UINT32 wanted) {
   while (i > 0 && !index.gzdItemList[i - 1].isRecording()) {
     --i;
     if (!index.gzdItemList[i].isSample()) continue;
-    if (!continuesRun(i, first)) break;
+    if (!continuesRun(stampOf(i), stampOf(first))) break;
     // Entries of one stamp count once, so that the wanted sample gets its whole window.
     const bool isRepeated = stampOf(i) == stampOf(first);
     if (!isRepeated && samples++ == SAMPLES_BEFORE_WANTED) {
@@ -223,11 +200,15 @@ void SampleQueue::readAfresh(UINT32 wanted) {
 }
 
 void SampleQueue::readOn(UINT32 from) {
+  UINT64 newest = stampOf(lastEntry);
   for (UINT32 i = from; i < index.size() && sqsize < CAPACITY; ++i) {
-    const GZDItem item = index.gzdItemList[i];
-    if (item.isRecording()) return;
-    if (!item.isSample()) continue;
-    if (!continuesRun(lastEntry, i)) return;
+    if (!index.gzdItemList.isSampleAt(i)) {
+      if (index.gzdItemList[i].isRecording()) return;
+      continue;
+    }
+    const UINT64 stamp = stampOf(i);
+    if (!continuesRun(newest, stamp)) return;
+    newest = stamp;
     takeOver(i);
   }
 }
@@ -244,8 +225,8 @@ void SampleQueue::takeOver(UINT32 entry) {
     dropNewest();
   }
   try {
-    source.readQueueSample(entry, at(sqsize).sample);
-    keepNewest(entry);
+    source.readQueueSample(entry, incoming);
+    keepNewest(incoming, entry);
   } catch (const GZDException&) {
     return;
   }
@@ -254,98 +235,21 @@ void SampleQueue::takeOver(UINT32 entry) {
 // ---- velocities
 // ------------------------------------------------------------------------------------------
 
-namespace {
-
-struct VelocityKind {
-  unsigned bit;
-  bool fast;
-  int positionType;
-  float (FSAMPLE::*x)[2];
-  float (FSAMPLE::*y)[2];
-};
-
-constexpr VelocityKind VELOCITY_KINDS[] = {
-    {GZD_VELOCITY_GAZE, false, GZD_POSITION_GAZE, &FSAMPLE::gxvel, &FSAMPLE::gyvel},
-    {GZD_VELOCITY_HREF, false, GZD_POSITION_HREF, &FSAMPLE::hxvel, &FSAMPLE::hyvel},
-    {GZD_VELOCITY_RAW, false, GZD_POSITION_PUPIL, &FSAMPLE::rxvel, &FSAMPLE::ryvel},
-    {GZD_VELOCITY_FAST_GAZE, true, GZD_POSITION_GAZE, &FSAMPLE::fgxvel, &FSAMPLE::fgyvel},
-    {GZD_VELOCITY_FAST_HREF, true, GZD_POSITION_HREF, &FSAMPLE::fhxvel, &FSAMPLE::fhyvel},
-    {GZD_VELOCITY_FAST_RAW, true, GZD_POSITION_PUPIL, &FSAMPLE::frxvel, &FSAMPLE::fryvel},
-};
-
-struct Resolution {
-  float x;
-  float y;
-};
-
-// Units per degree of a head-referenced position.
-Resolution resolution_at(float x, float y) {
-  const double xx = static_cast<double>(x * x);
-  const double yy = static_cast<double>(y * y);
-  const double distance = xx + HREF_DISTANCE_SQUARED + yy;
-  return {
-      static_cast<float>(distance / std::sqrt(yy + HREF_DISTANCE_SQUARED) / DEGREES_PER_RADIAN),
-      static_cast<float>(distance / std::sqrt(xx + HREF_DISTANCE_SQUARED) / DEGREES_PER_RADIAN)};
-}
-
-bool is_plausible(float resolution) {
-  return static_cast<double>(resolution) > SMALLEST_RESOLUTION &&
-         static_cast<double>(resolution) < LARGEST_RESOLUTION;
-}
-
-// One eye's positions over the window.
-struct WindowPositions {
-  const float* x;
-  const float* y;
-};
-
-// The resolution to divide by, or false when there is no usable one.
-bool find_resolution(const FSAMPLE& s, const WindowPositions& series, int positionType,
-                     const VelocitySettings& settings, Resolution& resolution) {
-  resolution = {settings.defaultRx, settings.defaultRy};
-  if (settings.defaultRx != MISSING_DATA) return true;
-  const float x = series.x[MIDDLE];
-  const float y = series.y[MIDDLE];
-  const bool fromPosition =
-      positionType == GZD_POSITION_HREF && x != MISSING_DATA && y != MISSING_DATA;
-  resolution = fromPosition ? resolution_at(x, y) : Resolution{s.rx, s.ry};
-  return is_plausible(resolution.x) && is_plausible(resolution.y);
-}
-
-void set_velocity_of_eye(FSAMPLE& s, const WindowPositions& series, const VelocityKind& kind,
-                         int eye, const VelocitySettings& settings) {
-  float& xvel = (s.*kind.x)[eye];
-  float& yvel = (s.*kind.y)[eye];
-  xvel = yvel = MISSING_DATA;
-  Resolution resolution;
-  if (!find_resolution(s, series, kind.positionType, settings, resolution)) return;
-  const auto model = settings.ovilo_revision < FIRST_FALCON_REVISION ? calcVelocity_non_falcon
-                                                                     : calcVelocity_falcon;
-  const float rate = static_cast<float>(settings.sampleRate);
-  const auto usable = [](float r) { return static_cast<double>(r) > SMALLEST_RESOLUTION; };
-  if (usable(resolution.x)) {
-    xvel = model(kind.fast, series.x, SampleQueue::WINDOW, resolution.x, rate);
-  }
-  if (resolution.y != MISSING_DATA && usable(resolution.y)) {
-    yvel = model(kind.fast, series.y, SampleQueue::WINDOW, resolution.y, rate);
-  }
-}
-
-}  // namespace
-
 // Sees to it that the positions that these kinds need are at hand.
 void SampleQueue::followPositions(unsigned kinds) {
   if ((kinds & ~followedKinds) == 0) return;
   followedKinds |= kinds;
   for (const VelocityKind& kind : VELOCITY_KINDS) {
-    const std::size_t type = series_of(kind.positionType);
-    if ((kinds & kind.bit) == 0 || followed[type]) continue;
-    followed[type] = true;
-    for (int eye = 0; eye < EYES; ++eye) {
-      PositionSeries& series = positions[static_cast<std::size_t>(eye)][type];
-      series.clear();
-      for (int slot = 0; slot < sqsize; ++slot) append_position(series, sample(slot), eye, type);
+    if ((kinds & kind.bit) != 0) followed[kind.series] = true;
+  }
+  forEachFollowed([](PositionSeries& series, int, std::size_t) { series.clear(); });
+  for (int slot = 0; slot < sqsize; ++slot) {
+    try {
+      source.readQueueSample(entry(slot), incoming);
+    } catch (const GZDException&) {
+      incoming.clear();
     }
+    appendPositions(incoming);
   }
 }
 
@@ -361,39 +265,46 @@ bool SampleQueue::isRegular(int stampsPerSample) const {
   return stampsPerSample == period && stampAt(sqsize - 1) - stampAt(0) == span;
 }
 
-// The window where stamps are irregular: a sample is found by arithmetic, or counts as absent.
-void SampleQueue::collectPositions(const FSAMPLE& s, UINT64 stamp, int sampleRate, int eye,
-                                   std::size_t type, PositionSeries& window) const {
+// The slots of the window around a stamp; -1 for those that are absent, and in the middle.
+SampleQueue::WindowSlots SampleQueue::windowAround(UINT64 middle, int sampleRate) const {
   const float interval = static_cast<float>(1000.0 / sampleRate);
-  window.clear();
-  for (int k = -MIDDLE; k <= MIDDLE; ++k) {
-    const UINT64 distance = static_cast<UINT32>(static_cast<float>(std::abs(k)) * interval * 2.0f);
-    const int slot = k == 0 ? -1 : getOldSample(k < 0 ? stamp - distance : stamp + distance);
-    const FSAMPLE* const neighbour = k == 0 ? &s : slot >= 0 ? &sample(slot) : nullptr;
-    if (neighbour != nullptr) {
-      append_position(window, *neighbour, eye, type);
-    } else {
-      window.append(MISSING_DATA, MISSING_DATA);
-    }
+  WindowSlots slots;
+  slots[MIDDLE] = -1;
+  for (int k = 1; k <= MIDDLE; ++k) {
+    const UINT64 distance = static_cast<UINT32>(static_cast<float>(k) * interval * 2.0f);
+    slots[static_cast<std::size_t>(MIDDLE - k)] = getOldSample(middle - distance);
+    slots[static_cast<std::size_t>(MIDDLE + k)] = getOldSample(middle + distance);
   }
+  return slots;
 }
 
-void SampleQueue::setVelocity(FSAMPLE& s, UINT64 stamp, int slot,
-                              const VelocitySettings& settings) {
-  if (settings.kinds == GZD_VELOCITY_NONE || settings.sampleRate <= 0) return;
-  followPositions(settings.kinds);
-  const bool regular =
-      slot >= 0 && isRegular(stamps_per_sample(static_cast<float>(settings.sampleRate)));
+// One sample's velocities, where stamps are irregular.
+void SampleQueue::setVelocityByStamp(FSAMPLE& s, UINT64 stamp, const VelocitySettings& settings) {
+  const WindowSlots slots = windowAround(stamp, settings.sampleRate);
   for (int eye = 0; eye < EYES; ++eye) {
     if ((s.flags & eye_flag(eye)) == 0) continue;
     for (const VelocityKind& kind : VELOCITY_KINDS) {
       if ((settings.kinds & kind.bit) == 0) continue;
-      const std::size_t type = series_of(kind.positionType);
-      const PositionSeries& queued = positions[static_cast<std::size_t>(eye)][type];
-      if (!regular) collectPositions(s, stamp, settings.sampleRate, eye, type, irregular);
-      const PositionSeries& series = regular ? queued : irregular;
-      const int middle = regular ? slot : MIDDLE;
-      set_velocity_of_eye(s, {series.xAround(middle), series.yAround(middle)}, kind, eye, settings);
+      const PositionSeries& queued = positions[static_cast<std::size_t>(eye)][kind.series];
+      float x[WINDOW];
+      float y[WINDOW];
+      for (std::size_t i = 0; i < WINDOW; ++i) {
+        x[i] = slots[i] < 0 ? MISSING_DATA : *queued.from(slots[i]).x;
+        y[i] = slots[i] < 0 ? MISSING_DATA : *queued.from(slots[i]).y;
+      }
+      get_sample_data(s, &x[MIDDLE], &y[MIDDLE], eye, POSITION_TYPE_OF_SERIES[kind.series]);
+      compute_velocities(kind, settings, {&x[MIDDLE], &y[MIDDLE]}, {&s.rx, &s.ry}, 1,
+                         &(s.*kind.x)[eye], &(s.*kind.y)[eye]);
     }
   }
+}
+
+void SampleQueue::computeVelocity(FSAMPLE& s, UINT64 stamp, int slot,
+                                  const VelocitySettings& settings) {
+  if (settings.kinds == GZD_VELOCITY_NONE || settings.sampleRate <= 0) return;
+  followPositions(settings.kinds);
+  const int stampsPerSample = stamps_per_sample(static_cast<float>(settings.sampleRate));
+  if (slot < 0 || !isRegular(stampsPerSample)) return setVelocityByStamp(s, stamp, settings);
+  batch.compute(slot, sqsize, s.flags, settings, positions, resolutions);
+  batch.copyTo(s, slot);
 }

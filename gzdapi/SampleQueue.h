@@ -8,6 +8,7 @@
 #include "Sample.h"
 #include "index.h"
 #include "position_series.h"
+#include "velocity_batch.h"
 
 // Where the queue gets its samples: entries of the index as decoded samples.
 class SampleSource {
@@ -20,15 +21,6 @@ class SampleSource {
   virtual int stampsPerSampleAt(UINT32 index) = 0;
 };
 
-// What setVelocity needs to know beyond the samples.
-struct VelocitySettings {
-  unsigned kinds = GZD_VELOCITY_ALL;
-  float defaultRx = MISSING_DATA;
-  float defaultRy = MISSING_DATA;
-  int sampleRate = 0;
-  int ovilo_revision = 1;
-};
-
 // Holds one unbroken run of samples: entries between two recording entries whose stamps rise by no
 // more than the block's period. Of entries with one stamp a recorded one is kept before a dummy,
 // else the first. Slots are numbered from the oldest sample.
@@ -39,15 +31,25 @@ class SampleQueue {
 
   SampleQueue(const Index& index, SampleSource& source);
 
-  // The slot of the entry at `index`, read from the file when it is not held yet; -1 when it cannot
-  // be. The sample of another entry with the same stamp may stand for it: see entry().
-  int getSample(UINT32 index);
-  [[nodiscard]] const Sample& sample(int slot) const { return at(slot).sample; }
+  // The slot of the entry at `wanted`, read from the file when it is not held yet; -1 when it
+  // cannot be. The sample of another entry with the same stamp may stand for it: see entry().
+  int getSample(UINT32 wanted) {
+    return isNextInOrder(wanted) ? ++latest : (latest = findSample(wanted));
+  }
   [[nodiscard]] UINT32 entry(int slot) const { return at(slot).entry; }
+  [[nodiscard]] UINT64 stampAt(int slot) const { return at(slot).stamp; }
+  // Of both eyes, taken over from the sample before where the sample's own are not recorded.
+  [[nodiscard]] const float* pupilSizes(int slot) const { return at(slot).pa; }
 
   // Fills the velocity fields of `s`, of the eyes that it holds and the kinds asked for. `slot` is
   // the slot that holds `s`, or -1 when it is another sample of the queue's time.
-  void setVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings);
+  void setVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings) {
+    if (batch.holds(slot, s.flags, settings)) {
+      batch.copyTo(s, slot);
+    } else {
+      computeVelocity(s, stamp, slot, settings);
+    }
+  }
 
   void clear();
   // Appends a sample, unless its stamp is not above the last one's. A sample without pupil sizes
@@ -60,24 +62,33 @@ class SampleQueue {
   [[nodiscard]] int size() const { return sqsize; }
 
  private:
+  // What is kept of a sample beside its positions.
   struct Slot {
-    Sample sample;
+    UINT64 stamp = 0;
     UINT32 entry = 0;
+    float pa[2] = {};
   };
   static constexpr int EYES = 2;
-  static constexpr int POSITION_TYPES = 3;
+  // A wanted sample at or behind this slot has too few samples behind it.
+  static constexpr int SLOT_NEAR_THE_END = 448;
+  // A wanted sample before this slot may have too few samples before it.
+  static constexpr int SLOTS_NEAR_THE_FRONT = WINDOW - 1;
 
   Slot& at(int slot) { return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))]; }
   [[nodiscard]] const Slot& at(int slot) const {
     return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))];
   }
-  [[nodiscard]] UINT64 stampAt(int slot) const { return at(slot).sample.getTimeStamp(); }
-  [[nodiscard]] UINT64 stampOf(UINT32 entry) const {
-    return index.gzdItemList[entry].getTimeStamp();
-  }
+  [[nodiscard]] UINT64 stampOf(UINT32 entry) const { return index.gzdItemList.stampAt(entry); }
   [[nodiscard]] bool holds(UINT32 entry) const {
     return sqsize > 0 && entry >= firstEntry && entry <= lastEntry;
   }
+  // Whether the slot behind the one given last is the wanted one, with a whole window around it.
+  [[nodiscard]] bool isNextInOrder(UINT32 wanted) const {
+    const int next = latest + 1;
+    return next < sqsize && next < SLOT_NEAR_THE_END && entry(next) == wanted &&
+           (next >= SLOTS_NEAR_THE_FRONT || !runGoesBack);
+  }
+  int findSample(UINT32 wanted);
   [[nodiscard]] int slotOfStamp(UINT64 stamp) const;
 
   void batchReadSample(UINT32 index);
@@ -85,15 +96,17 @@ class SampleQueue {
   void readOn(UINT32 from);
   void takeOver(UINT32 entry);
   [[nodiscard]] bool runReaches(UINT32 index) const;
-  [[nodiscard]] bool continuesRun(UINT32 from, UINT32 to) const;
+  [[nodiscard]] bool continuesRun(UINT64 from, UINT64 to) const;
 
-  void keepNewest(UINT32 entry);
+  void keepNewest(const Sample& s, UINT32 entry);
   void dropNewest();
   void appendPositions(const Sample& s);
   void followPositions(unsigned kinds);
   [[nodiscard]] bool isRegular(int stampsPerSample) const;
-  void collectPositions(const FSAMPLE& s, UINT64 stamp, int sampleRate, int eye, std::size_t type,
-                        PositionSeries& window) const;
+  using WindowSlots = std::array<int, WINDOW>;
+  [[nodiscard]] WindowSlots windowAround(UINT64 middle, int sampleRate) const;
+  void computeVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings);
+  void setVelocityByStamp(FSAMPLE& s, UINT64 stamp, const VelocitySettings& settings);
   template <class Action>
   void forEachFollowed(Action action) {
     for (std::size_t type = 0; type < POSITION_TYPES; ++type) {
@@ -107,11 +120,14 @@ class SampleQueue {
   SampleSource& source;
   std::unique_ptr<Slot[]> sqbuf;
   // Positions of the queued samples, by eye and type, of the types that velocities need.
-  std::array<std::array<PositionSeries, POSITION_TYPES>, EYES> positions;
+  std::array<SeriesOfEye, EYES> positions;
   std::array<bool, POSITION_TYPES> followed{};
   unsigned followedKinds = GZD_VELOCITY_NONE;
-  PositionSeries irregular;  // of one window, where stamps are irregular
+  PositionSeries resolutions;
+  VelocityBatch batch;
+  Sample incoming;
   int front = 0;
+  int latest = -1;  // the slot that getSample gave last
   int sqsize = 0;
   UINT32 firstEntry = 0;  // the entries that the queue stands for
   UINT32 lastEntry = 0;

@@ -7,11 +7,18 @@
 #include <array>
 
 #include "gzd_data.h"
+#include "velocity.h"
+
+// The x and the y values of samples in a row, from one of them on.
+struct PairsFrom {
+  const float* x;
+  const float* y;
+};
 
 class PositionSeries {
  public:
   static constexpr int CAPACITY = 512;
-  static constexpr int REACH = 19;  // positions to either side of one that a window holds
+  static constexpr int REACH = VELOCITY_REACH;
 
   PositionSeries() { clear(); }
 
@@ -37,9 +44,9 @@ class PositionSeries {
     x[place(count)] = y[place(count)] = MISSING_DATA;
   }
 
-  // The positions from REACH before slot `slot` to REACH behind it, MISSING_DATA beyond the ends.
-  [[nodiscard]] const float* xAround(int slot) const { return &x[place(slot) - REACH]; }
-  [[nodiscard]] const float* yAround(int slot) const { return &y[place(slot) - REACH]; }
+  // The positions from slot `slot` on. Those up to REACH before it and behind the newest one can be
+  // read too, MISSING_DATA beyond the ends.
+  [[nodiscard]] PairsFrom from(int slot) const { return {&x[place(slot)], &y[place(slot)]}; }
 
  private:
   using Values = std::array<float, REACH + CAPACITY + REACH>;

@@ -183,14 +183,10 @@ bool Reader::readSampleDirectly(GZDItem item) {
 // record's own values count all the same.
 void Reader::copyQueuedSample(UINT32 itemIndex, int slot) {
   presetTag = 0;
-  if (slot >= 0 && queue.entry(slot) == itemIndex) {
-    fData.fs = queue.sample(slot);
-    return;
-  }
   Sample own;
   readQueueSample(itemIndex, own);
   if ((own.flags & SMP_PUPIL_SIZE) == 0 && slot >= 0) {
-    std::copy_n(queue.sample(slot).pa, 2, own.pa);
+    std::copy_n(queue.pupilSizes(slot), 2, own.pa);
   }
   fData.fs = own;
 }
@@ -203,22 +199,29 @@ void Reader::setVelocities(UINT32 itemIndex, int slot, const Recording& block) {
                      static_cast<int>(block.sample_rate), state.ovilo_revision});
 }
 
+void Reader::readQueueSampleAnew(const GZDItem& item, Sample& sample) {
+  const UINT16 tag = goToSample(item);
+  if (sample.presetFor != tag) {
+    if (tag != queuePresetTag) preset_sample(tag, queuePreset);
+    queuePresetTag = tag;
+    static_cast<FSAMPLE&>(sample) = queuePreset;
+  }
+  sample.presetFor = (tag & SMP_EXTENDED) == 0 ? tag : UINT16{0};
+  decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
+                            sample);
+  sample.flags = flags_at(tag, item.getTimeStamp());
+}
+
 void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
   const GZDItem item = index.gzdItemList[itemIndex];
-  if (item.isDummy()) {
+  if (const byte* const record = recordAsPreset(item, sample.presetFor)) {
+    decode_fixed_part(record + sizeof(UINT16), layout, sample);
+    sample.flags = flags_at(layout.tag, item.getTimeStamp());
+  } else if (item.isDummy()) {
     sample.presetFor = 0;
     makeDummy(itemIndex, sample);
   } else {
-    const UINT16 tag = goToSample(item);
-    if (sample.presetFor != tag) {
-      if (tag != queuePresetTag) preset_sample(tag, queuePreset);
-      queuePresetTag = tag;
-      static_cast<FSAMPLE&>(sample) = queuePreset;
-    }
-    sample.presetFor = (tag & SMP_EXTENDED) == 0 ? tag : UINT16{0};
-    decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
-                              sample);
-    sample.flags = flags_at(tag, item.getTimeStamp());
+    readQueueSampleAnew(item, sample);
   }
   sample.updateTimeStamp(item.getTimeStamp());
 }

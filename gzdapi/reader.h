@@ -108,6 +108,16 @@ class Reader : public SampleSource {
   void beginRun();
   void readSample(UINT32 itemIndex, GZDItem item);
   bool readSampleDirectly(GZDItem item);
+  // The record of a sample, from its tag on, when it can be decoded where it lies into a sample
+  // preset for the tag `presetFor`, with the layout used last; else null.
+  [[nodiscard]] const byte* recordAsPreset(const GZDItem& item, UINT16 presetFor) const {
+    constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
+    const INT64 place = item.getFilePos() - static_cast<INT64>(sizeof(UINT16));
+    if (layout.tag != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
+    const byte* const record = file.inWindow(place, LONGEST);
+    return record != nullptr && load_be16(record) == presetFor ? record : nullptr;
+  }
+  void readQueueSampleAnew(const GZDItem& item, Sample& sample);
   void copyQueuedSample(UINT32 itemIndex, int slot);
   void setVelocities(UINT32 itemIndex, int slot, const Recording& block);
   void readEvent(UINT32 itemIndex, GZDItem item);

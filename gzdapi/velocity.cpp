@@ -39,47 +39,82 @@ struct BlockMeans {
   float outerBefore, innerBefore, innerAfter, outerAfter;
 };
 
-// Whether all positions up to `reach` on either side are present. All are looked at, so that many
-// are at a time.
-template <int reach>
-bool is_complete(const float* middle) {
+constexpr float WEIGHT_OF_FOUR_BLOCKS = 0.167f;
+constexpr float WEIGHT_OF_TWO_BLOCKS = 0.5f;
+constexpr float BLOCKS_PER_SECOND = 250.0f;
+
+struct At250 {
+  static constexpr int halfWindow = 2;
+  static constexpr float gain = 1.0f;
+  static BlockMeans means(const float* c) { return {c[-2], c[-1], c[1], c[2]}; }
+};
+struct At500 {
+  static constexpr int halfWindow = 4;
+  static constexpr float gain = 1.2f;
+  static BlockMeans means(const float* c) {
+    return {mean_of_2(c - 4), mean_of_2(c - 2), mean_of_2(c + 1), mean_of_2(c + 3)};
+  }
+};
+struct At1000 {
+  static constexpr int halfWindow = 9;
+  static constexpr float gain = 1.0909091f;
+  static BlockMeans means(const float* c) {
+    return {mean_of_4(c - 9), mean_of_4(c - 5), mean_of_4(c + 2), mean_of_4(c + 6)};
+  }
+};
+struct At2000 {
+  static constexpr int halfWindow = 19;
+  static constexpr float gain = 1.0434783f;
+  static BlockMeans means(const float* c) {
+    return {mean_of_8(c - 19), mean_of_8(c - 11), mean_of_8(c + 4), mean_of_8(c + 12)};
+  }
+};
+
+// Puts MISSING_DATA where not all positions in reach are present.
+void leave_out_incomplete(const float* x, int reach, int count, float* velocities) {
   int missing = 0;
-  for (int i = -reach; i <= reach; ++i) missing |= middle[i] == MISSING_DATA ? 1 : 0;
-  return missing == 0;
+  for (int i = -reach; i < count + reach; ++i) missing |= is_present(x[i]) ? 0 : 1;
+  if (missing == 0) return;
+  int presentInARow = 0;
+  for (int i = -reach; i < count + reach; ++i) {
+    presentInARow = is_present(x[i]) ? presentInARow + 1 : 0;
+    const int middle = i - reach;
+    if (middle >= 0 && presentInARow <= 2 * reach) velocities[middle] = MISSING_DATA;
+  }
+}
+
+// All velocities are computed, and then those taken back that lack something: a loop without
+// branches takes several positions at a time.
+template <class Rate, bool fast>
+void velocities_at(const float* x, const float* resolutions, int count, float* velocities) {
+  for (int i = 0; i < count; ++i) {
+    const BlockMeans b = Rate::means(x + i);
+    const float difference = fast ? (b.innerAfter - b.innerBefore) * WEIGHT_OF_TWO_BLOCKS
+                                  : (b.innerAfter + b.outerAfter - b.outerBefore - b.innerBefore) *
+                                        WEIGHT_OF_FOUR_BLOCKS;
+    velocities[i] = (BLOCKS_PER_SECOND / resolutions[i]) * (difference * Rate::gain);
+  }
+  for (int i = 0; i < count; ++i) {
+    velocities[i] = is_present(resolutions[i]) ? velocities[i] : MISSING_DATA;
+  }
+  leave_out_incomplete(x, Rate::halfWindow, count, velocities);
 }
 
 struct RateModel {
   int halfWindow;
-  bool (*isComplete)(const float* middle);
-  float gain;
-  BlockMeans (*means)(const float* middle);
+  void (*velocities)(const float* x, const float* resolutions, int count, float* velocities);
+  void (*fastVelocities)(const float* x, const float* resolutions, int count, float* velocities);
 };
 
-constexpr RateModel AT_250{2, is_complete<2>, 1.0f, [](const float* c) {
-                             return BlockMeans{c[-2], c[-1], c[1], c[2]};
-                           }};
-constexpr RateModel AT_500{
-    4, is_complete<4>, 1.2f, [](const float* c) {
-      return BlockMeans{mean_of_2(c - 4), mean_of_2(c - 2), mean_of_2(c + 1), mean_of_2(c + 3)};
-    }};
-constexpr RateModel AT_1000{
-    9, is_complete<9>, 1.0909091f, [](const float* c) {
-      return BlockMeans{mean_of_4(c - 9), mean_of_4(c - 5), mean_of_4(c + 2), mean_of_4(c + 6)};
-    }};
-constexpr RateModel AT_2000{
-    19, is_complete<19>, 1.0434783f, [](const float* c) {
-      return BlockMeans{mean_of_8(c - 19), mean_of_8(c - 11), mean_of_8(c + 4), mean_of_8(c + 12)};
-    }};
+template <class Rate>
+constexpr RateModel model_of = {Rate::halfWindow, velocities_at<Rate, false>,
+                                velocities_at<Rate, true>};
 
 const RateModel& model_at(float rate) {
-  if (rate < 500.0f) return AT_250;
-  if (rate < 1000.0f) return AT_500;
-  return rate < 2000.0f ? AT_1000 : AT_2000;
+  if (rate < 500.0f) return model_of<At250>;
+  if (rate < 1000.0f) return model_of<At500>;
+  return rate < 2000.0f ? model_of<At1000> : model_of<At2000>;
 }
-
-constexpr float WEIGHT_OF_FOUR_BLOCKS = 0.167f;
-constexpr float WEIGHT_OF_TWO_BLOCKS = 0.5f;
-constexpr float BLOCKS_PER_SECOND = 250.0f;
 
 }  // namespace
 
@@ -95,6 +130,17 @@ float calcVelocity_non_falcon(bool fastVelocity, const float* x, int xlen, float
   return single_step(middle[-1], middle[0], racc, sampleRate);
 }
 
+void calcVelocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,
+                               float sampleRate, float* velocities) {
+  for (int i = 0; i < count; ++i) {
+    const float* const series = x + i - VELOCITY_REACH;
+    velocities[i] = is_present(resolutions[i])
+                        ? calcVelocity_non_falcon(fast, series, 2 * VELOCITY_REACH + 1,
+                                                  resolutions[i], sampleRate)
+                        : MISSING_DATA;
+  }
+}
+
 int falcon_half_window(float samples_per_second) {
   return model_at(samples_per_second).halfWindow;
 }
@@ -102,17 +148,18 @@ int falcon_half_window(float samples_per_second) {
 float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_samples, float xres,
                           float samples_per_second) {
   if (xd == nullptr) return MISSING_DATA;
-  const RateModel& model = model_at(samples_per_second);
+  const int reach = falcon_half_window(samples_per_second);
   const int middle = total_samples / 2;
-  const int reach = model.halfWindow;
   if (middle < reach || total_samples <= 2 * reach || middle + reach > total_samples) {
     return MISSING_DATA;
   }
-  if (!model.isComplete(xd + middle)) return MISSING_DATA;
-  const BlockMeans b = model.means(xd + middle);
-  const float difference =
-      use_fast_velocity
-          ? (b.innerAfter - b.innerBefore) * WEIGHT_OF_TWO_BLOCKS
-          : (b.innerAfter + b.outerAfter - b.outerBefore - b.innerBefore) * WEIGHT_OF_FOUR_BLOCKS;
-  return (BLOCKS_PER_SECOND / xres) * (difference * model.gain);
+  float velocity;
+  calcVelocities_falcon(use_fast_velocity, xd + middle, &xres, 1, samples_per_second, &velocity);
+  return velocity;
+}
+
+void calcVelocities_falcon(bool fast, const float* x, const float* resolutions, int count,
+                           float sampleRate, float* velocities) {
+  const RateModel& model = model_at(sampleRate);
+  (fast ? model.fastVelocities : model.velocities)(x, resolutions, count, velocities);
 }

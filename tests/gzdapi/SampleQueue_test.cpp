@@ -20,7 +20,9 @@ class Track : public SampleSource {
   Index index;
   int period = 2;
   int reads = 0;
+  UINT16 tag = TAG;
   UINT32 unreadable = ~0u;
+  UINT64 lostEvery = 1'000'000;  // stamps from one lost pupil to the next
 
   Track& block() {
     blocks.push_back(std::make_unique<Recording>());
@@ -49,16 +51,21 @@ class Track : public SampleSource {
   void readQueueSample(UINT32 entry, Sample& s) override {
     ++reads;
     if (entry == unreadable) throw GZDException("unreadable");
+    s = sampleAt(entry);
+  }
+  [[nodiscard]] Sample sampleAt(UINT32 entry) const {
+    Sample s;
     const UINT64 stamp = index.gzdItemList[entry].getTimeStamp();
-    s.clear();
     s.updateTimeStamp(stamp);
-    s.flags = TAG;
-    s.pa[0] = s.pa[1] = 900.0f;
+    s.flags = tag;
+    s.pa[0] = s.pa[1] = stamp % lostEvery == 0 ? 14.0f : 900.0f;
     s.gx[0] = s.hx[0] = s.px[0] = place(stamp);
     s.gy[0] = s.hy[0] = s.py[0] = -place(stamp);
+    if ((tag & SMP_RIGHT) != 0) s.gx[1] = s.gy[1] = s.px[1] = place(stamp + 9);
     s.rx = 30.0f;
     s.ry = 20.0f;
     s.input = static_cast<UINT16>(entry);
+    return s;
   }
   int stampsPerSampleAt(UINT32) override { return period; }
 
@@ -88,7 +95,7 @@ TEST(SampleQueue, TakesRisingStampsOnly) {
   SampleQueue queue(track.index, track);
   fill(queue, {10, 12, 12, 11, 14});
   EXPECT_EQ(queue.size(), 3);
-  EXPECT_EQ(queue.sample(2).getTimeStamp(), 14u);
+  EXPECT_EQ(queue.stampAt(2), 14u);
 }
 
 TEST(SampleQueue, CarriesPupilSizesForward) {
@@ -98,12 +105,12 @@ TEST(SampleQueue, CarriesPupilSizesForward) {
   queue.addSample(sample_at(2, without, 5.0f), 0);
   queue.addSample(sample_at(4, TAG, 700.0f), 1);
   queue.addSample(sample_at(6, without, 5.0f), 2);
-  EXPECT_EQ(queue.sample(0).pa[0], 1000.0f);
-  EXPECT_EQ(queue.sample(1).pa[1], 700.0f);
-  EXPECT_EQ(queue.sample(2).pa[1], 700.0f);
+  EXPECT_EQ(queue.pupilSizes(0)[0], 1000.0f);
+  EXPECT_EQ(queue.pupilSizes(1)[1], 700.0f);
+  EXPECT_EQ(queue.pupilSizes(2)[1], 700.0f);
   queue.clear();
   queue.addSample(sample_at(8, without, 5.0f), 3);
-  EXPECT_EQ(queue.sample(0).pa[0], 1000.0f);
+  EXPECT_EQ(queue.pupilSizes(0)[0], 1000.0f);
 }
 
 TEST(SampleQueue, ShiftDropsTheOldest128) {
@@ -113,7 +120,7 @@ TEST(SampleQueue, ShiftDropsTheOldest128) {
   EXPECT_EQ(queue.size(), 512);
   queue.shiftQueue();
   EXPECT_EQ(queue.size(), 384);
-  EXPECT_EQ(queue.sample(0).getTimeStamp(), 256u);
+  EXPECT_EQ(queue.stampAt(0), 256u);
   for (int i = 0; i < 4; ++i) queue.shiftQueue();
   EXPECT_EQ(queue.size(), 0);
   EXPECT_EQ(queue.getOldSample(256), -1);
@@ -175,13 +182,14 @@ UINT32 entry_for(SampleQueue& queue, UINT32 wanted) {
   return slot >= 0 ? queue.entry(slot) : ~0u;
 }
 
-// What the queue gives for an entry, its velocities computed.
-Sample velocity_of(SampleQueue& queue, UINT32 entry, const VelocitySettings& settings) {
+// The sample of an entry, with the velocities that the queue gives it.
+Sample velocity_of(SampleQueue& queue, Track& track, UINT32 entry,
+                   const VelocitySettings& settings) {
   const int slot = queue.getSample(entry);
   EXPECT_GE(slot, 0) << entry;
   if (slot < 0) return {};
   EXPECT_EQ(queue.entry(slot), entry);
-  Sample s = queue.sample(slot);
+  Sample s = track.sampleAt(entry);
   queue.setVelocity(s, s.getTimeStamp(), slot, settings);
   return s;
 }
@@ -205,16 +213,16 @@ TEST(SampleQueue, VelocitiesDoNotDependOnTheOrderOfAsking) {
       const VelocitySettings settings{.sampleRate = rate, .ovilo_revision = revision};
       SampleQueue sequential(track.index, track);
       std::vector<Sample> expected(1501);
-      for (UINT32 i = 1; i <= 1500; ++i) expected[i] = velocity_of(sequential, i, settings);
+      for (UINT32 i = 1; i <= 1500; ++i) expected[i] = velocity_of(sequential, track, i, settings);
       SampleQueue jumping(track.index, track);
       std::mt19937 random(5);
       for (int round = 0; round < 600; ++round) {
         const UINT32 i = static_cast<UINT32>(1 + random() % 1500);
-        const Sample s = velocity_of(jumping, i, settings);
+        const Sample s = velocity_of(jumping, track, i, settings);
         ASSERT_EQ(std::memcmp(&s, &expected[i], sizeof(FSAMPLE)), 0) << rate << ' ' << i;
       }
       for (UINT32 i = 1500; i >= 1; --i) {
-        const Sample s = velocity_of(jumping, i, settings);
+        const Sample s = velocity_of(jumping, track, i, settings);
         ASSERT_EQ(std::memcmp(&s, &expected[i], sizeof(FSAMPLE)), 0) << rate << ' ' << i;
       }
     }
@@ -246,7 +254,7 @@ TEST(SampleQueue, WindowsEndAtGapsAndBoundaries) {
     };
     for (const Run& run : {Run{1, 100, 198}, Run{51, 300, 398}, Run{102, 402, 500}}) {
       for (UINT32 i = 0; i < 50; ++i) {
-        const Sample s = velocity_of(queue, run.entry + i, settings);
+        const Sample s = velocity_of(queue, track, run.entry + i, settings);
         const auto x = series_around(run.first + 2 * i, 2, run.first, run.last, 1.0f);
         const auto y = series_around(run.first + 2 * i, 2, run.first, run.last, -1.0f);
         ASSERT_EQ(s.gxvel[0], model(false, x.data(), 39, 30.0f, 1000.0f)) << run.entry + i;
@@ -263,14 +271,22 @@ TEST(SampleQueue, WindowsEndAtGapsAndBoundaries) {
 TEST(SampleQueue, WindowsOfARegularRunAreTheSameBySlotAndByStamp) {
   for (const int rate : {250, 500, 1000, 2000}) {
     for (const int revision : {2, 3}) {
-      const VelocitySettings settings{.sampleRate = rate, .ovilo_revision = revision};
       Track track;
       track.period = 2000 / rate;
+      track.tag = TAG | SMP_RIGHT;
+      track.lostEvery = 31 * static_cast<UINT64>(track.period);
       track.block().run(1000, 300);
       SampleQueue queue(track.index, track);
       for (UINT32 i = 1; i <= 300; ++i) {
+        // Eyes and settings may change from one sample to the next.
+        const unsigned kinds = i % 3 == 0 ? GZD_VELOCITY_RAW : GZD_VELOCITY_ALL;
+        const VelocitySettings settings{.kinds = kinds,
+                                        .defaultRx = i % 5 == 0 ? 40.0f : MISSING_DATA,
+                                        .sampleRate = rate,
+                                        .ovilo_revision = revision};
         const int slot = queue.getSample(i);
-        Sample bySlot = queue.sample(slot);
+        Sample bySlot = track.sampleAt(i);
+        if (i % 7 != 0) bySlot.flags = TAG;
         Sample byStamp = bySlot;
         queue.setVelocity(bySlot, bySlot.getTimeStamp(), slot, settings);
         queue.setVelocity(byStamp, byStamp.getTimeStamp(), -1, settings);
@@ -322,8 +338,8 @@ class Velocities : public testing::Test {
   // The middle sample, some of its fields changed.
   template <class Change>
   Sample of(Change change, VelocitySettings settings) {
-    const int slot = queue.getSample(50);
-    Sample s = queue.sample(slot);
+    queue.getSample(50);
+    Sample s = track.sampleAt(50);
     change(s);
     settings.sampleRate = 1000;
     queue.setVelocity(s, s.getTimeStamp(), -1, settings);
@@ -366,15 +382,19 @@ TEST_F(Velocities, HeadReferencedResolutionFollowsFromThePosition) {
 }
 
 TEST_F(Velocities, OfKindsLeftOutStayAsTheyWere) {
+  std::vector<Sample> single;
+  for (unsigned kind = 1; kind <= GZD_VELOCITY_FAST_RAW; kind <<= 1)
+    single.push_back(of(UNCHANGED, {.kinds = kind}));
   const Sample all = of(UNCHANGED, {});
-  for (unsigned kind = 1; kind <= GZD_VELOCITY_FAST_RAW; kind <<= 1) {
-    const Sample s = of(UNCHANGED, {.kinds = kind});
+  unsigned kind = 1;
+  for (const Sample& s : single) {
     EXPECT_EQ(s.gxvel[0], kind == GZD_VELOCITY_GAZE ? all.gxvel[0] : 0.0f);
     EXPECT_EQ(s.hyvel[0], kind == GZD_VELOCITY_HREF ? all.hyvel[0] : 0.0f);
     EXPECT_EQ(s.rxvel[0], kind == GZD_VELOCITY_RAW ? all.rxvel[0] : 0.0f);
     EXPECT_EQ(s.fgyvel[0], kind == GZD_VELOCITY_FAST_GAZE ? all.fgyvel[0] : 0.0f);
     EXPECT_EQ(s.fhxvel[0], kind == GZD_VELOCITY_FAST_HREF ? all.fhxvel[0] : 0.0f);
     EXPECT_EQ(s.fryvel[0], kind == GZD_VELOCITY_FAST_RAW ? all.fryvel[0] : 0.0f);
+    kind <<= 1;
   }
 }
 
