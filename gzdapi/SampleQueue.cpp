@@ -109,6 +109,7 @@ int SampleQueue::getOldSample(UINT64 stamp) const {
   if (found(fromFront)) return static_cast<int>(fromFront);
   const INT64 fromBack = end - static_cast<INT64>((last - stamp) >> shift);
   if (found(fromBack)) return static_cast<int>(fromBack);
+  if (lastGap == step) return -1;
   const INT64 byLastGap = lastGap == 0 ? 0 : end - static_cast<INT64>((last - stamp) / lastGap);
   return found(byLastGap) ? static_cast<int>(byLastGap) : -1;
 }
