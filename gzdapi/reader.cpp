@@ -103,7 +103,7 @@ UINT16 Reader::goToSample(const GZDItem& item) {
 }
 
 const SampleLayout& Reader::layoutFor(UINT16 tag) {
-  if (layout.tag != tag) layout = layout_of(tag, state);
+  if (kindOf(layout.tag) != kindOf(tag)) layout = layout_of(tag, state);
   return layout;
 }
 
@@ -201,12 +201,13 @@ void Reader::setVelocities(UINT32 itemIndex, int slot, const Recording& block) {
 
 void Reader::readQueueSampleAnew(const GZDItem& item, Sample& sample) {
   const UINT16 tag = goToSample(item);
-  if (sample.presetFor != tag) {
-    if (tag != queuePresetTag) preset_sample(tag, queuePreset);
-    queuePresetTag = tag;
+  const UINT16 kind = kindOf(tag);
+  if (sample.presetFor != kind) {
+    if (kind != queuePresetKind) preset_sample(tag, queuePreset);
+    queuePresetKind = kind;
     static_cast<FSAMPLE&>(sample) = queuePreset;
   }
-  sample.presetFor = (tag & SMP_EXTENDED) == 0 ? tag : UINT16{0};
+  sample.presetFor = (tag & SMP_EXTENDED) == 0 ? kind : UINT16{0};
   decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
                             sample);
   sample.flags = flags_at(tag, item.getTimeStamp());
@@ -216,7 +217,7 @@ void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
   const GZDItem item = index.gzdItemList[itemIndex];
   if (const byte* const record = recordAsPreset(item, sample.presetFor)) {
     decode_fixed_part(record + sizeof(UINT16), layout, sample);
-    sample.flags = flags_at(layout.tag, item.getTimeStamp());
+    sample.flags = flags_at(load_be16(record), item.getTimeStamp());
   } else if (item.isDummy()) {
     sample.presetFor = 0;
     makeDummy(itemIndex, sample);

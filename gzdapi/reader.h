@@ -108,14 +108,16 @@ class Reader : public SampleSource {
   void beginRun();
   void readSample(UINT32 itemIndex, GZDItem item);
   bool readSampleDirectly(GZDItem item);
+  // The part of a tag that layout and presets depend on. At 2000 Hz every other sample has the bit.
+  static UINT16 kindOf(UINT16 tag) { return tag & static_cast<UINT16>(~SMP_HALF_MS); }
   // The record of a sample, from its tag on, when it can be decoded where it lies into a sample
-  // preset for the tag `presetFor`, with the layout used last; else null.
+  // preset for tags of the kind `presetFor`, with the layout used last; else null.
   [[nodiscard]] const byte* recordAsPreset(const GZDItem& item, UINT16 presetFor) const {
     constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
     const INT64 place = item.getFilePos() - static_cast<INT64>(sizeof(UINT16));
-    if (layout.tag != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
+    if (kindOf(layout.tag) != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
     const byte* const record = file.inWindow(place, LONGEST);
-    return record != nullptr && load_be16(record) == presetFor ? record : nullptr;
+    return record != nullptr && kindOf(load_be16(record)) == presetFor ? record : nullptr;
   }
   void readQueueSampleAnew(const GZDItem& item, Sample& sample);
   void copyQueuedSample(UINT32 itemIndex, int slot);
@@ -156,8 +158,8 @@ class Reader : public SampleSource {
   UINT16 presetTag = 0;  // fData is a sample preset for this tag; 0 when it is not
   Run run;
   SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none
-  FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
-  UINT16 queuePresetTag = 0;
+  FSAMPLE queuePreset{};  // a sample preset for tags of this kind
+  UINT16 queuePresetKind = 0;
   MessageText lstring_buffer;
   // A long message, laid out as an LSTRING; made when the first one is met.
   struct LongText {
