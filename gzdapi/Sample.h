@@ -49,7 +49,7 @@ class Sample : public FSAMPLE {
     return get_sample_data(*this, x, y, eye, type);
   }
 
-  // The kind of records for which what they do not hold is preset here; 0 for none.
+  // The layout tag of the records for which what they do not hold is preset here; 0 for none.
   UINT16 presetFor = 0;
 
  private:

@@ -245,7 +245,7 @@ class Scan {
     const bool checksGaps = options.fixConsistency && options.loadSamples;
     if (!canBeShort || (options.loadSamples && !clock.isTicking(checksGaps))) return false;
     const byte* const start = file.peek(LONGEST);
-    if (start == nullptr || load_be16(start) != layout.tag) return false;
+    if (start == nullptr || !layout.suits(load_be16(start))) return false;
     const std::size_t available = file.available();
     const INT64 position = file.getFilePos();
     if (position + static_cast<INT64>(available) > LAST_POSITION) return false;

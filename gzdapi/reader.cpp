@@ -103,7 +103,7 @@ UINT16 Reader::goToSample(const GZDItem& item) {
 }
 
 const SampleLayout& Reader::layoutFor(UINT16 tag) {
-  if (kindOf(layout.tag) != kindOf(tag)) layout = layout_of(tag, state);
+  if (!layout.suits(tag)) layout = layout_of(tag, state);
   return layout;
 }
 
@@ -134,19 +134,11 @@ void Reader::readSample(UINT32 itemIndex, GZDItem item) {
 // Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
 // and does nothing, for any other.
 bool Reader::readLikeTheOneBefore(GZDItem item) {
-  constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
-  if (layout.tag != presetTag || layout.hasBlocks || !isInEpoch(item.getFilePos())) return false;
-  const byte* const record =
-      file.inWindow(item.getFilePos() - static_cast<INT64>(sizeof(UINT16)), LONGEST);
-  if (record == nullptr || load_be16(record) != layout.tag) return false;
-  decodeLikeTheOneBefore(record + sizeof(UINT16), item.getTimeStamp());
+  const byte* const record = recordAsPreset(item, presetTag);
+  if (record == nullptr) return false;
+  setPlaceInTime(load_be16(record), item.getTimeStamp());
+  decode_fixed_part(record + sizeof(UINT16), layout, fData.fs);
   return true;
-}
-
-ALLF_DATA* Reader::decodeLikeTheOneBefore(const byte* body, UINT64 stamp) {
-  setPlaceInTime(stamp);
-  decode_fixed_part(body, layout, fData.fs);
-  return &fData;
 }
 
 // Makes the run that of the sample just read: its stretch, as far as window and epoch go.
@@ -173,9 +165,8 @@ bool Reader::readSampleDirectly(GZDItem item) {
   presetTag = 0;
   preset_sample(tag, fData.fs);
   decode_into_preset_sample(file, state, layoutFor(tag), time, fData.fs);
-  presetTag = tag;
-  fData.fs.time = time;
-  fData.fs.flags = flags_at(tag, stamp);
+  presetTag = layout_tag(tag);
+  setPlaceInTime(tag, stamp);
   return true;
 }
 
@@ -201,13 +192,13 @@ void Reader::setVelocities(UINT32 itemIndex, int slot, const Recording& block) {
 
 void Reader::readQueueSampleAnew(const GZDItem& item, Sample& sample) {
   const UINT16 tag = goToSample(item);
-  const UINT16 kind = kindOf(tag);
-  if (sample.presetFor != kind) {
-    if (kind != queuePresetKind) preset_sample(tag, queuePreset);
-    queuePresetKind = kind;
+  const UINT16 preset = layout_tag(tag);
+  if (sample.presetFor != preset) {
+    if (preset != queuePresetTag) preset_sample(tag, queuePreset);
+    queuePresetTag = preset;
     static_cast<FSAMPLE&>(sample) = queuePreset;
   }
-  sample.presetFor = (tag & SMP_EXTENDED) == 0 ? kind : UINT16{0};
+  sample.presetFor = (tag & SMP_EXTENDED) == 0 ? preset : UINT16{0};
   decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
                             sample);
   sample.flags = flags_at(tag, item.getTimeStamp());

@@ -39,10 +39,14 @@ class Reader : public SampleSource {
     const INT64 place = items[itemIndex].getFilePos();
     const UINT64 stamp = items.stampAt(itemIndex);
     const byte* const body = run.recordAt(place);
-    if (body == nullptr || load_be16(body - sizeof(UINT16)) != layout.tag) return nullptr;
-    if (!layout.isUsual) return decodeLikeTheOneBefore(body, stamp);
-    setPlaceInTime(stamp);
-    decode_usual_part(body, layout, fData.fs);
+    if (body == nullptr) return nullptr;
+    const UINT16 tag = load_be16(body - sizeof(UINT16));
+    if (!layout.suits(tag)) return nullptr;
+    setPlaceInTime(tag, stamp);
+    if (layout.isUsual)
+      decode_usual_part(body, layout, fData.fs);
+    else
+      decode_fixed_part(body, layout, fData.fs);
     return &fData;
   }
   // The message text of an entry, up to its first NUL; empty when it has none.
@@ -100,24 +104,21 @@ class Reader : public SampleSource {
   static UINT16 flags_at(UINT16 tag, UINT64 stamp) {
     return static_cast<UINT16>(tag | ((stamp & 1) != 0 ? SMP_HALF_MS : 0));
   }
-  void setPlaceInTime(UINT64 stamp) {
+  void setPlaceInTime(UINT16 tag, UINT64 stamp) {
     fData.fs.time = time_of_stamp(stamp);
-    fData.fs.flags = flags_at(layout.tag, stamp);
+    fData.fs.flags = flags_at(tag, stamp);
   }
-  ALLF_DATA* decodeLikeTheOneBefore(const byte* body, UINT64 stamp);
   void beginRun();
   void readSample(UINT32 itemIndex, GZDItem item);
   bool readSampleDirectly(GZDItem item);
-  // The part of a tag that layout and presets depend on. At 2000 Hz every other sample has the bit.
-  static UINT16 kindOf(UINT16 tag) { return tag & static_cast<UINT16>(~SMP_HALF_MS); }
   // The record of a sample, from its tag on, when it can be decoded where it lies into a sample
-  // preset for tags of the kind `presetFor`, with the layout used last; else null.
+  // preset for the layout tag `presetFor`, with the layout used last; else null.
   [[nodiscard]] const byte* recordAsPreset(const GZDItem& item, UINT16 presetFor) const {
     constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
     const INT64 place = item.getFilePos() - static_cast<INT64>(sizeof(UINT16));
-    if (kindOf(layout.tag) != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
+    if (layout.tag != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
     const byte* const record = file.inWindow(place, LONGEST);
-    return record != nullptr && kindOf(load_be16(record)) == presetFor ? record : nullptr;
+    return record != nullptr && layout.suits(load_be16(record)) ? record : nullptr;
   }
   void readQueueSampleAnew(const GZDItem& item, Sample& sample);
   void copyQueuedSample(UINT32 itemIndex, int slot);
@@ -155,11 +156,11 @@ class Reader : public SampleSource {
 
   ALLF_DATA fData{};
   int recordType = 0;
-  UINT16 presetTag = 0;  // fData is a sample preset for this tag; 0 when it is not
+  UINT16 presetTag = 0;  // fData is a sample preset for this layout tag; 0 when it is not
   Run run;
   SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none
-  FSAMPLE queuePreset{};  // a sample preset for tags of this kind
-  UINT16 queuePresetKind = 0;
+  FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
+  UINT16 queuePresetTag = 0;
   MessageText lstring_buffer;
   // A long message, laid out as an LSTRING; made when the first one is met.
   struct LongText {

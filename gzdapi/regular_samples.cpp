@@ -41,7 +41,7 @@ RegularRun read_regular_samples(const RegularSamples& expected, ItemList* items)
   const UINT64 largestStep = expected.largestStep;
   bool hasNegativePupil = false;
   bool hasInput = false;
-  while (record <= last && load_be16(record) == layout.tag) {
+  while (record <= last && layout.suits(load_be16(record))) {
     const byte* const body = record + sizeof(UINT16);
     const UINT32 next = recorded_time(body, time, layout);
     const UINT64 stamp = stamp_of_time(next) + (next == time ? 1 : 0);

@@ -26,7 +26,7 @@ struct RegularRun {
   bool hasInput;
 };
 
-// Reads samples as long as they have the layout's tag and their stamps rise, by no more than the
+// Reads samples as long as they have the layout and their stamps rise, by no more than the
 // largest step. Each gets an entry in `items`, unless that is null.
 RegularRun read_regular_samples(const RegularSamples& expected, ItemList* items);
 

@@ -317,21 +317,22 @@ void decode_into_preset_sample(InputStream& in, StreamState& state, const Sample
 
 void decode_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
                    FSAMPLE& sample) {
+  state.sam_data |= tag;
   preset_sample(tag, sample);
   decode_into_preset_sample(in, state, layout_of(tag, state), expectedTime, sample);
 }
 
 SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
                               SampleLayout& layout) {
-  if (layout.tag != tag) layout = layout_of(tag, state);
+  if (!layout.suits(tag)) layout = layout_of(tag, state);
   state.sam_data |= tag;
   SampleGlance glance;
-  glance.flags = tag;
   if (const byte* const body = in.peek(LONGEST_FIXED_PART)) {
     in.take(glance_at_fixed_part(body, state.curr_time, layout, glance));
   } else {
     glance_near_the_end(in, state, layout, glance);
   }
+  glance.flags = tag;
   state.curr_time = glance.time;
   if (!layout.hasBlocks) return glance;
   if (has(tag, SMP_EXTENDED)) skip_extended_blocks(in, state.parameters);

@@ -73,7 +73,7 @@ void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sa
 SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   const auto has = [tag](unsigned bits) { return (tag & bits) != 0; };
   SampleLayout layout;
-  layout.tag = tag;
+  layout.tag = layout_tag(tag);
   layout.hasBlocks = has(SMP_EXTENDED | SMP_SKIP_BLOCKS);
   layout.hasScaledSizes = state.ovilo_revision >= FIRST_SCALED_PUPIL;
   layout.eyes = static_cast<byte>((has(SMP_LEFT) ? 1 : 0) + (has(SMP_RIGHT) ? 1 : 0));

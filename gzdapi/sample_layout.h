@@ -17,9 +17,14 @@
 constexpr std::size_t LONGEST_FIXED_PART = 4 + 3 * 8 + 4 + 4 + 3 * 2 + 1 + 8 * 2;
 constexpr int MAX_HEAD_WORDS = 8;
 
+// The part of a tag that a layout depends on. At 2000 Hz every other sample has the bit left out.
+constexpr UINT16 layout_tag(UINT16 tag) {
+  return tag & static_cast<UINT16>(~SMP_HALF_MS);
+}
+
 // Offsets are from the record's body; 0 stands for a field that the record does not hold.
 struct SampleLayout {
-  UINT16 tag = 0;
+  UINT16 tag = 0;               // as layout_tag() gives it
   bool hasBlocks = false;       // chains of blocks follow
   bool hasScaledSizes = false;  // pupil sizes are scaled, and -32768 is missing
   byte eyes = 0;                // how many
@@ -43,6 +48,9 @@ struct SampleLayout {
   bool isUsual = false;  // these, no other positions, and behind them no more than single words
   FourScaled asUsualGaze = {};
   FourScaled asResolutionAndSizes = {};
+
+  // Whether records with this tag have the layout.
+  [[nodiscard]] bool suits(UINT16 recordTag) const { return layout_tag(recordTag) == tag; }
 };
 
 // The layout under the parameters in force.
@@ -71,8 +79,8 @@ inline UINT32 recorded_time(const byte* body, UINT32 previousTime, const SampleL
   return layout.timeLength == 1 ? previousTime + *body : load_be32(body);
 }
 
-// Takes from the record at `body`, without its blocks, what the scan needs. Returns the length of
-// the fixed part.
+// Takes from the record at `body`, without its blocks, what the scan needs; its flags are the
+// layout's tag. Returns the length of the fixed part.
 inline std::size_t glance_at_fixed_part(const byte* body, UINT32 previousTime,
                                         const SampleLayout& layout, SampleGlance& glance) {
   glance.time = recorded_time(body, previousTime, layout);
