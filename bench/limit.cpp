@@ -6,7 +6,7 @@
 //      one tag;
 //   3. a stored word is looked up as the eight characters of its column, made when first met;
 //   4. of a time, all digits but two stay for up to a hundred milliseconds;
-//   5. lines leave in 128 KiB writes.
+//   5. lines leave in writes of 128 KiB, each at a multiple of its size.
 //
 // No index, no order, no repairs, no options: a recording that needs any of them is refused, or
 // differs from the converter's text, which bench/convert checks before it measures.
