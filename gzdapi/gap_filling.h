@@ -37,9 +37,11 @@ class SampleClock {
   [[nodiscard]] bool isTicking(bool checksGaps) const {
     return last >= 1 && beforeLast >= 1 && (knowsPeriod() || !checksGaps);
   }
-  // From the stamp of the sample before to the next, if nothing is to be missing.
+  // From the stamp of the sample before to the next, if nothing is to be missing. Any step that
+  // rises when gaps do not matter.
   [[nodiscard]] UINT64 largestStep(bool checksGaps) const {
-    return checksGaps ? static_cast<UINT64>(period) : ~UINT64{0};
+    constexpr UINT64 ANY_RISE = ~UINT64{0} >> 1;
+    return checksGaps ? static_cast<UINT64>(period) : ANY_RISE;
   }
   // Enters dummies for the samples missing before one with `stamp`, and says so in the log.
   void fillGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget) {

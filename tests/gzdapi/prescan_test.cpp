@@ -123,6 +123,13 @@ TEST(Scan, FirstAndLargestTime) {
   sampleFirst.gazeSample(70, 1, 1, 900).message(20, "x");
   EXPECT_EQ(Scanned(sampleFirst).index.minTime, 70u);
   EXPECT_EQ(Scanned(sampleFirst).index.maxTime, 70u);
+
+  GzdWriter falling;
+  for (const UINT32 time : {10u, 12u, 14u, 900u}) falling.gazeSample(time, 1, 1, 9);
+  for (UINT32 time = 16; time < 36; time += 2) falling.gazeSample(time, 1, 1, 9);
+  for (const bool loadSamples : {true, false}) {
+    EXPECT_EQ(Scanned(falling, {.loadSamples = loadSamples}).index.maxTime, 900u);
+  }
 }
 
 TEST(Scan, InputsInSamples) {
