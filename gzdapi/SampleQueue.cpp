@@ -3,7 +3,8 @@
 // 64 samples before the wanted one. It ends at the end of the run or when the queue is full.
 //
 // Velocities are computed from a window of 19 samples to either side, looked up by stamp: by
-// arithmetic alone, so that a sample with an irregular stamp counts as absent.
+// arithmetic alone, so that a sample with an irregular stamp counts as absent. Where every stamp is
+// regular those are the slots around, and the velocities of many slots are computed together.
 #include "SampleQueue.h"
 
 #include <algorithm>

@@ -31,7 +31,7 @@ class SampleClock {
   [[nodiscard]] UINT64 stampOf(UINT32 time) const {
     return stamp_of_time(time) + (INT64{time} == last ? 1 : 0);
   }
-  // The stamp of the sample before.
+  // The stamp of the sample before; -1 when none is known.
   [[nodiscard]] INT64 previousStamp() const { return 2 * last + (last == beforeLast ? 1 : 0); }
   // Whether largestStep() tells which samples are regular.
   [[nodiscard]] bool isTicking(bool checksGaps) const {

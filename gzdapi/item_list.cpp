@@ -1,5 +1,7 @@
 #include "item_list.h"
 
+#include <algorithm>
+
 void ItemList::push_back(const GZDItem& item) {
   const Packed entry = pack(item);
   entries.push_back(entry);

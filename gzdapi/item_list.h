@@ -10,11 +10,9 @@
 #ifndef GZDAPI_ITEM_LIST_H
 #define GZDAPI_ITEM_LIST_H
 
-#include <algorithm>
 #include <cstddef>
 #include <deque>
 #include <iterator>
-#include <utility>
 #include <vector>
 
 #include "GZDItem.h"

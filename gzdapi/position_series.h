@@ -1,5 +1,5 @@
-// Positions of one eye in one coordinate system, of samples at equal intervals, side by side: what
-// velocities are computed from.
+// Pairs of values of queued samples, side by side: positions of one eye in one coordinate system,
+// or resolutions. Velocities are computed from them.
 #ifndef GZDAPI_POSITION_SERIES_H
 #define GZDAPI_POSITION_SERIES_H
 
@@ -27,13 +27,13 @@ class PositionSeries {
     y.fill(MISSING_DATA);
     count = 0;
   }
-  // Appends a position; the series is not full.
+  // Appends a pair; the series is not full.
   void append(float xValue, float yValue) {
     x[place(count)] = xValue;
     y[place(count)] = yValue;
     ++count;
   }
-  // Takes off the oldest `dropped` positions, or the newest.
+  // Takes off the oldest `dropped` pairs, or the newest.
   void dropOldest(int dropped) {
     shift(x, dropped);
     shift(y, dropped);
@@ -44,7 +44,7 @@ class PositionSeries {
     x[place(count)] = y[place(count)] = MISSING_DATA;
   }
 
-  // The positions from slot `slot` on. Those up to REACH before it and behind the newest one can be
+  // The pairs from slot `slot` on. Those up to REACH before it and behind the newest one can be
   // read too, MISSING_DATA beyond the ends.
   [[nodiscard]] PairsFrom from(int slot) const { return {&x[place(slot)], &y[place(slot)]}; }
 
