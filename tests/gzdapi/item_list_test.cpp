@@ -101,12 +101,7 @@ TEST(ItemList, LandmarksMoveWithTheEntries) {
     std::rotate(begin + static_cast<std::ptrdiff_t>(to), begin + static_cast<std::ptrdiff_t>(from),
                 begin + static_cast<std::ptrdiff_t>(from) + 1);
     for (std::size_t i = 0; i < COUNT; ++i) expect_entry(list[i], items[i]);
-    std::size_t mark = 0;
-    for (std::size_t i = 0; i < COUNT; ++i) {
-      if (!items[i].isSample()) {
-        EXPECT_EQ(list.landmarks()[mark++].place, i);
-      }
-    }
+    expectLandmarks(list);
   }
   list.changed();
   EXPECT_FALSE(list.samplesRise());
