@@ -164,6 +164,26 @@ TEST(Scan, RawSamplesKeepBlockStartsUnfilled) {
   }
 }
 
+TEST(Scan, OneSampleAmongRegularOnesTellsOfRawDataAndInput) {
+  for (const int different : {-1, 0, 1, 2}) {  // none, pupil of the left or right eye, input
+    GzdWriter w;
+    w.startBlock({.time = 1000});
+    for (UINT32 i = 1; i <= 20; ++i) {
+      gzdsynth::SampleRecord s{.flags = SMP_LEFT | SMP_RIGHT | SMP_GAZE | SMP_PUPIL_SIZE |
+                                        SMP_INPUT | SMP_TIME_ABSOLUTE};
+      s.time = 1000 + i;
+      s.pa = {900, 900};
+      s.input = i == 8 && different == 2 ? 5 : 0x8000;
+      if (i == 8 && (different == 0 || different == 1)) s.pa[static_cast<unsigned>(different)] = -5;
+      w.sample(s);
+    }
+    const Scanned scanned(w.endBlock(1021), FIX);
+    const bool raw = different == 0 || different == 1;
+    EXPECT_EQ(scanned.index.gzdItemList.size(), raw ? 22u : 23u) << different;
+    EXPECT_EQ(scanned.index.inputType, different == 2 ? 2 : 0) << different;
+  }
+}
+
 TEST(Scan, ABoundaryEndsWhatIsKnownOfTheSamples) {
   GzdWriter w;
   w.startBlock({.time = 1000, .rate = 1000});
