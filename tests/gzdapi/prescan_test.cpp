@@ -112,6 +112,12 @@ TEST(Scan, BlocksSamplesAndTheirOrder) {
 TEST(Scan, RepeatedTimesAreHalfAMillisecondApart) {
   EXPECT_EQ(Scanned(block_of_samples({1000, 1000, 1001, 1001})).describe(),
             "[1000 200:2000 200:2001 200:2002 200:2003 ]1002");
+  for (const UINT32 count : {40u, 41u}) {
+    GzdWriter regular;
+    regular.startBlock({.time = 1000, .rate = 2000});
+    for (UINT32 i = 0; i < count; ++i) regular.gazeSample(1000 + i / 2, 1, 1, 900);
+    EXPECT_EQ(Scanned(regular.endBlock(1021), FIX).index.gzdItemList.size(), count + 2);
+  }
 }
 
 TEST(Scan, FirstAndLargestTime) {
