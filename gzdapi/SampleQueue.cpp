@@ -22,7 +22,7 @@ constexpr int MIDDLE = SampleQueue::WINDOW / 2;
 constexpr float PUPIL_SIZE_AT_START = 1000.0f;
 constexpr UINT64 LARGEST_STEP = 8;
 
-void append_position(PositionSeries& series, const FSAMPLE& s, int eye, std::size_t type) {
+void append_position(PairSeries& series, const FSAMPLE& s, int eye, std::size_t type) {
   float x;
   float y;
   get_sample_data(s, &x, &y, eye, POSITION_TYPE_OF_SERIES[type]);
@@ -48,7 +48,7 @@ void SampleQueue::clear() {
   resolutions.clear();
   batch.clear();
   for (auto& eye : positions) {
-    for (PositionSeries& series : eye) series.clear();
+    for (PairSeries& series : eye) series.clear();
   }
   last_pupil[0] = last_pupil[1] = PUPIL_SIZE_AT_START;
 }
@@ -69,7 +69,7 @@ void SampleQueue::keepNewest(const Sample& s, UINT32 entry) {
 
 void SampleQueue::dropNewest() {
   --sqsize;
-  forEachFollowed([](PositionSeries& series, int, std::size_t) { series.dropNewest(); });
+  forEachFollowed([](PairSeries& series, int, std::size_t) { series.dropNewest(); });
   resolutions.dropNewest();
   batch.clear();
 }
@@ -79,7 +79,7 @@ void SampleQueue::shiftQueue() {
   if (dropped == 0) return;
   front = (front + dropped) & (CAPACITY - 1);
   sqsize -= dropped;
-  forEachFollowed([=](PositionSeries& series, int, std::size_t) { series.dropOldest(dropped); });
+  forEachFollowed([=](PairSeries& series, int, std::size_t) { series.dropOldest(dropped); });
   resolutions.dropOldest(dropped);
   batch.clear();
   if (sqsize > 0) firstEntry = at(0).entry;
@@ -244,7 +244,7 @@ void SampleQueue::followPositions(unsigned kinds) {
   for (const VelocityKind& kind : VELOCITY_KINDS) {
     if ((kinds & kind.bit) != 0) followed[kind.series] = true;
   }
-  forEachFollowed([](PositionSeries& series, int, std::size_t) { series.clear(); });
+  forEachFollowed([](PairSeries& series, int, std::size_t) { series.clear(); });
   for (int slot = 0; slot < sqsize; ++slot) {
     try {
       source.readQueueSample(entry(slot), incoming);
@@ -256,7 +256,7 @@ void SampleQueue::followPositions(unsigned kinds) {
 }
 
 void SampleQueue::appendPositions(const Sample& s) {
-  forEachFollowed([&s](PositionSeries& series, int eye, std::size_t type) {
+  forEachFollowed([&s](PairSeries& series, int eye, std::size_t type) {
     append_position(series, s, eye, type);
   });
 }
@@ -287,7 +287,7 @@ void SampleQueue::setVelocityByStamp(FSAMPLE& s, UINT64 stamp, const VelocitySet
     if ((s.flags & eye_flag(eye)) == 0) continue;
     for (const VelocityKind& kind : VELOCITY_KINDS) {
       if ((settings.kinds & kind.bit) == 0) continue;
-      const PositionSeries& queued = positions[static_cast<std::size_t>(eye)][kind.series];
+      const PairSeries& queued = positions[static_cast<std::size_t>(eye)][kind.series];
       float x[WINDOW];
       float y[WINDOW];
       for (std::size_t i = 0; i < WINDOW; ++i) {

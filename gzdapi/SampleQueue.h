@@ -7,7 +7,7 @@
 
 #include "Sample.h"
 #include "index.h"
-#include "position_series.h"
+#include "pair_series.h"
 #include "velocity_batch.h"
 
 // Where the queue gets its samples: entries of the index as decoded samples.
@@ -123,7 +123,7 @@ class SampleQueue {
   std::array<SeriesOfEye, EYES> positions;
   std::array<bool, POSITION_TYPES> followed{};
   unsigned followedKinds = GZD_VELOCITY_NONE;
-  PositionSeries resolutions;
+  PairSeries resolutions;
   VelocityBatch batch;
   Sample incoming;
   int front = 0;

@@ -2,6 +2,11 @@
 
 #include <algorithm>
 
+void ItemList::reserve(std::size_t count) {
+  entries.reserve(count);
+  if (!empty()) marks.reserve(marks.size() * count / size());
+}
+
 void ItemList::push_back(const GZDItem& item) {
   const Packed entry = pack(item);
   entries.push_back(entry);

@@ -56,7 +56,8 @@ class ItemList {
   [[nodiscard]] std::size_t size() const { return entries.size(); }
   [[nodiscard]] bool empty() const { return entries.empty(); }
   [[nodiscard]] std::size_t capacity() const { return entries.capacity(); }
-  void reserve(std::size_t count) { entries.reserve(count); }
+  // Makes room for `count` entries in all, as many of them landmarks as so far.
+  void reserve(std::size_t count);
   [[nodiscard]] Iterator begin() const { return {*this, 0}; }
   [[nodiscard]] Iterator end() const { return {*this, size()}; }
 

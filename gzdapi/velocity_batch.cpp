@@ -97,14 +97,14 @@ void VelocityBatch::moveTo(int slot, int size, const VelocitySettings& asked) {
 
 void VelocityBatch::compute(int slot, int size, UINT16 flags, const VelocitySettings& asked,
                             const std::array<SeriesOfEye, 2>& positions,
-                            const PositionSeries& resolutions) {
+                            const PairSeries& resolutions) {
   if (!covers(slot, asked)) moveTo(slot, size, asked);
   for (int eye = 0; eye < 2; ++eye) {
     if ((flags & eye_flag(eye) & ~eyes) == 0) continue;
     eyes |= eye_flag(eye);
     for (std::size_t i = 0; i < kindCount; ++i) {
       Velocities& velocities = of[i][static_cast<std::size_t>(eye)];
-      const PositionSeries& series = positions[static_cast<std::size_t>(eye)][kinds[i]->series];
+      const PairSeries& series = positions[static_cast<std::size_t>(eye)][kinds[i]->series];
       compute_velocities(*kinds[i], settings, series.from(first), resolutions.from(first),
                          end - first, velocities.x.data(), velocities.y.data());
     }

@@ -8,7 +8,7 @@
 
 #include "Sample.h"
 #include "gzd_data.h"
-#include "position_series.h"
+#include "pair_series.h"
 
 // What velocities depend on beyond the samples.
 struct VelocitySettings {
@@ -45,7 +45,7 @@ constexpr VelocityKind VELOCITY_KINDS[] = {
 constexpr std::size_t VELOCITY_KIND_COUNT = std::size(VELOCITY_KINDS);
 
 // One eye's positions, by type.
-using SeriesOfEye = std::array<PositionSeries, POSITION_TYPES>;
+using SeriesOfEye = std::array<PairSeries, POSITION_TYPES>;
 
 // Velocities of one kind and one eye, of `count` samples in a row, at most VelocityBatch::LENGTH.
 // `positions` can be read over VELOCITY_REACH to either side as well; `own` are the resolutions
@@ -66,7 +66,7 @@ class VelocityBatch {
   }
   // Computes them, and those of the slots around it, of `size` in use. `positions` are by eye.
   void compute(int slot, int size, UINT16 flags, const VelocitySettings& asked,
-               const std::array<SeriesOfEye, 2>& positions, const PositionSeries& resolutions);
+               const std::array<SeriesOfEye, 2>& positions, const PairSeries& resolutions);
   // Copies them into the sample.
   void copyTo(FSAMPLE& s, int slot) const {
     const auto place = static_cast<std::size_t>(slot - first);

@@ -1,7 +1,7 @@
 // Pairs of values of queued samples, side by side: positions of one eye in one coordinate system,
 // or resolutions. Velocities are computed from them.
-#ifndef GZDAPI_POSITION_SERIES_H
-#define GZDAPI_POSITION_SERIES_H
+#ifndef GZDAPI_PAIR_SERIES_H
+#define GZDAPI_PAIR_SERIES_H
 
 #include <algorithm>
 #include <array>
@@ -15,12 +15,12 @@ struct PairsFrom {
   const float* y;
 };
 
-class PositionSeries {
+class PairSeries {
  public:
   static constexpr int CAPACITY = 512;
   static constexpr int REACH = VELOCITY_REACH;
 
-  PositionSeries() { clear(); }
+  PairSeries() { clear(); }
 
   void clear() {
     x.fill(MISSING_DATA);
