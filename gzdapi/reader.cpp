@@ -122,7 +122,7 @@ void Reader::readSample(UINT32 itemIndex, GZDItem item) {
   int slot = usesQueue ? queue.getSample(itemIndex) : -1;
   if (!readLikeTheOneBefore(item) && !readSampleDirectly(item)) {
     if (!usesQueue) slot = queue.getSample(itemIndex);
-    copyQueuedSample(itemIndex, slot);
+    readWithQueue(itemIndex, slot);
   }
   if (hasVelocities) setVelocities(itemIndex, slot, *block);
   if (block == nullptr) {
@@ -173,7 +173,7 @@ bool Reader::readSampleDirectly(GZDItem item) {
 
 // `slot` holds the entry's sample, or that of another entry with its stamp; negative for none. The
 // record's own values count all the same.
-void Reader::copyQueuedSample(UINT32 itemIndex, int slot) {
+void Reader::readWithQueue(UINT32 itemIndex, int slot) {
   presetTag = 0;
   Sample own;
   readQueueSample(itemIndex, own);
@@ -241,34 +241,56 @@ const Reader::Stretch& Reader::stretchAt(UINT32 itemIndex) {
 
 // The nearest recorded sample before a dummy in its block, else behind it; NONE when there is none.
 UINT32 Reader::recordedSampleNear(UINT32 itemIndex) {
+  if (itemIndex >= model.first && itemIndex <= model.last) return model.recorded;
   const UINT32 begin = stretchAt(itemIndex).begin;
   const UINT32 end = stretch.end;
   const auto isRecorded = [this](UINT32 i) {
     return index.gzdItemList[i].isSample() && !index.gzdItemList[i].isDummy();
   };
   for (UINT32 i = itemIndex; i > begin; --i) {
-    // A dummy met on the way back has the same neighbour.
-    if (i == model.dummy) return model.recorded;
-    if (isRecorded(i - 1)) return i - 1;
+    if (i == model.last) {
+      model.last = itemIndex;
+      return model.recorded;
+    }
+    if (isRecorded(i - 1)) {
+      model.first = i;
+      model.last = itemIndex;
+      return i - 1;
+    }
   }
-  for (UINT32 i = itemIndex + 1; i < end; ++i) {
-    if (isRecorded(i)) return i;
-  }
-  return NONE;
+  const auto found = [&] {
+    for (UINT32 i = itemIndex + 1; i < end; ++i) {
+      if (isRecorded(i)) return i;
+    }
+    return NONE;
+  }();
+  model.first = begin;
+  model.last = itemIndex;
+  return found;
 }
 
-void Reader::makeDummy(UINT32 itemIndex, Sample& sample) {
-  model.recorded = recordedSampleNear(itemIndex);
-  model.dummy = itemIndex;
-  if (model.recorded != NONE && model.sampleOf != model.recorded) {
-    readQueueSample(model.recorded, model.sample);
-    model.sampleOf = model.recorded;
+// Makes what all dummies modelled on one recorded sample have in common.
+void Reader::makeModel(UINT32 recorded) {
+  model.recorded = recorded;
+  model.isMade = false;
+  model.dummy.clear();
+  if (recorded == NONE) {
+    model.tag = 0;
+    make_dummy_sample(model.tag, nullptr, model.dummy);
+  } else {
+    Sample sample;
+    readQueueSample(recorded, sample);
+    model.tag = layout_tag(goToSample(index.gzdItemList[recorded]));
+    make_dummy_sample(model.tag, &sample, model.dummy);
   }
-  const UINT16 tag =
-      model.recorded == NONE ? UINT16{0} : goToSample(index.gzdItemList[model.recorded]);
-  make_dummy_sample(tag, model.recorded == NONE ? nullptr : &model.sample, sample);
-  sample.flags = flags_at(tag & static_cast<UINT16>(~SMP_HALF_MS),
-                          index.gzdItemList[itemIndex].getTimeStamp());
+  model.isMade = true;
+}
+
+void Reader::makeDummy(UINT32 itemIndex, FSAMPLE& sample) {
+  const UINT32 recorded = recordedSampleNear(itemIndex);
+  if (!model.isMade || recorded != model.recorded) makeModel(recorded);
+  sample = model.dummy;
+  sample.flags = flags_at(model.tag, index.gzdItemList.stampAt(itemIndex));
 }
 
 // ---- events

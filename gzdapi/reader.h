@@ -91,10 +91,12 @@ class Reader : public SampleSource {
 
   // Entries that the reader made itself: dummies and the recorded sample each is modelled on.
   struct DummyModel {
-    UINT32 dummy = NONE;
+    UINT32 first = NONE;  // all dummies from here
+    UINT32 last = 0;      // up to here have the same one
     UINT32 recorded = NONE;
-    Sample sample;
-    UINT32 sampleOf = NONE;
+    bool isMade = false;
+    UINT16 tag = 0;
+    Sample dummy;  // but for its place in time
   };
   static constexpr UINT32 NONE = 0xFFFFFFFFu;
 
@@ -121,7 +123,7 @@ class Reader : public SampleSource {
     return record != nullptr && layout.suits(load_be16(record)) ? record : nullptr;
   }
   void readQueueSampleAnew(const GZDItem& item, Sample& sample);
-  void copyQueuedSample(UINT32 itemIndex, int slot);
+  void readWithQueue(UINT32 itemIndex, int slot);
   void setVelocities(UINT32 itemIndex, int slot, const Recording& block);
   void readEvent(UINT32 itemIndex, GZDItem item);
   void readInsertedEvent(const GZDItem& item);
@@ -136,7 +138,8 @@ class Reader : public SampleSource {
   UINT16 goToSample(const GZDItem& item);
   const SampleLayout& layoutFor(UINT16 tag);
   const Stretch& stretchAt(UINT32 itemIndex);
-  void makeDummy(UINT32 itemIndex, Sample& sample);
+  void makeModel(UINT32 recorded);
+  void makeDummy(UINT32 itemIndex, FSAMPLE& sample);
   [[nodiscard]] UINT32 recordedSampleNear(UINT32 itemIndex);
 
   InputStream& file;
