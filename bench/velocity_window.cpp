@@ -60,6 +60,7 @@ void velocity_of_run(benchmark::State& state, unsigned kinds) {
   SampleQueue queue(index, source);
   queue.getSample(0);
   std::vector<Sample> samples;
+  samples.reserve(samples_in_run);
   for (int i = 0; i < samples_in_run; ++i) samples.push_back(make_sample(i, rate));
   Sample sample;
   for ([[maybe_unused]] auto step : state) {
