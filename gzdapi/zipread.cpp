@@ -67,10 +67,11 @@ class Inflater {
     return UNCOMPRESS_OK;
   }
 
-  // Writes the first `count` bytes of the output buffer; the others move up. False when it fails.
+  // Writes the first `count` bytes of the output buffer; the others move up. When it fails they are
+  // dropped: nothing is to follow a hole. Returns whether it was done.
   bool write(std::size_t count) {
     const bool done = std::fwrite(output.get(), 1, count, out) == count && std::ferror(out) == 0;
-    filled -= count;
+    filled = done ? filled - count : 0;
     std::memmove(output.get(), output.get() + count, filled);
     return done;
   }

@@ -166,4 +166,33 @@ TEST(Uncompress, ReadAndWriteErrorsAreTold) {
   EXPECT_EQ(do_uncompress(writeOnly.get(), out.get()), -1);
 }
 
+// A file that takes its first write, fails the second, and takes all others.
+struct Interrupted {
+  std::string text;
+  int writes = 0;
+};
+
+ssize_t write_interrupted(void* cookie, const char* bytes, std::size_t count) {
+  auto& file = *static_cast<Interrupted*>(cookie);
+  if (++file.writes == 2) return 0;
+  file.text.append(bytes, count);
+  return static_cast<ssize_t>(count);
+}
+
+TEST(Uncompress, NothingIsWrittenBehindAWriteThatFailed) {
+  const std::string text = noise(400'000);
+  const std::string body = deflated(text);
+  const File in(std::tmpfile());
+  std::fwrite(body.data(), 1, body.size(), in.get());
+  std::rewind(in.get());
+  Interrupted file;
+  cookie_io_functions_t functions{};
+  functions.write = write_interrupted;
+  const File out(fopencookie(&file, "w", functions));
+  std::setvbuf(out.get(), nullptr, _IONBF, 0);
+  EXPECT_EQ(do_uncompress(in.get(), out.get()), -1);
+  EXPECT_EQ(file.writes, 2);
+  EXPECT_TRUE(text.starts_with(file.text));
+}
+
 }  // namespace
