@@ -66,10 +66,39 @@ quietly() {
   return "$status"
 }
 
+readonly seconds_between_reports=20
+
+# report_progress LABEL LOG: copies standard input into LOG, and tells now and then how far it is by
+# the counts that ninja ("[3/90]") and ctest ("  3/90 Test") begin their lines with.
+report_progress() {
+  local line next=$((SECONDS + seconds_between_reports))
+  while IFS= read -r line; do
+    printf '%s\n' "$line" >>"$2"
+    [[ $SECONDS -ge $next && $line =~ ^\ *\[?([0-9]+/[0-9]+)(\]|\ Test) ]] || continue
+    say "  $1: ${BASH_REMATCH[1]}"
+    next=$((SECONDS + seconds_between_reports))
+  done
+}
+
+# followed LABEL LOG COMMAND...: says what is done and how far it is; what is printed goes to LOG.
+followed() {
+  local label=$1 log=$2
+  shift 2
+  say "$label"
+  ("$@" 2>&1) | report_progress "$label" "$log"
+}
+
 # build_preset PRESET DIRECTORY [CMAKE OPTION]...
 build_preset() {
-  local preset=$1 directory=$2
+  local preset=$1 directory=$2 log status=0
   shift 2
-  quietly "configuring $preset" cmake --preset "$preset" -B "$directory" "$@" &&
-    quietly "building $preset" cmake --build "$directory" -j "$build_jobs"
+  log=$(mktemp)
+  { followed "configuring $preset" "$log" cmake --preset "$preset" -B "$directory" "$@" &&
+    followed "building $preset" "$log" cmake --build "$directory" -j "$build_jobs"; } || status=$?
+  if [[ $status -ne 0 ]]; then
+    grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking)' "$log" | tail -n 200
+    say "FAILED: configuring or building $preset" >&2
+  fi
+  rm -f "$log"
+  return "$status"
 }
