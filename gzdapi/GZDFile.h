@@ -71,6 +71,15 @@ class GZDFile : public _GZDFILE {
     return timeShift.recordedTime(time, index.minTime);
   }
 
+  // ---- failures ----
+  // The first reason, a value of errno, why something asked of the file could not be done; 0: none.
+  [[nodiscard]] int systemError() const {
+    return firstError != 0 ? firstError : file->getReadError();
+  }
+  void noteSystemError(int error) {
+    if (firstError == 0) firstError = error;
+  }
+
   // ---- trials and bookmarks ----
   Trials& getTrials() { return trials; }
   Bookmarks& getBookmarks() { return bookmarks; }
@@ -93,6 +102,7 @@ class GZDFile : public _GZDFILE {
   Trials trials;
   Bookmarks bookmarks;
   TimeShift timeShift;
+  int firstError = 0;
   ALLF_DATA logRecord{};  // of the log's message, while its times are shifted
 };
 

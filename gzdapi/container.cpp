@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <new>
 #include <string_view>
 
 #include "gzd.h"
@@ -70,13 +71,15 @@ struct FileCloser {
   void operator()(FILE* f) const { std::fclose(f); }
 };
 
-// What cannot be inflated shows up later, as a record stream that ends early.
+// What cannot be inflated for another reason than memory shows up later, as a record stream that
+// ends early.
 std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   std::unique_ptr<FILE, FileCloser> inflated(std::tmpfile());
   if (!inflated) throw GZDException("Failed to create temp file \n").because(errno);
   std::setvbuf(inflated.get(), nullptr, _IONBF, 0);  // writes and reads come in large pieces
   errno = 0;
   const int result = do_uncompress(body.getRawFile(), inflated.get());
+  if (result == UNCOMPRESS_NO_MEMORY) throw std::bad_alloc();
   const int reason = result == UNCOMPRESS_IO_ERROR ? errno : 0;
   return std::make_unique<FileInputStream>(inflated.release(), reason);
 }

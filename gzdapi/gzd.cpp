@@ -18,22 +18,39 @@ GZDFile& of(GZDFILE* handle) {
   return *static_cast<GZDFile*>(handle);
 }
 
-// What is said of an exception that is none of the library's own.
-const char* description_of(const std::exception& error) {
-  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? "Out of memory" : error.what();
+bool is_out_of_memory(const std::exception& error) {
+  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
 }
 
-// The result of `call`, or `failure` when it ends with an exception, which is logged.
+// What is said of an exception that is none of the library's own.
+const char* description_of(const std::exception& error) {
+  return is_out_of_memory(error) ? "Out of memory" : error.what();
+}
+
+// The result of `call`, or `failure` when it ends with an exception, which is logged; the system's
+// part in it goes to `reason`.
 template <class Result, class Call>
-Result guarded(Result failure, Call call) noexcept {
+Result guarded(Result failure, Call call, int& reason) noexcept {
   try {
     return call();
   } catch (const GZDException& error) {
+    reason = error.getSystemError();
     print_log("Error %s \n", error.getMessage());
   } catch (const std::exception& error) {
+    reason = is_out_of_memory(error) ? ENOMEM : 0;
     print_log("Error %s \n", description_of(error));
   }
   return failure;
+}
+
+// The same of a call with an open file, which remembers the reason.
+template <class Result, class Call>
+Result guarded(GZDFILE* ef, Result failure, Call call) noexcept {
+  int reason = 0;
+  const Result result = guarded(
+      failure, [&] { return call(of(ef)); }, reason);
+  if (reason != 0) of(ef).noteSystemError(reason);
+  return result;
 }
 
 GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, const CONFIG* config,
@@ -46,7 +63,7 @@ GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, con
     reason = error.getSystemError();
     print_log("%s\n", error.getMessage());
   } catch (const std::exception& error) {
-    reason = dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? ENOMEM : 0;
+    reason = is_out_of_memory(error) ? ENOMEM : 0;
     print_log("%s\n", description_of(error));
   }
   *rv = -1;
@@ -63,18 +80,18 @@ int kind_of(const ALLF_DATA* record) {
 template <class Test>
 ALLF_DATA* current_record(GZDFILE* ef, Test isWanted) {
   if (!isWanted(of(ef).currentType())) return nullptr;
-  return guarded<ALLF_DATA*>(nullptr, [ef] {
-    ALLF_DATA* const record = of(ef).getFloatData();
-    if (record != nullptr) of(ef).adjustTimes(record);
+  return guarded<ALLF_DATA*>(ef, nullptr, [](GZDFile& file) {
+    ALLF_DATA* const record = file.getFloatData();
+    if (record != nullptr) file.adjustTimes(record);
     return record;
   });
 }
 
 // The record of the element just announced. Apart, so that it costs the samples of a run nothing.
 [[gnu::noinline]] ALLF_DATA* any_record(GZDFILE* ef) {
-  return guarded<ALLF_DATA*>(nullptr, [ef] {
-    ALLF_DATA* const record = of(ef).getFloatDataMergeWithLog();
-    if (record != nullptr) of(ef).adjustTimes(record);
+  return guarded<ALLF_DATA*>(ef, nullptr, [](GZDFile& file) {
+    ALLF_DATA* const record = file.getFloatDataMergeWithLog();
+    if (record != nullptr) file.adjustTimes(record);
     return record;
   });
 }
@@ -86,10 +103,10 @@ double rate_of(GZDFILE* ef) {
 
 // The camera set-up of the trial that a sample lies in.
 CameraSetup camera_at(GZDFILE* gzd, const FSAMPLE* sam) {
-  return guarded(CameraSetup(), [=] {
+  return guarded(gzd, CameraSetup(), [=](GZDFile& file) {
     CameraSetup camera;
-    Trials& trials = of(gzd).getTrials();
-    const UINT32 time = of(gzd).recordedTime(sam->time);
+    Trials& trials = file.getTrials();
+    const UINT32 time = file.recordedTime(sam->time);
     camera.prescaler = trials.getGazePrescaler(time);
     trials.getWindowSize(time, &camera.width, &camera.height);
     return camera;
@@ -117,10 +134,12 @@ int gzd_close_file(GZDFILE* ef) {
 }
 
 int gzd_set_extra_message_file(const char* fname) {
-  return guarded(-1, [fname] {
+  const auto set = [fname] {
     set_message_log_path(fname);
     return 0;
-  });
+  };
+  int reason = 0;
+  return guarded(-1, set, reason);
 }
 
 void gzd_set_log_function(void* lfcn) {
@@ -135,7 +154,8 @@ const char* gzd_get_version() {
 // ---------------------------------------------------------------------------------------------------
 
 int gzd_get_next_data(GZDFILE* ef) {
-  return guarded(GZD_END_OF_DATA, [ef] { return of(ef).getNextDataMergeWithLog(); });
+  return guarded(ef, GZD_END_OF_DATA,
+                 [=](GZDFile& file) { return file.getNextDataMergeWithLog(); });
 }
 
 ALLF_DATA* gzd_get_float_data(GZDFILE* ef) {
@@ -144,7 +164,8 @@ ALLF_DATA* gzd_get_float_data(GZDFILE* ef) {
 }
 
 ALLF_DATA* gzd_get_sample_close_to_time(GZDFILE* ef, unsigned int time) {
-  return guarded<ALLF_DATA*>(nullptr, [=] { return of(ef).getSampleCloseToTime(time * 2); });
+  return guarded<ALLF_DATA*>(ef, nullptr,
+                             [=](GZDFile& file) { return file.getSampleCloseToTime(time * 2); });
 }
 
 unsigned int gzd_get_element_count(GZDFILE* ef) {
@@ -182,6 +203,10 @@ FSAMPLE* gzd_get_sample_data(GZDFILE* ef) {
 RECORDINGS* gzd_get_recording_data(GZDFILE* ef) {
   ALLF_DATA* const record = current_record(ef, [](int type) { return type == GZD_RECORDING; });
   return record != nullptr ? &record->rec : nullptr;
+}
+
+int gzd_get_system_error(GZDFILE* ef) {
+  return of(ef).systemError();
 }
 
 void gzd_set_velocity_kinds(GZDFILE* ef, unsigned int kinds) {
@@ -237,8 +262,8 @@ int gzd_get_input_data_availibity(GZDFILE* ef) {
 // ----------------------------------------------------------------------------------------------------
 
 int gzd_set_trial_identifier(GZDFILE* ef, char* start, char* end) {
-  return guarded(0, [=] {
-    of(ef).getTrials().setTrialIdentifier(start, end);
+  return guarded(ef, 0, [=](GZDFile& file) {
+    file.getTrials().setTrialIdentifier(start, end);
     return 0;
   });
 }
@@ -252,42 +277,44 @@ char* gzd_get_end_trial_identifier(GZDFILE* ef) {
 }
 
 int gzd_get_trial_count(GZDFILE* ef) {
-  return guarded(0, [ef] { return of(ef).getTrials().count(); });
+  return guarded(ef, 0, [=](GZDFile& file) { return file.getTrials().count(); });
 }
 
 int gzd_jump_to_trial(GZDFILE* ef, int trial) {
-  return guarded(-1, [=] { return of(ef).getTrials().jumpToTrial(trial); });
+  return guarded(ef, -1, [=](GZDFile& file) { return file.getTrials().jumpToTrial(trial); });
 }
 
 int gzd_goto_next_trial(GZDFILE* ef) {
-  return guarded(-1, [=] { return of(ef).getTrials().gotoNextTrial(); });
+  return guarded(ef, -1, [=](GZDFile& file) { return file.getTrials().gotoNextTrial(); });
 }
 
 int gzd_goto_previous_trial(GZDFILE* ef) {
-  return guarded(-1, [=] { return of(ef).getTrials().gotoPreviousTrial(); });
+  return guarded(ef, -1, [=](GZDFile& file) { return file.getTrials().gotoPreviousTrial(); });
 }
 
 int gzd_goto_trial_with_start_time(GZDFILE* ef, unsigned int start_time) {
-  return guarded(-1, [=] { return of(ef).getTrials().gotoTrialWithStartTime(start_time); });
+  return guarded(
+      ef, -1, [=](GZDFile& file) { return file.getTrials().gotoTrialWithStartTime(start_time); });
 }
 
 int gzd_goto_trial_with_end_time(GZDFILE* ef, unsigned int end_time) {
-  return guarded(-1, [=] { return of(ef).getTrials().gotoTrialWithEndTime(end_time); });
+  return guarded(ef, -1,
+                 [=](GZDFile& file) { return file.getTrials().gotoTrialWithEndTime(end_time); });
 }
 
 int gzd_get_trial_header(GZDFILE* ef, TRIAL* trial) {
-  return guarded(-1, [=] { return of(ef).getTrials().getTrialHeaders(trial); });
+  return guarded(ef, -1, [=](GZDFile& file) { return file.getTrials().getTrialHeaders(trial); });
 }
 
 // ---- bookmarks
 // -------------------------------------------------------------------------------------------------
 
 int gzd_set_bookmark(GZDFILE* ef, BOOKMARK* bm) {
-  return guarded(-1, [=] { return of(ef).getBookmarks().setBookMark(bm); });
+  return guarded(ef, -1, [=](GZDFile& file) { return file.getBookmarks().setBookMark(bm); });
 }
 
 int gzd_free_bookmark(GZDFILE* ef, BOOKMARK* bm) {
-  return guarded(-1, [=] { return of(ef).getBookmarks().removeBookMark(bm); });
+  return guarded(ef, -1, [=](GZDFile& file) { return file.getBookmarks().removeBookMark(bm); });
 }
 
 int gzd_goto_bookmark(GZDFILE* ef, BOOKMARK* bm) {

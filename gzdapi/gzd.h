@@ -138,6 +138,13 @@ GZD_API int gzd_get_next_data(GZDFILE* ef);
    0, unless GZD_OPEN_NO_TIME_SHIFT was given; the first record fetched decides. */
 GZD_API ALLF_DATA* gzd_get_float_data(GZDFILE* ef);
 
+/* Why the system has kept the library from doing what was asked of this file: the first reason, a
+   value of errno (EIO when a read failed, ENOMEM when memory ran out), or 0 when there was none.
+   It stays until the file is closed. With a reason, an end of data may have come early and a value
+   may be that of a failure: asked once, behind the last element, it tells whether all of them were
+   what the recording holds. */
+GZD_API int gzd_get_system_error(GZDFILE* ef);
+
 /* The sample at `time` (ms), or null when there is none at exactly that time. A sample that shares
    its time with an event or a boundary of a block may be missed. The walk stays where it is. Cost:
    logarithmic. */

@@ -8,9 +8,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
-
-#include "GZDException.h"
 
 namespace {
 
@@ -118,18 +115,10 @@ bool LogMerge::elementIsSync() {
   return examinedIsSync;
 }
 
-// A message whose text cannot be had now is delivered: fetching its record will fail and tell.
 std::string_view LogMerge::readLogText() {
-  constexpr std::string_view UNREADABLE = "?";
   readLogId = logIdx + 1;
-  try {
-    log.getEyeLogMsg(logIdx);
-    return log.text();
-  } catch (const GZDException&) {
-    return UNREADABLE;
-  } catch (const std::bad_alloc&) {
-    return UNREADABLE;
-  }
+  log.getEyeLogMsg(logIdx);
+  return log.text();
 }
 
 const ALLF_DATA& LogMerge::logRecord() {

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -201,7 +202,7 @@ void MessageLog::readText(INT64 textPos) {
   if (found && std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr) {
     linestring += buffer;
   } else if (!found || std::ferror(xinfile.get()) != 0) {
-    throw GZDException("The message log cannot be read");
+    throw GZDException("The message log cannot be read").because(errno);
   }
   messageText = withoutLineEnd(std::string_view(linestring).substr(numberLength));
 }

@@ -27,6 +27,8 @@ int Bookmarks::moveTo(UINT32 place) {
 
 int Bookmarks::setBookMark(BOOKMARK* bm) {
   if (bm == nullptr || walk.currentData >= index.size()) return -1;
+  const std::size_t count = bookmarks.size();
+  if (count == bookmarks.capacity()) bookmarks.reserve(2 * count + 1);  // nothing fails half-way
   if (!serialOf.emplace(walk.currentData, nextSerial).second) return 0;
   bm->id = walk.currentData;
   bookmarks.push_back({*bm, nextSerial++});

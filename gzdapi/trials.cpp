@@ -32,6 +32,25 @@ UINT16 inputValue(const char* text) {
   return static_cast<UINT16>(std::strtol(text, nullptr, 10));
 }
 
+// Puts walk and log back to where they were.
+class PlaceKeeper {
+ public:
+  PlaceKeeper(Walk& position, LogMerge& log)
+      : walk(position), merge(log), walkBefore(position), logBefore(log.position()) {}
+  PlaceKeeper(const PlaceKeeper&) = delete;
+  PlaceKeeper& operator=(const PlaceKeeper&) = delete;
+  ~PlaceKeeper() {
+    walk = walkBefore;
+    merge.restore(logBefore);
+  }
+
+ private:
+  Walk& walk;
+  LogMerge& merge;
+  const Walk walkBefore;
+  const LogMerge::Position logBefore;
+};
+
 }  // namespace
 
 // ---- identifiers -------------------------------------------------------------------------------
@@ -59,9 +78,10 @@ void Trials::takeInputValues() {
 
 // ---- collecting --------------------------------------------------------------------------------
 
+// The trials count as collected at the end only: when memory runs out on the way there are none.
 int Trials::collectTrials() {
+  trialsCollected = false;
   trials.clear();
-  trialsCollected = true;
   backToBeginning();
   if (cutsByInput()) takeInputValues();
   TrialWalk cut(index, trials, ignoreRecordStart == 1);
@@ -72,6 +92,7 @@ int Trials::collectTrials() {
   }
   if (cut.finish()) backToBeginning();
   rebuildTimes();
+  trialsCollected = true;
   return 0;
 }
 
@@ -79,14 +100,11 @@ void Trials::collectIfNeeded() {
   if (!trialsCollected) collectTrials();
 }
 
-// Collects without moving the walk.
+// Collects without moving the walk, also when memory runs out.
 void Trials::collectInPlace() {
   if (trialsCollected) return;
-  const Walk before = walk;
-  const LogMerge::Position logBefore = merge.position();
+  const PlaceKeeper keeper(walk, merge);
   collectTrials();
-  walk = before;
-  merge.restore(logBefore);
 }
 
 void Trials::backToBeginning() {

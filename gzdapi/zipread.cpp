@@ -32,6 +32,7 @@ class Inflater {
   }
 
   int run() {
+    if (startResult == Z_MEM_ERROR) return UNCOMPRESS_NO_MEMORY;
     if (startResult != Z_OK) return startResult;
     const int result = inflateAll();
     return write(filled) ? result : UNCOMPRESS_IO_ERROR;

@@ -288,6 +288,17 @@ void reset_file_state() {
   begin_sample_block();
 }
 
+// What the library has left out or made up in a failure is no text of the recording.
+bool is_whole(GZDFILE* handle, int unread, const std::string& input) {
+  const int reason = gzd_get_system_error(handle);
+  if (unread > 0)
+    report("Could not read %d elements of %s \n", unread, input.c_str());
+  else if (reason != 0)
+    report("Could not process %s \n", input.c_str());
+  report_reason(input, reason);
+  return unread == 0 && reason == 0;
+}
+
 }  // namespace
 
 int process_gzd_file(const std::string& name, const std::string* output_name) {
@@ -310,11 +321,8 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   refuse_head_markers(file.get());
   Conversion conversion(file.get(), name, input);
   conversion.run();
+  if (!is_whole(file.get(), conversion.unread(), input)) return -1;
   file.reset();
-  if (conversion.unread() > 0) {
-    report("Could not read %d elements of %s \n", conversion.unread(), input.c_str());
-    return -1;
-  }
   if (close_output_file() != 0) return -1;
   if (!quiet) conversion.print_summary();
   if (conversion.has_open_block()) warn("There are trials not starting or ending properly.\n");

@@ -92,8 +92,7 @@ void LineBuffer::send(const char* text, std::size_t length) {
   FILE* const file = options.out_file != nullptr ? options.out_file : stdout;
   if (failed_ || length == 0) return;
   errno = 0;
-  failed_ = std::fwrite(text, 1, length, file) != length;
-  if (failed_) reason_ = errno;
+  if (std::fwrite(text, 1, length, file) != length) fail(errno);
   sent_ += length;
 }
 
@@ -104,6 +103,7 @@ void print(const char* fmt, ...) {
   va_copy(again, arguments);
   char* const place = lpbuffer.cursor();
   const int length = std::vsnprintf(place, LineBuffer::line_room, fmt, arguments);
+  if (length < 0) lpbuffer.fail(errno);
   const auto count = static_cast<std::size_t>(length < 0 ? 0 : length);
   if (count < LineBuffer::line_room) {
     lpbuffer.set_cursor(place + count);
@@ -135,9 +135,9 @@ int open_output_file(const std::string& name, const std::string& input) {
   const std::string path = output_path(name);
   if (is_same_file(path, input)) return fail_to_open(path, 0);
   if (!may_write(path)) return 1;
+  open_path = path;  // before the file is there: this may fail
   options.out_file = std::fopen(path.c_str(), "w");
   if (options.out_file == nullptr) return fail_to_open(path, errno);
-  open_path = path;
   lpbuffer.begin_file();
   std::setvbuf(options.out_file, nullptr, _IONBF, 0);  // lpbuffer collects the lines
   if (!options.utf8) return 0;

@@ -63,6 +63,11 @@ class LineBuffer {
   bool failed() const { return failed_; }
   // The system's reason, a value of errno, or 0.
   int reason() const { return reason_; }
+  // To be called when text cannot be made or written, with the system's reason.
+  void fail(int reason) {
+    failed_ = true;
+    reason_ = reason;
+  }
   void forget_failure() {
     failed_ = false;
     reason_ = 0;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -93,6 +94,7 @@ int openLookupTable(const char* gzdFile, int session, int create) {
   announce("Loading", table_name);
   const File file = open_regular(table_name);
   if (file == nullptr) {
+    if (errno == ENOMEM) throw std::bad_alloc();
     report_missing(table_name, create, errno);
     return -1;
   }

@@ -42,6 +42,10 @@ int gzd_close_file(GZDFILE* /*ef*/) {
   return 0;
 }
 
+int gzd_get_system_error(GZDFILE* /*ef*/) {
+  return fake.system_error;
+}
+
 void gzd_set_log_function(void* lfcn) {
   log_function = reinterpret_cast<void (*)(const char*)>(lfcn);
 }

@@ -20,6 +20,7 @@ struct FakeRecording {
   std::string preamble;
   int revision = 1;
   int ovilo_revision = 3;
+  int system_error = 0;
   std::vector<FakeElement> elements;
 
   // What the converter did.
