@@ -1,10 +1,10 @@
 """Converts one chunk: convert.py PLAN CHUNK RESULT
 
-The chunk is one call of gzdconv into a folder of its own; only whole texts are moved to their
-places. What the call left out is converted again alone: so its message is its own, and a call that
-crashed takes no other recording along.
+Each recording is a call of gzdconv of its own into a folder of the chunk: so what is said is said of
+it, and a crash takes no other along. Only whole texts are moved to their places.
 """
 
+import errno
 import os
 import shlex
 import shutil
@@ -13,51 +13,35 @@ import sys
 import tempfile
 import time
 
+import words
 from recordings import Recording
-from state import CONVERTED, FAILED, STOPPED, UNREADABLE, load, save, stamp
+from state import CONVERTED, FAILED, LOSSY, STOPPED, UNREADABLE, WHOLE, load, save, stamp
 
-MESSAGE_LINES = 4  # the last ones tell why
-MESSAGE_ROOM = 8000
+ROOM = 1 << 20  # of what gzdconv says, from its beginning and from its end
+PASSING = [os.strerror(code) for code in (errno.EIO, errno.ENOMEM, errno.ENOSPC, errno.EMFILE)]
 
 
 def convert_chunk(plan, members, stage):
     """One result row for each recording, in their order."""
-    stamps = [stamp(one.path) for one in members]
     shutil.rmtree(stage, ignore_errors=True)
     os.makedirs(stage)
-    status = _run(plan, stage, members)
-    if status not in (0, 1):  # it crashed: nobody knows which texts are whole
-        shutil.rmtree(stage)
-        os.makedirs(stage)
-    rows = [
-        _result(plan, one, before, *_finish(plan, stage, number, one, before))
-        for number, (one, before) in enumerate(zip(members, stamps))
-    ]
+    rows = [_convert(plan, one, os.path.join(stage, str(n))) for n, one in enumerate(members)]
     shutil.rmtree(stage)
     return rows
 
 
-def _run(plan, stage, members, first=0, told=None):
-    """Status of gzdconv; each recording's text is named by its number, whatever its folder."""
-    command = [plan["gzdconv"], "-y", "-q", "-p", stage, *shlex.split(plan["options"])]
-    for number, one in enumerate(members, first):
-        command += [one.path, str(number)]
-    return subprocess.call(
-        command, stdin=subprocess.DEVNULL, stdout=told, stderr=subprocess.STDOUT
-    )
-
-
-def _finish(plan, stage, number, recording, before):
-    """Status and message of a recording; its text is in its place or, after a failure, nowhere.
+def _convert(plan, recording, staged):
+    """The result row; the text is in its place or, after a failure, nowhere.
 
     Only the text of a recording that was taken away stays.
     """
-    staged = os.path.join(stage, f"{number}.asc")
-    status, message = CONVERTED, ""
-    if not os.path.exists(staged):
-        status, message = _convert_alone(plan, stage, number, recording)
+    before = stamp(recording.path)
+    code, lines = _call(plan, recording, staged)
+    staged += ".asc"
+    status, state, message = _judge(code, lines, os.path.exists(staged))
     if stamp(recording.path) != before:
-        status, message = STOPPED, "the recording changed while it was converted"
+        status, state = STOPPED, ""
+        message = "the recording changed while it was converted"
     text = os.path.join(plan["output"], recording.text)
     try:
         if status == CONVERTED:
@@ -66,39 +50,58 @@ def _finish(plan, stage, number, recording, before):
         elif before != UNREADABLE and os.path.exists(text):
             os.remove(text)  # of the recording as it was before
     except OSError as error:
-        status, message = STOPPED, f"{text}: {error.strerror}"
-    return status, message
+        status, state, message = STOPPED, "", f"{text}: {error.strerror}"
+    return _result(plan, recording, before, status, state, message)
 
 
-def _convert_alone(plan, stage, number, recording):
+def _call(plan, recording, staged):
+    """Status of gzdconv, and what it said, which also goes to the log of the job."""
+    command = [plan["gzdconv"], "-y", "-p", os.path.dirname(staged), *shlex.split(plan["options"])]
+    command += [recording.path, os.path.basename(staged)]
     with tempfile.TemporaryFile() as told:
-        code = _run(plan, stage, [recording], number, told)
-        lines = _last_lines(told)
-    if code == 0:
-        return CONVERTED, ""
+        code = subprocess.call(
+            command, stdin=subprocess.DEVNULL, stdout=told, stderr=subprocess.STDOUT
+        )
+        lines = words.said(_both_ends(told), recording.path)
+    log = "".join(f"{line}\n" for line in [recording.path, *lines])
+    sys.stdout.buffer.write(log.encode(errors="surrogateescape"))
+    sys.stdout.flush()
+    return code, lines
+
+
+def _both_ends(file):
+    size = file.tell()
+    file.seek(0)
+    text = file.read(ROOM)
+    if size > ROOM:
+        file.seek(max(ROOM, size - ROOM))
+        text += b"\n" + file.read(ROOM)
+    return text
+
+
+def _judge(code, lines, has_text):
+    """Status, state and message."""
+    if has_text and code in (0, 1):
+        is_whole = code == 0 and not any(map(words.tells_of_loss, lines))
+        return CONVERTED, WHOLE if is_whole else LOSSY, words.warnings(lines)
     if code < 0:
-        lines.append(f"gzdconv was ended by signal {-code}")
+        lines = [*lines, f"gzdconv was ended by signal {-code}"]
     elif code != 1:
-        lines.append(f"gzdconv ended with status {code}")
+        lines = [*lines, f"gzdconv ended with status {code}"]
     own_fault = code == 1 and any(line.startswith("Could not process ") for line in lines)
-    return FAILED if own_fault else STOPPED, "; ".join(lines)
+    if own_fault and not any(line.endswith(tuple(PASSING)) for line in lines):
+        return FAILED, FAILED, words.last(lines)
+    return STOPPED, "", words.last(lines)
 
 
-def _last_lines(file):
-    """The last lines, without the echo of options."""
-    file.seek(max(0, file.tell() - MESSAGE_ROOM))
-    lines = (" ".join(line.split()) for line in file.read().decode(errors="replace").split("\n"))
-    told = [line for line in lines if line and not line.startswith("Command line option")]
-    return told[-MESSAGE_LINES:]
-
-
-def _result(plan, recording, before, status, message):
+def _result(plan, recording, before, status, state, message):
     return {
         "recording": recording.path,
         "text": recording.text,
         "options": plan["options"],
         "stamp": before,
         "status": status,
+        "state": state,
         "message": message,
         "time": time.strftime("%Y-%m-%d %H:%M:%S"),
     }

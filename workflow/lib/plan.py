@@ -78,7 +78,7 @@ def _find_program(name):
 def _try_options(program, options):
     """A run without recordings fails on a missing value, and on a word taken for a recording."""
     with tempfile.TemporaryDirectory() as folder:
-        command = [program, "-y", "-q", "-p", os.path.join(folder, "none"), *shlex.split(options)]
+        command = [program, "-y", "-p", os.path.join(folder, "none"), *shlex.split(options)]
         run = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=False)
     if run.returncode != 0:
         told = (run.stdout + run.stderr).decode(errors="replace").strip()

@@ -6,10 +6,10 @@ import shutil
 import sys
 
 from recordings import Recording
-from state import CONVERTED, FAILED, PENDING, STOPPED, latest_results, load, plan_path, plans
-from state import state_folder, still_true
+from state import CONVERTED, FAILED, LOSSY, PENDING, STOPPED, WHOLE, latest_results, load, plan_path
+from state import plans, state_folder, still_true
 
-COLUMNS = ("status", "recording", "text", "time", "message")
+COLUMNS = ("status", "state", "recording", "text", "time", "message")
 
 
 def report_rows(plan):
@@ -18,20 +18,26 @@ def report_rows(plan):
     for recording in (Recording(*one) for one in plan["recordings"]):
         row = results.get(recording.path)
         if not still_true(row, recording, plan["output"], plan["options"]):
-            row = {"status": PENDING, "time": "", "message": ""}
+            row = {"status": PENDING, "state": "", "time": "", "message": ""}
         text = os.path.join(plan["output"], recording.text) if row["status"] == CONVERTED else ""
-        yield (row["status"], recording.path, text, row["time"], row["message"])
+        state = row.get("state", "")
+        yield (row["status"], state, recording.path, text, row["time"], row["message"])
 
 
 def summary(rows):
-    """Counts, then a line for each recording that has no text."""
+    """Counts, then a line for each recording that has no text or a lossy one."""
     counts = [
         f"{sum(row[0] == status for row in rows)} {status}"
         for status in (CONVERTED, FAILED, STOPPED, PENDING)
         if status in (CONVERTED, FAILED) or any(row[0] == status for row in rows)
     ]
+    lossy = sum(row[1] == LOSSY for row in rows)
+    if lossy:
+        counts[0] += f" ({lossy} lossy)"
     lines = [f"{len(rows)} recordings: {', '.join(counts)}"]
-    lines += [f"{row[0]}: {row[1]}: {row[4]}" for row in rows if row[0] != CONVERTED]
+    for status, state, recording, _, _, message in rows:
+        if state != WHOLE:
+            lines.append(f"{state or status}: {recording}: {message}")
     return lines
 
 
@@ -52,13 +58,14 @@ def _tidy(plan):
 
 
 def verdict(plan):
-    """0 when every recording has its text, else 1 and the summary on standard error."""
+    """0 when every recording has its text, else 1; the summary on standard error but when all is
+    whole."""
     rows = list(report_rows(plan))
-    if all(row[0] == CONVERTED for row in rows):
+    if all(row[1] == WHOLE for row in rows):
         return 0
     text = "\n".join([*summary(rows), f"see {plan['output']}/report.tsv", ""])
     sys.stderr.buffer.write(text.encode(errors="surrogateescape"))
-    return 1
+    return 0 if all(row[0] == CONVERTED for row in rows) else 1
 
 
 def _write(path, lines):

@@ -16,6 +16,10 @@ FAILED = "failed"  # the recording's fault: not tried again before it changes
 STOPPED = "stopped"  # something else's fault: tried again at the next run
 PENDING = "pending"
 
+# What a text holds of its recording; FAILED has none.
+WHOLE = "whole"
+LOSSY = "lossy"
+
 UNREADABLE = "-"
 
 

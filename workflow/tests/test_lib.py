@@ -14,21 +14,24 @@ import state
 
 # Converts, but for recordings whose names ask for something else.
 CONVERTER = """#!/bin/bash
-stage=$4
-shift 4
+stage=$3
+shift 3
 [[ $1 != -* ]] || shift
-while (($#)); do
-  kind=$1
-  [[ -e $1 ]] || kind=damaged
-  case $kind in
-    *crash*) echo "half a te" >"$stage/$2.asc"; kill -KILL $$ ;;
-    *full*) echo "Failed write to output file $2 "; status=1 ;;
-    *damaged*) echo "End of file Exception"; echo "Could not process $1 "; status=1 ;;
-    *busy*) echo more >>"$1"; echo text >"$stage/$2.asc" ;;
-    *) echo "text of $1" >"$stage/$2.asc" ;;
-  esac
-  shift 2
-done
+(($#)) || exit 0
+kind=$1
+[[ -e $1 ]] || kind=damaged
+echo "processing file $1 "
+case $kind in
+  *crash*) echo "half a te" >"$stage/$2.asc"; kill -KILL $$ ;;
+  *full*) echo "Failed write to output file $2 "; status=1 ;;
+  *disk*) echo "Could not process $1 "; echo "gzdconv: $1: Input/output error"; status=1 ;;
+  *damaged*) echo "End of file Exception"; echo "Could not process $1 "; status=1 ;;
+  *busy*) echo more >>"$1"; echo text >"$stage/$2.asc" ;;
+  *gaps*) printf 'Missing %d samples. Inserting dummy samples \\n' 9 16 3 ;;&
+  *cut*) echo "gzdconv: $1: reading stopped"; echo "gzdconv: other: a line" ;;&
+  *breaks*) echo "gzdconv: $1: messages with line breaks, copied as they are: 2" ;;&
+  *) printf 'Processed [*]10%%\\rProcessed [**]20%%\\rhm\\n'; echo "text of $1" >"$stage/$2.asc" ;;
+esac
 exit ${status:-0}
 """
 
@@ -97,7 +100,7 @@ class Configuration(InScratchFolder):
     def test_options_are_tried(self):
         for options in ("word", "-miss"):
             with open("gzdconv", "w") as file:
-                file.write('#!/bin/sh\nshift 4; [ $# = 0 ] || { echo "told: $*"; exit 1; }\n')
+                file.write('#!/bin/sh\nshift 3; [ $# = 0 ] || { echo "told: $*"; exit 1; }\n')
             self.add("a/x.gzd")
             with self.assertRaisesRegex(recordings.ConfigError, f"told: {options}"):
                 plan.make_plan(self.settings(folder="a", options=options))
@@ -117,29 +120,51 @@ class Work(InScratchFolder):
                 worked += [recording for recording, _ in members]
         report.write_report(state.load(path))
         rows = report.report_rows(state.load(path))
-        return {row[1]: (row[0], row[4]) for row in rows}, sorted(worked)
+        return {row[2]: (row[0], row[5]) for row in rows}, sorted(worked)
 
     def test_a_crash_takes_no_other_recording_along(self):
         self.add("in/a.gzd", "in/crash.gzd", "in/z.gzd")
         told, _ = self.run_plan()
-        self.assertEqual(told["in/a.gzd"], ("converted", ""))
-        self.assertEqual(told["in/z.gzd"], ("converted", ""))
+        self.assertEqual(told["in/a.gzd"], ("converted", "hm"))
+        self.assertEqual(told["in/z.gzd"], ("converted", "hm"))
         self.assertEqual(told["in/crash.gzd"], ("stopped", "gzdconv was ended by signal 9"))
         texts = [name for name in sorted(os.listdir("out")) if name.endswith(".asc")]
         self.assertEqual(texts, ["a.asc", "z.asc"])
 
+    def test_the_report_tells_what_was_lost(self):
+        self.add("in/breaks.gzd", "in/cut gaps.gzd", "in/damaged.gzd", "in/gaps.gzd")
+        self.run_plan()
+        with open("out/report.tsv") as file:
+            rows = [line.rstrip("\n").split("\t") for line in file]
+        gaps = "Missing 9 samples. Inserting dummy samples (and 2 more); hm"
+        self.assertEqual(
+            [(row[1], row[5]) for row in rows[1:]],
+            [
+                ("whole", "messages with line breaks, copied as they are: 2; hm"),
+                ("lossy", "reading stopped; " + gaps.replace("; hm", "; gzdconv: other: a line; hm")),
+                ("failed", "End of file Exception; Could not process in/damaged.gzd"),
+                ("lossy", gaps),
+            ],
+        )
+        with open("out/summary.txt") as file:
+            summary = file.read()
+        self.assertIn("4 recordings: 3 converted (2 lossy), 1 failed\n", summary)
+        self.assertIn("lossy: in/gaps.gzd: Missing 9", summary)
+
     def test_only_what_may_end_otherwise_is_tried_again(self):
-        self.add("in/a.gzd", "in/damaged.gzd", "in/full.gzd")
+        self.add("in/a.gzd", "in/damaged.gzd", "in/disk.gzd", "in/full.gzd")
         told, _ = self.run_plan()
-        self.assertEqual(told["in/full.gzd"], ("stopped", "Failed write to output file 2"))
+        self.assertEqual(told["in/full.gzd"], ("stopped", "Failed write to output file 3"))
+        self.assertEqual(told["in/disk.gzd"][0], "stopped")
         self.assertEqual(
             told["in/damaged.gzd"],
             ("failed", "End of file Exception; Could not process in/damaged.gzd"),
         )
-        self.assertEqual(self.run_plan()[1], ["in/full.gzd"])
-        self.assertEqual(self.run_plan(retry="yes")[1], ["in/damaged.gzd", "in/full.gzd"])
+        tried_again = ["in/disk.gzd", "in/full.gzd"]
+        self.assertEqual(self.run_plan()[1], tried_again)
+        self.assertEqual(self.run_plan(retry="yes")[1], ["in/damaged.gzd", *tried_again])
         os.utime("in/damaged.gzd", (1, 1))  # an older copy is another recording too
-        self.assertEqual(self.run_plan()[1], ["in/damaged.gzd", "in/full.gzd"])
+        self.assertEqual(self.run_plan()[1], ["in/damaged.gzd", *tried_again])
 
     def test_a_recording_that_grows_is_converted_again(self):
         self.add("in/busy.gzd")
@@ -172,7 +197,7 @@ class Work(InScratchFolder):
         self.add("in/a.gzd", "in/b.gzd")
         self.run_plan()
         os.remove("in/b.gzd")
-        self.assertEqual(self.run_plan(), ({"in/a.gzd": ("converted", "")}, []))
+        self.assertEqual(self.run_plan(), ({"in/a.gzd": ("converted", "hm")}, []))
 
 
 if __name__ == "__main__":
