@@ -5,7 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "MVIO.h"
+#include "stream/MVIO.h"
+
+using namespace gzd;
 
 class MemoryStream : public InputStream {
  public:

@@ -4,7 +4,9 @@
 #define FUZZ_BYTE_STREAM_H
 
 #include "fuzz_support.h"
-#include "memory_stream.h"
+#include "support/memory_stream.h"
+
+using namespace gzd;
 
 namespace fuzz {
 

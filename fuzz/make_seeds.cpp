@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "../tests/golden/recordings.h"
 #include "companions.h"
+#include "golden/golden_recordings.h"
 #include "session.h"
 
 namespace {

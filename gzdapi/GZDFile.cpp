@@ -9,8 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "config.h"
-#include "consistency.h"
+#include "base/config.h"
+#include "repair/consistency.h"
+
+namespace gzd {
 
 namespace {
 
@@ -147,3 +149,5 @@ int GZDFile::kindOfRecord(const ALLF_DATA* record) const {
   if (record == reader.record()) return reader.typeOfRecord();
   return record == &logRecord ? GZD_MESSAGE : 0;
 }
+
+}  // namespace gzd

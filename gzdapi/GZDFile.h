@@ -4,18 +4,20 @@
 
 #include <memory>
 
-#include "container.h"
 #include "gzd.h"
-#include "index.h"
-#include "log_merge.h"
-#include "logmsg.h"
-#include "positions.h"
-#include "prescan.h"
-#include "reader.h"
-#include "stream_state.h"
-#include "time_shift.h"
-#include "trials.h"
-#include "walk.h"
+#include "index/index.h"
+#include "read/reader.h"
+#include "read/time_shift.h"
+#include "record/stream_state.h"
+#include "scan/prescan.h"
+#include "stream/container.h"
+#include "walk/log_merge.h"
+#include "walk/logmsg.h"
+#include "walk/positions.h"
+#include "walk/trials.h"
+#include "walk/walk.h"
+
+namespace gzd {
 
 class GZDFile : public _GZDFILE {
  public:
@@ -111,5 +113,7 @@ int kind_of_handed_out_record(const ALLF_DATA* record);
 
 // The path of the message log for files opened from now on; empty for the one beside the file.
 void set_message_log_path(const char* path);
+
+}  // namespace gzd
 
 #endif

@@ -6,11 +6,13 @@
 #include <new>
 
 #include "GZDFile.h"
-#include "config.h"
-#include "log.h"
-#include "physical_setup.h"
-#include "raw_data.h"
-#include "version.h"
+#include "base/config.h"
+#include "base/log.h"
+#include "base/version.h"
+#include "derived/physical_setup.h"
+#include "derived/raw_data.h"
+
+using namespace gzd;
 
 namespace {
 

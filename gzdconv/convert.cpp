@@ -10,18 +10,20 @@
 #include <optional>
 #include <vector>
 
-#include "console.h"
-#include "event_lines.h"
-#include "frame_lines.h"
+#include "asc/output.h"
+#include "cli/console.h"
+#include "cli/options.h"
+#include "cli/text.h"
+#include "gaze3d/head_gaze.h"
 #include "gzd.h"
-#include "head_gaze.h"
-#include "message_filter.h"
-#include "options.h"
-#include "output.h"
-#include "recording_lines.h"
-#include "resolution.h"
-#include "sample_lines.h"
-#include "text.h"
+#include "lines/event_lines.h"
+#include "lines/frame_lines.h"
+#include "lines/message_filter.h"
+#include "lines/recording_lines.h"
+#include "lines/resolution.h"
+#include "samples/sample_lines.h"
+
+namespace gzdconv {
 
 namespace {
 
@@ -328,3 +330,5 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   if (conversion.has_open_block()) warn("There are trials not starting or ending properly.\n");
   return 0;
 }
+
+}  // namespace gzdconv

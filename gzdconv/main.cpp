@@ -4,6 +4,8 @@
 
 #include "process.h"
 
+using namespace gzdconv;
+
 int main(int argc, char** argv) {
   try {
     return run(argc, argv);

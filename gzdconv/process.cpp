@@ -10,11 +10,13 @@
 #include <string_view>
 #include <vector>
 
-#include "console.h"
+#include "asc/output.h"
+#include "cli/console.h"
+#include "cli/options.h"
+#include "cli/text.h"
 #include "convert.h"
-#include "options.h"
-#include "output.h"
-#include "text.h"
+
+namespace gzdconv {
 
 namespace {
 
@@ -123,3 +125,5 @@ int process(int argc, char** argv) {
   if (options.log_file_name && !open_log(names)) return 1;
   return convert_all(names);
 }
+
+}  // namespace gzdconv

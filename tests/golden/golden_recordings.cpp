@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "recordings.h"
+#include "golden_recordings.h"
 
 namespace {
 

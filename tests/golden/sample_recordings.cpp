@@ -1,7 +1,7 @@
 #include <array>
 #include <string>
 
-#include "recordings.h"
+#include "golden_recordings.h"
 
 namespace golden {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "recording_fixture.h"
+#include "support/recording_fixture.h"
 
 namespace {
 

@@ -6,8 +6,10 @@
 #include <cstring>
 #include <filesystem>
 
-#include "config.h"
-#include "recording_fixture.h"
+#include "base/config.h"
+#include "support/recording_fixture.h"
+
+using namespace gzd;
 
 namespace {
 

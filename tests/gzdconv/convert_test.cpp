@@ -6,10 +6,12 @@
 #include <fstream>
 #include <sstream>
 
-#include "capture.h"
-#include "fake_gzd.h"
-#include "frame_lines.h"
+#include "lines/frame_lines.h"
 #include "process.h"
+#include "support/capture.h"
+#include "support/fake_gzd.h"
+
+using namespace gzdconv;
 
 namespace {
 

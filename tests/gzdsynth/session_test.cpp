@@ -7,8 +7,8 @@
 #include <set>
 
 #include "companions.h"
-#include "hex_bytes.h"
 #include "record_walker.h"
+#include "support/hex_bytes.h"
 
 namespace gzdsynth {
 namespace {

@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "GzdWriter.h"
-#include "hex_bytes.h"
+#include "support/hex_bytes.h"
 
 namespace gzdsynth {
 namespace {

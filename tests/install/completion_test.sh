@@ -34,7 +34,7 @@ done
 
 # --- the option table: lines of how a word must look, the first that fits counts
 mapfile -t table < <(sed -n 's/^    \(handled(\|{\)\(word\|prefix\), "\([A-Z0-9]*\)".*/\2 \3/p' \
-  "$source_dir/gzdconv/option_parser.cpp")
+  "$source_dir/gzdconv/cli/option_parser.cpp")
 declare -A used=([REPARSE]=refused)
 
 # line_for OPTION: sets `line` to the text of the table's line that fits it.

@@ -1,0 +1,91 @@
+// Any bytes as the compressed body of a recording.
+//
+// Asserts: what comes out is what zlib makes of the same bytes in one call, and the result is its
+// result; a text deflated here comes back whole, and cut anywhere gives an error and a beginning of
+// the text.
+#include <zlib.h>
+
+#include <memory>
+#include <vector>
+
+#include "fuzz_support.h"
+#include "stream/zipread.h"
+
+using namespace gzd;
+
+namespace {
+
+struct CloseFile {
+  void operator()(FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<FILE, CloseFile>;
+
+struct Inflated {
+  int result;
+  std::string text;
+};
+
+Inflated inflate_by_library(fuzz::Input bytes) {
+  static fuzz::MemoryFile source("compressed"), target("inflated");
+  source.set(bytes);
+  target.set({});
+  const File in(std::fopen(source.path().c_str(), "rb"));
+  File out(std::fopen(target.path().c_str(), "r+b"));
+  if (!in || !out) std::abort();
+  const int result = do_uncompress(in.get(), out.get());
+  out.reset();
+  return {result, target.content()};
+}
+
+Inflated inflate_at_once(fuzz::Input bytes) {
+  z_stream stream{};
+  if (inflateInit(&stream) != Z_OK) std::abort();
+  stream.next_in = const_cast<Bytef*>(bytes.data());
+  stream.avail_in = static_cast<uInt>(bytes.size());
+  std::string text(bytes.size() * 1032 + 65536, '\0');  // deflate shrinks no further
+  stream.next_out = reinterpret_cast<Bytef*>(text.data());
+  stream.avail_out = static_cast<uInt>(text.size());
+  const int result = inflate(&stream, Z_SYNC_FLUSH);
+  text.resize(stream.total_out);
+  inflateEnd(&stream);
+  return {result == Z_STREAM_END ? UNCOMPRESS_OK : UNCOMPRESS_DATA_ERROR, text};
+}
+
+std::vector<std::uint8_t> deflated(fuzz::Input bytes) {
+  uLongf length = compressBound(bytes.size());
+  std::vector<std::uint8_t> packed(length);
+  if (compress2(packed.data(), &length, bytes.data(), bytes.size(), 1) != Z_OK) std::abort();
+  packed.resize(length);
+  return packed;
+}
+
+void check_round_trip(fuzz::Input bytes, std::size_t cut) {
+  std::vector<std::uint8_t> packed = deflated(bytes);
+  const Inflated whole = inflate_by_library(packed);
+  FUZZ_REQUIRE(whole.result == UNCOMPRESS_OK && whole.text == fuzz::text_of(bytes));
+  packed.resize(cut % packed.size());
+  const Inflated part = inflate_by_library(packed);
+  FUZZ_REQUIRE(part.result == UNCOMPRESS_DATA_ERROR);
+  FUZZ_REQUIRE(fuzz::text_of(bytes).starts_with(part.text));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Tail tail({data, size});
+  const bool roundTrip = tail.byte() % 8 == 0;
+  const std::size_t cut = tail.word();
+  if (roundTrip) {
+    check_round_trip(tail.rest(), cut);
+    return 0;
+  }
+  const Inflated ours = inflate_by_library(tail.rest());
+  const Inflated theirs = inflate_at_once(tail.rest());
+  FUZZ_REQUIRE(ours.result == theirs.result);
+  // Of a damaged stream, the piece inflated when the damage was met is left away.
+  if (ours.result == UNCOMPRESS_OK)
+    FUZZ_REQUIRE(ours.text == theirs.text);
+  else
+    FUZZ_REQUIRE(theirs.text.starts_with(ours.text));
+  return 0;
+}

@@ -1,0 +1,73 @@
+#include "base/log.h"
+
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "gzd.h"
+
+namespace gzd {
+
+namespace {
+
+constexpr int MESSAGE_CAPACITY = 500;
+constexpr std::size_t LONGEST_NUMBER = 20;
+
+LogFunction logfcn = nullptr;
+
+void hand_on(const char* message) {
+  if (logfcn != nullptr) {
+    logfcn(message);
+  } else {
+    std::fputs(message, stdout);
+  }
+}
+
+}  // namespace
+
+void set_log_function(LogFunction function) {
+  logfcn = function;
+}
+
+// Named by gzd.h, so of no namespace.
+extern "C" GZD_API int print_log(const char* fmt, ...) {
+  char message[MESSAGE_CAPACITY] = {};
+  std::va_list arguments;
+  va_start(arguments, fmt);
+  const int length = std::vsnprintf(message, sizeof message, fmt, arguments);
+  va_end(arguments);
+  if (length + 1 >= MESSAGE_CAPACITY) {
+    // A message is never handed on cut short: a text that fills the buffer ends the process.
+    std::fprintf(stderr, "gzdapi: a log message is longer than %d characters\n",
+                 MESSAGE_CAPACITY - 2);
+    std::abort();
+  }
+  hand_on(message);
+  return 0;
+}
+
+NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
+    : after(textAfter), beforeLength(textBefore.size()) {
+  assert(beforeLength + LONGEST_NUMBER + after.size() < message.size());
+  std::copy(textBefore.begin(), textBefore.end(), message.begin());
+}
+
+void NumberLine::log(INT64 number) {
+  char* const digits = message.data() + beforeLength;
+  const auto small = static_cast<UINT32>(number);  // nearly all are, and are written faster
+  char* const end = (small == number ? std::to_chars(digits, digits + LONGEST_NUMBER, small)
+                                     : std::to_chars(digits, digits + LONGEST_NUMBER, number))
+                        .ptr;
+  if (end != numberEnd) {  // else the text behind it stands from the line before
+    std::memcpy(end, after.data(), after.size());
+    end[after.size()] = '\0';
+    numberEnd = end;
+  }
+  hand_on(message.data());
+}
+
+}  // namespace gzd

@@ -1,0 +1,39 @@
+// The library's one diagnostic channel.
+#ifndef GZDAPI_LOG_H
+#define GZDAPI_LOG_H
+
+#include <array>
+#include <string_view>
+
+#include "gzd_data.h"
+
+// As gzd.h declares it for clients; the rooms of the library log with it.
+extern "C" int print_log(const char* fmt, ...)
+    __attribute__((format(printf, 1, 2), visibility("default")));
+
+namespace gzd {
+
+using LogFunction = void (*)(const char* message);
+
+// Sets the receiver of messages for the whole process; null restores standard output.
+void set_log_function(LogFunction function);
+
+// A line around one number, made without print_log's cost: for findings that a damaged recording
+// can hold by the million. The texts are short, and must outlive the line.
+class NumberLine {
+ public:
+  NumberLine(std::string_view textBefore, std::string_view textAfter);
+  NumberLine(const NumberLine&) = delete;
+  NumberLine& operator=(const NumberLine&) = delete;
+  void log(INT64 number);
+
+ private:
+  std::string_view after;
+  std::array<char, 200> message;
+  std::size_t beforeLength;
+  const char* numberEnd = nullptr;  // in the line made last
+};
+
+}  // namespace gzd
+
+#endif

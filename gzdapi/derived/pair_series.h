@@ -1,0 +1,70 @@
+// Pairs of values of queued samples, side by side: positions of one eye in one coordinate system,
+// or resolutions. Velocities are computed from them.
+#ifndef GZDAPI_PAIR_SERIES_H
+#define GZDAPI_PAIR_SERIES_H
+
+#include <algorithm>
+#include <array>
+
+#include "derived/velocity.h"
+#include "gzd_data.h"
+
+namespace gzd {
+
+// The x and the y values of samples in a row, from one of them on.
+struct PairsFrom {
+  const float* x;
+  const float* y;
+};
+
+class PairSeries {
+ public:
+  static constexpr int CAPACITY = 512;
+  static constexpr int REACH = VELOCITY_REACH;
+
+  PairSeries() { clear(); }
+
+  void clear() {
+    x.fill(MISSING_DATA);
+    y.fill(MISSING_DATA);
+    count = 0;
+  }
+  // Appends a pair; the series is not full.
+  void append(float xValue, float yValue) {
+    x[place(count)] = xValue;
+    y[place(count)] = yValue;
+    ++count;
+  }
+  // Takes off the oldest `dropped` pairs, or the newest.
+  void dropOldest(int dropped) {
+    shift(x, dropped);
+    shift(y, dropped);
+    count -= dropped;
+  }
+  void dropNewest() {
+    --count;
+    x[place(count)] = y[place(count)] = MISSING_DATA;
+  }
+
+  // The pairs from slot `slot` on. Those up to REACH before it and behind the newest one can be
+  // read too, MISSING_DATA beyond the ends.
+  [[nodiscard]] PairsFrom from(int slot) const { return {&x[place(slot)], &y[place(slot)]}; }
+
+ private:
+  using Values = std::array<float, REACH + CAPACITY + REACH>;
+
+  static std::size_t place(int slot) { return static_cast<std::size_t>(slot + REACH); }
+  void shift(Values& values, int dropped) const {
+    const auto first = values.begin() + REACH;
+    const auto end = std::copy(first + dropped, first + count, first);
+    std::fill(end, first + count, MISSING_DATA);
+  }
+
+  Values x;
+  Values y;
+  int count = 0;
+};
+
+}  // namespace gzd
+
+#endif

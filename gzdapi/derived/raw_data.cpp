@@ -1,0 +1,224 @@
+// do_pupil_cr_fixup: the bright reflection hides a part of the dark pupil, which pulls the pupil's
+// measured centre away from it.
+// 1. From the discs' radii and distance follows how far the reflection reaches into the pupil, as a
+//    fraction f of its diameter.
+// 2. Centre and area are blended by f from those of the pupil to those of pupil and reflection
+//    together.
+// 3. f is taken anew from the blended pupil, and the blend repeated from the original one.
+
+#include "derived/raw_data.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace gzd {
+
+namespace {
+
+constexpr float PACK_OFFSET = 32700.0f;
+constexpr float PACK_STEPS = 16.0f;   // fractions of a packed unit
+constexpr float PACK_SCALE = 256.0f;  // packed fractions in a camera pixel
+constexpr float WORD_SCALE = 250.0f;  // units of plain words in a camera pixel
+constexpr float CR_WEIGHT = 1.02f;    // in pupil minus reflection
+constexpr float ROUGH_PI = 3.14159f;  // of the overlap correction
+constexpr float OVERLAP_MARGIN = 3.0f;
+constexpr int OVERLAP_PASSES = 5;
+constexpr INT16 HTYPE_ONE_CR2 = 196;
+constexpr INT16 HTYPE_TWO_CR2 = 200;
+
+bool missing(float value) {
+  return value == MISSING_DATA || value == NOT_RECORDED;
+}
+
+bool isPacked(const FSAMPLE& sam, int eye) {
+  return sam.pa[eye] < 0.0f;
+}
+
+void set(float* rv, float x, float y) {
+  rv[0] = x;
+  rv[1] = y;
+}
+
+void setMissing(float* rv) {
+  set(rv, MISSING_DATA, MISSING_DATA);
+}
+
+void setMissing(UINT32* rv) {
+  rv[0] = rv[1] = MISSING_DATA_INT;
+}
+
+// Truncated; what an integer cannot hold becomes the nearest it can, not-a-number 0.
+template <typename Integer>
+Integer truncated(float value) {
+  using Limits = std::numeric_limits<Integer>;
+  if (std::isnan(value)) return 0;
+  if (value <= static_cast<float>(Limits::min())) return Limits::min();
+  if (value >= static_cast<float>(Limits::max())) return Limits::max();
+  return static_cast<Integer>(value);
+}
+
+int unpacked(float prescaler, float value) {
+  return truncated<INT32>(prescaler * value + PACK_OFFSET);
+}
+
+// A coordinate of which `whole` holds the upper part and `sixteenths` the lower one.
+float packedCoordinate(float whole, int sixteenths) {
+  return ((whole + PACK_OFFSET) * PACK_STEPS + static_cast<float>(sixteenths)) / PACK_SCALE;
+}
+
+void packedPosition(float prescaler, float x, float y, float extras, float* rv) {
+  if (missing(x) || missing(y) || missing(extras)) return setMissing(rv);
+  const int bits = unpacked(prescaler, extras);
+  set(rv, packedCoordinate(x, (bits >> 4) & 15), packedCoordinate(y, bits & 15));
+}
+
+struct Centre {
+  float x, y;
+};
+
+Centre windowCentre(const CameraSetup& camera, const FSAMPLE& sam) {
+  const auto originX = static_cast<float>((sam.input & 0x1FF) * 4);
+  const auto originY = static_cast<float>((sam.input >> 9) * 8);
+  return {originX + static_cast<float>(camera.width) * 0.5f,
+          originY + static_cast<float>(camera.height) * 0.5f};
+}
+
+void plainPosition(const CameraSetup& camera, const FSAMPLE& sam, int word, float* rv) {
+  const Centre centre = windowCentre(camera, sam);
+  set(rv, centre.x + static_cast<float>(sam.hdata[word]) / WORD_SCALE,
+      centre.y + static_cast<float>(sam.hdata[word + 1]) / WORD_SCALE);
+}
+
+}  // namespace
+
+// ---- pupil -------------------------------------------------------------------------------------
+
+UINT32 uncorrected_pupil_area(const FSAMPLE& sam, int eye) {
+  if (!isPacked(sam, eye)) return static_cast<UINT32>(sam.hdata[4]);
+  return sam.pa[eye] <= -PACK_OFFSET ? 0 : truncated<UINT32>(sam.pa[eye] + PACK_OFFSET);
+}
+
+void uncorrected_raw_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+  if (uncorrected_pupil_area(sam, eye) == 0) return setMissing(rv);
+  if (!isPacked(sam, eye)) return plainPosition(camera, sam, 0, rv);
+  packedPosition(camera.prescaler, sam.px[eye], sam.py[eye], sam.gx[eye], rv);
+}
+
+void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UINT32* rv) {
+  rv[0] = rv[1] = 0;
+  if (uncorrected_pupil_area(sam, eye) == 0) return;
+  if (!isPacked(sam, eye)) {
+    rv[0] = static_cast<UINT32>(sam.hdata[6] & 0xFF);
+    rv[1] = static_cast<UINT32>(sam.hdata[6] >> 8);
+  } else if (missing(sam.gx[eye]) || missing(sam.gy[eye])) {
+    setMissing(rv);
+  } else {
+    rv[0] = static_cast<UINT32>(unpacked(camera.prescaler, sam.gy[eye]) >> 8) & 0xFF;
+    rv[1] = static_cast<UINT32>(unpacked(camera.prescaler, sam.gx[eye]) >> 8) & 0xFF;
+  }
+}
+
+// ---- corneal reflections -----------------------------------------------------------------------
+
+UINT32 uncorrected_cr_area(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
+  if (!isPacked(sam, eye)) return static_cast<UINT32>(sam.hdata[5]);
+  const float packed = eye == GZD_RIGHT_EYE ? sam.ry : sam.rx;
+  if (missing(packed)) return 0;
+  return truncated<UINT32>(std::floor(camera.prescaler * packed + 0.5f));
+}
+
+void uncorrected_raw_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+  if (uncorrected_cr_area(camera, sam, eye) == 0) return setMissing(rv);
+  if (!isPacked(sam, eye)) return plainPosition(camera, sam, 2, rv);
+  packedPosition(camera.prescaler, sam.hx[eye], sam.hy[eye], sam.gy[eye], rv);
+}
+
+void cr_dimension(const FSAMPLE& sam, UINT32* rv) {
+  if (sam.htype == HTYPE_TWO_CR2) return setMissing(rv);
+  rv[0] = static_cast<UINT32>(sam.hdata[7] & 0xFF);
+  rv[1] = static_cast<UINT32>(sam.hdata[7] >> 8);
+}
+
+UINT32 uncorrected_cr2_area(const FSAMPLE& sam, int eye) {
+  if (!isPacked(sam, eye)) return 0;
+  if (sam.htype == HTYPE_ONE_CR2) return static_cast<UINT32>(sam.hdata[3]);
+  if (sam.htype != HTYPE_TWO_CR2) return 0;
+  return static_cast<UINT32>(sam.hdata[eye == GZD_RIGHT_EYE ? 7 : 3]);
+}
+
+void uncorrected_raw_cr2(const FSAMPLE& sam, int eye, float* rv) {
+  if (uncorrected_cr2_area(sam, eye) == 0) return setMissing(rv);
+  const INT16* words = sam.hdata + (sam.htype == HTYPE_TWO_CR2 && eye == GZD_RIGHT_EYE ? 4 : 0);
+  set(rv, static_cast<float>(words[0]) + static_cast<float>(words[2] >> 8) / PACK_SCALE,
+      static_cast<float>(words[1]) + static_cast<float>(words[2] & 0xFF) / PACK_SCALE);
+}
+
+// ---- window, pupil minus reflection ------------------------------------------------------------
+
+void window_position(const CameraSetup& camera, const FSAMPLE& sam, UINT32* rv) {
+  const Centre centre = windowCentre(camera, sam);
+  rv[0] = truncated<UINT32>(centre.x);
+  rv[1] = truncated<UINT32>(centre.y);
+}
+
+void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+  float pupil[2];
+  float reflection[2];
+  uncorrected_raw_pupil(camera, sam, eye, pupil);
+  uncorrected_raw_cr(camera, sam, eye, reflection);
+  UINT32 area = uncorrected_pupil_area(sam, eye);
+  const auto crArea = static_cast<float>(uncorrected_cr_area(camera, sam, eye));
+  do_pupil_cr_fixup(&pupil[0], &pupil[1], &area, reflection[0], reflection[1], crArea,
+                    OVERLAP_MARGIN, OVERLAP_PASSES);
+  set(rv, pupil[0] - CR_WEIGHT * reflection[0], pupil[1] - CR_WEIGHT * reflection[1]);
+}
+
+// ---- overlap -----------------------------------------------------------------------------------
+
+namespace {
+
+struct Disc {
+  float x, y, area;
+};
+
+// How far a reflection of radius `rc` reaches into the pupil, as a fraction of its diameter.
+float overlapFraction(const Disc& pupil, const Disc& cr, float rc) {
+  const float rp = std::sqrt(pupil.area / ROUGH_PI);
+  return (rp - (std::hypot(pupil.x - cr.x, pupil.y - cr.y) - rc)) * 0.5f / rc;
+}
+
+Disc together(const Disc& pupil, const Disc& cr) {
+  const float total = pupil.area + cr.area;
+  return {(pupil.x * pupil.area + cr.x * cr.area) / total,
+          (pupil.y * pupil.area + cr.y * cr.area) / total, total};
+}
+
+Disc blend(const Disc& from, const Disc& to, float f) {
+  const float w = 1.0f - f;
+  return {from.x * w + to.x * f, from.y * w + to.y * f, from.area * w + to.area * f};
+}
+
+}  // namespace
+
+void do_pupil_cr_fixup(float* ppx, float* ppy, UINT32* ppa, float cx, float cy, float ca,
+                       float expand, int passes) {
+  if (*ppa < 1 || ca < 1.0f) return;
+  if (missing(*ppx) || missing(*ppy) || missing(cx) || missing(cy)) return;
+  const Disc pupil = {*ppx, *ppy, static_cast<float>(*ppa)};
+  const float rc = std::sqrt(ca / ROUGH_PI) + expand;
+  const Disc cr = {cx, cy, rc * rc * ROUGH_PI};
+  const Disc combined = together(pupil, cr);
+  Disc result = pupil;
+  for (int pass = 0; pass < passes; ++pass) {
+    const float f = std::min(overlapFraction(result, cr, rc), 1.0f);
+    if (f < 0.0f) return;
+    result = blend(pupil, combined, f);
+    if (f == 0.0f) break;
+  }
+  *ppx = result.x;
+  *ppy = result.y;
+  *ppa = truncated<UINT32>(result.area);
+}
+
+}  // namespace gzd

@@ -1,0 +1,108 @@
+// Velocities of neighbouring samples at equal intervals, computed together.
+#ifndef GZDAPI_VELOCITY_BATCH_H
+#define GZDAPI_VELOCITY_BATCH_H
+
+#include <array>
+#include <cstddef>
+#include <iterator>
+
+#include "derived/pair_series.h"
+#include "gzd_data.h"
+#include "record/Sample.h"
+
+namespace gzd {
+
+// What velocities depend on beyond the samples.
+struct VelocitySettings {
+  unsigned kinds = GZD_VELOCITY_ALL;
+  float defaultRx = MISSING_DATA;
+  float defaultRy = MISSING_DATA;
+  int sampleRate = 0;
+  int ovilo_revision = 1;
+
+  bool operator==(const VelocitySettings&) const = default;
+};
+
+// Types of positions, in the order of series of them.
+constexpr int POSITION_TYPES = 3;
+constexpr int POSITION_TYPE_OF_SERIES[POSITION_TYPES] = {GZD_POSITION_GAZE, GZD_POSITION_HREF,
+                                                         GZD_POSITION_PUPIL};
+
+struct VelocityKind {
+  unsigned bit;
+  bool fast;
+  std::size_t series;
+  float (FSAMPLE::*x)[2];
+  float (FSAMPLE::*y)[2];
+};
+
+constexpr VelocityKind VELOCITY_KINDS[] = {
+    {GZD_VELOCITY_GAZE, false, 0, &FSAMPLE::gxvel, &FSAMPLE::gyvel},
+    {GZD_VELOCITY_HREF, false, 1, &FSAMPLE::hxvel, &FSAMPLE::hyvel},
+    {GZD_VELOCITY_RAW, false, 2, &FSAMPLE::rxvel, &FSAMPLE::ryvel},
+    {GZD_VELOCITY_FAST_GAZE, true, 0, &FSAMPLE::fgxvel, &FSAMPLE::fgyvel},
+    {GZD_VELOCITY_FAST_HREF, true, 1, &FSAMPLE::fhxvel, &FSAMPLE::fhyvel},
+    {GZD_VELOCITY_FAST_RAW, true, 2, &FSAMPLE::frxvel, &FSAMPLE::fryvel},
+};
+constexpr std::size_t VELOCITY_KIND_COUNT = std::size(VELOCITY_KINDS);
+
+// One eye's positions, by type.
+using SeriesOfEye = std::array<PairSeries, POSITION_TYPES>;
+
+// Velocities of one kind and one eye, of `count` samples in a row, at most VelocityBatch::LENGTH.
+// `positions` can be read over VELOCITY_REACH to either side as well; `own` are the resolutions
+// that the samples hold.
+void compute_velocities(const VelocityKind& kind, const VelocitySettings& settings,
+                        PairsFrom positions, PairsFrom own, int count, float* xvel, float* yvel);
+
+// Holds velocities of samples of the queue, by slot.
+class VelocityBatch {
+ public:
+  static constexpr int LENGTH = 64;
+
+  // Forgets all. Due whenever samples were added or dropped.
+  void clear() { first = end = 0; }
+  // Whether it holds the velocities of the sample at a slot, of the eyes in its `flags`.
+  [[nodiscard]] bool holds(int slot, UINT16 flags, const VelocitySettings& asked) const {
+    return covers(slot, asked) && (flags & BOTH_EYES & ~eyes) == 0;
+  }
+  // Computes them, and those of the slots around it, of `size` in use. `positions` are by eye.
+  void compute(int slot, int size, UINT16 flags, const VelocitySettings& asked,
+               const std::array<SeriesOfEye, 2>& positions, const PairSeries& resolutions);
+  // Copies them into the sample.
+  void copyTo(FSAMPLE& s, int slot) const {
+    const auto place = static_cast<std::size_t>(slot - first);
+    for (std::size_t i = 0; i < kindCount; ++i) {
+      for (int eye = 0; eye < 2; ++eye) {
+        if ((s.flags & eye_flag(eye)) == 0) continue;
+        const Velocities& velocities = of[i][static_cast<std::size_t>(eye)];
+        (s.*kinds[i]->x)[eye] = velocities.x[place];
+        (s.*kinds[i]->y)[eye] = velocities.y[place];
+      }
+    }
+  }
+
+ private:
+  static constexpr unsigned BOTH_EYES = SMP_LEFT | SMP_RIGHT;
+
+  struct Velocities {
+    std::array<float, LENGTH> x, y;
+  };
+
+  [[nodiscard]] bool covers(int slot, const VelocitySettings& asked) const {
+    return slot >= first && slot < end && asked == settings;
+  }
+  void moveTo(int slot, int size, const VelocitySettings& asked);
+
+  int first = 0;  // slots
+  int end = 0;
+  unsigned eyes = 0;  // those computed, as flags of samples
+  VelocitySettings settings;
+  std::array<const VelocityKind*, VELOCITY_KIND_COUNT> kinds;  // those asked for
+  std::size_t kindCount = 0;
+  std::array<std::array<Velocities, 2>, VELOCITY_KIND_COUNT> of;  // by kind asked for and eye
+};
+
+}  // namespace gzd
+
+#endif

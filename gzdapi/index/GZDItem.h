@@ -1,0 +1,96 @@
+// One entry of the index: where a record lies, what it is, when it happened. 16 bytes.
+#ifndef GZDAPI_GZDITEM_H
+#define GZDAPI_GZDITEM_H
+
+#include "gzd_data.h"
+#include "record/Recording.h"
+
+namespace gzd {
+
+// Places of entries that the reader made itself and that have no record on disk.
+constexpr INT64 POSITION_OF_DUMMY = -1;
+// No entry lies behind this place.
+constexpr INT64 LARGEST_POSITION = 0xFFFFFFFE;
+
+enum ItemSide : UINT16 { SIDE_NONE = 0, SIDE_LEFT = 1, SIDE_RIGHT = 2 };
+
+class GZDItem {
+ public:
+  // Bits of mDetailType above type and side. For samples they tell which eye is inside a blink,
+  // for eye events what the repairs did to the entry.
+  static constexpr UINT16 LEFT_INSIDE_BLINK = 0x1000;
+  static constexpr UINT16 RIGHT_INSIDE_BLINK = 0x2000;
+  static constexpr UINT16 TIME_CHANGED = 0x1000;
+  static constexpr UINT16 BLINK_MERGED = 0x2000;
+
+  GZDItem() = default;
+  GZDItem(INT64 position, int type, UINT16 side, UINT16 tag, UINT64 stamp)
+      : placeInFile(static_cast<UINT32>(position + 1)),
+        mDetailType(static_cast<UINT16>(type | side << 8)),
+        lastTag(tag),
+        timeStamp(stamp) {}
+  explicit GZDItem(Recording* block)
+      : placeInFile(1), mDetailType(GZD_RECORDING), lastTag(0), recording(block) {}
+
+  // Of the record's body, just behind its tag word; 0 for boundaries.
+  [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile} - 1; }
+  [[nodiscard]] int getItemType() const { return mDetailType & 0xFF; }
+  [[nodiscard]] UINT16 getDetailedType() const { return mDetailType; }
+  // The tag word of an event's record. A sample's stands in front of its record.
+  [[nodiscard]] UINT16 getLastTag() const { return lastTag; }
+  [[nodiscard]] UINT16 getSide() const { return (mDetailType >> 8) & 0x0F; }
+  // The eye index of an eye event: GZD_LEFT_EYE or GZD_RIGHT_EYE.
+  [[nodiscard]] int getEye() const {
+    return getSide() == SIDE_RIGHT ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
+  }
+
+  [[nodiscard]] Recording* getRecording() const { return isRecording() ? recording : nullptr; }
+  [[nodiscard]] UINT64 getTimeStamp() const {
+    if (!isRecording()) return timeStamp;
+    return recording != nullptr ? recording->getTime() : 0;
+  }
+  void setTimeStamp(UINT64 stamp) { timeStamp = stamp; }
+  // Moves an event in time and remembers that this was done.
+  void setFixedTimeStamp(UINT64 stamp) {
+    timeStamp = stamp;
+    mDetailType |= TIME_CHANGED;
+  }
+  // Marks a blink as merged or paired by a repair.
+  void markBlinkMerged() { mDetailType |= BLINK_MERGED; }
+  [[nodiscard]] bool isTimeChanged() const { return (mDetailType & TIME_CHANGED) != 0; }
+  [[nodiscard]] bool isBlinkMerged() const { return (mDetailType & BLINK_MERGED) != 0; }
+
+  void markSampleInsideBlink(int eye) {
+    mDetailType |= eye == GZD_LEFT_EYE ? LEFT_INSIDE_BLINK : RIGHT_INSIDE_BLINK;
+  }
+  [[nodiscard]] bool isSampleInsideBlink(int eye) const {
+    return (mDetailType & (eye == GZD_LEFT_EYE ? LEFT_INSIDE_BLINK : RIGHT_INSIDE_BLINK)) != 0;
+  }
+
+  [[nodiscard]] bool isSample() const { return getItemType() == GZD_SAMPLE; }
+  [[nodiscard]] bool isRecording() const { return getItemType() == GZD_RECORDING; }
+  [[nodiscard]] bool isRecordingStart() const {
+    return isRecording() && recording != nullptr && recording->isStart();
+  }
+  [[nodiscard]] bool isDummy() const { return placeInFile == 0; }
+  [[nodiscard]] bool isEyeEvent() const {
+    return getItemType() >= GZD_START_BLINK && getItemType() <= GZD_END_FIXATION;
+  }
+  [[nodiscard]] bool isStartEvent() const { return isEyeEvent() && getItemType() % 2 == 1; }
+  [[nodiscard]] bool isEndEvent() const { return isEyeEvent() && getItemType() % 2 == 0; }
+
+ private:
+  UINT32 placeInFile = 1;  // plus 1, so that POSITION_OF_DUMMY is 0
+  UINT16 mDetailType = 0;
+  UINT16 lastTag = 0;
+  union {
+    UINT64 timeStamp = 0;
+    Recording* recording;  // owned by the index
+  };
+};
+
+static_assert(sizeof(GZDItem) == 16);
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,122 @@
+#include "order/insertion_list.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace gzd {
+
+namespace {
+
+// Classes of one stamp that stop an entry of a class: always, or when they lie before it in the
+// file.
+struct Stoppers {
+  UINT64 always = 0;
+  UINT64 byFile = 0;
+};
+
+std::array<Stoppers, SORT_CLASSES> make_stoppers() {
+  std::array<Stoppers, SORT_CLASSES> stoppers{};
+  for (std::size_t entry = 0; entry < SORT_CLASSES; ++entry) {
+    for (std::size_t other = 0; other < SORT_CLASSES; ++other) {
+      const Precedence precedence = PRECEDENCE[entry][other];
+      const UINT64 bit = UINT64{1} << other;
+      if (precedence == Precedence::Never) stoppers[entry].always |= bit;
+      if (precedence == Precedence::ByFile) stoppers[entry].byFile |= bit;
+    }
+  }
+  return stoppers;
+}
+
+static_assert(SORT_CLASSES <= 64);
+const std::array<Stoppers, SORT_CLASSES> STOPPERS = make_stoppers();
+
+}  // namespace
+
+void InsertionList::Summary::add(const SortEntry& entry, INT64 place) {
+  if (entry.stamp > stamp) return;
+  if (entry.stamp < stamp) classes = 0;
+  stamp = entry.stamp;
+  const UINT64 bit = UINT64{1} << entry.number;
+  INT64& smallest = filePos[entry.number];
+  smallest = (classes & bit) != 0 ? std::min(smallest, place) : place;
+  classes |= bit;
+}
+
+bool InsertionList::Summary::stops(const SortEntry& entry, INT64 place) const {
+  if (stamp != entry.stamp) return stamp < entry.stamp;
+  const Stoppers& stoppers = STOPPERS[entry.number];
+  if ((classes & stoppers.always) != 0) return true;
+  for (UINT64 rest = classes & stoppers.byFile; rest != 0; rest &= rest - 1) {
+    if (filePos[static_cast<std::size_t>(std::countr_zero(rest))] <= place) return true;
+  }
+  return false;
+}
+
+void InsertionList::Chunk::insertAt(std::size_t place, const SortEntry& entry,
+                                    const ItemOrder& before) {
+  SortEntry* const target = entries.data() + place;
+  std::copy_backward(target, entries.data() + count, entries.data() + count + 1);
+  *target = entry;
+  ++count;
+  summary.add(entry, before.filePos(entry));
+}
+
+std::size_t InsertionList::Chunk::placeOf(const SortEntry& entry, const ItemOrder& before) const {
+  std::size_t place = count;
+  while (place > 0 && before(entry, entries[place - 1])) --place;
+  return place;
+}
+
+std::size_t InsertionList::newChunk() {
+  const std::size_t number = order.size();
+  if (number == chunks.size()) chunks.emplace_back();
+  chunks[number].count = 0;
+  chunks[number].summary = {};
+  return number;
+}
+
+void InsertionList::assign(const SortEntry* first, const SortEntry* last, const ItemOrder& before) {
+  order.clear();
+  while (first != last) {
+    const std::size_t number = newChunk();
+    order.push_back(number);
+    const auto count = std::min<std::ptrdiff_t>(last - first, ROOM / 2);
+    for (const SortEntry* const end = first + count; first != end; ++first)
+      chunks[number].insertAt(chunks[number].count, *first, before);
+  }
+}
+
+void InsertionList::insert(const SortEntry& entry, const ItemOrder& before) {
+  const INT64 filePos = before.filePos(entry);
+  std::size_t position = order.size() - 1;
+  while (position > 0 && !chunks[order[position]].summary.stops(entry, filePos)) --position;
+  if (chunks[order[position]].count == ROOM) {
+    split(position, before);
+    if (chunks[order[position + 1]].summary.stops(entry, filePos)) ++position;
+  }
+  Chunk& chunk = chunks[order[position]];
+  chunk.insertAt(chunk.placeOf(entry, before), entry, before);
+}
+
+// Moves the second half of a chunk to a new one behind it.
+void InsertionList::split(std::size_t position, const ItemOrder& before) {
+  const std::size_t number = newChunk();
+  Chunk& chunk = chunks[order[position]];
+  const std::array<SortEntry, ROOM> entries = chunk.entries;
+  chunk.count = 0;
+  chunk.summary = {};
+  for (std::size_t i = 0; i < ROOM; ++i) {
+    Chunk& target = i < ROOM / 2 ? chunk : chunks[number];
+    target.insertAt(target.count, entries[i], before);
+  }
+  order.insert(order.begin() + static_cast<std::ptrdiff_t>(position) + 1, number);
+}
+
+void InsertionList::copyTo(SortEntry* target) const {
+  for (const std::size_t number : order) {
+    const Chunk& chunk = chunks[number];
+    target = std::copy_n(chunk.entries.begin(), chunk.count, target);
+  }
+}
+
+}  // namespace gzd

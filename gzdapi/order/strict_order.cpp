@@ -1,0 +1,121 @@
+#include "order/strict_order.h"
+
+#include <algorithm>
+
+namespace gzd {
+
+namespace {
+
+// Entries of one stamp are compared pair by pair; more than this are not.
+constexpr std::size_t LONGEST_RUN = 32;
+// By how many places entries may move, for each entry of a window. Beyond it sorting is cheaper.
+constexpr std::size_t MOVES_PER_ENTRY = 8;
+
+}  // namespace
+
+StrictOrder::Strides::Strides(const ItemList& list, std::size_t first, std::size_t windowEnd)
+    : marks(list.landmarks()),
+      samplesRise(list.samplesRise()),
+      last(windowEnd),
+      mark(list.landmarksBefore(first)) {}
+
+std::size_t StrictOrder::Strides::goTo(std::size_t place) {
+  while (mark < marks.size() && marks[mark].place < place) ++mark;
+  if (!samplesRise) return place;
+  const std::size_t next =
+      mark < marks.size() ? std::min<std::size_t>(marks[mark].place, last) : last;
+  return next > place ? next - 1 : place;
+}
+
+bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
+  Strides strides(items, first, last);
+  std::size_t run = strides.goTo(first);
+  UINT64 stamp = items.stampAt(run);
+  for (std::size_t place = run + 1; place != last; ++place) {
+    const UINT64 next = items.stampAt(place);
+    if (next == stamp) continue;
+    if (next < stamp) return false;
+    if (place - run > 1 && !runIsStrict(run, place)) return false;
+    run = place = strides.goTo(place);
+    stamp = items.stampAt(run);
+  }
+  return last - run == 1 || runIsStrict(run, last);
+}
+
+bool StrictOrder::runIsStrict(std::size_t first, std::size_t last) const {
+  if (last - first > LONGEST_RUN) return false;
+  for (std::size_t a = first; a + 1 != last; ++a) {
+    const GZDItem earlier = items[a];
+    for (std::size_t b = a + 1; b != last; ++b) {
+      const GZDItem later = items[b];
+      if (!comesBefore(earlier, later) || comesBefore(later, earlier)) return false;
+    }
+  }
+  return true;
+}
+
+bool StrictOrder::make(std::size_t first, std::size_t last) {
+  if (insertAll(first, last) && isStrict(first, last)) return true;
+  undo(first, last);
+  return false;
+}
+
+bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
+  std::size_t moves = MOVES_PER_ENTRY * (last - first);
+  lowestPlace = last;
+  moved.clear();
+  Strides strides(items, first, last);
+  std::size_t newest = strides.goTo(first);
+  for (std::size_t entry = newest + 1; entry != last; ++entry) {
+    const std::size_t risen = strides.goTo(entry);
+    if (items.stampAt(entry) > items.stampAt(entry - 1)) {
+      entry = risen;
+      continue;
+    }
+    const std::size_t place = placeOf(entry, first);
+    if (entry - place > moves) return false;
+    moves -= entry - place;
+    if (place == entry) continue;
+    lowestPlace = std::min(lowestPlace, place);
+    items.moveBack(entry, place, strides.landmark());
+    moved.push_back({entry, place});
+  }
+  return true;
+}
+
+void StrictOrder::undo(std::size_t first, std::size_t last) {
+  ItemList::Packed* const entries = items.packed().data();
+  for (; !moved.empty(); moved.pop_back()) {
+    const Move move = moved.back();
+    std::rotate(entries + move.to, entries + move.to + 1, entries + move.from + 1);
+  }
+  items.orderChanged(first, last);
+}
+
+// Where an entry belongs among those from `first` on before it, which are in order. It is not far.
+std::size_t StrictOrder::placeOf(std::size_t entry, std::size_t first) const {
+  const UINT64 stamp = items.stampAt(entry);
+  std::size_t reach = 1;
+  std::size_t place = entry;
+  while (reach <= entry - first && items.stampAt(entry - reach) > stamp) {
+    place = entry - reach;
+    reach *= 2;
+  }
+  std::size_t low = entry - std::min(reach, entry - first);
+  while (low < place) {
+    const std::size_t middle = low + (place - low) / 2;
+    if (items.stampAt(middle) > stamp)
+      place = middle;
+    else
+      low = middle + 1;
+  }
+  const GZDItem item = items[entry];
+  const std::size_t furthest = place - std::min(place - first, LONGEST_RUN);
+  while (place > furthest && items.stampAt(place - 1) == stamp &&
+         comesBefore(item, items[place - 1])) {
+    --place;
+  }
+  return place;
+}
+
+}  // namespace gzd

@@ -1,0 +1,143 @@
+// The samples around the one being handed out, for its velocities.
+#ifndef GZDAPI_SAMPLEQUEUE_H
+#define GZDAPI_SAMPLEQUEUE_H
+
+#include <array>
+#include <memory>
+
+#include "derived/pair_series.h"
+#include "derived/velocity_batch.h"
+#include "index/index.h"
+#include "record/Sample.h"
+
+namespace gzd {
+
+// Where the queue gets its samples: entries of the index as decoded samples.
+class SampleSource {
+ public:
+  virtual ~SampleSource() = default;
+  // Decodes the sample entry at `index`. Throws GZDException when it cannot be read. Pupil sizes
+  // that the record does not hold are whatever.
+  virtual void readQueueSample(UINT32 index, Sample& sample) = 0;
+  // Stamps from one sample to the next in the block around an entry; 0 outside blocks.
+  virtual int stampsPerSampleAt(UINT32 index) = 0;
+};
+
+// Holds one unbroken run of samples: entries between two recording entries whose stamps rise by no
+// more than the block's period. Of entries with one stamp a recorded one is kept before a dummy,
+// else the first. Slots are numbered from the oldest sample.
+class SampleQueue {
+ public:
+  static constexpr int CAPACITY = 512;
+  static constexpr int WINDOW = 39;
+
+  SampleQueue(const Index& index, SampleSource& source);
+
+  // The slot of the entry at `wanted`, read from the file when it is not held yet; -1 when it
+  // cannot be. The sample of another entry with the same stamp may stand for it: see entry().
+  int getSample(UINT32 wanted) {
+    return isNextInOrder(wanted) ? ++latest : (latest = findSample(wanted));
+  }
+  [[nodiscard]] UINT32 entry(int slot) const { return at(slot).entry; }
+  [[nodiscard]] UINT64 stampAt(int slot) const { return at(slot).stamp; }
+  // Of both eyes, taken over from the sample before where the sample's own are not recorded.
+  [[nodiscard]] const float* pupilSizes(int slot) const { return at(slot).pa; }
+
+  // Fills the velocity fields of `s`, of the eyes that it holds and the kinds asked for. `slot` is
+  // the slot that holds `s`, or -1 when it is another sample of the queue's time.
+  void setVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings) {
+    if (batch.holds(slot, s.flags, settings)) {
+      batch.copyTo(s, slot);
+    } else {
+      computeVelocity(s, stamp, slot, settings);
+    }
+  }
+
+  void clear();
+  // Appends a sample, unless its stamp is not above the last one's. A sample without pupil sizes
+  // takes over those of the one before it.
+  void addSample(const Sample& s, UINT32 entry);
+  // Drops the oldest 128 samples.
+  void shiftQueue();
+  // The slot that holds a stamp, by arithmetic from the regular spacing; -1 when that finds none.
+  [[nodiscard]] int getOldSample(UINT64 stamp) const;
+  [[nodiscard]] int size() const { return sqsize; }
+
+ private:
+  // What is kept of a sample beside its positions.
+  struct Slot {
+    UINT64 stamp = 0;
+    UINT32 entry = 0;
+    float pa[2] = {};
+  };
+  static constexpr int EYES = 2;
+  // A wanted sample at or behind this slot has too few samples behind it.
+  static constexpr int SLOT_NEAR_THE_END = 448;
+  // A wanted sample before this slot may have too few samples before it.
+  static constexpr int SLOTS_NEAR_THE_FRONT = WINDOW - 1;
+
+  Slot& at(int slot) { return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))]; }
+  [[nodiscard]] const Slot& at(int slot) const {
+    return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))];
+  }
+  [[nodiscard]] UINT64 stampOf(UINT32 entry) const { return index.gzdItemList.stampAt(entry); }
+  [[nodiscard]] bool holds(UINT32 entry) const {
+    return sqsize > 0 && entry >= firstEntry && entry <= lastEntry;
+  }
+  // Whether the slot behind the one given last is the wanted one, with a whole window around it.
+  [[nodiscard]] bool isNextInOrder(UINT32 wanted) const {
+    const int next = latest + 1;
+    return next < sqsize && next < SLOT_NEAR_THE_END && entry(next) == wanted &&
+           (next >= SLOTS_NEAR_THE_FRONT || !runGoesBack);
+  }
+  int findSample(UINT32 wanted);
+  [[nodiscard]] int slotOfStamp(UINT64 stamp) const;
+
+  void batchReadSample(UINT32 index);
+  void readAfresh(UINT32 index);
+  void readOn(UINT32 from);
+  void takeOver(UINT32 entry);
+  [[nodiscard]] bool runReaches(UINT32 index) const;
+  [[nodiscard]] bool continuesRun(UINT64 from, UINT64 to) const;
+
+  void keepNewest(const Sample& s, UINT32 entry);
+  void dropNewest();
+  void appendPositions(const Sample& s);
+  void followPositions(unsigned kinds);
+  [[nodiscard]] bool isRegular(int stampsPerSample) const;
+  using WindowSlots = std::array<int, WINDOW>;
+  [[nodiscard]] WindowSlots windowAround(UINT64 middle, int sampleRate) const;
+  void computeVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings);
+  void setVelocityByStamp(FSAMPLE& s, UINT64 stamp, const VelocitySettings& settings);
+  template <class Action>
+  void forEachFollowed(Action action) {
+    for (std::size_t type = 0; type < POSITION_TYPES; ++type) {
+      for (int eye = 0; followed[type] && eye < EYES; ++eye) {
+        action(positions[static_cast<std::size_t>(eye)][type], eye, type);
+      }
+    }
+  }
+
+  const Index& index;
+  SampleSource& source;
+  std::unique_ptr<Slot[]> sqbuf;
+  // Positions of the queued samples, by eye and type, of the types that velocities need.
+  std::array<SeriesOfEye, EYES> positions;
+  std::array<bool, POSITION_TYPES> followed{};
+  unsigned followedKinds = GZD_VELOCITY_NONE;
+  PairSeries resolutions;
+  VelocityBatch batch;
+  Sample incoming;
+  int front = 0;
+  int latest = -1;  // the slot that getSample gave last
+  int sqsize = 0;
+  UINT32 firstEntry = 0;  // the entries that the queue stands for
+  UINT32 lastEntry = 0;
+  int period = 0;            // stamps, of the block that the run lies in
+  bool runGoesBack = false;  // the run has samples before the oldest one held
+  float last_pupil[2];
+};
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,353 @@
+// A record is decoded anew each time it is asked for, with the parameters of the block it stands
+// in. Samples whose velocities are wanted come through the sample queue, which reads ahead; others
+// are decoded straight into the record, whose presets stay from one sample to the next. Behind such
+// a sample begins a run: where its like lie in the stream's window, block and parameters are known.
+#include "read/reader.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+#include "base/config.h"
+#include "base/log.h"
+#include "record/event_decoder.h"
+#include "record/record_stream.h"
+#include "record/sample_decoder.h"
+
+namespace gzd {
+
+namespace {
+
+constexpr int LARGEST_LSTRING_LENGTH = 32767;
+
+}  // namespace
+
+Reader::Reader(InputStream& stream, const StreamState& streamState, const Index& items)
+    : file(stream), state(streamState), index(items), queue(items, *this) {}
+
+void Reader::indexIsFinal(bool pairEvents) {
+  boundaries.clear();
+  for (const Landmark mark : index.landmarks()) {
+    if (index.gzdItemList[mark].isRecording()) boundaries.push_back(mark.place);
+  }
+  timesFollowRepairs = pairEvents;
+  pairing = pairEvents ? EventPairing::build(index) : EventPairing();
+  stretch = Stretch();
+  run = Run();
+  model = DummyModel();
+  queue.clear();
+}
+
+ALLF_DATA* Reader::getFloatData(UINT32 itemIndex) {
+  run = Run();  // the window may be about to move
+  if (itemIndex >= index.size()) return nullptr;
+  try {
+    recordType = index.gzdItemList[itemIndex].getItemType();
+    if (readItem(itemIndex) == 0) return &fData;
+    print_log("Read error \n");
+  } catch (const GZDException& error) {
+    log_error(error);
+  }
+  return nullptr;
+}
+
+std::string_view Reader::messageText(UINT32 itemIndex) {
+  if (itemIndex >= index.size() ||
+      !is_known_event_type(index.gzdItemList[itemIndex].getItemType())) {
+    return {};
+  }
+  const ALLF_DATA* record = getFloatData(itemIndex);
+  return record != nullptr ? text_of(record->fe.message) : std::string_view();
+}
+
+int Reader::readItem(UINT32 itemIndex) {
+  const GZDItem item = index.gzdItemList[itemIndex];
+  if (item.isSample()) {
+    readSample(itemIndex, item);
+    return 0;
+  }
+  presetTag = 0;
+  if (item.isRecording() && item.getRecording() != nullptr) {
+    fData.rec = *item.getRecording();
+    return 0;
+  }
+  if (is_known_event_type(item.getItemType())) {
+    readEvent(itemIndex, item);
+    return 0;
+  }
+  fData = ALLF_DATA{};
+  return -1;
+}
+
+void Reader::enterEpochOf(INT64 position) {
+  const auto& epochs = index.parameterEpochs;
+  const auto next =
+      std::upper_bound(epochs.begin(), epochs.end(), position,
+                       [](INT64 place, const ParameterEpoch& e) { return place < e.filePos; });
+  epochBegin = next == epochs.begin() ? 0 : (next - 1)->filePos;
+  epochEnd = next == epochs.end() ? std::numeric_limits<INT64>::max() : next->filePos;
+  state.parameters = (next == epochs.begin() ? next : next - 1)->parameters;
+  layout = SampleLayout();
+}
+
+// Goes to a place in a record, with the parameters of its block in force.
+void Reader::goTo(INT64 position) {
+  if (!isInEpoch(position)) enterEpochOf(position);
+  file.moveTo(position);
+}
+
+// Goes to the body of a recorded sample and returns its tag word, which stands in front of it.
+UINT16 Reader::goToSample(const GZDItem& item) {
+  goTo(item.getFilePos() - static_cast<INT64>(sizeof(UINT16)));
+  const byte* const tag = file.peek(sizeof(UINT16));
+  if (tag == nullptr) return static_cast<UINT16>(file.getWord());
+  file.take(sizeof(UINT16));
+  return load_be16(tag);
+}
+
+const SampleLayout& Reader::layoutFor(UINT16 tag) {
+  if (!layout.suits(tag)) layout = layout_of(tag, state);
+  return layout;
+}
+
+// ---- samples
+// -----------------------------------------------------------------------------------------------
+
+void Reader::readSample(UINT32 itemIndex, GZDItem item) {
+  const Recording* const block = stretchAt(itemIndex).block;
+  const bool usesQueue = velocityKinds != GZD_VELOCITY_NONE;
+  const bool hasVelocities =
+      usesQueue && block != nullptr && static_cast<int>(block->sample_rate) > 0;
+  // Velocities of the sample before are not to stay.
+  if (usesQueue && !hasVelocities) presetTag = 0;
+  // Also without a block: what the queue holds decides about velocities to come.
+  int slot = usesQueue ? queue.getSample(itemIndex) : -1;
+  if (!readLikeTheOneBefore(item) && !readSampleDirectly(item)) {
+    if (!usesQueue) slot = queue.getSample(itemIndex);
+    readWithQueue(itemIndex, slot);
+  }
+  if (hasVelocities) setVelocities(itemIndex, slot, *block);
+  if (block == nullptr) {
+    print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
+              static_cast<long>(fData.fs.time));
+  }
+  if (presetTag != 0 && !layout.hasBlocks && !usesQueue && block != nullptr) beginRun();
+}
+
+// Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
+// and does nothing, for any other.
+bool Reader::readLikeTheOneBefore(GZDItem item) {
+  const byte* const record = recordAsPreset(item, presetTag);
+  if (record == nullptr) return false;
+  setPlaceInTime(load_be16(record), item.getTimeStamp());
+  decode_fixed_part(record + sizeof(UINT16), layout, fData.fs);
+  return true;
+}
+
+// Makes the run that of the sample just read: its stretch, as far as window and epoch go.
+void Reader::beginRun() {
+  const InputStream::HeldBytes held = file.held();
+  const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin);
+  const INT64 end = std::min(held.offset + held.length - INT64{LONGEST_FIXED_PART} + 1, epochEnd);
+  if (end <= first) return;
+  run.firstItem = stretch.begin;
+  run.items = stretch.end - stretch.begin;
+  run.firstPlace = first;
+  run.places = end - first;
+  run.bytes = held.bytes + (first - held.offset);
+}
+
+// Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one
+// without pupil sizes: it takes over those of the sample before it, which the queue knows.
+bool Reader::readSampleDirectly(GZDItem item) {
+  if (item.isDummy()) return false;
+  const UINT16 tag = goToSample(item);
+  if ((tag & SMP_PUPIL_SIZE) == 0) return false;
+  const UINT64 stamp = item.getTimeStamp();
+  const UINT32 time = time_of_stamp(stamp);
+  presetTag = 0;
+  preset_sample(tag, fData.fs);
+  decode_into_preset_sample(file, state, layoutFor(tag), time, fData.fs);
+  presetTag = layout_tag(tag);
+  setPlaceInTime(tag, stamp);
+  return true;
+}
+
+// `slot` holds the entry's sample, or that of another entry with its stamp; negative for none. The
+// record's own values count all the same.
+void Reader::readWithQueue(UINT32 itemIndex, int slot) {
+  presetTag = 0;
+  Sample own;
+  readQueueSample(itemIndex, own);
+  if ((own.flags & SMP_PUPIL_SIZE) == 0 && slot >= 0) {
+    std::copy_n(queue.pupilSizes(slot), 2, own.pa);
+  }
+  fData.fs = own;
+}
+
+void Reader::setVelocities(UINT32 itemIndex, int slot, const Recording& block) {
+  const bool isQueued = slot >= 0 && queue.entry(slot) == itemIndex;
+  const CONFIG& config = default_config();
+  queue.setVelocity(fData.fs, index.gzdItemList.stampAt(itemIndex), isQueued ? slot : -1,
+                    {velocityKinds, config.default_rx, config.default_ry,
+                     static_cast<int>(block.sample_rate), state.ovilo_revision});
+}
+
+void Reader::readQueueSampleAnew(const GZDItem& item, Sample& sample) {
+  const UINT16 tag = goToSample(item);
+  const UINT16 preset = layout_tag(tag);
+  if (sample.presetFor != preset) {
+    if (preset != queuePresetTag) preset_sample(tag, queuePreset);
+    queuePresetTag = preset;
+    static_cast<FSAMPLE&>(sample) = queuePreset;
+  }
+  sample.presetFor = (tag & SMP_EXTENDED) == 0 ? preset : UINT16{0};
+  decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
+                            sample);
+  sample.flags = flags_at(tag, item.getTimeStamp());
+}
+
+void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
+  const GZDItem item = index.gzdItemList[itemIndex];
+  if (const byte* const record = recordAsPreset(item, sample.presetFor)) {
+    decode_fixed_part(record + sizeof(UINT16), layout, sample);
+    sample.flags = flags_at(load_be16(record), item.getTimeStamp());
+  } else if (item.isDummy()) {
+    sample.presetFor = 0;
+    makeDummy(itemIndex, sample);
+  } else {
+    readQueueSampleAnew(item, sample);
+  }
+  sample.updateTimeStamp(item.getTimeStamp());
+}
+
+int Reader::stampsPerSampleAt(UINT32 itemIndex) {
+  const Recording* const block = stretchAt(itemIndex).block;
+  return block != nullptr ? stamps_per_sample(block->sample_rate) : 0;
+}
+
+const Reader::Stretch& Reader::stretchAt(UINT32 itemIndex) {
+  if (itemIndex >= stretch.begin && itemIndex < stretch.end) return stretch;
+  const auto next = std::upper_bound(boundaries.begin(), boundaries.end(), itemIndex);
+  stretch.end = next == boundaries.end() ? index.size() : *next;
+  stretch.begin = next == boundaries.begin() ? 0 : *(next - 1);
+  stretch.block = nullptr;
+  if (next == boundaries.begin()) return stretch;
+  const GZDItem opening = index.gzdItemList[*(next - 1)];
+  if (opening.isRecordingStart()) stretch.block = opening.getRecording();
+  return stretch;
+}
+
+// ---- dummies
+// -----------------------------------------------------------------------------------------------
+
+// The nearest recorded sample before a dummy in its block, else behind it; NONE when there is none.
+UINT32 Reader::recordedSampleNear(UINT32 itemIndex) {
+  if (itemIndex >= model.first && itemIndex <= model.last) return model.recorded;
+  const UINT32 begin = stretchAt(itemIndex).begin;
+  const UINT32 end = stretch.end;
+  const auto isRecorded = [this](UINT32 i) {
+    return index.gzdItemList[i].isSample() && !index.gzdItemList[i].isDummy();
+  };
+  for (UINT32 i = itemIndex; i > begin; --i) {
+    if (i == model.last) {
+      model.last = itemIndex;
+      return model.recorded;
+    }
+    if (isRecorded(i - 1)) {
+      model.first = i;
+      model.last = itemIndex;
+      return i - 1;
+    }
+  }
+  const auto found = [&] {
+    for (UINT32 i = itemIndex + 1; i < end; ++i) {
+      if (isRecorded(i)) return i;
+    }
+    return NONE;
+  }();
+  model.first = begin;
+  model.last = itemIndex;
+  return found;
+}
+
+// Makes what all dummies modelled on one recorded sample have in common.
+void Reader::makeModel(UINT32 recorded) {
+  model.recorded = recorded;
+  model.isMade = false;
+  model.dummy.clear();
+  if (recorded == NONE) {
+    model.tag = 0;
+    make_dummy_sample(model.tag, nullptr, model.dummy);
+  } else {
+    Sample sample;
+    readQueueSample(recorded, sample);
+    model.tag = layout_tag(goToSample(index.gzdItemList[recorded]));
+    make_dummy_sample(model.tag, &sample, model.dummy);
+  }
+  model.isMade = true;
+}
+
+void Reader::makeDummy(UINT32 itemIndex, FSAMPLE& sample) {
+  const UINT32 recorded = recordedSampleNear(itemIndex);
+  if (!model.isMade || recorded != model.recorded) makeModel(recorded);
+  sample = model.dummy;
+  sample.flags = flags_at(model.tag, index.gzdItemList.stampAt(itemIndex));
+}
+
+// ---- events
+// ------------------------------------------------------------------------------------------------
+
+void Reader::decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event) {
+  goTo(item.getFilePos());
+  const int result = decode_event(file, state, item.getLastTag(), target, event);
+  if (result < 0) {
+    print_log("error reading gzd file 4   %d %ld\n", result, static_cast<long>(item.getFilePos()));
+    throw GZDException("Error reading event - type(readItem)");
+  }
+}
+
+void Reader::readEvent(UINT32 itemIndex, GZDItem item) {
+  if (item.isDummy()) {
+    readInsertedEvent(item);
+  } else {
+    EData event;
+    decodeEvent(item, lstring_buffer, event);
+    event.process_event();
+    fData.fe = event;
+    if (piece_of_message(text_of(event.message)) == MessagePiece::First) assembleLongMessage(item);
+  }
+  if (timesFollowRepairs) pairing.apply(itemIndex, item, fData.fe);
+}
+
+// A start of blink that the repairs have added.
+void Reader::readInsertedEvent(const GZDItem& item) {
+  fData.fe = FEVENT{};
+  fData.fe.type = GZD_START_BLINK;
+  fData.fe.sttime = fData.fe.entime = time_of_stamp(item.getTimeStamp());
+  fData.fe.eye = static_cast<INT16>(item.getEye());
+}
+
+void Reader::assembleLongMessage(const GZDItem& item) {
+  std::string text = without_marker(text_of(fData.fe.message));
+  const auto group = index.msg_item_list.find(item.getFilePos());
+  if (group != index.msg_item_list.end()) {
+    for (const GZDItem& piece : group->second) {
+      if (text.size() > LONG_MESSAGE_LIMIT) {
+        print_log("Long message is longer than 65536 characters.  Truncating it to %d \n",
+                  static_cast<int>(text.size()));
+        break;
+      }
+      FEVENT event;
+      decodeEvent(piece, lstring_buffer, event);
+      text += without_marker(text_of(event.message));
+    }
+  }
+  if (!longText) longText = std::make_unique<LongText>();
+  longText->len = static_cast<INT16>(std::min(text.size(), std::size_t{LARGEST_LSTRING_LENGTH}));
+  text.copy(longText->text.data(), longText->text.size() - 1);
+  longText->text[std::min(text.size(), longText->text.size() - 1)] = '\0';
+  fData.fe.message = reinterpret_cast<LSTRING*>(longText.get());
+}
+
+}  // namespace gzd

@@ -1,0 +1,180 @@
+// Turns entries of the index into the records that are handed out.
+#ifndef GZDAPI_READER_H
+#define GZDAPI_READER_H
+
+#include <array>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "index/index.h"
+#include "read/SampleQueue.h"
+#include "record/EData.h"
+#include "record/sample_layout.h"
+#include "record/stream_state.h"
+#include "repair/event_pairing.h"
+#include "scan/long_message.h"
+#include "stream/MVIO.h"
+
+namespace gzd {
+
+class Reader : public SampleSource {
+ public:
+  // `stream` and `items` are borrowed; `state` tells format and options, its parameters come from
+  // the index.
+  Reader(InputStream& stream, const StreamState& streamState, const Index& items);
+
+  // Takes over what the scan found; its parameters do not matter.
+  void useState(const StreamState& scanned) { state = scanned; }
+  // To be called when the index has its final order. With `pairEvents` the times of eye events
+  // follow the repairs.
+  void indexIsFinal(bool pairEvents);
+
+  // The record of the entry at `itemIndex`, valid until the next call; null, logged, for an entry
+  // that cannot be read.
+  ALLF_DATA* getFloatData(UINT32 itemIndex);
+  // The same of nearly every sample behind another one, quickly; null, with nothing done, for
+  // any other entry.
+  ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
+    const ItemList& items = index.gzdItemList;
+    if (itemIndex - run.firstItem >= run.items || !items.isSampleAt(itemIndex)) return nullptr;
+    const INT64 place = items[itemIndex].getFilePos();
+    const UINT64 stamp = items.stampAt(itemIndex);
+    const byte* const body = run.recordAt(place);
+    if (body == nullptr) return nullptr;
+    const UINT16 tag = load_be16(body - sizeof(UINT16));
+    if (!layout.suits(tag)) return nullptr;
+    setPlaceInTime(tag, stamp);
+    if (layout.isUsual)
+      decode_usual_part(body, layout, fData.fs);
+    else
+      decode_fixed_part(body, layout, fData.fs);
+    return &fData;
+  }
+  // The message text of an entry, up to its first NUL; empty when it has none.
+  std::string_view messageText(UINT32 itemIndex);
+
+  [[nodiscard]] const ALLF_DATA* record() const { return &fData; }
+  // The code of the entry whose record was read last; 0 before the first.
+  [[nodiscard]] int typeOfRecord() const { return recordType; }
+
+  void setVelocityKinds(unsigned kinds) {
+    velocityKinds = kinds & GZD_VELOCITY_ALL;
+    presetTag = 0;
+    run = Run();
+  }
+
+  void readQueueSample(UINT32 itemIndex, Sample& sample) override;
+  int stampsPerSampleAt(UINT32 itemIndex) override;
+
+ private:
+  // Entries between two recording entries, and their block, null outside blocks.
+  struct Stretch {
+    UINT32 begin = 0;
+    UINT32 end = 0;
+    const Recording* block = nullptr;
+  };
+
+  // Where samples like the one read last need no more than to be decoded: entries of a block, with
+  // records whole in the stream's window, whose velocities nobody wants.
+  struct Run {
+    UINT32 firstItem = 0;
+    UINT32 items = 0;
+    INT64 firstPlace = 0;  // of records in the file
+    INT64 places = 0;
+    const byte* bytes = nullptr;  // at the first place
+
+    // The record's body at a place in the file; null when it is not in the run.
+    [[nodiscard]] const byte* recordAt(INT64 place) const {
+      const auto ahead = static_cast<UINT64>(place - firstPlace);
+      return ahead < static_cast<UINT64>(places) ? bytes + ahead : nullptr;
+    }
+  };
+
+  // Entries that the reader made itself: dummies and the recorded sample each is modelled on.
+  struct DummyModel {
+    UINT32 first = NONE;  // all dummies from here
+    UINT32 last = 0;      // up to here have the same one
+    UINT32 recorded = NONE;
+    bool isMade = false;
+    UINT16 tag = 0;
+    Sample dummy;  // but for its place in time
+  };
+  static constexpr UINT32 NONE = 0xFFFFFFFFu;
+
+  int readItem(UINT32 itemIndex);
+  bool readLikeTheOneBefore(GZDItem item);
+  // The tag of an odd stamp's sample tells that it lies half a millisecond behind its time.
+  static UINT16 flags_at(UINT16 tag, UINT64 stamp) {
+    return static_cast<UINT16>(tag | ((stamp & 1) != 0 ? SMP_HALF_MS : 0));
+  }
+  void setPlaceInTime(UINT16 tag, UINT64 stamp) {
+    fData.fs.time = time_of_stamp(stamp);
+    fData.fs.flags = flags_at(tag, stamp);
+  }
+  void beginRun();
+  void readSample(UINT32 itemIndex, GZDItem item);
+  bool readSampleDirectly(GZDItem item);
+  // The record of a sample, from its tag on, when it can be decoded where it lies into a sample
+  // preset for the layout tag `presetFor`, with the layout used last; else null.
+  [[nodiscard]] const byte* recordAsPreset(const GZDItem& item, UINT16 presetFor) const {
+    constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
+    const INT64 place = item.getFilePos() - static_cast<INT64>(sizeof(UINT16));
+    if (layout.tag != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
+    const byte* const record = file.inWindow(place, LONGEST);
+    return record != nullptr && layout.suits(load_be16(record)) ? record : nullptr;
+  }
+  void readQueueSampleAnew(const GZDItem& item, Sample& sample);
+  void readWithQueue(UINT32 itemIndex, int slot);
+  void setVelocities(UINT32 itemIndex, int slot, const Recording& block);
+  void readEvent(UINT32 itemIndex, GZDItem item);
+  void readInsertedEvent(const GZDItem& item);
+  void assembleLongMessage(const GZDItem& item);
+  void decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event);
+
+  [[nodiscard]] bool isInEpoch(INT64 position) const {
+    return position >= epochBegin && position < epochEnd;
+  }
+  void enterEpochOf(INT64 position);
+  void goTo(INT64 position);
+  UINT16 goToSample(const GZDItem& item);
+  const SampleLayout& layoutFor(UINT16 tag);
+  const Stretch& stretchAt(UINT32 itemIndex);
+  void makeModel(UINT32 recorded);
+  void makeDummy(UINT32 itemIndex, FSAMPLE& sample);
+  [[nodiscard]] UINT32 recordedSampleNear(UINT32 itemIndex);
+
+  InputStream& file;
+  StreamState state;
+  const Index& index;
+  std::vector<UINT32> boundaries;  // indices of the recording entries
+  bool timesFollowRepairs = false;
+  EventPairing pairing;
+  SampleQueue queue;
+  unsigned velocityKinds = GZD_VELOCITY_ALL;
+
+  // Between these places the parameters in force hold.
+  INT64 epochBegin = 0;
+  INT64 epochEnd = -1;
+  Stretch stretch;
+  DummyModel model;
+
+  ALLF_DATA fData{};
+  int recordType = 0;
+  UINT16 presetTag = 0;  // fData is a sample preset for this layout tag; 0 when it is not
+  Run run;
+  SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none
+  FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
+  UINT16 queuePresetTag = 0;
+  MessageText lstring_buffer;
+  // A long message, laid out as an LSTRING; made when the first one is met.
+  struct LongText {
+    INT16 len;
+    std::array<char, LONG_MESSAGE_CAPACITY> text;
+  };
+  std::unique_ptr<LongText> longText;
+};
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,46 @@
+#include "read/time_shift.h"
+
+#include <algorithm>
+
+#include "base/log.h"
+#include "record/EData.h"
+
+namespace gzd {
+
+namespace {
+
+// Below this no time is shifted.
+constexpr UINT32 LARGE_TIME = 0x3FFFFFFF;
+
+UINT32 first_time_of(const FEVENT& event) {
+  return event.time != 0 ? std::min(event.sttime, event.time) : event.sttime;
+}
+
+}  // namespace
+
+// Returns whether the record at hand is to be shifted.
+bool TimeShift::decide(UINT32 first, UINT32 maxTime, const char* announcement) {
+  if (firsttime != 0) return true;
+  firsttime = first;
+  disableTimeFix = maxTime < LARGE_TIME;
+  if (!disableTimeFix) print_log("%s", announcement);
+  return !disableTimeFix;
+}
+
+void TimeShift::shift(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime) {
+  if (type == GZD_SAMPLE) {
+    if (decide(d.fs.time, maxTime, "Enabling time offset fixup\n")) d.fs.time -= minTime;
+  } else if (type == GZD_RECORDING) {
+    // Boundaries are shifted by the first time handed out, not by the smallest.
+    if (decide(d.rec.time, maxTime, "Enabling time offset fixup\n")) d.rec.time -= firsttime;
+  } else if (is_known_event_type(type)) {
+    if (!decide(first_time_of(d.fe), maxTime, "Enabling time offset fixup \n")) return;
+    d.fe.time -= minTime;
+    d.fe.sttime -= minTime;
+    d.fe.entime -= minTime;
+  } else {
+    print_log("Unknown type %d\n", type);
+  }
+}
+
+}  // namespace gzd

@@ -1,0 +1,17 @@
+#include "record/EData.h"
+
+#include "base/log.h"
+
+namespace gzd {
+
+std::string_view text_of(const LSTRING* message) {
+  return message != nullptr ? std::string_view(&message->c) : std::string_view();
+}
+
+void EData::process_event() const {
+  if (!is_known_event_type(type)) {
+    print_log(">>>>> FILE STRUCTURE ERROR: UNKNOWN EVENT (%d)\n", static_cast<int>(type));
+  }
+}
+
+}  // namespace gzd

@@ -1,0 +1,46 @@
+// A decoded event and the message text that belongs to it.
+#ifndef GZDAPI_EDATA_H
+#define GZDAPI_EDATA_H
+
+#include <array>
+#include <string_view>
+
+#include "gzd_data.h"
+
+namespace gzd {
+
+// The longest message text that one record holds.
+constexpr int MESSAGE_RECORD_CAPACITY = 498;
+
+// True for the event types that can be handed out.
+constexpr bool is_known_event_type(int type) {
+  return (type >= 1 && type <= 10) || (type >= GZD_START_SAMPLES && type <= GZD_END_EVENTS) ||
+         type == GZD_MESSAGE || type == GZD_BUTTON || type == GZD_INPUT;
+}
+
+// A message text of one record, laid out as an LSTRING: length, characters, NULs to the end.
+struct MessageText {
+  INT16 len = 0;
+  std::array<char, MESSAGE_RECORD_CAPACITY + 2> text{};
+
+  void clear() { *this = MessageText(); }
+  LSTRING* asLString() { return reinterpret_cast<LSTRING*>(this); }
+};
+
+// The text behind an LSTRING up to its first NUL; empty without one.
+std::string_view text_of(const LSTRING* message);
+
+class EData : public FEVENT {
+ public:
+  EData() : FEVENT{} {}
+  explicit EData(const FEVENT& event) : FEVENT(event) {}
+
+  void clear() { *static_cast<FEVENT*>(this) = FEVENT{}; }
+
+  // Reports a type outside the known set; the event is handed out all the same.
+  void process_event() const;
+};
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,44 @@
+// What decoding a record needs to know beyond its bytes.
+#ifndef GZDAPI_STREAM_STATE_H
+#define GZDAPI_STREAM_STATE_H
+
+#include "gzd_data.h"
+
+namespace gzd {
+
+// Divisors of stored integers, set by the start records of a block.
+struct DecodingParameters {
+  float gaze_prescale = 1.0f;
+  float velocity_prescale = 10.0f;
+  float pupil_prescale = 1.0f;
+  float head_prescale = 1.0f;
+
+  bool operator==(const DecodingParameters&) const = default;
+};
+
+struct StreamState {
+  DecodingParameters parameters;
+
+  // From the preamble and the open options.
+  INT16 revision = 0;
+  INT16 ovilo_revision = 1;
+  bool enableMsgTimestampOffsetTranslation = false;
+
+  // The pending tag word: read, but its record is not yet decoded. 0 when there is none.
+  UINT16 last_tag = 0;
+
+  // Running state of the stream.
+  UINT32 curr_time = 0;  // ms, of the newest sample
+  float sam_per_sec = 250.0f;
+  INT16 sample_divisor = 1;
+  UINT16 sam_data = 0;  // union of the flags of the block's samples
+  UINT16 evt_flags = 0;
+  UINT16 evt_data = 0;
+  INT16 crmode = 0;
+  INT16 ffilter = 0;
+  INT16 lfilter = 0;
+};
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,107 @@
+// mergeBlinksInsideSaccade: the parser may split a blink when the pupil flashes up for some
+// samples. Within a saccade of the same eye, the end of a blink and the start of the next one are
+// both taken out, so that the first start and the last end remain.
+//
+// markSamplesInsideBlink: one state per eye, set and cleared by starts and ends of blinks.
+
+#include "repair/blink_repair.h"
+
+#include <array>
+#include <optional>
+
+#include "index/index_edits.h"
+
+namespace gzd {
+
+namespace {
+
+struct SaccadeState {
+  int blinks = 0;
+  std::optional<UINT32> lastEnd;  // place of the last end of blink
+  bool inside = false;
+  bool merged = false;
+};
+
+class BlinkMerge {
+ public:
+  explicit BlinkMerge(Index& list) : index(list), items(list.gzdItemList) {}
+
+  void run() {
+    for (const Landmark mark : index.landmarks()) examine(mark.place, items[mark]);
+    if (edits.apply(items)) index.itemsChanged();
+  }
+
+ private:
+  void examine(UINT32 place, const GZDItem& item) {
+    SaccadeState& eye = eyes[static_cast<std::size_t>(item.getEye())];
+    switch (item.getItemType()) {
+      case GZD_RECORDING:
+        eyes = {};
+        break;
+      case GZD_START_SACCADE:
+        eye = {};
+        eye.inside = true;
+        break;
+      case GZD_END_SACCADE:
+        eye = {};
+        break;
+      case GZD_START_BLINK:
+        startBlink(eye, place);
+        break;
+      case GZD_END_BLINK:
+        if (eye.merged) items.change(place, [](GZDItem& end) { end.markBlinkMerged(); });
+        eye.lastEnd = place;
+        break;
+      default:
+        break;
+    }
+  }
+
+  void startBlink(SaccadeState& eye, UINT32 place) {
+    if (!eye.inside || eye.blinks == 0 || !eye.lastEnd) {
+      ++eye.blinks;
+      return;
+    }
+    edits.remove(*eye.lastEnd);
+    edits.remove(place);
+    eye.merged = true;
+    eye.lastEnd.reset();
+  }
+
+  Index& index;
+  ItemList& items;
+  IndexEdits edits;
+  std::array<SaccadeState, 2> eyes;
+};
+
+}  // namespace
+
+void mergeBlinksInsideSaccade(Index& index) {
+  BlinkMerge(index).run();
+}
+
+void markSamplesInsideBlink(Index& index) {
+  std::array<bool, 2> inside{};
+  const auto mark = [&](std::size_t begin, std::size_t end) {
+    if (!inside[GZD_LEFT_EYE] && !inside[GZD_RIGHT_EYE]) return;
+    for (std::size_t place = begin; place < end; ++place) {
+      index.gzdItemList.change(place, [&](GZDItem& sample) {
+        if (inside[GZD_LEFT_EYE]) sample.markSampleInsideBlink(GZD_LEFT_EYE);
+        if (inside[GZD_RIGHT_EYE]) sample.markSampleInsideBlink(GZD_RIGHT_EYE);
+      });
+    }
+  };
+  std::size_t behind = 0;  // the place behind the landmark before
+  for (const Landmark landmark : index.landmarks()) {
+    mark(behind, landmark.place);
+    behind = landmark.place + std::size_t{1};
+    const GZDItem& item = index.gzdItemList[landmark];
+    if (item.isRecording()) inside = {};
+    if (item.getItemType() == GZD_START_BLINK || item.getItemType() == GZD_END_BLINK) {
+      inside[static_cast<std::size_t>(item.getEye())] = item.isStartEvent();
+    }
+  }
+  mark(behind, index.size());
+}
+
+}  // namespace gzd

@@ -1,0 +1,64 @@
+#include "repair/event_pairing.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace gzd {
+
+namespace {
+
+constexpr std::size_t KINDS = 3;  // blinks, saccades, fixations
+constexpr std::size_t EYES = 2;
+
+std::size_t pairOf(const GZDItem& item) {
+  const auto kind = static_cast<std::size_t>(item.getItemType() - GZD_START_BLINK) / 2;
+  return kind * EYES + static_cast<std::size_t>(item.getEye());
+}
+
+// True when an end is to show its start's entry time instead of the time in its own record.
+bool startDecides(const GZDItem& start, const GZDItem& end) {
+  return start.isTimeChanged() || start.isDummy() ||
+         (end.getItemType() == GZD_END_BLINK && end.isBlinkMerged());
+}
+
+}  // namespace
+
+EventPairing EventPairing::build(const Index& index) {
+  EventPairing pairing;
+  std::array<std::optional<GZDItem>, KINDS * EYES> open;
+  for (const Landmark mark : index.landmarks()) {
+    const GZDItem& item = index.gzdItemList[mark];
+    if (!item.isEyeEvent()) continue;
+    std::optional<GZDItem>& start = open[pairOf(item)];
+    if (item.isStartEvent()) {
+      start = item;
+    } else if (start) {
+      const UINT32 startTime = time_of_stamp(start->getTimeStamp());
+      if (startDecides(*start, item) && startTime < time_of_stamp(item.getTimeStamp())) {
+        pairing.ends.push_back({mark.place, startTime});
+      }
+      start.reset();
+    }
+  }
+  return pairing;
+}
+
+void EventPairing::showEntryTime(const GZDItem& item, FEVENT& event) {
+  const UINT32 time = time_of_stamp(item.getTimeStamp());
+  if (item.isStartEvent()) {
+    event.sttime = time;
+  } else {
+    event.entime = time;
+    event.sttime = std::min(event.sttime, time);
+  }
+}
+
+void EventPairing::showStartTime(UINT32 itemIndex, FEVENT& event) const {
+  const auto found =
+      std::lower_bound(ends.begin(), ends.end(), itemIndex,
+                       [](const ChangedEnd& end, UINT32 wanted) { return end.itemIndex < wanted; });
+  if (found != ends.end() && found->itemIndex == itemIndex) event.sttime = found->startTime;
+}
+
+}  // namespace gzd

@@ -1,0 +1,87 @@
+// The start record of a fixation can carry a time behind the fixation's end. The end record tells
+// when the fixation began: its start entry moves there, or to the start of its block when the end
+// record's time lies before that.
+#include "repair/fixation_repair.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace gzd {
+
+namespace {
+
+UINT64 start_of_newest_recording(const Index& index) {
+  const Recording* newest = index.newestRecording();
+  if (newest != nullptr) return newest->getTime() >> 1;
+  std::printf("ERROR: No start rec \n");
+  return 0;
+}
+
+int as_int(UINT64 value) {
+  return static_cast<int>(value);
+}
+
+void report(const char* what, UINT64 position, const GZDItem& start, UINT64 endStamp) {
+  std::printf("%s: SFIX later than endfix sfix_index=%lld sfix.sttime=%lld efix.entime=%lld\n",
+              what, static_cast<long long>(position),
+              static_cast<long long>(start.getTimeStamp() >> 1),
+              static_cast<long long>(endStamp >> 1));
+}
+
+}  // namespace
+
+void FixationRepair::follow(const FEVENT& event, const Index& index) {
+  const int eye = event.eye == GZD_LEFT_EYE ? 0 : 1;
+  if (event.type == GZD_START_FIXATION) {
+    lastStart[eye] = event.sttime;
+    latestStart[eye] = std::max(latestStart[eye], event.sttime);
+  }
+  if (event.type != GZD_END_FIXATION) return;
+  anyEndBeforeStart |= event.entime < latestStart[eye];
+  if (event.entime >= lastStart[eye]) return;
+  const UINT64 recordingStart = start_of_newest_recording(index);
+  std::printf(
+      "ORIGINAL SFIX time is later than end fix time sfix.sttime=%d efix.entime=%d efix.sttime=%d "
+      "rec_start_time=%d\n",
+      as_int(event.entime), as_int(lastStart[eye]), as_int(event.sttime), as_int(recordingStart));
+  if (start_fix_time_stamp_fix.size() < MAX_ROWS) {
+    start_fix_time_stamp_fix.push_back({lastStart[eye], event.sttime, recordingStart});
+  }
+}
+
+void FixationRepair::repair(Index& index) const {
+  if (!anyEndBeforeStart) return;
+  struct Start {
+    std::size_t place = 0;
+    UINT64 stamp = 0;  // as recorded, also after a repair
+  };
+  Start starts[2];
+  ItemList& items = index.gzdItemList;
+  for (std::size_t place = 0; place < items.size(); ++place) {
+    const GZDItem item = items[place];
+    Start& start = starts[item.getEye()];
+    if (item.getItemType() == GZD_START_FIXATION) {
+      start = {place, item.getTimeStamp()};
+    } else if (item.getItemType() == GZD_END_FIXATION && item.getTimeStamp() < start.stamp) {
+      items.change(start.place, [&](GZDItem& fixation) {
+        repairStart(fixation, start.place, item.getTimeStamp());
+      });
+    }
+  }
+  index.stampsChanged();
+}
+
+void FixationRepair::repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const {
+  const UINT64 time = start.getTimeStamp() >> 1;
+  start.setFixedTimeStamp(start.getTimeStamp());
+  report("FIXING", position, start, endStamp);
+  const auto row = std::find_if(start_fix_time_stamp_fix.begin(), start_fix_time_stamp_fix.end(),
+                                [time](const SuspiciousFixation& s) { return s.start == time; });
+  if (row == start_fix_time_stamp_fix.end()) return;
+  const bool inside = row->recordingStart == 0 || row->recordingStart <= row->startOfEnd;
+  start.setFixedTimeStamp(2 * (inside ? row->startOfEnd : row->recordingStart));
+  report(inside ? "FIXED (A - Inside of recoding block)" : "FIXED (A - Outside of recoding block)",
+         position, start, endStamp);
+}
+
+}  // namespace gzd

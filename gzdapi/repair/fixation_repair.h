@@ -1,0 +1,41 @@
+// Fixations whose recorded start lies behind their end.
+#ifndef GZDAPI_FIXATION_REPAIR_H
+#define GZDAPI_FIXATION_REPAIR_H
+
+#include <vector>
+
+#include "index/index.h"
+
+namespace gzd {
+
+// A suspicious fixation, times in ms.
+struct SuspiciousFixation {
+  UINT64 start;           // as its start record has it
+  UINT64 startOfEnd;      // as its end record has it
+  UINT64 recordingStart;  // of the block it lies in, 0 without one
+};
+
+class FixationRepair {
+ public:
+  // Follows the fixation records while the file is scanned, and reports those that end before they
+  // start.
+  void follow(const FEVENT& event, const Index& index);
+
+  // Gives the starts of those fixations, in file order still, an earlier stamp.
+  void repair(Index& index) const;
+
+ private:
+  static constexpr std::size_t MAX_ROWS = 100;
+
+  // What becomes of the start at `position` whose end has `endStamp`.
+  void repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const;
+
+  UINT32 lastStart[2] = {0, 0};  // ms, by eye
+  UINT32 latestStart[2] = {0, 0};
+  bool anyEndBeforeStart = false;  // of any fixation of the same eye before it
+  std::vector<SuspiciousFixation> start_fix_time_stamp_fix;
+};
+
+}  // namespace gzd
+
+#endif

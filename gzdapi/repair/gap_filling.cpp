@@ -1,0 +1,221 @@
+// Three steps over the sample stream: gaps between samples are filled while the file is scanned
+// (SampleClock), gaps between the start of a block and its first sample once the index is in order
+// (pad_block_starts), and what is irregular after that is counted (report_sample_periods).
+#include "repair/gap_filling.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "base/log.h"
+
+namespace gzd {
+
+namespace {
+
+constexpr INT64 LONGEST_PERIOD = 8;
+constexpr double LARGEST_COUNT = 2147483647.0;
+
+unsigned long long printable(UINT64 value) {
+  return value;
+}
+
+GZDItem dummy_sample(UINT64 stamp) {
+  return {POSITION_OF_DUMMY, GZD_SAMPLE, SIDE_NONE, 0, stamp};
+}
+
+}  // namespace
+
+void SampleClock::findPeriod(INT64 stamp, float sampleRate) {
+  const INT64 observed = stamp - previousStamp();
+  if (observed > LONGEST_PERIOD || observed <= 0) return;
+  period = observed;
+  const int expected = stamps_per_sample(sampleRate);
+  if (expected < 1 || expected > LONGEST_PERIOD || expected == observed) return;
+  print_log(
+      "Intersample period does not match with the sample rate given by the start recording event! "
+      "Using start recording sample rate. %d %d %d %d \n",
+      expected, static_cast<int>(observed), static_cast<int>(previousStamp()),
+      static_cast<int>(stamp));
+  period = expected;
+}
+
+void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRate,
+                             DummyBudget& budget) {
+  const INT64 stamp = static_cast<INT64>(unsignedStamp);
+  if (!knowsPeriod()) findPeriod(stamp, sampleRate);
+  if (!knowsPeriod() || stamp - previousStamp() <= period) return;
+
+  const int missing = static_cast<INT32>(stamp - 2 * last) / static_cast<INT32>(period);
+  print_log("Missing %d samples. Inserting dummy samples \n", missing);
+  print_log("Missing (%llu-%llu) samples. Calculating speriod \n",
+            printable(static_cast<UINT64>(last)), printable(unsignedStamp >> 1));
+  std::fflush(nullptr);
+  if (missing > DummyBudget::LONGEST_GAP || !budget.allows(missing - 1)) {
+    print_log("Missing samples are over 10000, skip it without addimg missing samples\n ");
+    return;
+  }
+  for (INT64 k = 1; k < missing; ++k) {
+    index.gzdItemList.push_back(dummy_sample(static_cast<UINT64>(previousStamp() + k * period)));
+  }
+}
+
+// ---- block starts
+// ------------------------------------------------------------------------------------
+
+namespace {
+
+class BlockStartPadding {
+ public:
+  explicit BlockStartPadding(DummyBudget& dummyBudget) : budget(dummyBudget) {}
+
+  // Pads between the block starts since the last sample and `sample`: the dummies, in ascending
+  // order, go to `dummies`.
+  void pad(const std::vector<const Recording*>& starts, UINT64 sampleStamp) {
+    dummies.clear();
+    firstStamp = sampleStamp;
+    for (const Recording* start : starts) padOne(*start);
+    std::reverse(dummies.begin(), dummies.end());
+  }
+
+  std::vector<GZDItem> dummies;
+
+ private:
+  void padOne(const Recording& start) {
+    if (firstStamp <= start.getTime()) return;
+    const int diff = static_cast<int>((firstStamp - start.getTime()) / 2);
+    const double samples = diff / (1000.0 / static_cast<double>(start.sample_rate));
+    const int count = static_cast<int>(std::clamp(samples, -LARGEST_COUNT, LARGEST_COUNT));
+    print_log(
+        "Missing sample at trial start. Trial start time = %llu First sample time=%llu diff=%d  "
+        "SampleRate=%.1f  Missing Sample count=%d\n",
+        printable(start.getTime() >> 1), printable(firstStamp >> 1), diff,
+        static_cast<double>(start.sample_rate), count);
+    if (!budget.allows(count)) return;
+    const UINT64 sampleStamp = firstStamp;
+    const UINT64 period = static_cast<UINT64>(stamps_per_sample(start.sample_rate));
+    for (int k = 1; k <= count; ++k) {
+      firstStamp = sampleStamp - static_cast<UINT64>(k) * period;
+      print_log("Inserting dummy sample at %d %llu\n", k, printable(firstStamp >> 1));
+      dummies.push_back(dummy_sample(firstStamp));
+    }
+  }
+
+  DummyBudget& budget;
+  UINT64 firstStamp = 0;
+};
+
+std::vector<ItemList::Packed> packed(ItemList& items, const std::vector<GZDItem>& dummies) {
+  std::vector<ItemList::Packed> entries;
+  entries.reserve(dummies.size());
+  for (const GZDItem& dummy : dummies) entries.push_back(items.pack(dummy));
+  return entries;
+}
+
+bool awaits_samples(const GZDItem& item) {
+  return item.isRecordingStart() && (item.getRecording()->sflags & (SMP_LEFT | SMP_RIGHT)) != 0;
+}
+
+}  // namespace
+
+void pad_block_starts(Index& index, DummyBudget& budget) {
+  struct Insertion {
+    std::size_t before;
+    std::vector<ItemList::Packed> dummies;
+  };
+  std::vector<Insertion> insertions;
+  std::vector<const Recording*> waiting;
+  BlockStartPadding padding(budget);
+  std::size_t added = 0;
+  const std::vector<Landmark>& landmarks = index.landmarks();
+  for (std::size_t i = 0; i < landmarks.size(); ++i) {
+    const GZDItem& item = index.gzdItemList[landmarks[i]];
+    if (awaits_samples(item)) waiting.push_back(item.getRecording());
+    const std::size_t behind = landmarks[i].place + std::size_t{1};
+    const std::size_t nextLandmark =
+        i + 1 < landmarks.size() ? landmarks[i + 1].place : index.gzdItemList.size();
+    if (waiting.empty() || behind == nextLandmark) continue;
+    padding.pad(waiting, index.gzdItemList[behind].getTimeStamp());
+    waiting.clear();
+    if (padding.dummies.empty()) continue;
+    added += padding.dummies.size();
+    insertions.push_back({behind, packed(index.gzdItemList, padding.dummies)});
+  }
+  if (insertions.empty()) return;
+
+  std::vector<ItemList::Packed>& entries = index.gzdItemList.packed();
+  std::vector<ItemList::Packed> padded;
+  padded.reserve(entries.size() + added);
+  auto copied = entries.begin();
+  for (const Insertion& insertion : insertions) {
+    const auto sample = entries.begin() + static_cast<std::ptrdiff_t>(insertion.before);
+    padded.insert(padded.end(), copied, sample);
+    padded.insert(padded.end(), insertion.dummies.begin(), insertion.dummies.end());
+    copied = sample;
+  }
+  padded.insert(padded.end(), copied, entries.end());
+  entries = std::move(padded);
+  index.itemsChanged();
+}
+
+// ---- statistics
+// ----------------------------------------------------------------------------------------
+
+namespace {
+
+class PeriodCount {
+ public:
+  explicit PeriodCount(const Index& entries) : index(entries) {}
+
+  void run() {
+    std::size_t behind = 0;  // the place behind the landmark before
+    for (const Landmark mark : index.landmarks()) {
+      countSamples(behind, mark.place);
+      behind = mark.place + std::size_t{1};
+      const GZDItem& item = index.gzdItemList[mark];
+      if (item.isRecording()) meetBoundary(item);
+    }
+    countSamples(behind, index.size());
+  }
+
+  unsigned shorter = 0;
+  unsigned longer = 0;
+
+ private:
+  void meetBoundary(const GZDItem& item) {
+    expected = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
+    hasPrevious = false;
+  }
+
+  void countSamples(std::size_t first, std::size_t last) {
+    for (std::size_t place = first; place < last; ++place) {
+      const INT64 stamp = static_cast<INT64>(index.gzdItemList.stampAt(place));
+      if (expected == 0) {
+        stray.log(stamp);
+        continue;
+      }
+      if (hasPrevious && stamp - previous < expected) ++shorter;
+      if (hasPrevious && stamp - previous > expected) ++longer;
+      previous = stamp;
+      hasPrevious = true;
+    }
+  }
+
+  const Index& index;
+  NumberLine stray{"Sample at time ", " encountered before start of next recording block\n"};
+  INT64 expected = 0;
+  bool hasPrevious = false;
+  INT64 previous = 0;
+};
+
+}  // namespace
+
+void report_sample_periods(const Index& index) {
+  PeriodCount count(index);
+  count.run();
+  constexpr const char* COUNT_LINE =
+      "%u inter-sample periods were %s than expected from the sampling rate\n";
+  if (count.shorter != 0) print_log(COUNT_LINE, count.shorter, "shorter");
+  if (count.longer != 0) print_log(COUNT_LINE, count.longer, "longer");
+}
+
+}  // namespace gzd

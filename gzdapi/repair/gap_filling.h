@@ -1,0 +1,84 @@
+// Fills gaps in the sample stream with dummy entries, and counts irregular steps.
+#ifndef GZDAPI_GAP_FILLING_H
+#define GZDAPI_GAP_FILLING_H
+
+#include "index/index.h"
+
+namespace gzd {
+
+// Bounds on the entries made for samples that are not there.
+struct DummyBudget {
+  static constexpr int LONGEST_GAP = 10000;    // samples of one gap
+  static constexpr int ALL_GAPS = 10'000'000;  // samples of all gaps of a file
+
+  // Takes `count` from what is left of the file's budget. False when one gap or the file would
+  // exceed its bound; nothing is taken then.
+  bool allows(int count) {
+    if (count > LONGEST_GAP || count > left) return false;
+    if (count > 0) left -= count;
+    return true;
+  }
+
+  int left = ALL_GAPS;
+};
+
+// Follows the times of the samples while the file is scanned.
+class SampleClock {
+ public:
+  // At any boundary of a block; at a start the period has to be found anew.
+  void forgetTimes() { last = beforeLast = UNKNOWN; }
+  void forgetPeriod() { period = UNKNOWN; }
+
+  // The stamp of a sample at `time`: a repeated time counts as half a millisecond later.
+  [[nodiscard]] UINT64 stampOf(UINT32 time) const {
+    return stamp_of_time(time) + (INT64{time} == last ? 1 : 0);
+  }
+  // The stamp of the sample before; -1 when none is known.
+  [[nodiscard]] INT64 previousStamp() const { return 2 * last + (last == beforeLast ? 1 : 0); }
+  // Whether largestStep() tells which samples are regular.
+  [[nodiscard]] bool isTicking(bool checksGaps) const {
+    return last >= 1 && beforeLast >= 1 && (knowsPeriod() || !checksGaps);
+  }
+  // From the stamp of the sample before to the next, if nothing is to be missing. Any step that
+  // rises when gaps do not matter.
+  [[nodiscard]] UINT64 largestStep(bool checksGaps) const {
+    constexpr UINT64 ANY_RISE = ~UINT64{0} >> 1;
+    return checksGaps ? static_cast<UINT64>(period) : ANY_RISE;
+  }
+  // Enters dummies for the samples missing before one with `stamp`, and says so in the log.
+  void fillGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget) {
+    if (!isRegular(stamp)) examineGap(index, stamp, sampleRate, budget);
+  }
+  // Goes on to a sample at `time`.
+  void advance(UINT32 time) {
+    beforeLast = last;
+    last = time;
+  }
+
+ private:
+  static constexpr int UNKNOWN = -1;
+
+  // Whether nothing is missing before a sample with `stamp`, as far as is known.
+  [[nodiscard]] bool isRegular(UINT64 stamp) const {
+    if (last < 1 || beforeLast < 1) return true;
+    return knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period;
+  }
+  void examineGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget);
+  void findPeriod(INT64 stamp, float sampleRate);
+  [[nodiscard]] bool knowsPeriod() const { return period >= 1 && period <= 8; }
+
+  INT64 last = UNKNOWN;  // ms
+  INT64 beforeLast = UNKNOWN;
+  INT64 period = UNKNOWN;  // stamps
+};
+
+// Enters dummies for samples that are missing at the start of blocks. The index is in time order.
+void pad_block_starts(Index& index, DummyBudget& budget);
+
+// Logs samples outside blocks and how many steps between samples are shorter or longer than the
+// rate says. The index is in time order.
+void report_sample_periods(const Index& index);
+
+}  // namespace gzd
+
+#endif

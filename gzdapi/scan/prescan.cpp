@@ -1,0 +1,357 @@
+// 1. The stream is walked record by record, up to its zero tag. Each record that can be handed out
+//    gets an entry, in file order; boundaries are paired (boundaries), pieces of long messages
+//    grouped (long_message), gaps between samples filled (gap_filling).
+// 2. Fixations that end before they start are mended (fixation_repair).
+// 3. The entries are put into time order (time_order).
+// 4. Missing samples at block starts are filled, irregular periods counted (gap_filling).
+// Steps 2 and 4 and the filling of gaps only when consistency is to be fixed.
+#include "scan/prescan.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+#include "base/log.h"
+#include "order/time_order.h"
+#include "record/event_decoder.h"
+#include "record/record_stream.h"
+#include "record/sample_decoder.h"
+#include "repair/fixation_repair.h"
+#include "repair/gap_filling.h"
+#include "scan/boundaries.h"
+#include "scan/long_message.h"
+#include "scan/regular_samples.h"
+#include "scan/troubleshoot.h"
+
+namespace gzd {
+
+namespace {
+
+// The last place in a file at which a record is read.
+constexpr INT64 LAST_POSITION = 2147400000;
+
+// Entries before the first estimate of how many there will be.
+constexpr std::size_t ENTRIES_FOR_ESTIMATE = 16384;
+// The estimate goes no higher, whatever the records before it look like.
+constexpr double MOST_ENTRIES_PER_BYTE = 1.0 / 8.0;
+
+enum InputType { INPUT_EVENTS = 1, INPUT_IN_SAMPLES = 2 };
+
+// Large pages make touching the index for the first time several times cheaper. Advice only.
+void ask_for_huge_pages(void* memory, std::size_t bytes) {
+  constexpr std::uintptr_t PAGE = 4096;
+  const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(memory) + PAGE - 1) & ~(PAGE - 1);
+  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) & ~(PAGE - 1);
+  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
+
+bool is_boundary(int type) {
+  return type >= GZD_START_SAMPLES && type <= GZD_END_EVENTS;
+}
+bool is_boundary_of_samples(int type) {
+  return type == GZD_START_SAMPLES || type == GZD_END_SAMPLES;
+}
+bool is_block_start(int type) {
+  return type == GZD_START_SAMPLES || type == GZD_START_EVENTS;
+}
+
+// The trace of one scan: its record and its file.
+class DebugTrace {
+ public:
+  DebugTrace(InputStream& file, const char* fileName) {
+    d.sampleRate = 4;
+    d.data_dump_size = 200;
+    if (fileName == nullptr) return;
+    out.reset(std::fopen(fileName, "w"));
+    if (!out) return;
+    d.debugFile = out.get();
+    d.gzd_file_size = file.getFileSize();
+    std::fprintf(out.get(), "%s file size %d \n", "Start of debug ", d.gzd_file_size);
+  }
+
+  [[nodiscard]] bool isOn() const { return out != nullptr; }
+
+  void follow(InputStream& file, NextRecord kind) {
+    if (out) troubleshootScan(file, d, static_cast<int>(kind));
+  }
+
+  void finish(const InputStream& file) {
+    if (!out) return;
+    std::fprintf(out.get(), "Total Ov Items %d events %d samples %d File position %d \n",
+                 d.totalOvItem, d.totalEvents, d.totalSamples, static_cast<int>(file.getFilePos()));
+    out.reset();
+  }
+
+ private:
+  struct Closer {
+    void operator()(FILE* f) const { std::fclose(f); }
+  };
+
+  DebugParaT d;
+  std::unique_ptr<FILE, Closer> out;
+};
+
+class Scan {
+ public:
+  Scan(InputStream& in, StreamState& streamState, const ScanOptions& scanOptions, Index& target)
+      : file(in),
+        state(streamState),
+        options(scanOptions),
+        index(target),
+        trace(in, scanOptions.debugFileName),
+        fileSize(in.getFileSize()) {
+    index.parameterEpochs.push_back({0, state.parameters});
+  }
+
+  void run() {
+    while (!ended) {
+      if (readRegularSamples()) continue;
+      const NextRecord kind = nextRecord();
+      trace.follow(file, kind);
+      const INT64 position = file.getFilePos();
+      switch (kind) {
+        case NextRecord::End:
+          ended = true;
+          break;
+        case NextRecord::Event:
+          readEvent(position);
+          break;
+        case NextRecord::Sample:
+          readSample(position);
+          break;
+      }
+    }
+    trace.finish(file);
+    finish();
+  }
+
+ private:
+  NextRecord nextRecord() {
+    if (!options.failsafe) return next_combfile_item(file, state);
+    try {
+      const NextRecord kind = next_combfile_item(file, state);
+      return kind == NextRecord::End ? next_combfile_item(file, state) : kind;
+    } catch (const GZDException& error) {
+      print_log("Error reading items %s \n", error.getMessage());
+      sortItems(index);
+      return NextRecord::End;
+    }
+  }
+
+  // Notes the times of a record just read, and whether the scan goes on behind it.
+  void noteRecord(INT64 position, UINT32 firstTime, UINT32 lastTime) {
+    if (position > LAST_POSITION) endAtLimit();
+    if (!anyRecord) index.minTime = firstTime;
+    anyRecord = true;
+    index.maxTime = std::max(index.maxTime, std::max(firstTime, lastTime));
+  }
+
+  void endAtLimit() {
+    print_log(
+        "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files up "
+        "to 2 GB. Data after the 2 GB limit will be discarded.\n");
+    ended = true;
+  }
+
+  // Ends the scan at a record that cannot be read, or throws.
+  void failToRead(int errorNumber, const char* kind, const char* message) {
+    print_log("error reading gzd file %d\n", errorNumber);
+    if (!options.failsafe) throw GZDException("%s", message);
+    print_log("Unexpected file read error while reading %s; simulating end reached. \n", kind);
+    ended = true;
+  }
+
+  // ---- events ----
+
+  void readEvent(INT64 position) {
+    const UINT16 tag = state.last_tag;
+    const int result = with_errors_caught(
+        options.failsafe, [&] { return decode_event(file, state, tag, text, event); });
+    noteRecord(position, event.sttime, event.entime);
+    if (result < 0) return failToRead(1, "event", "Error reading event - type(preScan)");
+    if (is_block_start(event.type)) noteParameters(position);
+    if (options.failsafe && event.type == 0) {
+      print_log("Unexpected event type tag 0. Skipping event \n");
+    } else if (is_boundary(event.type)) {
+      indexBoundary();
+    } else if (options.loadEvents && position <= LARGEST_POSITION) {
+      indexEvent(position, tag);
+    }
+  }
+
+  void noteParameters(INT64 position) {
+    if (index.parameterEpochs.back().parameters == state.parameters) return;
+    index.parameterEpochs.push_back({position, state.parameters});
+  }
+
+  void indexBoundary() {
+    const bool kept = is_boundary_of_samples(event.type) ? options.loadSamples : options.loadEvents;
+    clock.forgetTimes();
+    if (is_block_start(event.type)) clock.forgetPeriod();
+    if (!kept) return;
+    if (event.type == GZD_END_SAMPLES) adjustSampleFlags();
+    pairing.add(index, make_boundary(event, state, index),
+                static_cast<UINT64>(static_cast<int>(2 * state.sam_per_sec)));
+  }
+
+  // The newest sample tells what the head data of its block really are.
+  void adjustSampleFlags() {
+    Recording* const block = index.newestRecording();
+    if (block == nullptr || !block->isStart()) return;
+    const int htype = newestSample.htype;
+    constexpr int NOT_A_HEAD_TYPE = -32768;
+    constexpr int HEAD_TYPE_WITHOUT_DATA = 15;
+    if ((htype & 8) == 0) {
+      if ((newestSample.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == HEAD_TYPE_WITHOUT_DATA) {
+        block->sflags &= static_cast<UINT16>(~SMP_HEAD_DATA);
+      }
+    } else if (htype != NOT_A_HEAD_TYPE) {
+      block->sflags |= SMP_IS_SAMPLE;
+    }
+  }
+
+  void indexEvent(INT64 position, UINT16 tag) {
+    const int type = event.type;
+    if (options.failsafe && event.sttime == 0 && isTimedByStart(type)) {
+      print_log("Unexpected time stamp 0. Skipping event \n");
+      return;
+    }
+    if (type <= GZD_END_PARSE || type == GZD_RECORDING) return;
+    if (type == GZD_INPUT) index.inputType |= INPUT_EVENTS;
+    fixations.follow(event, index);
+    const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
+    const bool isEnd = isEyeEvent && type % 2 == 0;
+    const UINT16 side = !isEyeEvent                 ? SIDE_NONE
+                        : event.eye == GZD_LEFT_EYE ? SIDE_LEFT
+                                                    : SIDE_RIGHT;
+    const GZDItem item(position, type, side, tag,
+                       stamp_of_time(isEnd ? event.entime : event.sttime));
+    makeRoom(position);
+    messages.add(index, item, text_of(event.message));
+  }
+
+  static bool isTimedByStart(int type) {
+    return type == GZD_START_PARSE || type == GZD_START_BLINK || type == GZD_START_SACCADE ||
+           type == GZD_START_FIXATION;
+  }
+
+  // ---- samples ----
+
+  // Nearly every record is a sample like the one before, at the regular distance, and whole in the
+  // window: reads as many of them as there are. Returns false when the next record is another.
+  bool readRegularSamples() {
+    constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
+    const bool checksGaps = options.fixConsistency && options.loadSamples;
+    if (!canBeShort || (options.loadSamples && !clock.isTicking(checksGaps))) return false;
+    const byte* const start = file.peek(LONGEST);
+    if (start == nullptr || !layout.suits(load_be16(start))) return false;
+    const std::size_t available = file.available();
+    const INT64 position = file.getFilePos();
+    if (position + static_cast<INT64>(available) > LAST_POSITION) return false;
+
+    const RegularRun run =
+        read_regular_samples({.layout = layout,
+                              .record = start,
+                              .last = start + (available - LONGEST),
+                              .position = position,
+                              .time = state.curr_time,
+                              .stamp = static_cast<UINT64>(clock.previousStamp()),
+                              .largestStep = clock.largestStep(checksGaps)},
+                             options.loadSamples ? &index.gzdItemList : nullptr);
+    if (run.newest == nullptr) return false;
+    glance_at_fixed_part(run.newest, run.timeBefore, layout, newestSample);
+    file.take(static_cast<std::size_t>(run.end - start));
+    state.curr_time = run.time;
+    index.maxTime = std::max(index.maxTime, run.time);
+    if (options.loadSamples) {
+      clock.advance(run.timeBefore);
+      clock.advance(run.time);
+      noteKind(run.hasNegativePupil, run.hasInput);
+    }
+    return true;
+  }
+
+  void readSample(INT64 position) {
+    const UINT16 tag = state.last_tag;
+    const int result = with_errors_caught(options.failsafe, [&] {
+      newestSample = glance_at_sample(file, state, tag, layout);
+      return 0;
+    });
+    noteRecord(position, newestSample.time, newestSample.time);
+    if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
+    canBeShort = !layout.hasBlocks && !trace.isOn();
+    if (options.loadSamples && position <= LARGEST_POSITION) indexSample(position);
+  }
+
+  void noteKind(bool hasNegativePupil, bool hasInput) {
+    hasRawSamples |= hasNegativePupil;
+    if (hasInput) index.inputType |= INPUT_IN_SAMPLES;
+  }
+
+  void indexSample(INT64 position) {
+    noteKind(newestSample.hasNegativePupil, newestSample.input != NOT_RECORDED_WORD);
+    const UINT64 stamp = clock.stampOf(newestSample.time);
+    if (options.fixConsistency) clock.fillGap(index, stamp, state.sam_per_sec, dummies);
+    makeRoom(position);
+    index.gzdItemList.addSample(position, stamp);
+    clock.advance(newestSample.time);
+  }
+
+  // Once, when the size of the records shows how many entries there will be: growing step by step
+  // would hold the index twice. Dummies take no bytes and tell nothing.
+  void makeRoom(INT64 position) {
+    const std::size_t count =
+        index.gzdItemList.size() - static_cast<std::size_t>(DummyBudget::ALL_GAPS - dummies.left);
+    if (hasEstimate || count < ENTRIES_FOR_ESTIMATE || fileSize <= position) return;
+    hasEstimate = true;
+    const double entriesPerByte =
+        std::min(static_cast<double>(count) / static_cast<double>(position), MOST_ENTRIES_PER_BYTE);
+    const double entries = static_cast<double>(fileSize) * entriesPerByte * 1.05;
+    index.gzdItemList.reserve(static_cast<std::size_t>(entries));
+    ask_for_huge_pages(index.gzdItemList.packed().data(),
+                       index.gzdItemList.capacity() * sizeof(ItemList::Packed));
+  }
+
+  // ---- the whole index ----
+
+  void finish() {
+    if (options.fixConsistency) fixations.repair(index);
+    sortItems(index);
+    if (!options.fixConsistency) return;
+    if (!hasRawSamples) pad_block_starts(index, dummies);
+    report_sample_periods(index);
+  }
+
+  InputStream& file;
+  StreamState& state;
+  const ScanOptions& options;
+  Index& index;
+  DebugTrace trace;
+  const INT64 fileSize;
+
+  EData event;
+  MessageText text;
+  SampleLayout layout;
+  bool canBeShort = false;  // the records of this layout need no more than their fixed part
+  SampleGlance newestSample;
+  BoundaryPairing pairing;
+  MessageGrouping messages;
+  FixationRepair fixations;
+  SampleClock clock;
+  DummyBudget dummies;
+  bool hasRawSamples = false;
+  bool anyRecord = false;
+  bool hasEstimate = false;
+  bool ended = false;
+};
+
+}  // namespace
+
+void preScan(InputStream& file, StreamState& state, const ScanOptions& options, Index& index) {
+  Scan(file, state, options, index).run();
+}
+
+}  // namespace gzd

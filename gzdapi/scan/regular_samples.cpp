@@ -1,0 +1,64 @@
+#include "scan/regular_samples.h"
+
+namespace gzd {
+
+namespace {
+
+// Most pupil sizes are not negative, which the upper bytes of their words tell.
+class PupilSigns {
+ public:
+  explicit PupilSigns(const SampleLayout& sampleLayout)
+      : layout(sampleLayout),
+        mask(layout.pupilSizes != 0 && layout.eyes != 0 ? 0x80 : 0),
+        first(layout.pupilSizes),
+        second(layout.pupilSizes + (layout.eyes == 2 ? sizeof(UINT16) : 0)) {}
+
+  [[nodiscard]] bool hasNegative(const byte* body) const {
+    if (((body[first] | body[second]) & mask) == 0) return false;
+    SampleGlance sample;
+    glance_at_fixed_part(body, 0, layout, sample);
+    return sample.hasNegativePupil;
+  }
+
+ private:
+  const SampleLayout& layout;
+  unsigned mask;
+  std::size_t first;
+  std::size_t second;
+};
+
+}  // namespace
+
+RegularRun read_regular_samples(const RegularSamples& expected, ItemList* items) {
+  const SampleLayout layout = expected.layout;
+  const PupilSigns pupils(layout);
+  const INT64 position = expected.position;
+  const byte* const last = expected.last;
+  const byte* const start = expected.record;
+  const byte* record = start;
+  const byte* newest = nullptr;
+  UINT32 time = expected.time;
+  UINT32 timeBefore = time;
+  UINT64 stampBefore = expected.stamp;
+  const UINT64 largestStep = expected.largestStep;
+  bool hasNegativePupil = false;
+  bool hasInput = false;
+  while (record <= last && layout.suits(load_be16(record))) {
+    const byte* const body = record + sizeof(UINT16);
+    const UINT32 next = recorded_time(body, time, layout);
+    const UINT64 stamp = stamp_of_time(next) + (next == time ? 1 : 0);
+    // The step to one that falls is large, too.
+    if (stamp - stampBefore - 1 >= largestStep) break;
+    if (items != nullptr) items->addSample(position + (body - start), stamp);
+    hasNegativePupil |= pupils.hasNegative(body);
+    hasInput |= layout.input != 0 && load_be16(body + layout.input) != NOT_RECORDED_WORD;
+    timeBefore = time;
+    time = next;
+    stampBefore = stamp;
+    newest = body;
+    record = body + length_with_head_data(body, layout);
+  }
+  return {record, newest, time, timeBefore, hasNegativePupil, hasInput};
+}
+
+}  // namespace gzd

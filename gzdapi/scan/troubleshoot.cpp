@@ -1,0 +1,160 @@
+// 1. Note the position, count item and call.
+// 2. At the end of the data: report it; go on when the file has more.
+// 3. At a record: keep the data time, look at the header word; go on when it is not a known one.
+// 4. Dump the bytes here.
+// 5. Search for the next position with a known header word; dump the bytes there.
+// The position is then that of the start: the trace only watches.
+// The search goes forward byte by byte. Its result holds for all positions up to the one found, so
+// that a whole file costs one search through it.
+
+#include "scan/troubleshoot.h"
+
+#include <string>
+#include <string_view>
+
+#include <algorithm>
+#include <array>
+
+namespace gzd {
+
+namespace {
+
+constexpr std::string_view HEX_DIGITS = "0123456789ABCDEF";
+
+constexpr int TAG_EVENT = 0;
+constexpr int TAG_SAMPLE = 1;
+constexpr int REST_WORTH_READING = 200;  // bytes
+constexpr std::array<INT16, 5> RECOVERY_HEADERS = {0x02F4, 0x02FC, 0x2100, 0x4100, 28};
+
+bool isRecoveryHeader(INT16 word) {
+  return std::find(RECOVERY_HEADERS.begin(), RECOVERY_HEADERS.end(), word) !=
+         RECOVERY_HEADERS.end();
+}
+
+bool isValidHeader(INT16 word) {
+  return word == 0 || isRecoveryHeader(word);
+}
+
+class Tracer {
+ public:
+  Tracer(InputStream& stream, DebugParaT& parameters, int tagAnswer)
+      : file(stream), d(parameters), tag(tagAnswer), start(stream.getFilePos()) {}
+
+  void run() {
+    d.prevPos = static_cast<int>(start);
+    ++d.totalOvItem;
+    ++d.debug_count;
+    if (tag == TAG_EVENT || tag == TAG_SAMPLE) {
+      examineRecord();
+    } else {
+      reportEnd();
+    }
+    if (d.corruption == 0) return;
+    if (d.debugFile != nullptr) traceCorruption();
+    d.corruption = 0;
+    d.prevOvDataTime = d.curOvDataTime;
+  }
+
+ private:
+  void reportEnd() {
+    if (d.debugFile == nullptr) return;
+    std::fprintf(d.debugFile, "End of file detected %d \n", d.prevPos);
+    if (start + REST_WORTH_READING >= d.gzd_file_size) return;
+    std::fprintf(d.debugFile, "Trying to get more as size is %d \n", d.gzd_file_size);
+    d.corruption = 1;
+  }
+
+  void examineRecord() {
+    readTime();
+    file.seek(start);
+    const INT16 header = file.getWord();
+    file.seek(start);
+    d.read_size = header;
+    if (isValidHeader(header)) return;
+    if (d.debugFile != nullptr) {
+      std::fprintf(d.debugFile, "OVData Time %d k = %d diff %d header %d \n",
+                   static_cast<int>(d.curOvDataTime), tag,
+                   static_cast<int>(d.curOvDataTime - d.prevOvDataTime), d.read_size);
+    }
+    d.corruption = 1;
+  }
+
+  void readTime() {
+    d.timeUpdate = file.getByte();
+    if (tag == TAG_SAMPLE) {
+      d.curOvDataTime += d.timeUpdate;
+      ++d.totalSamples;
+    } else {
+      d.curOvDataTime = file.getInt();
+      ++d.totalEvents;
+    }
+  }
+
+  void traceCorruption() {
+    std::fprintf(d.debugFile, "File position corruption at %d \n", d.prevPos);
+    dumpAt(start);
+    findGoodPosition();
+    std::fprintf(d.debugFile, "Good position is found at %d valid header %d \n",
+                 static_cast<int>(d.goodPos), d.goodHeader);
+    dumpAt(d.goodPos);
+  }
+
+  // What lies behind the end of the file is dumped as 0, and so is the byte behind the dump.
+  void dumpAt(INT64 position) {
+    d.data_block.assign(static_cast<std::size_t>(d.data_dump_size) + 1, 0);
+    file.seek(position);
+    file.getRawData(d.data_block.data(), d.data_dump_size);
+    d.read_size = d.data_dump_size;
+    std::string digits;
+    for (const byte value : d.data_block) {
+      if (value >= 16) digits += HEX_DIGITS[value / 16];
+      digits += HEX_DIGITS[value % 16];
+    }
+    std::fprintf(d.debugFile, "%s\n", digits.c_str());
+  }
+
+  // Reads on until the stream ends, which throws, or a known header word stands two bytes on.
+  void findGoodPosition() {
+    if (d.searchedFrom < 0 || start < d.searchedFrom || (d.goodPos >= 0 && start >= d.goodPos)) {
+      d.searchedFrom = start;
+      d.goodPos = -1;
+      searchFrom(start + 1);
+    } else if (d.goodPos < 0) {
+      throw GZDException("End of file Exception");
+    }
+  }
+
+  // A byte and two words are looked at in each place.
+  void searchFrom(INT64 position) {
+    for (;; ++position) {
+      file.seek(position - 1);
+      const byte* const bytes = file.peek(5);
+      if (bytes == nullptr) throw GZDException("End of file Exception");
+      const INT16 header = load_be16s(bytes + 3);
+      if (!isRecoveryHeader(header)) continue;
+      d.goodPos = position;
+      d.goodHeader = header;
+      return;
+    }
+  }
+
+  InputStream& file;
+  DebugParaT& d;
+  const int tag;
+  const INT64 start;
+};
+
+}  // namespace
+
+int troubleshootScan(InputStream& file, DebugParaT& d, int tag) {
+  const INT64 start = file.getFilePos();
+  try {
+    Tracer(file, d, tag).run();
+  } catch (const GZDException&) {
+    d.corruption = 0;
+  }
+  file.seek(start);
+  return 0;
+}
+
+}  // namespace gzd

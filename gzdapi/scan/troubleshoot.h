@@ -1,0 +1,46 @@
+// The trace of an opening.
+#ifndef GZDAPI_TROUBLESHOOT_H
+#define GZDAPI_TROUBLESHOOT_H
+
+#include <cstdio>
+#include <vector>
+
+#include "stream/MVIO.h"
+
+namespace gzd {
+
+constexpr int DEBUG_DUMP_SIZE = 200;
+
+// What the trace of one scan remembers.
+struct DebugParaT {
+  int prevPos = 0;     // position of the current item's body
+  int sampleRate = 4;  // not used here
+  int totalOvItem = 0;
+  int totalEvents = 0;
+  int totalSamples = 0;
+  int data_dump_size = DEBUG_DUMP_SIZE;
+  int debug_count = 0;      // calls made
+  int read_size = 0;        // last header word or dump size read
+  int corruption = 0;       // 1 while a corruption is being handled
+  int gzd_file_size = 0;    // bytes
+  INT64 curOvDataTime = 0;  // running data time
+  INT64 prevOvDataTime = 0;
+  unsigned char timeUpdate = 0;  // first byte of the current record
+  std::vector<byte> data_block;  // the dump, and a byte of 0
+  FILE* debugFile = nullptr;     // the trace; not owned
+
+  // The search for a good position done last: from `searchedFrom` on, the first one is at
+  // `goodPos`, or there is none (-1).
+  INT64 searchedFrom = -1;
+  INT64 goodPos = -1;
+  int goodHeader = 0;
+};
+
+// Traces the item whose tag was just read: `tag` is 0 for an event, 1 for a sample, anything else
+// for the end or an error. The stream is left where it was; read failures in here are logged and
+// end the trace of this item only. Returns 0.
+int troubleshootScan(InputStream& file, DebugParaT& d, int tag);
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,211 @@
+#include "stream/MVIO.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "base/log.h"
+
+namespace gzd {
+
+namespace {
+
+constexpr std::size_t SMALLEST_READ = 4096;
+constexpr std::size_t LARGEST_READ = 256 * 1024;
+// Bytes kept behind the cursor when the window moves on: records are fetched in time order, which
+// steps back a little in the file at every event, and further where samples were read ahead.
+constexpr std::size_t HISTORY = 64 * 1024;
+// How far before the place asked for a step back begins to read.
+constexpr INT64 STEP_BACK = 4 * 1024;
+constexpr std::size_t BUFFER_SIZE = HISTORY + 2 * LARGEST_READ;
+
+[[noreturn]] void throw_end_of_file(const InputStream& stream) {
+  throw GZDException("End of file Exception").because(stream.getReadError());
+}
+
+// Null when it cannot be opened or is no regular file; errno then has the reason, or 0.
+FILE* open_regular_file(const char* path) {
+  struct stat facts;
+  if (stat(path, &facts) != 0) return nullptr;
+  if (S_ISREG(facts.st_mode)) return std::fopen(path, "rb");
+  errno = S_ISDIR(facts.st_mode) ? EISDIR : 0;
+  return nullptr;
+}
+
+}  // namespace
+
+// ---- reads over the window ---------------------------------------------------------------------
+
+int InputStream::getRawData(void* buffer, int count) {
+  byte* target = static_cast<byte*>(buffer);
+  std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
+  std::size_t got = 0;
+  while (got < wanted) {
+    if (cursor == limit && !refill(1)) {
+      hitEnd = true;
+      break;
+    }
+    const std::size_t piece = std::min(wanted - got, static_cast<std::size_t>(limit - cursor));
+    std::memcpy(target + got, cursor, piece);
+    take(piece);
+    got += piece;
+  }
+  return static_cast<int>(got);
+}
+
+int InputStream::getTerminatedString(char* buffer, int capacity) {
+  const std::size_t room = capacity > 1 ? static_cast<std::size_t>(capacity - 1) : 0;
+  std::size_t got = 0;
+  bool ended = false;
+  while (got < room && !ended) {
+    if (cursor == limit && !refill(1)) {
+      hitEnd = true;
+      break;
+    }
+    const std::size_t searched = std::min(room - got, static_cast<std::size_t>(limit - cursor));
+    const void* const newline = std::memchr(cursor, '\n', searched);
+    ended = newline != nullptr;
+    const std::size_t piece =
+        ended ? static_cast<std::size_t>(static_cast<const byte*>(newline) - cursor) + 1 : searched;
+    std::memcpy(buffer + got, cursor, piece);
+    take(piece);
+    got += piece;
+  }
+  if (got == 0) return -1;
+  buffer[got] = '\0';
+  return static_cast<int>(std::strlen(buffer));
+}
+
+INT16 InputStream::getWordBeyond() {
+  byte bytes[2];
+  const int got = getRawData(bytes, sizeof bytes);
+  if (got != sizeof bytes) {
+    print_log("error reading gzd file 7a r = %d \n", got);
+    throw_end_of_file(*this);
+  }
+  return load_be16s(bytes);
+}
+
+INT32 InputStream::getIntBeyond() {
+  byte bytes[4];
+  if (getRawData(bytes, sizeof bytes) != sizeof bytes) {
+    print_log("error reading gzd file 9\n");
+    throw_end_of_file(*this);
+  }
+  return static_cast<INT32>(load_be32(bytes));
+}
+
+float InputStream::getFloat() {
+  return missing_normalised(std::bit_cast<float>(static_cast<UINT32>(getInt())));
+}
+
+byte InputStream::getByteBeyond() {
+  byte value;
+  if (getRawData(&value, 1) != 1) {
+    print_log("error reading gzd file 11\n");
+    throw_end_of_file(*this);
+  }
+  return value;
+}
+
+void InputStream::getData(void* buffer, int count) {
+  if (getRawData(buffer, count) != count) {
+    print_log("error reading gzd file 12\n");
+    throw_end_of_file(*this);
+  }
+}
+
+// ---- files --------------------------------------------------------------------------------------
+
+FileInputStream::FileInputStream(const char* path) : file(open_regular_file(path)) {
+  if (!file) {
+    const int reason = errno;
+    print_log("The file %s could not be opened\n", path);
+    throw GZDException("File Could not be opened!").because(reason);
+  }
+  std::setvbuf(file.get(), nullptr, _IONBF, 0);  // the window does the buffering
+  setUp();
+}
+
+FileInputStream::FileInputStream(FILE* in, int error) : file(in) {
+  readError = error;
+  std::rewind(in);
+  setUp();
+}
+
+void FileInputStream::setUp() {
+  buffer = std::make_unique_for_overwrite<byte[]>(BUFFER_SIZE);
+  windowStart = cursor = limit = buffer.get();
+  readAhead = SMALLEST_READ;
+}
+
+int FileInputStream::getFileSize() {
+  std::fseek(file.get(), 0, SEEK_END);
+  const long size = std::ftell(file.get());
+  fileOffset = -1;
+  return static_cast<int>(size);
+}
+
+void FileInputStream::seek(INT64 offset) {
+  hitEnd = false;
+  const INT64 windowPos = limitPos - (limit - windowStart);
+  if (offset >= windowPos && offset <= limitPos) {
+    cursor = limit - (limitPos - offset);
+    return;
+  }
+  cursor = limit = buffer.get();
+  const bool isJustBefore = offset >= 0 && offset < windowPos && windowPos - offset <= STEP_BACK;
+  limitPos = isJustBefore ? std::max<INT64>(offset - STEP_BACK, 0) : offset;
+  readAhead = SMALLEST_READ;
+  if (isJustBefore) readUpTo(offset);
+}
+
+// Those who go back step by step find the next step in the window.
+void FileInputStream::readUpTo(INT64 offset) {
+  const auto before = static_cast<std::size_t>(offset - limitPos);
+  const std::size_t got = readInto(buffer.get(), before + SMALLEST_READ);
+  if (got < before) {
+    limitPos = offset;
+    return;
+  }
+  cursor = buffer.get() + before;
+  limit = buffer.get() + got;
+  limitPos += static_cast<INT64>(got);
+}
+
+FILE* FileInputStream::getRawFile() {
+  std::fseek(file.get(), static_cast<long>(getFilePos()), SEEK_SET);
+  fileOffset = -1;
+  return file.get();
+}
+
+bool FileInputStream::refill(std::size_t count) {
+  const std::size_t unread = static_cast<std::size_t>(limit - cursor);
+  if (count > LARGEST_READ) return false;
+  const std::size_t kept =
+      std::min(HISTORY, static_cast<std::size_t>(cursor - windowStart)) + unread;
+  std::memmove(buffer.get(), limit - kept, kept);
+  const std::size_t got = readInto(buffer.get() + kept, std::max(readAhead, count));
+  readAhead = std::min(readAhead * 2, LARGEST_READ);
+  limit = buffer.get() + kept + got;
+  cursor = limit - got - unread;
+  limitPos += static_cast<INT64>(got);
+  return unread + got >= count;
+}
+
+std::size_t FileInputStream::readInto(byte* target, std::size_t count) {
+  if (limitPos < 0) return 0;
+  if (fileOffset != limitPos) {
+    if (std::fseek(file.get(), static_cast<long>(limitPos), SEEK_SET) != 0) return 0;
+    fileOffset = limitPos;
+  }
+  const std::size_t got = std::fread(target, 1, count, file.get());
+  if (std::ferror(file.get()) != 0) readError = errno;
+  std::clearerr(file.get());  // a file may end inside a read-ahead; what was asked for decides
+  fileOffset += static_cast<INT64>(got);
+  return got;
+}
+
+}  // namespace gzd

@@ -1,0 +1,175 @@
+// The byte stream under the reader: raw bytes, lines of text, big-endian words, integers, floats.
+#ifndef GZDAPI_MVIO_H
+#define GZDAPI_MVIO_H
+
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+
+#include "base/GZDException.h"
+#include "base/big_endian.h"
+#include "gzd_data.h"
+
+namespace gzd {
+
+// A stream holds a window of contiguous bytes and a cursor in it; the position in the file follows
+// from the two. Reads that the window can serve touch nothing else.
+class InputStream {
+ public:
+  InputStream() = default;
+  InputStream(const InputStream&) = delete;
+  InputStream& operator=(const InputStream&) = delete;
+  virtual ~InputStream() = default;
+
+  // Size in bytes, cut to 32 bits. The position stays.
+  virtual int getFileSize() = 0;
+  // Moves to a byte offset from the start; past the end is allowed, reads there come up short.
+  virtual void seek(INT64 offset) = 0;
+
+  // seek(), without a call when the place lies in the window.
+  void moveTo(INT64 offset) {
+    const INT64 ahead = offset - getFilePos();
+    if (ahead >= windowStart - cursor && ahead <= limit - cursor) {
+      cursor += ahead;
+      hitEnd = false;
+    } else {
+      seek(offset);
+    }
+  }
+
+  // True once a read has hit the end, until the next seek.
+  [[nodiscard]] bool eof() const { return hitEnd; }
+  [[nodiscard]] INT64 getFilePos() const { return limitPos - (limit - cursor); }
+  // The system's reason, a value of errno, why a read has ever come up short; 0 when it had none.
+  [[nodiscard]] int getReadError() const { return readError; }
+
+  // Copies up to `count` bytes and returns how many there were.
+  int getRawData(void* buffer, int count);
+  // Reads a line, at most capacity - 1 characters, its newline included, and ends it with a NUL.
+  // Returns the length up to the first NUL, or -1 when nothing is left. The position moves by the
+  // bytes taken.
+  int getTerminatedString(char* buffer, int capacity);
+
+  // Each reads one value and throws GZDException, logged first, when the stream ends inside it.
+  // The position has then moved to the end.
+  INT16 getWord() {
+    if (available() < sizeof(INT16)) return getWordBeyond();
+    cursor += sizeof(INT16);
+    return load_be16s(cursor - sizeof(INT16));
+  }
+  INT32 getInt() {
+    if (available() < sizeof(INT32)) return getIntBeyond();
+    cursor += sizeof(INT32);
+    return static_cast<INT32>(load_be32(cursor - sizeof(INT32)));
+  }
+  float getFloat();  // NOT_RECORDED reads as MISSING_DATA
+  // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): without bytes the ends are the same
+  byte getByte() { return cursor != limit ? *cursor++ : getByteBeyond(); }
+  void getData(void* buffer, int count);
+
+  // `count` contiguous bytes at the position, or null when the stream ends before (or the window
+  // cannot hold so many). The position stays; take() moves over bytes that peek has shown.
+  const byte* peek(std::size_t count) {
+    return static_cast<std::size_t>(limit - cursor) >= count ? cursor : peekBeyond(count);
+  }
+  void take(std::size_t count) { cursor += count; }
+  // `count` bytes at a byte offset from the start when all of them lie in the window, else null.
+  [[nodiscard]] const byte* inWindow(INT64 offset, std::size_t count) const {
+    const INT64 ahead = offset - limitPos + (limit - windowStart);
+    if (ahead < 0 || ahead + static_cast<INT64>(count) > limit - windowStart) return nullptr;
+    return windowStart + ahead;
+  }
+  // The window: its bytes, how many they are, and where they lie in the file. Valid until the
+  // stream is moved or read.
+  struct HeldBytes {
+    const byte* bytes = nullptr;
+    INT64 length = 0;
+    INT64 offset = 0;
+  };
+  [[nodiscard]] HeldBytes held() const {
+    const INT64 length = limit - windowStart;
+    return {windowStart, length, limitPos - length};
+  }
+  // How many bytes of the window lie behind the position.
+  [[nodiscard]] std::size_t available() const { return static_cast<std::size_t>(limit - cursor); }
+
+ protected:
+  // Brings more bytes behind the cursor, at least `count` in all when the stream has them. Returns
+  // false when it does not.
+  virtual bool refill(std::size_t count) = 0;
+
+  const byte* windowStart = nullptr;
+  const byte* cursor = nullptr;
+  const byte* limit = nullptr;
+  INT64 limitPos = 0;  // offset in the file of `limit`
+  bool hitEnd = false;
+  int readError = 0;
+
+ private:
+  const byte* peekBeyond(std::size_t count) { return refill(count) ? cursor : nullptr; }
+  INT16 getWordBeyond();
+  INT32 getIntBeyond();
+  byte getByteBeyond();
+};
+
+// A stream over a stdio file, read in pieces that grow with sequential use.
+class FileInputStream : public InputStream {
+ public:
+  // Opens `path`; throws GZDException, logged first, when that fails or it is not a regular file.
+  explicit FileInputStream(const char* path);
+  // Takes over an open file and goes to its beginning. `error`: why it could not be written to its
+  // end, a value of errno, or 0.
+  explicit FileInputStream(FILE* in, int error = 0);
+
+  int getFileSize() override;
+  void seek(INT64 offset) override;
+
+  // The file itself, at the stream's position. It stays the stream's; after using it, seek.
+  FILE* getRawFile();
+
+ protected:
+  bool refill(std::size_t count) override;
+
+ private:
+  struct Closer {
+    void operator()(FILE* f) const { std::fclose(f); }
+  };
+
+  void setUp();
+  void readUpTo(INT64 offset);
+  std::size_t readInto(byte* target, std::size_t count);
+
+  std::unique_ptr<FILE, Closer> file;
+  std::unique_ptr<byte[]> buffer;
+  INT64 fileOffset = 0;       // where the FILE stands
+  std::size_t readAhead = 0;  // size of the next read
+};
+
+// A read cursor over the bytes of a message that holds binary values.
+class LString {
+ public:
+  LString(const byte* text, std::size_t length) : bp(text), left(length) {}
+
+  // The next four bytes as a big-endian float, no value mapped; 0 behind the end.
+  float getFloat() {
+    if (left < sizeof(float)) return 0.0f;
+    const float value = load_be_float(bp);
+    bp += sizeof(float);
+    left -= sizeof(float);
+    return value;
+  }
+  // The next byte; 0 behind the end.
+  byte getByte() {
+    if (left == 0) return 0;
+    --left;
+    return *bp++;
+  }
+
+ private:
+  const byte* bp;
+  std::size_t left;
+};
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,141 @@
+#include "stream/container.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+#include <string_view>
+
+#include "base/log.h"
+#include "stream/zipread.h"
+
+namespace gzd {
+
+int utf8encoding = 0;
+
+namespace {
+
+using std::string_view;
+
+constexpr int MAGIC_CAPACITY = 35;
+constexpr int PREAMBLE_LINE_CAPACITY = 200;
+constexpr std::size_t PREAMBLE_CAPACITY = 2000;
+
+struct Magic {
+  string_view words;
+  ContainerKind kind;
+};
+
+constexpr Magic MAGICS[] = {
+    {"MORVEN_TECH_FALCFILE ZIP", ContainerKind::Compressed},
+    {"MORVEN_TECH_OSPFILE ZIP", ContainerKind::Compressed},
+    {"MORVEN_TECH_COMBFILE", ContainerKind::Plain},
+    {"MORVEN_TECH_FALCFILE", ContainerKind::Plain},
+    {"MORVEN_TECH_OSPFILE", ContainerKind::Plain},
+};
+
+bool is_line(string_view line, string_view words) {
+  if (!line.starts_with(words)) return false;
+  const string_view ending = line.substr(words.size());
+  return ending == "\n" || ending == "\r\n";
+}
+
+[[noreturn]] void fail_at_head(const InputStream& file) {
+  print_log("error reading gzd file 6\n");
+  throw GZDException("End of file Exception").because(file.getReadError());
+}
+
+// The number behind a prefix of a line, or `fallback` when there is none or it is 0.
+INT16 number_behind(string_view line, std::size_t prefix, INT16 fallback) {
+  const std::string digits(line.substr(prefix));
+  const INT16 number = static_cast<INT16>(std::strtol(digits.c_str(), nullptr, 10));
+  return number != 0 ? number : fallback;
+}
+
+// Whether the experiment software named in the preamble writes UTF-8; -1 when that is not told.
+int find_encoding(string_view text) {
+  constexpr string_view OLD_MARK = "MVTQ1.";
+  constexpr string_view MARK = "MVTQ";
+  constexpr int FIRST_UTF8_MINOR = 6;
+  if (const std::size_t at = text.find(OLD_MARK); at != text.npos) {
+    const std::string minor(text.substr(at + OLD_MARK.size()));
+    return std::atoi(minor.c_str()) < FIRST_UTF8_MINOR ? 0 : 1;
+  }
+  if (const std::size_t at = text.find(MARK); at != text.npos) {
+    const string_view rest = text.substr(at);
+    const bool isNewer = rest.size() >= MARK.size() + 3 && rest[MARK.size()] >= '2' &&
+                         rest[MARK.size()] <= '8' && rest[MARK.size() + 1] == '.';
+    return isNewer ? 1 : -1;
+  }
+  return text.find("Netvia") != text.npos ? 1 : -1;
+}
+
+struct FileCloser {
+  void operator()(FILE* f) const { std::fclose(f); }
+};
+
+// What cannot be inflated for another reason than memory shows up later, as a record stream that
+// ends early.
+std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
+  std::unique_ptr<FILE, FileCloser> inflated(std::tmpfile());
+  if (!inflated) throw GZDException("Failed to create temp file \n").because(errno);
+  std::setvbuf(inflated.get(), nullptr, _IONBF, 0);  // writes and reads come in large pieces
+  errno = 0;
+  const int result = do_uncompress(body.getRawFile(), inflated.get());
+  if (result == UNCOMPRESS_NO_MEMORY) throw std::bad_alloc();
+  const int reason = result == UNCOMPRESS_IO_ERROR ? errno : 0;
+  return std::make_unique<FileInputStream>(inflated.release(), reason);
+}
+
+}  // namespace
+
+ContainerKind read_magic(InputStream& file) {
+  char line[MAGIC_CAPACITY] = {};
+  if (file.getTerminatedString(line, MAGIC_CAPACITY) == 0) fail_at_head(file);
+  for (const Magic& magic : MAGICS) {
+    if (is_line(line, magic.words)) return magic.kind;
+  }
+  throw GZDException("Bad magic.  Corrupt gzd file. \n");
+}
+
+void Preamble::read(InputStream& file) {
+  char line[PREAMBLE_LINE_CAPACITY];
+  while (readLine(file, line, PREAMBLE_LINE_CAPACITY)) {
+    if (preText.size() < PREAMBLE_CAPACITY) preText.append("** ").append(line);
+  }
+  if (preText.size() >= PREAMBLE_CAPACITY) preText.resize(PREAMBLE_CAPACITY - 1);
+  const int encoding = find_encoding(preText);
+  if (encoding >= 0) utf8encoding = encoding;
+}
+
+// Reads one line; false at the closing one.
+bool Preamble::readLine(InputStream& file, char* buffer, int capacity) {
+  if (file.getTerminatedString(buffer, capacity) <= 0) fail_at_head(file);
+  const string_view line(buffer);
+  if (revision == 0 || revision == 1) recognise(line);
+  return line != "ENDP:\n";
+}
+
+void Preamble::recognise(string_view line) {
+  constexpr string_view KESTREL = "VERSION: OVILO KESTREL ";
+  constexpr string_view OSPREY = "VERSION: OVILO OSPREY";
+  if (line.starts_with(KESTREL)) {
+    revision = number_behind(line, KESTREL.size(), 1);
+  } else if (line.starts_with(OSPREY)) {
+    revision = number_behind(line, OSPREY.size(), 2);
+    ovilo_revision = 4;
+  } else if (line.starts_with("SOURCE: OVILO KESTREL")) {
+    ovilo_revision = 2;
+  } else if (line.starts_with("SOURCE: OVILO FALCON")) {
+    ovilo_revision = 3;
+  }
+}
+
+std::unique_ptr<InputStream> open_container(const char* path, Preamble& preamble) {
+  auto file = std::make_unique<FileInputStream>(path);
+  const ContainerKind kind = read_magic(*file);
+  preamble.read(*file);
+  if (kind == ContainerKind::Plain) return file;
+  return inflate_body(*file);
+}
+
+}  // namespace gzd

@@ -1,0 +1,22 @@
+// Inflation of the body of a compressed recording.
+#ifndef GZDAPI_ZIPREAD_H
+#define GZDAPI_ZIPREAD_H
+
+#include <cstdio>
+
+namespace gzd {
+
+// Results of do_uncompress.
+constexpr int UNCOMPRESS_OK = 0;
+constexpr int UNCOMPRESS_IO_ERROR = -1;    // a read or write error
+constexpr int UNCOMPRESS_DATA_ERROR = -3;  // damaged, cut, or in need of a preset dictionary
+constexpr int UNCOMPRESS_NO_MEMORY = -4;
+
+// Inflates the zlib stream at the current position of `in` to the current position of `out`. Bytes
+// behind the stream's end are ignored. What would lie beyond the last position that a recording is
+// read at is not inflated. Returns one of the results above, or zlib's own when it cannot start.
+int do_uncompress(FILE* in, FILE* out);
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,132 @@
+// Each step compares the times of the next element and of the next log message. More than 2 ms
+// apart, the earlier one goes first. Within 2 ms both texts are looked at: a sync message that both
+// streams hold is delivered once, as the recording's; one that only one of them holds is dropped
+// when its turn has come; anything else goes by time, the log first at equal times. Dropping goes
+// on with the next pair in a loop, so that every turn uses up an element or a message.
+
+#include "walk/log_merge.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace gzd {
+
+namespace {
+
+constexpr UINT64 TOLERANCE = 2;       // ms
+constexpr UINT64 SYNC_TOLERANCE = 1;  // ms
+constexpr UINT64 TIME_BEHIND_ALL = std::numeric_limits<INT64>::max();
+
+constexpr int SYNC_IN_RECORDING = 1;
+constexpr int SYNC_IN_LOG = 2;
+
+bool isSync(std::string_view text) {
+  return text.find(SYNC_MARK) != std::string_view::npos;
+}
+
+}  // namespace
+
+int LogMerge::getNextDataWLogInternal() {
+  isFromLogFile = false;
+  for (;;) {
+    if (logExhausted()) return deliver(walk.currentData);
+    const UINT64 time = elementTime();
+    if (logIdx < 0 && !findLogPosition(time)) return deliver(walk.currentData);
+    const UINT64 logTime = nextLogTime();
+    if (time + TOLERANCE < logTime) return deliver(walk.currentData);
+    if (logTime + TOLERANCE < time) return deliverLogMessage();
+    const bool atLast = walk.currentData + 1 == index.size();
+    const int code = atLast ? mergeAtLastElement() : mergeSimultaneous(time);
+    if (code != MERGE_GOES_ON) return code;
+  }
+}
+
+bool LogMerge::logExhausted() const {
+  return logIdx >= 0 && static_cast<std::size_t>(logIdx) >= log.messages().size();
+}
+
+UINT64 LogMerge::elementTime() const {
+  if (walk.currentData >= index.size()) return TIME_BEHIND_ALL;
+  return index.gzdItemList[walk.currentData].getTimeStamp() >> 1;
+}
+
+UINT64 LogMerge::nextLogTime() const {
+  return log.messages()[static_cast<std::size_t>(logIdx)].time;
+}
+
+// Positions the log at the first message that does not lie before `time`; earlier ones are skipped
+// for good. False when the element is to be delivered without looking at the log.
+bool LogMerge::findLogPosition(UINT64 time) {
+  const auto& messages = log.messages();
+  const auto found =
+      std::lower_bound(messages.begin(), messages.end(), LogMsg{time, 0}, tq_log_msg_comparator);
+  if (found == messages.end()) return false;
+  logIdx = static_cast<int>(found - messages.begin());
+  return logIdx > 0;
+}
+
+int LogMerge::deliverLogMessage() {
+  ++logIdx;
+  isFromLogFile = true;
+  return GZD_MESSAGE;
+}
+
+int LogMerge::mergeAtLastElement() {
+  if (!readLogText().empty()) return deliverLogMessage();
+  ++logIdx;
+  return deliver(walk.currentData);
+}
+
+int LogMerge::mergeSimultaneous(UINT64 time) {
+  const UINT64 logTime = nextLogTime();
+  const bool inRecording = elementIsSync();
+  const bool inLog = isSync(readLogText());
+  if (inRecording && inLog) {
+    ++logIdx;
+    return deliver(walk.currentData);
+  }
+  if (inRecording) noteSync(SYNC_IN_RECORDING, time);
+  if (inLog) noteSync(SYNC_IN_LOG, logTime);
+  const bool logFirst = logTime <= time;
+  if (logFirst && inLog) {
+    ++logIdx;
+    return MERGE_GOES_ON;
+  }
+  if (!logFirst && inRecording) {
+    ++walk.currentData;
+    return MERGE_GOES_ON;
+  }
+  return logFirst ? deliverLogMessage() : deliver(walk.currentData);
+}
+
+// Notes a sync message of one stream, or settles the one noted for the other stream.
+void LogMerge::noteSync(int ownCase, UINT64 time) {
+  const bool otherPending = insertC.caseNo != 0 && insertC.caseNo != ownCase;
+  const UINT64 apart = insertC.time > time ? insertC.time - time : time - insertC.time;
+  const bool settled = otherPending && apart <= SYNC_TOLERANCE;
+  insertC = {settled ? 0 : ownCase, settled ? insertC.time : time, walk.currentData,
+             static_cast<UINT32>(logIdx)};
+}
+
+// Many messages of the log may lie within the tolerance of one element: its text is read once.
+bool LogMerge::elementIsSync() {
+  if (examinedElement == walk.currentData) return examinedIsSync;
+  const bool message = index.gzdItemList[walk.currentData].getItemType() == GZD_MESSAGE;
+  examinedIsSync = message && isSync(textOf(walk.currentData));
+  examinedElement = walk.currentData;
+  return examinedIsSync;
+}
+
+std::string_view LogMerge::readLogText() {
+  readLogId = logIdx + 1;
+  log.getEyeLogMsg(logIdx);
+  return log.text();
+}
+
+const ALLF_DATA& LogMerge::logRecord() {
+  log.getEyeLogMsg(logIdx - 1);
+  readLogId = logIdx;
+  return log.record();
+}
+
+}  // namespace gzd

@@ -1,0 +1,114 @@
+// The walk over a recording's elements, with the messages of the experiment's log merged in.
+#ifndef GZDAPI_LOG_MERGE_H
+#define GZDAPI_LOG_MERGE_H
+
+#include <functional>
+#include <string_view>
+#include <utility>
+
+#include "index/index.h"
+#include "walk/logmsg.h"
+#include "walk/walk.h"
+
+namespace gzd {
+
+// A sync message that was met in one stream only.
+struct InsertCase {
+  int caseNo = 0;  // 0 none pending, 1 met in the recording, 2 met in the log
+  UINT64 time = 0;
+  UINT32 gzdIdx = 0;
+  UINT32 logIdx = 0;
+};
+
+class LogMerge {
+ public:
+  // Gives the text of the element at an index, empty when it is no message; valid until the next
+  // call.
+  using TextReader = std::function<std::string_view(UINT32 itemIndex)>;
+
+  // All are borrowed and must outlive this. The log may be read after this is made; call rewind()
+  // then.
+  LogMerge(const Index& items, Walk& position, MessageLog& messageLog, TextReader reader)
+      : index(items), walk(position), log(messageLog), textOf(std::move(reader)) {}
+
+  // Steps to the next element in time order and returns its code: GZD_MESSAGE for a message of the
+  // log, GZD_END_OF_DATA at the end.
+  int getNextDataMergeWithLog() {
+    if (!log.isLoaded()) return deliver(walk.currentData);
+    readLogId = -1;
+    return getNextDataWLogInternal();
+  }
+
+  // True when the element just announced is a message of the log.
+  [[nodiscard]] bool isFromLog() const { return isFromLogFile; }
+  // Its record; only while isFromLog(). It stays until the next step.
+  [[nodiscard]] const ALLF_DATA& logRecord();
+
+  // Back to the first message of the log.
+  void rewind() { placeLog(0, readLogId); }
+  // Behind the last message of the log.
+  void skipLog() { placeLog(static_cast<int>(log.messages().size()), readLogId); }
+  // To be called when the walk was moved: the log is positioned anew at the next step.
+  void forgetPosition() { placeLog(-1, -1); }
+
+  // The place in the log, for those who walk ahead and come back.
+  struct Position {
+    int logIdx;
+    int readLogId;
+    bool isFromLogFile;
+    InsertCase insertC;
+  };
+  [[nodiscard]] Position position() const { return {logIdx, readLogId, isFromLogFile, insertC}; }
+  void restore(const Position& place) {
+    placeLog(place.logIdx, place.readLogId);
+    isFromLogFile = place.isFromLogFile;
+    insertC = place.insertC;
+  }
+
+ private:
+  // Announces the element at index i.
+  int deliver(UINT32 i) {
+    if (i >= index.size()) return GZD_END_OF_DATA;
+    const GZDItem item = index.gzdItemList[i];
+    walk.currentData = i + 1;
+    if (!item.isRecording()) return item.getItemType();
+    walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
+    return GZD_RECORDING;
+  }
+
+  void placeLog(int next, int read) {
+    logIdx = next;
+    readLogId = read;
+    isFromLogFile = false;
+  }
+
+  int getNextDataWLogInternal();
+  [[nodiscard]] bool logExhausted() const;
+  [[nodiscard]] UINT64 elementTime() const;
+  [[nodiscard]] UINT64 nextLogTime() const;
+  bool findLogPosition(UINT64 time);
+  int deliverLogMessage();
+  // What a pair within the tolerance comes to: a code, or nothing delivered yet.
+  static constexpr int MERGE_GOES_ON = -1;
+  int mergeSimultaneous(UINT64 time);
+  int mergeAtLastElement();
+  void noteSync(int ownCase, UINT64 time);
+  [[nodiscard]] bool elementIsSync();
+  std::string_view readLogText();
+
+  const Index& index;
+  Walk& walk;
+  MessageLog& log;
+  TextReader textOf;
+
+  int logIdx = 0;      // the message of the log that comes next; negative: to be found
+  int readLogId = -1;  // `logIdx` behind the message that was read for the element just announced
+  bool isFromLogFile = false;
+  InsertCase insertC;
+  UINT32 examinedElement = 0xFFFFFFFFu;  // the element last asked whether it is a sync message
+  bool examinedIsSync = false;
+};
+
+}  // namespace gzd
+
+#endif

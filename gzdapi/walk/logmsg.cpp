@@ -1,0 +1,223 @@
+// Reading the log:
+// 1. Lines before the first sync line are ignored.
+// 2. A sync line ("<log time> <word> <order> <tracker time>") sets the clock, and is a message.
+// 3. Every other line is a message at its number in front, moved by the newest clock.
+// 4. "Quit logger" ends the reading. Only a log that ends so is merged: one without that line was
+//    not closed by the experiment.
+// Of a message only its time and the place of its text are kept; the text is read when needed.
+
+#include "walk/logmsg.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <optional>
+#include <system_error>
+
+#include "base/GZDException.h"
+#include "base/log.h"
+
+namespace gzd {
+
+namespace {
+
+constexpr std::string_view QUIT_MARK = "Quit logger";
+constexpr int LINE_CAPACITY = 4096;
+constexpr std::size_t RECORD_TEXT_CAPACITY = 260;
+
+bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// Takes fields from the front of a line.
+class FieldReader {
+ public:
+  explicit FieldReader(std::string_view line) : whole(line), rest(line) {}
+
+  [[nodiscard]] std::size_t taken() const { return whole.size() - rest.size(); }
+
+  // A decimal number; infinities and the like are none.
+  std::optional<double> number() {
+    skipBlanks();
+    const std::size_t sign = signLength();
+    const std::string_view digits = rest.substr(sign);
+    if (digits.empty() || !(isDigit(digits[0]) || digits[0] == '.')) return std::nullopt;
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (error != std::errc()) return std::nullopt;
+    const bool negative = rest[0] == '-';
+    moveTo(end);
+    return negative ? -value : value;
+  }
+
+  std::optional<int> integer() {
+    skipBlanks();
+    const std::size_t plus = rest.substr(0, 1) == "+" ? 1 : 0;
+    int value = 0;
+    const auto [end, error] = std::from_chars(rest.data() + plus, rest.data() + rest.size(), value);
+    if (error != std::errc()) return std::nullopt;
+    moveTo(end);
+    return value;
+  }
+
+  bool word() {
+    skipBlanks();
+    const std::size_t length = std::min(rest.find_first_of(BLANKS), rest.size());
+    rest.remove_prefix(length);
+    return length > 0;
+  }
+
+ private:
+  static constexpr std::string_view BLANKS = " \t\n\v\f\r";
+
+  void skipBlanks() { rest.remove_prefix(std::min(rest.find_first_not_of(BLANKS), rest.size())); }
+  [[nodiscard]] std::size_t signLength() const {
+    return !rest.empty() && (rest[0] == '+' || rest[0] == '-') ? 1 : 0;
+  }
+  void moveTo(const char* place) {
+    rest.remove_prefix(static_cast<std::size_t>(place - rest.data()));
+  }
+
+  std::string_view whole;
+  std::string_view rest;
+};
+
+FILE* openRegularFile(const char* path) {
+  struct stat facts;
+  if (stat(path, &facts) != 0 || !S_ISREG(facts.st_mode)) return nullptr;
+  return std::fopen(path, "rt");
+}
+
+// The line without its end: a newline, with the carriage return before it.
+std::string_view withoutLineEnd(std::string_view line) {
+  if (line.ends_with('\n')) {
+    line.remove_suffix(1);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+  }
+  return line;
+}
+
+UINT64 logTime(double time) {
+  if (!(time > 0.0)) return 0;
+  return time < static_cast<double>(LARGEST_LOG_TIME) ? static_cast<UINT64>(time)
+                                                      : LARGEST_LOG_TIME;
+}
+
+}  // namespace
+
+void MessageLog::setEyeLogFileName(const char* name) {
+  if (name == nullptr || *name == '\0') return;
+  eyeLogFileName = name;
+  print_log("Log file name %s \n", name);
+}
+
+int MessageLog::openEyeLogFile() {
+  xinfile.reset(openRegularFile(eyeLogFileName.c_str()));
+  if (!xinfile) return -1;
+  const bool complete = readLines();
+  if (complete) {
+    finish();
+  } else {
+    std::rewind(xinfile.get());
+  }
+  numOfLogMsg = static_cast<int>(vl.size());
+  return numOfLogMsg;
+}
+
+// Returns true when the closing line was found.
+bool MessageLog::readLines() {
+  char buffer[LINE_CAPACITY];
+  bool synchronised = false;
+  for (;;) {
+    const INT64 linePos = ftello(xinfile.get());
+    if (std::fgets(buffer, sizeof buffer, xinfile.get()) == nullptr) return false;
+    const std::string_view line = buffer;
+    if (contains(line, SYNC_MARK)) {
+      synchronised = true;
+      readSyncLine(line, linePos);
+    } else if (synchronised) {
+      if (contains(line, QUIT_MARK)) return true;
+      readMessageLine(line, linePos);
+    }
+  }
+}
+
+void MessageLog::readSyncLine(std::string_view line, INT64 linePos) {
+  FieldReader fields(line);
+  const auto timeOfLog = fields.number();
+  const INT64 textPos = linePos + static_cast<INT64>(fields.taken());
+  const bool word = timeOfLog && fields.word();
+  const auto order = word ? fields.integer() : std::nullopt;
+  const auto timeOfTracker = order ? fields.number() : std::nullopt;
+  if (!timeOfTracker) {
+    std::printf("ERROR: incorrect TRACKER_TIME format\n");
+    return;
+  }
+  vt.push_back({static_cast<int>(vl.size()), *order, *timeOfTracker, *timeOfLog});
+  addMessage(std::floor(*timeOfTracker + 0.5), textPos);
+}
+
+void MessageLog::readMessageLine(std::string_view line, INT64 linePos) {
+  FieldReader fields(line);
+  const auto time = fields.number();
+  if (!time || vt.empty()) return;
+  const TrackerT& clock = vt.back();
+  addMessage(std::floor(*time - clock.timeDiff + std::trunc(clock.timeStamp) + 0.5),
+             linePos + static_cast<INT64>(fields.taken()));
+}
+
+void MessageLog::addMessage(double time, INT64 textPos) {
+  vl.push_back({logTime(time), textPos});
+}
+
+void MessageLog::finish() {
+  loadEYELOG = !vt.empty();
+  vtIdx = vt.empty() ? -1 : 0;
+  curTrackerIdx = vt.empty() ? -1 : vt[0].startIdx;
+  nextTrackerIdx = vt.size() > 1 ? vt[1].startIdx : -1;
+}
+
+const char* MessageLog::getEyeLogMsg(int number) {
+  if (number != recordHolds) {
+    recordHolds = -1;
+    const LogMsg& message = vl[static_cast<std::size_t>(number)];
+    linestring = std::to_string(message.time);
+    readText(message.filePos);
+    fillRecord(message.time);
+    recordHolds = number;
+  }
+  return linestring.c_str();
+}
+
+void MessageLog::readText(INT64 textPos) {
+  const std::size_t numberLength = linestring.size();
+  char buffer[LINE_CAPACITY];
+  const bool found = fseeko(xinfile.get(), textPos, SEEK_SET) == 0;
+  if (found && std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr) {
+    linestring += buffer;
+  } else if (!found || std::ferror(xinfile.get()) != 0) {
+    throw GZDException("The message log cannot be read").because(errno);
+  }
+  messageText = withoutLineEnd(std::string_view(linestring).substr(numberLength));
+}
+
+void MessageLog::fillRecord(UINT64 time) {
+  fDataLog = {};
+  lstring_buffer_for_log.clear();
+  const std::string_view shown = messageText.substr(0, RECORD_TEXT_CAPACITY);
+  lstring_buffer_for_log.len = static_cast<INT16>(shown.size());
+  std::copy(shown.begin(), shown.end(), lstring_buffer_for_log.text.begin());
+  fDataLog.fe.type = GZD_MESSAGE;
+  fDataLog.fe.sttime = static_cast<UINT32>(time);
+  fDataLog.fe.message = lstring_buffer_for_log.asLString();
+}
+
+}  // namespace gzd

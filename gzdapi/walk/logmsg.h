@@ -1,0 +1,96 @@
+// The experiment's message log: a text file of messages with a clock of its own.
+#ifndef GZDAPI_LOGMSG_H
+#define GZDAPI_LOGMSG_H
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gzd_data.h"
+#include "record/EData.h"
+
+namespace gzd {
+
+// The word that makes a line, of the log or a message of the recording, a sync of the two clocks.
+constexpr std::string_view SYNC_MARK = "TRACKER_TIME";
+
+// Log times stop here, so that sums with tolerances never overflow.
+constexpr UINT64 LARGEST_LOG_TIME = UINT64{1} << 62;
+
+// One line of the log.
+struct LogMsg {
+  UINT64 time;    // ms of the tracker's clock
+  INT64 filePos;  // of its text, just behind the number in front
+};
+
+// One sync line.
+struct TrackerT {
+  int startIdx;      // number of messages before it
+  int order;         // its running number
+  double timeStamp;  // tracker time, ms
+  double timeDiff;   // time of the log's own clock, ms
+};
+
+// True when `a` lies at least 2 ms before `b`.
+inline bool tq_log_msg_comparator(LogMsg a, LogMsg b) {
+  return a.time + 2 <= b.time;
+}
+
+class MessageLog {
+ public:
+  // Names the log and reports the name; an empty name is ignored.
+  void setEyeLogFileName(const char* name);
+  // Reads the whole log. Returns the number of messages, or -1 when there is no such regular file.
+  int openEyeLogFile();
+
+  [[nodiscard]] int getNumOfLogMsg() const { return numOfLogMsg; }
+  // True when the log is complete and synchronised: its messages are to be merged.
+  [[nodiscard]] bool isLoaded() const { return loadEYELOG; }
+  [[nodiscard]] const std::vector<LogMsg>& messages() const { return vl; }
+  [[nodiscard]] const std::vector<TrackerT>& syncs() const { return vt; }
+
+  // Reads message `number` (from 0) into the record. Returns its line: the time, then the text.
+  // The record and the line hold until the next call. Throws GZDException when the file fails.
+  const char* getEyeLogMsg(int number);
+  // The record of the message read last: type 24, `sttime` its time, at most 260 characters.
+  [[nodiscard]] const ALLF_DATA& record() const { return fDataLog; }
+  // Its whole text, without the newline.
+  [[nodiscard]] std::string_view text() const { return messageText; }
+
+ private:
+  struct Closer {
+    void operator()(FILE* f) const { std::fclose(f); }
+  };
+
+  // The reading of the log.
+  bool readLines();
+  void readSyncLine(std::string_view line, INT64 linePos);
+  void readMessageLine(std::string_view line, INT64 linePos);
+  void addMessage(double time, INT64 textPos);
+  void finish();
+  // Reading one message again.
+  void readText(INT64 textPos);
+  void fillRecord(UINT64 time);
+
+  std::string eyeLogFileName;
+  std::unique_ptr<FILE, Closer> xinfile;
+  std::vector<TrackerT> vt;
+  std::vector<LogMsg> vl;
+  bool loadEYELOG = false;
+  int numOfLogMsg = 0;
+  int vtIdx = -1;
+  int curTrackerIdx = -1;
+  int nextTrackerIdx = -1;
+
+  int recordHolds = -1;  // the message in the record
+  std::string linestring;
+  std::string_view messageText;  // in linestring
+  ALLF_DATA fDataLog{};
+  MessageText lstring_buffer_for_log;
+};
+
+}  // namespace gzd
+
+#endif

@@ -1,0 +1,110 @@
+// findIndex is a binary search that narrows the range to two neighbours: an entry in the middle
+// with a greater stamp ends the range, any other begins it, and a sample hit on the way is the
+// answer. Of the last two, the first decides: the second is handed out only behind a sample.
+
+#include "walk/positions.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace gzd {
+
+// ---- bookmarks ---------------------------------------------------------------------------------
+
+std::size_t Bookmarks::placeOf(const BOOKMARK* bm) const {
+  if (bm == nullptr) return NOWHERE;
+  const auto known = serialOf.find(bm->id);
+  if (known == serialOf.end()) return NOWHERE;
+  const auto entry =
+      std::lower_bound(bookmarks.begin(), bookmarks.end(), known->second,
+                       [](const Entry& e, UINT64 serial) { return e.serial < serial; });
+  return static_cast<std::size_t>(entry - bookmarks.begin());
+}
+
+int Bookmarks::moveTo(UINT32 place) {
+  walk.currentBookMark = place;
+  walk.currentData = bookmarks[place].mark.id;
+  return 0;
+}
+
+int Bookmarks::setBookMark(BOOKMARK* bm) {
+  if (bm == nullptr || walk.currentData >= index.size()) return -1;
+  const std::size_t count = bookmarks.size();
+  if (count == bookmarks.capacity()) bookmarks.reserve(2 * count + 1);  // nothing fails half-way
+  if (!serialOf.emplace(walk.currentData, nextSerial).second) return 0;
+  bm->id = walk.currentData;
+  bookmarks.push_back({*bm, nextSerial++});
+  return 0;
+}
+
+int Bookmarks::gotoBookMark(const BOOKMARK* bm) {
+  const std::size_t place = placeOf(bm);
+  return place == NOWHERE ? -1 : moveTo(static_cast<UINT32>(place));
+}
+
+int Bookmarks::removeBookMark(const BOOKMARK* bm) {
+  const std::size_t place = placeOf(bm);
+  if (place == NOWHERE) return -1;
+  serialOf.erase(bookmarks[place].mark.id);
+  bookmarks.erase(bookmarks.begin() + static_cast<std::ptrdiff_t>(place));
+  // At the first bookmark this wraps to the largest value, from which the next one is the first.
+  if (walk.currentBookMark >= place) --walk.currentBookMark;
+  return 0;
+}
+
+int Bookmarks::gotoNextBookMark() {
+  const UINT32 next = walk.currentBookMark + 1;
+  return next < bookmarks.size() ? moveTo(next) : -1;
+}
+
+int Bookmarks::gotoPreviousBookMark() {
+  const UINT32 previous = walk.currentBookMark - 1;
+  return previous < bookmarks.size() ? moveTo(previous) : -1;
+}
+
+// ---- searching ---------------------------------------------------------------------------------
+
+namespace {
+
+// The stamp of an item; a boundary without its block has none.
+std::optional<UINT64> keyOf(const GZDItem& item) {
+  if (item.isRecording() && item.getRecording() == nullptr) return std::nullopt;
+  return item.getTimeStamp();
+}
+
+int chooseOfTwo(const Index& index, UINT64 stamp, int low, int high) {
+  const GZDItem first = index.gzdItemList[static_cast<std::size_t>(low)];
+  const GZDItem second = index.gzdItemList[static_cast<std::size_t>(high)];
+  if (keyOf(first) == stamp) return first.isSample() ? low : -1;
+  return keyOf(second) == stamp && first.isSample() ? high : -1;
+}
+
+}  // namespace
+
+int findIndex(const Index& index, UINT32 find_time, int startIndex, int endIndex) {
+  const UINT64 stamp = find_time;
+  if (startIndex < 0 || endIndex < startIndex || static_cast<UINT32>(endIndex) >= index.size()) {
+    return -1;
+  }
+  while (endIndex - startIndex >= 2) {
+    const int mid = startIndex + (endIndex - startIndex) / 2;
+    const GZDItem item = index.gzdItemList[static_cast<std::size_t>(mid)];
+    if (item.isSample() && item.getTimeStamp() == stamp) return mid;
+    if (keyOf(item).value_or(0) > stamp) {
+      endIndex = mid;
+    } else {
+      startIndex = mid;
+    }
+  }
+  return chooseOfTwo(index, stamp, startIndex, endIndex);
+}
+
+void gotoIndex(const Index& index, Walk& walk, const Trials& trials, int itemIndex) {
+  if (itemIndex >= 0 && static_cast<UINT32>(itemIndex) < index.size()) {
+    walk.currentData = static_cast<UINT32>(itemIndex);
+  }
+  const UINT32 trial = trials.firstTrialStartingAt(itemIndex);
+  if (trials.areCollected() && trial != NO_TRIAL) walk.currentTrial = trial;
+}
+
+}  // namespace gzd

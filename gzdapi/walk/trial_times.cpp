@@ -1,0 +1,57 @@
+// A sweep over the starts and ends of all intervals in time order, with the set of those that are
+// open; where the last of them changes, a new stretch begins.
+
+#include "walk/trial_times.h"
+
+#include <algorithm>
+#include <set>
+
+namespace gzd {
+
+namespace {
+
+struct Edge {
+  UINT64 time;
+  UINT32 interval;
+  bool opens;
+};
+
+std::vector<Edge> edgesInTimeOrder(const std::vector<TrialTimes::Interval>& intervals) {
+  std::vector<Edge> edges;
+  for (UINT32 i = 0; i < intervals.size(); ++i) {
+    if (intervals[i].start > intervals[i].end) continue;
+    edges.push_back({intervals[i].start, i, true});
+    edges.push_back({UINT64{intervals[i].end} + 1, i, false});
+  }
+  std::sort(edges.begin(), edges.end(),
+            [](const Edge& a, const Edge& b) { return a.time < b.time; });
+  return edges;
+}
+
+}  // namespace
+
+void TrialTimes::build(const std::vector<Interval>& intervals) {
+  stretches.clear();
+  const std::vector<Edge> edges = edgesInTimeOrder(intervals);
+  std::set<UINT32> open;
+  for (std::size_t i = 0; i < edges.size();) {
+    const UINT64 time = edges[i].time;
+    for (; i < edges.size() && edges[i].time == time; ++i) {
+      if (edges[i].opens) {
+        open.insert(edges[i].interval);
+      } else {
+        open.erase(edges[i].interval);
+      }
+    }
+    stretches.push_back({time, open.empty() ? NOWHERE : *open.rbegin()});
+  }
+}
+
+UINT32 TrialTimes::at(UINT32 time) const {
+  const auto behind =
+      std::upper_bound(stretches.begin(), stretches.end(), time,
+                       [](UINT64 wanted, const Stretch& stretch) { return wanted < stretch.from; });
+  return behind == stretches.begin() ? NOWHERE : std::prev(behind)->interval;
+}
+
+}  // namespace gzd

@@ -1,0 +1,282 @@
+// collectTrials walks the index once, with the message log merged in, and hands what may cut a
+// trial to a TrialWalk:
+// - boundaries of recording blocks, always;
+// - messages, when identifiers are set and trials are not cut by input values: the start identifier
+//   in a text starts a trial, the end identifier ends it, a text with "!V" does neither;
+// - inputs, when trials are cut by input values.
+// Without a log, or when only blocks cut, the index is scanned directly.
+
+#include "walk/trials.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "base/log.h"
+
+namespace gzd {
+
+namespace {
+
+constexpr std::string_view INPUT_FORM = "inPut_type_";
+constexpr std::string_view NO_TRIAL_MARK = "!V";
+constexpr std::size_t INPUT_NUMBER_LIMIT = 4;  // characters
+
+bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+UINT16 inputValue(const char* text) {
+  if (text == nullptr) return 0;
+  const std::size_t length = std::strlen(text);
+  if (length == 0 || length >= INPUT_NUMBER_LIMIT) return 0;
+  return static_cast<UINT16>(std::strtol(text, nullptr, 10));
+}
+
+// Puts walk and log back to where they were.
+class PlaceKeeper {
+ public:
+  PlaceKeeper(Walk& position, LogMerge& log)
+      : walk(position), merge(log), walkBefore(position), logBefore(log.position()) {}
+  PlaceKeeper(const PlaceKeeper&) = delete;
+  PlaceKeeper& operator=(const PlaceKeeper&) = delete;
+  ~PlaceKeeper() {
+    walk = walkBefore;
+    merge.restore(logBefore);
+  }
+
+ private:
+  Walk& walk;
+  LogMerge& merge;
+  const Walk walkBefore;
+  const LogMerge::Position logBefore;
+};
+
+}  // namespace
+
+// ---- identifiers -------------------------------------------------------------------------------
+
+void Trials::setTrialIdentifier(char* start, char* end) {
+  std::fflush(nullptr);
+  endTrialID = end;
+  const bool inputForm = start != nullptr && contains(start, INPUT_FORM);
+  if (end == nullptr) print_log("Set TrialEndMesage Empty\n");
+  if (!inputForm) trialID = start;
+  if (inputForm) {
+    segmentationType = CUT_BY_INPUT;
+    trialID = start + INPUT_FORM.size();
+    print_log("Input Split option found :%s  %s\n", start, trialID);
+  }
+  if (end != nullptr || inputForm) ignoreRecordStart = 1;
+  collectTrials();
+}
+
+void Trials::takeInputValues() {
+  startInput = inputValue(trialID);
+  endInput = inputValue(endTrialID);
+  print_log("Start Input: %d\n End Input: %d\n", startInput, endInput);
+}
+
+// ---- collecting --------------------------------------------------------------------------------
+
+// The trials count as collected at the end only: when memory runs out on the way there are none.
+int Trials::collectTrials() {
+  trialsCollected = false;
+  trials.clear();
+  backToBeginning();
+  if (cutsByInput()) takeInputValues();
+  TrialWalk cut(index, trials, ignoreRecordStart == 1);
+  if (log.isLoaded() && !cutsByBlocksOnly()) {
+    stepThroughMerge(cut);
+  } else {
+    stepThroughIndex(cut);
+  }
+  if (cut.finish()) backToBeginning();
+  rebuildTimes();
+  trialsCollected = true;
+  return 0;
+}
+
+void Trials::collectIfNeeded() {
+  if (!trialsCollected) collectTrials();
+}
+
+// Collects without moving the walk, also when memory runs out.
+void Trials::collectInPlace() {
+  if (trialsCollected) return;
+  const PlaceKeeper keeper(walk, merge);
+  collectTrials();
+}
+
+void Trials::backToBeginning() {
+  merge.rewind();
+  walk.currentData = 0;
+}
+
+bool Trials::cutsByBlocksOnly() const {
+  return trialID == nullptr && endTrialID == nullptr && !cutsByInput();
+}
+
+void Trials::stepThroughIndex(TrialWalk& cut) {
+  for (const Landmark mark : index.landmarks()) {
+    const GZDItem& item = index.gzdItemList[mark];
+    if (item.isRecording())
+      walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
+    examine(cut, item.getItemType(), mark.place);
+  }
+  walk.currentData = index.size();
+  merge.skipLog();
+}
+
+void Trials::stepThroughMerge(TrialWalk& cut) {
+  for (;;) {
+    const int type = merge.getNextDataMergeWithLog();
+    if (type == GZD_END_OF_DATA) return;
+    if (merge.isFromLog()) {
+      if (cutsByInput()) continue;
+      const FEVENT& message = merge.logRecord().fe;
+      examineText(cut, text_of(message.message), walk.currentData, message.sttime);
+    } else {
+      examine(cut, type, walk.currentData - 1);
+    }
+  }
+}
+
+// The element of the recording at `place`.
+void Trials::examine(TrialWalk& cut, int type, UINT32 place) {
+  if (type == GZD_RECORDING) {
+    examineBoundary(cut, place);
+  } else if (type == GZD_INPUT && cutsByInput()) {
+    examineInput(cut, place);
+  } else if (type == GZD_MESSAGE && !cutsByInput()) {
+    examineMessage(cut, place);
+  }
+}
+
+void Trials::examineBoundary(TrialWalk& cut, UINT32 place) const {
+  if (index.gzdItemList[place].isRecordingStart()) {
+    cut.blockStart(place);
+  } else {
+    cut.blockEnd(place, trialID == nullptr && endTrialID == nullptr);
+  }
+}
+
+void Trials::examineInput(TrialWalk& cut, UINT32 place) {
+  const ALLF_DATA* record = readRecord(place);
+  if (record == nullptr) return;
+  const UINT32 time = time_of_stamp(index.gzdItemList[place].getTimeStamp());
+  if (record->fe.input == startInput) {
+    cut.startMark(place, time);
+  } else if (record->fe.input == endInput) {
+    cut.endMark(place, time);
+  }
+}
+
+void Trials::examineMessage(TrialWalk& cut, UINT32 place) {
+  if (trialID == nullptr && endTrialID == nullptr) return;
+  const ALLF_DATA* record = readRecord(place);
+  if (record == nullptr) return;
+  examineText(cut, text_of(record->fe.message), place,
+              time_of_stamp(index.gzdItemList[place].getTimeStamp()));
+}
+
+void Trials::examineText(TrialWalk& cut, std::string_view text, UINT32 place, UINT32 time) const {
+  if (contains(text, NO_TRIAL_MARK)) return;
+  if (trialID != nullptr && contains(text, trialID)) {
+    cut.startMark(place, time);
+  } else if (endTrialID != nullptr && contains(text, endTrialID)) {
+    cut.endMark(place, time);
+  }
+}
+
+void Trials::rebuildTimes() {
+  std::vector<TrialTimes::Interval> intervals;
+  intervals.reserve(trials.size());
+  for (const GZDTrial& trial : trials) intervals.push_back({trial.starttime, trial.endtime});
+  times.build(intervals);
+}
+
+// ---- moving ------------------------------------------------------------------------------------
+
+int Trials::jumpToTrial(int n) {
+  collectIfNeeded();
+  merge.forgetPosition();
+  if (n < 0 || static_cast<std::size_t>(n) >= trials.size()) return -1;
+  walk.currentTrial = static_cast<UINT32>(n);
+  walk.currentData = static_cast<UINT32>(trials[walk.currentTrial].start);
+  return 0;
+}
+
+int Trials::gotoNextTrial() {
+  return jumpToTrial(static_cast<int>(walk.currentTrial + 1));
+}
+
+int Trials::gotoPreviousTrial() {
+  return jumpToTrial(static_cast<int>(walk.currentTrial - 1));
+}
+
+int Trials::gotoTrialWithStartTime(UINT32 time) {
+  collectIfNeeded();
+  const auto found = std::find_if(trials.begin(), trials.end(),
+                                  [time](const GZDTrial& t) { return t.starttime == time; });
+  return found == trials.end() ? -1 : jumpToTrial(static_cast<int>(found - trials.begin()));
+}
+
+int Trials::gotoTrialWithEndTime(UINT32 time) {
+  collectIfNeeded();
+  const auto found = std::find_if(trials.begin(), trials.end(),
+                                  [time](const GZDTrial& t) { return t.endtime == time; });
+  return found == trials.end() ? -1 : jumpToTrial(static_cast<int>(found - trials.begin()));
+}
+
+GZDTrial* Trials::getTrialHeaders() {
+  collectIfNeeded();
+  return walk.currentTrial < trials.size() ? &trials[walk.currentTrial] : nullptr;
+}
+
+int Trials::getTrialHeaders(TRIAL* trial) {
+  if (trial == nullptr) return -1;
+  const GZDTrial* current = getTrialHeaders();
+  if (current == nullptr) return -1;
+  *trial = *current;
+  return 0;
+}
+
+UINT32 Trials::firstTrialStartingAt(int itemIndex) const {
+  const auto found =
+      std::lower_bound(trials.begin(), trials.end(), itemIndex,
+                       [](const GZDTrial& trial, int wanted) { return trial.start < wanted; });
+  return found != trials.end() && found->start == itemIndex
+             ? static_cast<UINT32>(found - trials.begin())
+             : NO_TRIAL;
+}
+
+// ---- looking up by time ------------------------------------------------------------------------
+
+const GZDTrial* Trials::trial_at_time(UINT32 time) {
+  collectInPlace();
+  const UINT32 place = times.at(time);
+  return place == TrialTimes::NOWHERE ? nullptr : &trials[place];
+}
+
+const Recording* Trials::blockAtTime(UINT32 time) {
+  const GZDTrial* trial = trial_at_time(time);
+  return trial != nullptr ? trial->getRecording() : nullptr;
+}
+
+float Trials::getGazePrescaler(UINT32 time) {
+  const Recording* block = blockAtTime(time);
+  return block != nullptr ? block->getPrescaler() : 0.0f;
+}
+
+int Trials::getWindowSize(UINT32 time, int* width, int* height) {
+  const Recording* block = blockAtTime(time);
+  if (block != nullptr) {
+    *width = block->getWindowWidth();
+    *height = block->getWindowHeight();
+  }
+  return 0;
+}
+
+}  // namespace gzd

@@ -1,0 +1,176 @@
+// A float times a power of ten up to 10^12 is exact in double precision, so rounding that product
+// to an integer, halves to even, gives the digits that printf prints. Every other value takes the
+// general path, std::to_chars, which is exact as well but several times slower.
+#include "asc/number.h"
+
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "asc/output.h"
+#include "cli/options.h"
+#include "gzd_data.h"
+
+namespace gzdconv {
+
+namespace {
+
+constexpr int max_fast_decimals = 12;  // 24 bits of a float and 28 of 5^12 fit into 53
+constexpr int max_half_decimals = 8;   // 33 bits and 19 of 5^8 fit as well
+constexpr double fast_limit = 1.0e5;   // the product stays below 2^63
+constexpr double half_limit = 4294967296.0;
+constexpr float exponent_limit = 1.0e5f;  // from here on columns with decimals have exponents
+constexpr int column_width = 7;
+constexpr int max_extra_decimals = 5;
+constexpr std::size_t general_room = 512;  // 309 digits, a point, decimals
+
+constexpr std::array<double, max_fast_decimals + 1> powers_of_ten = {
+    1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
+
+constexpr std::array<std::uint64_t, 20> integer_powers = []() {
+  std::array<std::uint64_t, 20> powers{1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
+
+constexpr std::array<char, 200> digit_pairs = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}();
+
+// Number of decimal digits, at least 1. 1233 / 4096 is just above the logarithm of 2.
+int count_digits(std::uint64_t value) {
+  const int guess = (static_cast<int>(std::bit_width(value | 1)) * 1233) >> 12;
+  return guess + (value >= integer_powers[static_cast<std::size_t>(guess)] ? 1 : 0) +
+         (value == 0 ? 1 : 0);
+}
+
+// Writes the last `count` digits of `value` in front of `end`, and takes them off it.
+template <typename Unsigned>
+char* write_digits(char* end, Unsigned& value, int count) {
+  for (; count >= 2; count -= 2) {
+    end -= 2;
+    std::memcpy(end, &digit_pairs[2 * static_cast<std::size_t>(value % 100)], 2);
+    value /= 100;
+  }
+  if (count > 0) {
+    *--end = static_cast<char>('0' + value % 10);
+    value /= 10;
+  }
+  return end;
+}
+
+// Writes `count` blanks, usually by one store of eight bytes; what is too many is overwritten.
+char* fill_blanks(char* place, int count) {
+  constexpr int stored = 8;
+  if (count <= 0) return place;
+  if (count > stored)
+    std::memset(place, ' ', static_cast<std::size_t>(count));
+  else
+    std::memcpy(place, "        ", stored);
+  return place + count;
+}
+
+// Writes the digits of `scaled` in front of `end`: `whole` of them, a point, `decimals` of them.
+template <typename Unsigned>
+void write_point_number(char* end, Unsigned scaled, int whole, int decimals) {
+  end = write_digits(end, scaled, decimals);
+  if (decimals > 0) *--end = '.';
+  write_digits(end, scaled, whole);
+}
+
+// Writes `scaled` / 10^decimals.
+char* write_scaled(char* place, bool negative, std::uint64_t scaled, int decimals, int width) {
+  const int total = count_digits(scaled);
+  const int whole = total > decimals ? total - decimals : 1;
+  const int length = (negative ? 1 : 0) + whole + (decimals > 0 ? 1 + decimals : 0);
+  place = fill_blanks(place, width - length);
+  *place = '-';  // the first digit's place when there is no sign
+  char* const end = place + length;
+  if (scaled <= UINT32_MAX)
+    write_point_number(end, static_cast<std::uint32_t>(scaled), whole, decimals);
+  else
+    write_point_number(end, scaled, whole, decimals);
+  return fill_blanks(end, -width - length);
+}
+
+// The nearest integer of a value from 0 up to 2^63, halves to even.
+std::uint64_t round_half_even(double value) {
+  const auto whole = static_cast<std::int64_t>(value);
+  const double rest = value - static_cast<double>(whole);
+  const bool up = rest > 0.5 || (rest == 0.5 && (whole & 1) != 0);
+  return static_cast<std::uint64_t>(whole + (up ? 1 : 0));
+}
+
+// True when `magnitude` times 10^decimals is exact: floats, and multiples of a half.
+bool has_exact_product(double magnitude, int decimals) {
+  if (magnitude < fast_limit && magnitude == static_cast<double>(static_cast<float>(magnitude)))
+    return decimals <= max_fast_decimals;
+  if (!(magnitude < half_limit) || decimals > max_half_decimals) return false;
+  const double twice = magnitude * 2.0;
+  return twice == static_cast<double>(static_cast<std::int64_t>(twice));
+}
+
+void append_padded(std::string_view text, int width) {
+  const int length = static_cast<int>(text.size());
+  lpbuffer.set_cursor(fill_blanks(lpbuffer.cursor(), width - length));
+  lpbuffer.append(text);
+  lpbuffer.set_cursor(fill_blanks(lpbuffer.cursor(), -width - length));
+}
+
+void append_general(double value, std::chars_format format, int decimals, int width) {
+  char text[general_room];
+  const auto result = std::to_chars(text, text + sizeof text, value, format, decimals);
+  append_padded({text, static_cast<std::size_t>(result.ptr - text)}, width);
+}
+
+// As printf("%.1e") and, aligned, printf(" %7.1e").
+void append_exponent(double value) {
+  if (!options.tabs_only) lpbuffer.append(' ');
+  append_general(value, std::chars_format::scientific, 1, options.tabs_only ? 0 : column_width);
+}
+
+int with_extra_decimals(int decimals) {
+  const int extra = options.extra_decimals;
+  return extra >= 1 && extra <= max_extra_decimals ? decimals + extra : decimals;
+}
+
+}  // namespace
+
+void LineBuffer::append_unsigned(std::uint64_t value) {
+  const int count = count_digits(value);
+  write_digits(advance(static_cast<std::size_t>(count)) + count, value, count);
+}
+
+void append_fixed(double value, int decimals, int width) {
+  const double magnitude = std::fabs(value);
+  if (!has_exact_product(magnitude, decimals)) {
+    append_general(value, std::chars_format::fixed, decimals, width);
+    return;
+  }
+  const double product = magnitude * powers_of_ten[static_cast<std::size_t>(decimals)];
+  lpbuffer.set_cursor(write_scaled(lpbuffer.cursor(), std::signbit(value), round_half_even(product),
+                                   decimals, width));
+}
+
+void print_value(int decimals, double value) {
+  lpbuffer.append('\t');
+  if (value == static_cast<double>(MISSING_DATA)) {
+    lpbuffer.append(std::string_view(missing_string));
+    return;
+  }
+  const int shown = with_extra_decimals(decimals);
+  if (shown != 0 && std::fabs(static_cast<float>(value)) >= exponent_limit)
+    append_exponent(value);
+  else
+    append_fixed(value, shown, options.tabs_only ? 0 : column_width);
+}
+
+}  // namespace gzdconv

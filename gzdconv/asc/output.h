@@ -1,0 +1,124 @@
+// The one writer of ASC text: a buffer of lines in front of the output file.
+//
+// Cold lines go through print(). Hot lines are built by straight appends:
+//
+//     lpbuffer.begin_line();
+//     lpbuffer.append_unsigned(sample.time);
+//     print_value(1, x);
+//     lpbuffer.append('\n');
+//
+// A write that fails is remembered, later text is dropped, and close_output_file() tells.
+#ifndef GZDCONV_OUTPUT_H
+#define GZDCONV_OUTPUT_H
+
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace gzdconv {
+
+class LineBuffer {
+ public:
+  // Pieces of this size, and at offsets of this size, cost the system a quarter less than others.
+  static constexpr std::size_t flush_size = 131072;
+  static constexpr std::size_t line_room = 32768;  // guaranteed behind begin_line()
+
+  // Makes room for a line of up to `line_room` bytes.
+  void begin_line() {
+    if (size() >= flush_size) send_whole_pieces();
+  }
+
+  // The appends do not check: all of one line together must fit into `line_room`.
+  void append(char c) { *advance(1) = c; }
+  void append(std::string_view text) {
+    std::memcpy(advance(text.size()), text.data(), text.size());
+  }
+  void append_unsigned(std::uint64_t value);
+
+  // Direct access for number writers: write behind cursor(), then hand back the new end.
+  char* cursor() { return cursor_; }
+  void set_cursor(char* end) {
+    assert(end >= bytes_ && end <= bytes_ + sizeof bytes_);
+    cursor_ = end;
+  }
+
+  // Text of any length; makes its own room.
+  void write(std::string_view text);
+
+  // Hands everything to the open output file, or to standard output.
+  void flush();
+
+  // To be called when another output file is open: nothing has gone there, nothing has failed.
+  void begin_file() {
+    forget_failure();
+    sent_ = 0;
+  }
+
+  // Drops what has not been handed on.
+  void forget_text() { cursor_ = bytes_; }
+
+  // True when a write has failed since the last call of forget_failure().
+  bool failed() const { return failed_; }
+  // The system's reason, a value of errno, or 0.
+  int reason() const { return reason_; }
+  // To be called when text cannot be made or written, with the system's reason.
+  void fail(int reason) {
+    failed_ = true;
+    reason_ = reason;
+  }
+  void forget_failure() {
+    failed_ = false;
+    reason_ = 0;
+  }
+
+ private:
+  std::size_t size() const { return static_cast<std::size_t>(cursor_ - bytes_); }
+  char* advance(std::size_t count) {
+    char* const place = cursor_;
+    set_cursor(place + count);
+    return place;
+  }
+  void send_whole_pieces();
+  void send(const char* text, std::size_t length);
+
+  static constexpr std::size_t overshoot = 16;  // number writers store whole words
+
+  char bytes_[flush_size + line_room + overshoot];
+  char* cursor_ = bytes_;
+  std::size_t sent_ = 0;  // bytes of the output file so far
+  bool failed_ = false;
+  int reason_ = 0;
+};
+
+extern LineBuffer lpbuffer;
+
+// Writes `fmt` with its arguments to the output file, or to standard output when none is open.
+// Text of any length.
+void print(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+
+// The path of the ASC file for `name`: moved to options.output_dir, "asc" behind its last ".".
+std::string output_path(const std::string& name);
+
+// True when both paths lead to one existing file.
+bool is_same_file(const std::string& one, const std::string& other);
+
+// Opens the ASC file for `name`, asking before it overwrites; `input` is the recording itself,
+// which is never overwritten. Returns 0, or 1 when no file was opened (declined, or a failure that
+// has been printed).
+int open_output_file(const std::string& name, const std::string& input);
+
+// Writes out what is left and closes the file. Returns 0, also when none is open, or -1 when any
+// write to it failed: that has been printed, and an incomplete regular file is removed.
+int close_output_file();
+
+// Closes the file without writing out what is left, and removes it when it is a regular one. Does
+// nothing when none is open.
+void discard_output_file();
+
+}  // namespace gzdconv
+
+#endif

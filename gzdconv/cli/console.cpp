@@ -1,0 +1,141 @@
+#include "cli/console.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "cli/options.h"
+#include "gzd.h"
+
+namespace gzdconv {
+
+namespace {
+
+constexpr int box_width = 79;
+constexpr int box_text_width = box_width - 2;
+constexpr std::size_t preamble_mark = 2;  // the "**" of every preamble line
+constexpr int bar_length = 10;
+
+FILE* log_file = nullptr;
+int shown_percentage = -1;
+
+void print_filling(int count) {
+  for (; count > 0; --count) std::putchar('=');
+}
+
+void print_preamble_line(std::string_view line) {
+  line.remove_prefix(std::min(preamble_mark, line.size()));
+  std::printf("|%-*.*s|\n", box_text_width, static_cast<int>(line.size()), line.data());
+}
+
+void log_arguments(const char* fmt, std::va_list arguments) {
+  if (log_file != nullptr) std::vfprintf(log_file, fmt, arguments);
+}
+
+// Receives the library's messages while a log data file is open.
+void log_library_message(const char* message) {
+  report("%s", message);
+}
+
+}  // namespace
+
+void print_banner() {
+  std::printf("\nGZDCONV: Ovilo GZD file -> ASCII (text) file translator\n");
+  print_version();
+  std::printf("\n");
+}
+
+void print_version() {
+  std::printf("GZDCONV version %s \n", gzd_get_version());
+}
+
+void print_box(const char* text) {
+  const int length = static_cast<int>(std::min<std::size_t>(std::strlen(text), box_width));
+  const int before = (box_width - length) / 2;
+  print_filling(before);
+  std::fputs(text, stdout);
+  print_filling(box_width - length - before);
+  std::printf("\n");
+}
+
+void print_preamble_text(const char* file_name, const char* text) {
+  print_box(("Preamble of file " + std::string(file_name)).c_str());
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const std::size_t length = std::min(rest.find('\n'), rest.size());
+    print_preamble_line(rest.substr(0, length));
+    rest.remove_prefix(std::min(length + 1, rest.size()));
+  }
+  print_filling(box_width);
+  std::printf("\n\n");
+}
+
+void print_percentage(int percent) {
+  if (percent == shown_percentage) return;
+  shown_percentage = percent;
+  const int stars = std::clamp(percent / 10, 0, bar_length);
+  std::printf("Processed [%-*.*s]%d%%\r", bar_length, stars, "**********", percent);
+  std::fflush(stdout);
+}
+
+void Progress::show() {
+  const std::uint64_t percent = 100 * seen_ / count_;
+  next_ = ((percent + 1) * count_ + 99) / 100;
+  print_percentage(static_cast<int>(percent));
+}
+
+void report(const char* fmt, ...) {
+  std::va_list arguments, again;
+  va_start(arguments, fmt);
+  va_copy(again, arguments);
+  std::vprintf(fmt, arguments);
+  log_arguments(fmt, again);
+  va_end(again);
+  va_end(arguments);
+}
+
+void report_reason(const std::string& file_name, int error) {
+  static std::string last_line;
+  if (error == 0) return;
+  const std::string line = file_name + ": " + std::strerror(error);
+  if (line == last_line) return;
+  last_line = line;
+  std::fflush(stdout);  // what was said before comes first, wherever both go
+  std::fprintf(stderr, "gzdconv: %s\n", line.c_str());
+}
+
+void warn(const char* fmt, ...) {
+  std::va_list arguments, again;
+  va_start(arguments, fmt);
+  va_copy(again, arguments);
+  if (!quiet) std::vprintf(fmt, arguments);
+  log_arguments(fmt, again);
+  va_end(again);
+  va_end(arguments);
+}
+
+bool open_log_file(const std::string& name) {
+  close_log_file();
+  log_file = std::fopen(name.c_str(), "w");
+  if (log_file == nullptr) {
+    const int reason = errno;
+    std::printf("Could not open log file %s \n", name.c_str());
+    report_reason(name, reason);
+    return false;
+  }
+  std::setvbuf(log_file, nullptr, _IOLBF, BUFSIZ);  // complete also when the run ends early
+  gzd_set_log_function(reinterpret_cast<void*>(log_library_message));
+  return true;
+}
+
+void close_log_file() {
+  if (log_file == nullptr) return;
+  gzd_set_log_function(nullptr);
+  std::fclose(log_file);
+  log_file = nullptr;
+}
+
+}  // namespace gzdconv

@@ -1,0 +1,162 @@
+#include "gaze3d/head_geometry.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <numbers>
+
+namespace gzdconv {
+
+namespace {
+
+constexpr double radians_per_degree = std::numbers::pi / 180;
+constexpr double parallel_limit = 1e-12;  // squared sine, or cosine, taken as 0
+
+double element(const RigidTransform& t, std::size_t row, std::size_t column) {
+  return t.m[row * 4 + column];
+}
+
+Vector3 row(const RigidTransform& t, std::size_t index) {
+  return {element(t, index, 0), element(t, index, 1), element(t, index, 2)};
+}
+
+Vector3 column(const RigidTransform& t, std::size_t index) {
+  return {element(t, 0, index), element(t, 1, index), element(t, 2, index)};
+}
+
+RigidTransform from_columns(const Vector3& x, const Vector3& y, const Vector3& z,
+                            const Vector3& shift) {
+  return {{x.x, y.x, z.x, shift.x, x.y, y.y, z.y, shift.y, x.z, y.z, z.z, shift.z}};
+}
+
+std::optional<Vector3> normalised(const Vector3& a) {
+  const double size = length(a);
+  if (!(size > 0) || !std::isfinite(size)) return std::nullopt;
+  return a * (1 / size);
+}
+
+// Half the square root of a sum that is 0 or more but for rounding.
+double half_root(double sum) {
+  return 0.5 * std::sqrt(std::max(0.0, sum));
+}
+
+}  // namespace
+
+Vector3 operator+(const Vector3& a, const Vector3& b) {
+  return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+Vector3 operator-(const Vector3& a, const Vector3& b) {
+  return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+
+Vector3 operator*(const Vector3& a, double factor) {
+  return {a.x * factor, a.y * factor, a.z * factor};
+}
+
+double dot(const Vector3& a, const Vector3& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+double length(const Vector3& a) {
+  return std::sqrt(dot(a, a));
+}
+
+Vector3 transform_direction(const RigidTransform& t, const Vector3& direction) {
+  return {dot(row(t, 0), direction), dot(row(t, 1), direction), dot(row(t, 2), direction)};
+}
+
+Vector3 transform_point(const RigidTransform& t, const Vector3& point) {
+  return transform_direction(t, point) + column(t, 3);
+}
+
+RigidTransform inverse(const RigidTransform& t) {
+  const RigidTransform turned_back = from_columns(row(t, 0), row(t, 1), row(t, 2), {});
+  const Vector3 shift = transform_direction(turned_back, column(t, 3)) * -1;
+  return from_columns(row(t, 0), row(t, 1), row(t, 2), shift);
+}
+
+RigidTransform compose(const RigidTransform& second, const RigidTransform& first) {
+  return from_columns(
+      transform_direction(second, column(first, 0)), transform_direction(second, column(first, 1)),
+      transform_direction(second, column(first, 2)), transform_point(second, column(first, 3)));
+}
+
+RigidTransform ovilo_calc_pose_mat(const Vector3& rotation, const Vector3& position) {
+  const Vector3 angle = rotation * radians_per_degree;
+  const double cx = std::cos(angle.x), sx = std::sin(angle.x);
+  const double cy = std::cos(angle.y), sy = std::sin(angle.y);
+  const double cz = std::cos(angle.z), sz = std::sin(angle.z);
+  return from_columns({cz * cy, sz * cy, -sy},
+                      {cz * sy * sx - sz * cx, sz * sy * sx + cz * cx, cy * sx},
+                      {cz * sy * cx + sz * sx, sz * sy * cx - cz * sx, cy * cx}, position);
+}
+
+// The largest component is taken from the diagonal, the others by dividing by it: no loss near
+// half turns.
+Quaternion ovilo_calc_pose_quat(const RigidTransform& pose) {
+  const double xx = element(pose, 0, 0), yy = element(pose, 1, 1), zz = element(pose, 2, 2);
+  const double yz = element(pose, 2, 1) - element(pose, 1, 2);
+  const double zx = element(pose, 0, 2) - element(pose, 2, 0);
+  const double xy = element(pose, 1, 0) - element(pose, 0, 1);
+  const double yz_sum = element(pose, 2, 1) + element(pose, 1, 2);
+  const double zx_sum = element(pose, 0, 2) + element(pose, 2, 0);
+  const double xy_sum = element(pose, 1, 0) + element(pose, 0, 1);
+  Quaternion q;
+  if (xx + yy + zz > 0) {
+    q.w = half_root(1 + xx + yy + zz);
+    q = {q.w, yz / (4 * q.w), zx / (4 * q.w), xy / (4 * q.w)};
+  } else if (xx >= yy && xx >= zz) {
+    q.x = half_root(1 + xx - yy - zz);
+    q = {yz / (4 * q.x), q.x, xy_sum / (4 * q.x), zx_sum / (4 * q.x)};
+  } else if (yy >= zz) {
+    q.y = half_root(1 - xx + yy - zz);
+    q = {zx / (4 * q.y), xy_sum / (4 * q.y), q.y, yz_sum / (4 * q.y)};
+  } else {
+    q.z = half_root(1 - xx - yy + zz);
+    q = {xy / (4 * q.z), zx_sum / (4 * q.z), yz_sum / (4 * q.z), q.z};
+  }
+  return q.w < 0 ? Quaternion{-q.w, -q.x, -q.y, -q.z} : q;
+}
+
+AxisAngle ovilo_calc_pose_axAngle(const RigidTransform& pose) {
+  const Quaternion q = ovilo_calc_pose_quat(pose);
+  const Vector3 turned = {q.x, q.y, q.z};
+  const std::optional<Vector3> axis = normalised(turned);
+  if (!axis) return {{1, 0, 0}, 0};
+  return {*axis, 2 * std::atan2(length(turned), q.w) / radians_per_degree};
+}
+
+std::optional<GazeLine> ovilo_calc_gaze_vector(const Vector3& eye_centre, const Vector3& target) {
+  const std::optional<Vector3> direction = normalised(target - eye_centre);
+  if (!direction) return std::nullopt;
+  return GazeLine{eye_centre, *direction};
+}
+
+Vector3 ovilo_calc_head_vector(const RigidTransform& pose, const Vector3& straight_ahead) {
+  return transform_direction(pose, straight_ahead);
+}
+
+// With unit directions u and v and w = left origin - right origin, the feet of the common
+// perpendicular lie at s = (b e - d) / (1 - b b) and t = (e - b d) / (1 - b b), where b = u v,
+// d = u w and e = v w.
+std::optional<Vector3> ovilo_calc_3D_gaze(const GazeLine& left, const GazeLine& right) {
+  const Vector3 between = left.origin - right.origin;
+  const double b = dot(left.direction, right.direction);
+  const double d = dot(left.direction, between);
+  const double e = dot(right.direction, between);
+  const double squared_sine = 1 - b * b;
+  if (!(squared_sine > parallel_limit)) return std::nullopt;
+  const Vector3 on_left = left.origin + left.direction * ((b * e - d) / squared_sine);
+  const Vector3 on_right = right.origin + right.direction * ((e - b * d) / squared_sine);
+  return (on_left + on_right) * 0.5;
+}
+
+std::optional<Vector3> ovilo_calc_plane_gaze(const GazeLine& gaze, const RigidTransform& to_plane) {
+  const Vector3 origin = transform_point(to_plane, gaze.origin);
+  const Vector3 direction = transform_direction(to_plane, gaze.direction);
+  if (!(std::abs(direction.z) > parallel_limit)) return std::nullopt;
+  return origin + direction * (-origin.z / direction.z);
+}
+
+}  // namespace gzdconv

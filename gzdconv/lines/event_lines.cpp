@@ -1,0 +1,206 @@
+#include "lines/event_lines.h"
+
+#include <cstdint>
+#include <string_view>
+
+#include "asc/output.h"
+#include "cli/console.h"
+#include "cli/options.h"
+#include "lines/event_columns.h"
+#include "lines/event_pairs.h"
+#include "lines/message_filter.h"
+#include "lines/recording_lines.h"
+#include "lines/resolution.h"
+
+namespace gzdconv {
+
+namespace {
+
+constexpr int first_extended_generation = 4;
+constexpr int button_count = 8;
+constexpr unsigned changed_shift = 8;  // the high byte tells which buttons changed
+
+const char* time_suffix() {
+  return options.float_time ? ".0" : "";
+}
+
+char eye_letter(const FEVENT& event) {
+  return event.eye == GZD_LEFT_EYE ? 'L' : 'R';
+}
+
+void print_eye_header(const char* name, const char* columns) {
+  print("** COLUMNS %s EVENT\n** type\teye\tstime%s", name, columns);
+  if (options.current_ovilo_revision >= first_extended_generation) print_extra_header();
+  print("\n");
+}
+
+// The column names of every kind of event, once a file.
+void print_header(const FEVENT& event) {
+  if (options.event_header_printed || event.type == GZD_MESSAGE) return;
+  options.event_header_printed = 1;
+  if (options.suppress_column_headers || !options.output_events || !canHeaderDeterminedForEvents())
+    return;
+  print("** COLUMNS MSG EVENT\n** time\tmessage\n");
+  print("** COLUMNS BUTTON EVENT\n** time\tmessage\n");
+  print_eye_header("SFIX", "");
+  print_eye_header("EFIX", "\tetime\tintl\tavgx\tavgy\tavgps");
+  print_eye_header("SBLINK", "");
+  print_eye_header("EBLINK", "\tetime\tintl");
+  print_eye_header("SSACC", "");
+  print_eye_header("ESACC", "\tetime\tintl\tgstx\tgsty\tgenx\tgeny\tavel\tpvel");
+}
+
+// Without samples the block's mean resolution comes from the events.
+void sum_resolution(const FEVENT& event) {
+  if (options.event_position_type != GZD_POSITION_GAZE || !(event.read & EVT_RESOLUTION) ||
+      options.output_samples)
+    return;
+  add_resolution(event.supd_x, event.supd_y);
+  add_resolution(event.eupd_x, event.eupd_y);
+}
+
+void print_message(const FEVENT& event) {
+  const char* const text = message_text(event);
+  if (!options.output_messages || text == nullptr || event.message->len == 0) return;
+  if (!is_message_printed(text)) return;
+  print("MSG\t%u%s%c", event.sttime, time_suffix(), options.tabs_only ? '\t' : ' ');
+  lpbuffer.write(text);
+  print("\n");
+}
+
+void print_buttons(const FEVENT& event) {
+  for (int button = 0; button < button_count; ++button)
+    if (event.buttons >> changed_shift & 1U << button)
+      print("BUTTON\t%u%s\t%d\t%d\n", event.sttime, time_suffix(), button + 1,
+            event.buttons >> button & 1);
+}
+
+void print_other_event(const FEVENT& event) {
+  switch (event.type) {
+    case GZD_BREAK_PARSE:
+      print("** BREAK IN DATA STREAM **\n");
+      break;
+    case GZD_MESSAGE:
+      print_message(event);
+      break;
+    case GZD_INPUT:
+      print("INPUT\t%u%s\t%d\n", event.sttime, time_suffix(), event.input);
+      break;
+    case GZD_BUTTON:
+      print_buttons(event);
+      break;
+    default:
+      break;
+  }
+}
+
+void append_time(std::uint32_t time) {
+  lpbuffer.append_unsigned(time);
+  lpbuffer.append(std::string_view(time_suffix()));
+}
+
+// `gap` aligns the times of the kinds when blanks are allowed.
+void print_start(const FEVENT& event, std::string_view name, std::string_view gap) {
+  lpbuffer.begin_line();
+  lpbuffer.append(name);
+  lpbuffer.append(options.tabs_only ? '\t' : ' ');
+  lpbuffer.append(eye_letter(event));
+  lpbuffer.append(options.tabs_only ? std::string_view("\t") : gap);
+  append_time(event.sttime);
+}
+
+std::uint32_t print_end(const FEVENT& event, std::string_view name, std::string_view gap,
+                        int period) {
+  const std::uint32_t duration = event.entime - event.sttime + static_cast<std::uint32_t>(period);
+  print_start(event, name, gap);
+  for (const std::uint32_t time : {event.entime, duration}) {
+    lpbuffer.append('\t');
+    append_time(time);
+  }
+  return duration;
+}
+
+void report_reversed_times(const FEVENT& event) {
+  if (event.entime >= event.sttime) return;
+  if (event.type == GZD_END_FIXATION) {
+    report("###ENDFIX end time is less than start time %u %u\n", event.sttime, event.entime);
+  } else if (event.type == GZD_END_SACCADE || options.verbose) {
+    report("###END%s end time is less than start time %u%s %u%s\n",
+           event.type == GZD_END_SACCADE ? "SACC" : "BLINK", event.sttime, time_suffix(),
+           event.entime, time_suffix());
+  }
+}
+
+void print_eye_end(const FEVENT& event, int period) {
+  report_reversed_times(event);
+  if (event.type == GZD_END_BLINK) {
+    print_end(event, "EBLINK", " ", period);
+  } else if (event.type == GZD_END_SACCADE) {
+    print_saccade_columns(event, print_end(event, "ESACC", "  ", period));
+  } else {
+    print_end(event, "EFIX", "   ", period);
+    print_fixation_columns(event);
+  }
+}
+
+void print_eye_event(const FEVENT& event, int period) {
+  switch (event.type) {
+    case GZD_START_BLINK:
+      print_start(event, "SBLINK", " ");
+      break;
+    case GZD_START_SACCADE:
+      print_start(event, "SSACC", "  ");
+      break;
+    case GZD_START_FIXATION:
+      print_start(event, "SFIX", "   ");
+      break;
+    default:
+      print_eye_end(event, period);
+      break;
+  }
+  note_start_time(event);
+  if (event.read & EVT_HEAD_POSE) print_exended_event_data(event);
+  lpbuffer.append('\n');
+}
+
+bool is_eye_event(const FEVENT& event) {
+  return event.type >= GZD_START_BLINK && event.type <= GZD_END_FIXATION;
+}
+
+bool is_eye_printed(const FEVENT& event) {
+  return options.output_eye_events &&
+         (event.eye == GZD_LEFT_EYE ? options.left_eye : options.right_eye);
+}
+
+}  // namespace
+
+int print_event(const FEVENT& event, int period) {
+  print_header(event);
+  sum_resolution(event);
+  if (is_start_event(event) && !options.output_start_events) return 1;
+  if (!options.output_events) return 1;
+  if (is_eye_event(event)) {
+    if (!is_eye_printed(event)) return 1;
+    print_eye_event(event, period);
+  } else {
+    print_other_event(event);
+  }
+  check_start_times();
+  return 0;
+}
+
+bool is_start_event(const FEVENT& event) {
+  switch (event.type) {
+    case GZD_START_PARSE:
+    case GZD_START_BLINK:
+    case GZD_START_SACCADE:
+    case GZD_START_FIXATION:
+    case GZD_START_SAMPLES:
+    case GZD_START_EVENTS:
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace gzdconv

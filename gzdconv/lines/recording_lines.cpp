@@ -1,0 +1,171 @@
+#include "lines/recording_lines.h"
+
+#include "asc/number.h"
+#include "asc/output.h"
+#include "cli/console.h"
+#include "cli/options.h"
+#include "lines/resolution.h"
+
+namespace gzdconv {
+
+namespace {
+
+constexpr unsigned position_flags = SMP_PUPIL_POS | SMP_HREF | SMP_GAZE;
+constexpr int resolution_decimals = 2;
+
+enum HeadData { no_head_data, head_markers, head_target, head_pose };
+constexpr int first_pose_revision = 2;
+
+bool has_left(const RECORDINGS& record) {
+  return record.eye == GZD_BLOCK_LEFT || record.eye == GZD_BLOCK_BOTH;
+}
+
+bool has_right(const RECORDINGS& record) {
+  return record.eye == GZD_BLOCK_RIGHT || record.eye == GZD_BLOCK_BOTH;
+}
+
+bool has_samples(const RECORDINGS& record) {
+  return record.record_type == GZD_RECORD_SAMPLES || record.record_type == GZD_RECORD_BOTH;
+}
+
+bool has_events(const RECORDINGS& record) {
+  return record.record_type == GZD_RECORD_EVENTS || record.record_type == GZD_RECORD_BOTH;
+}
+
+const char* text_if(bool condition, const char* text) {
+  return condition ? text : "";
+}
+
+bool is_position_type(int code) {
+  return code == GZD_POSITION_PUPIL || code == GZD_POSITION_HREF || code == GZD_POSITION_GAZE;
+}
+
+void choose_sample_type(unsigned sflags) {
+  const int preferred = options.preferred_sample_type;
+  options.sample_type_in_use = select_sample_type(sflags);
+  if (options.sample_type_in_use == preferred && is_position_type(preferred)) return;
+  report("\rWARNING: preferred sample type %s not available: using %s data\n",
+         parse_type(preferred), parse_type(options.sample_type_in_use));
+}
+
+void print_start_line(const RECORDINGS& record) {
+  const bool eyes = options.output_eye_events || options.output_samples;
+  print("START\t%u%s \t%s%s%s%s\n", record.time, text_if(options.float_time, ".0"),
+        text_if(eyes && options.left_eye && options.left_events && has_left(record), "LEFT\t"),
+        text_if(eyes && options.right_eye && options.right_events && has_right(record), "RIGHT\t"),
+        text_if(has_samples(record), "SAMPLES\t"), text_if(has_events(record), "EVENTS"));
+}
+
+void print_rate(const RECORDINGS& record) {
+  print("\tRATE\t%7.2f", static_cast<double>(record.sample_rate));
+  if (options.tracker_revision > 0)
+    print("\tTRACKING\t%s\tFILTER\t%d", record.recording_mode ? "CR" : "P", record.filter_type);
+}
+
+void print_events_line(const RECORDINGS& record) {
+  options.event_position_type = record.pos_type;
+  print("EVENTS\t%s%s%s%s", parse_type(record.pos_type),
+        text_if(options.left_eye && options.left_events && has_left(record), "\tLEFT"),
+        text_if(options.right_eye && options.right_events && has_right(record), "\tRIGHT"),
+        text_if(options.output_resolution, "\tRES"));
+  print_rate(record);
+  print("\n");
+}
+
+const char* head_part(const RECORDINGS& record) {
+  switch (options.head_data_mode) {
+    case head_markers:
+      return "\tHMARKER";
+    case head_target:
+      return text_if(record.sflags & SMP_HEAD_DATA, "\tHTARGET");
+    case head_pose:
+      return text_if(options.tracker_revision >= first_pose_revision, "\tHPOSE");
+    default:
+      return "";
+  }
+}
+
+void print_samples_line(const RECORDINGS& record) {
+  choose_sample_type(record.sflags);
+  print("SAMPLES\t%s%s%s%s%s%s", parse_type(options.sample_type_in_use),
+        text_if(options.left_eye && options.left_samples && has_left(record), "\tLEFT"),
+        text_if(options.right_eye && options.right_samples && has_right(record), "\tRIGHT"),
+        text_if(options.output_velocity, "\tVEL"), text_if(options.output_resolution, "\tRES"),
+        head_part(record));
+  print_rate(record);
+  print("%s%s\n", text_if(options.output_input, "\tINPUT"),
+        text_if(options.output_buttons, "\tBUTTONS"));
+}
+
+void print_mean_resolution() {
+  if (ppd_count == 0.0) {
+    print_value(resolution_decimals, options.default_res_x);
+    print_value(resolution_decimals, options.default_res_y);
+    return;
+  }
+  print_value(resolution_decimals, ppd_x / ppd_count);
+  print_value(resolution_decimals, ppd_y / ppd_count);
+  clear_resolution_sums();
+}
+
+}  // namespace
+
+int print_recording(GZDFILE* handle, const RECORDINGS& record) {
+  return record.state ? print_start(record, handle) : print_end(record);
+}
+
+int print_start(const RECORDINGS& record, GZDFILE* handle) {
+  options.tracker_revision = gzd_get_revision(handle);
+  if (!options.output_events) {
+    choose_sample_type(record.sflags);
+    return 1;
+  }
+  print_start_line(record);
+  print("PRESCALER\t1\nVPRESCALER\t1\nPUPIL\t%s\n", record.pupil_type ? "DIAMETER" : "AREA");
+  if (options.output_eye_events && has_events(record)) print_events_line(record);
+  if (options.output_samples && has_samples(record)) print_samples_line(record);
+  return 1;
+}
+
+int print_end(const RECORDINGS& record) {
+  if (!options.output_events) return 1;
+  print("END\t%u \t%s%s\tRES", record.time, text_if(has_samples(record), "SAMPLES\t"),
+        text_if(has_events(record), "EVENTS"));
+  print_mean_resolution();
+  print("\n");
+  return 1;
+}
+
+int select_sample_type(unsigned sflags) {
+  struct Choice {
+    int type;
+    unsigned flag;
+  };
+  constexpr Choice pupil{GZD_POSITION_PUPIL, SMP_PUPIL_POS};
+  constexpr Choice href{GZD_POSITION_HREF, SMP_HREF};
+  constexpr Choice gaze{GZD_POSITION_GAZE, SMP_GAZE};
+  const int preferred = options.preferred_sample_type;
+  if (!(sflags & position_flags)) return preferred;
+  const auto first_present = [sflags](Choice first, Choice second, Choice last) {
+    if (sflags & first.flag) return first.type;
+    return sflags & second.flag ? second.type : last.type;
+  };
+  if (preferred == GZD_POSITION_PUPIL) return first_present(pupil, gaze, href);
+  if (preferred == GZD_POSITION_HREF) return first_present(href, gaze, pupil);
+  return first_present(gaze, href, pupil);
+}
+
+const char* parse_type(int code) {
+  if (code == GZD_POSITION_PUPIL) return "PUPIL";
+  return code == GZD_POSITION_HREF ? "HREF" : "GAZE";
+}
+
+int canHeaderDeterminedForEvents() {
+  return options.output_resolution == 0 ? 1 : 0;
+}
+
+int canHeaderDeterminedForSamples() {
+  return 1;
+}
+
+}  // namespace gzdconv

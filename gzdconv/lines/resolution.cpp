@@ -1,0 +1,212 @@
+#include "lines/resolution.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "cli/options.h"
+
+namespace gzdconv {
+
+double ppd_x = 0.0;
+double ppd_y = 0.0;
+double ppd_count = 0.0;
+
+namespace {
+
+constexpr double margin_factor = 0.95;
+constexpr double href_distance_squared = 2.25e8;  // of 15000 units
+constexpr double degrees_per_radian = 57.2958;
+constexpr double lowest_resolution = 0.01;  // both ends excluded
+constexpr double highest_resolution = 1.0e4;
+constexpr float smallest_pupil = 15.0F;  // of an eye that counts
+constexpr std::size_t display_keyword = sizeof "DISPLAY_COORDS" - 1;
+constexpr std::size_t area_keyword = sizeof "DISPLAY_AREA_COORDS" - 1;
+
+float trackerLeft = MISSING_DATA;
+float trackerTop = MISSING_DATA;
+float trackerRight = MISSING_DATA;
+float trackerBottom = MISSING_DATA;
+float displayWidth = MISSING_DATA;
+float displayHeight = MISSING_DATA;
+
+struct Edges {
+  int left, top, right, bottom;
+};
+
+// Reads the four numbers behind a keyword of `offset` characters that begins `text`.
+bool read_edges(const char* text, std::size_t offset, Edges& edges) {
+  if (strnlen(text, offset) < offset) return false;
+  return std::sscanf(text + offset, " %d %d %d %d", &edges.left, &edges.top, &edges.right,
+                     &edges.bottom) == 4;
+}
+
+float extent(int low, int high) {
+  return static_cast<float>(std::int64_t{high} - low);
+}
+
+float margin(float low, float high) {
+  const float width = high - low;
+  return static_cast<float>(width / margin_factor - width);
+}
+
+bool is_mapped(float value) {
+  if (value == MISSING_DATA) return false;
+  for (const float size :
+       {trackerLeft, trackerTop, trackerRight, trackerBottom, displayWidth, displayHeight})
+    if (size == MISSING_DATA) return false;
+  return true;
+}
+
+// Means of the head-referenced coordinates of the eyes that count.
+class HrefMean {
+ public:
+  void add_eye(const FSAMPLE& sample, int eye) {
+    if (!(sample.flags & SMP_HREF) || has_small_pupil(sample, eye)) return;
+    add(sample.hx[eye], x_, x_count_);
+    add(sample.hy[eye], y_, y_count_);
+  }
+  bool is_known() const { return x_count_ > 0 && y_count_ > 0; }
+  float x() const { return x_ / static_cast<float>(x_count_); }
+  float y() const { return y_ / static_cast<float>(y_count_); }
+
+ private:
+  static bool has_small_pupil(const FSAMPLE& sample, int eye) {
+    return (sample.flags & SMP_PUPIL_SIZE) && !options.no_pupil_area_check &&
+           sample.pa[eye] < smallest_pupil;
+  }
+  static void add(float value, float& sum, int& count) {
+    if (value == MISSING_DATA || value == NOT_RECORDED) return;
+    sum += value;
+    ++count;
+  }
+
+  float x_ = 0.0F, y_ = 0.0F;
+  int x_count_ = 0, y_count_ = 0;
+};
+
+void complete_href(FSAMPLE& sample) {
+  HrefMean mean;
+  if (options.left_samples && (sample.flags & SMP_LEFT)) mean.add_eye(sample, GZD_LEFT_EYE);
+  if (options.right_samples && (sample.flags & SMP_RIGHT)) mean.add_eye(sample, GZD_RIGHT_EYE);
+  if (!mean.is_known()) return;
+  const Resolution resolution = head_referenced_resolution(mean.x(), mean.y());
+  sample.rx = static_cast<float>(resolution.x);
+  sample.ry = static_cast<float>(resolution.y);
+}
+
+void take_default(FSAMPLE& sample) {
+  sample.rx = options.default_res_x;
+  sample.ry = options.default_res_y;
+}
+
+// True for gaze with its own resolution, which needs nothing.
+bool has_complete_resolution(const FSAMPLE& sample) {
+  return options.sample_type_in_use == GZD_POSITION_GAZE && (sample.flags & SMP_RESOLUTION) != 0 &&
+         options.gaze_map == 0;
+}
+
+void complete_gaze(FSAMPLE& sample) {
+  if (!(sample.flags & SMP_RESOLUTION)) take_default(sample);
+  sample.rx = getMappedPPDX(sample.rx);
+  sample.ry = getMappedPPDY(sample.ry);
+}
+
+// Apart, so that it costs the usual sample nothing.
+[[gnu::noinline]] void complete_resolution(FSAMPLE& sample) {
+  switch (options.sample_type_in_use) {
+    case GZD_POSITION_HREF:
+      complete_href(sample);
+      break;
+    case GZD_POSITION_GAZE:
+      complete_gaze(sample);
+      break;
+    case GZD_POSITION_PUPIL:
+      take_default(sample);
+      break;
+    default:
+      break;
+  }
+}
+
+}  // namespace
+
+void clear_resolution_sums() {
+  ppd_x = ppd_y = ppd_count = 0.0;
+}
+
+bool is_usable_resolution(double resolution) {
+  return resolution > lowest_resolution && resolution < highest_resolution;
+}
+
+void add_resolution(double rx, double ry) {
+  if (!is_usable_resolution(rx) || !is_usable_resolution(ry)) return;
+  ppd_x += rx;
+  ppd_y += ry;
+  ppd_count += 1.0;
+}
+
+void updatePPD(FSAMPLE& sample) {
+  if (!has_complete_resolution(sample)) complete_resolution(sample);
+  add_resolution(sample.rx, sample.ry);
+}
+
+Resolution head_referenced_resolution(double hx, double hy) {
+  const double square = hx * hx + href_distance_squared + hy * hy;
+  return {square / std::sqrt(hy * hy + href_distance_squared) / degrees_per_radian,
+          square / std::sqrt(hx * hx + href_distance_squared) / degrees_per_radian};
+}
+
+void parseDisplayCoords(const char* text) {
+  if (text == nullptr) return;
+  Edges edges;
+  const bool known = read_edges(text, display_keyword, edges);
+  displayWidth = known ? extent(edges.left, edges.right) : MISSING_DATA;
+  displayHeight = known ? extent(edges.top, edges.bottom) : MISSING_DATA;
+}
+
+void parseDisplayAreaCoords(const char* text) {
+  if (text == nullptr) return;
+  Edges edges;
+  const bool known = read_edges(text, area_keyword, edges);
+  trackerLeft = known ? static_cast<float>(edges.left) : MISSING_DATA;
+  trackerTop = known ? static_cast<float>(edges.top) : MISSING_DATA;
+  trackerRight = known ? static_cast<float>(edges.right) : MISSING_DATA;
+  trackerBottom = known ? static_cast<float>(edges.bottom) : MISSING_DATA;
+}
+
+float getLeft() {
+  return trackerLeft - margin(trackerLeft, trackerRight);
+}
+float getRight() {
+  return trackerRight + margin(trackerLeft, trackerRight);
+}
+float getTop() {
+  return trackerTop - margin(trackerTop, trackerBottom);
+}
+float getBottom() {
+  return trackerBottom + margin(trackerTop, trackerBottom);
+}
+
+float display_mapping::map_x(float x) {
+  if (!is_mapped(x)) return x;
+  return std::fma(x / displayWidth, getRight() - getLeft(), getLeft());
+}
+
+float display_mapping::map_y(float y) {
+  if (!is_mapped(y)) return y;
+  return std::fma(y / displayHeight, getBottom() - getTop(), getTop());
+}
+
+float display_mapping::map_ppd_x(float resolution) {
+  if (!is_mapped(resolution)) return resolution;
+  return resolution / displayWidth * (getRight() - getLeft());
+}
+
+float display_mapping::map_ppd_y(float resolution) {
+  if (!is_mapped(resolution)) return resolution;
+  return resolution / displayHeight * (getBottom() - getTop());
+}
+
+}  // namespace gzdconv

@@ -1,0 +1,243 @@
+// The table of column groups, in the order of the line: which samples have the group, what writes
+// it, and its labels. Plan and header are both read off it.
+#include "samples/sample_columns.h"
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <string_view>
+
+#include "asc/number.h"
+#include "asc/output.h"
+#include "cli/options.h"
+#include "gaze3d/head_gaze.h"
+#include "samples/sample_eye_columns.h"
+#include "samples/sample_head_columns.h"
+
+namespace gzdconv {
+
+bool printPoseFlags = false;
+
+namespace {
+
+constexpr int left = GZD_LEFT_EYE;
+constexpr int right = GZD_RIGHT_EYE;
+constexpr int word_decimals = 1;
+
+// ---- input, buttons, status ---------------------------------------------------------------------
+
+void append_input(const SampleLine& line) {
+  const UINT16 word = line.sample.input;
+  print_value(word_decimals, word == NOT_RECORDED_WORD ? double{MISSING_DATA} : word);
+}
+
+void append_buttons(const SampleLine& line) {
+  print_value(word_decimals, line.sample.buttons);
+}
+
+constexpr std::size_t status_length(bool pose, bool left_eye, bool right_eye) {
+  return 2 + (pose ? 1 : 0) + (left_eye ? 2 : 0) + (right_eye ? 2 : 0);
+}
+
+using StatusText = std::array<char, 8>;
+
+// Interpolated, calibration warning, and for each printed eye missing and recovery.
+constexpr StatusText make_status(unsigned word, bool pose, bool left_eye, bool right_eye) {
+  StatusText text{};
+  std::size_t length = 0;
+  const auto put = [&](char c) { text[length++] = c; };
+  put('\t');
+  put(mark(word, 0x1000, 'I'));
+  if (pose) put(mark(word, 0x0002, 'W'));
+  if (left_eye) {
+    put(mark(word, 0x0100, 'C'));
+    put(mark(word, 0x0400, 'R'));
+  }
+  if (right_eye) {
+    put(mark(word, 0x0200, 'C'));
+    put(mark(word, 0x0800, 'R'));
+  }
+  return text;
+}
+
+// Of the status words without calibration warning, by the bits from 0x0100 up to 0x1000.
+constexpr unsigned status_shift = 8;
+constexpr unsigned status_mask = 0x1F;
+
+template <bool left_eye, bool right_eye>
+constexpr std::array<StatusText, status_mask + 1> make_status_texts() {
+  std::array<StatusText, status_mask + 1> texts{};
+  for (unsigned bits = 0; bits <= status_mask; ++bits)
+    texts[bits] = make_status(bits << status_shift, false, left_eye, right_eye);
+  return texts;
+}
+
+template <bool left_eye, bool right_eye>
+[[gnu::noinline]] char* write_pose_status(char* place, unsigned word) {
+  const StatusText text = make_status(word, true, left_eye, right_eye);
+  std::memcpy(place, text.data(), text.size());
+  return place + status_length(true, left_eye, right_eye);
+}
+
+template <bool left_eye, bool right_eye>
+char* write_status(char* place, SampleLine line) {
+  static constexpr auto texts = make_status_texts<left_eye, right_eye>();
+  const unsigned word = line.sample.errors;
+  if (printPoseFlags) return write_pose_status<left_eye, right_eye>(place, word);
+  const StatusText& text = texts[word >> status_shift & status_mask];
+  std::memcpy(place, text.data(), text.size());
+  return place + status_length(false, left_eye, right_eye);
+}
+
+void append_status_word(const SampleLine& line) {
+  char digits[8];
+  const char* const end = std::to_chars(digits, digits + sizeof digits, line.sample.errors, 16).ptr;
+  lpbuffer.append(std::string_view(" error: "));
+  lpbuffer.append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+}
+
+void append_head_gaze(const SampleLine& line) {
+  print_head_gaze(line.sample);
+}
+
+// ---- the table ----------------------------------------------------------------------------------
+
+struct ColumnGroup {
+  bool (*applies)(const SampleShape&);
+  SampleColumn write;
+  std::string_view labels;  // empty: columns without labels
+};
+
+using Shape = SampleShape;
+
+bool has_status(const Shape& s, bool left_eye, bool right_eye) {
+  return s.cr_flags && s.left_printed == left_eye && s.right_printed == right_eye;
+}
+bool left_extended(const Shape& s) {
+  return s.extended && s.left_printed;
+}
+bool right_extended(const Shape& s) {
+  return s.extended && s.right_printed;
+}
+bool extended(const Shape& s) {
+  return s.extended;
+}
+bool screen_resolution(const Shape& s) {
+  return s.screen_resolution;
+}
+
+bool has_pair(const Shape& s) {
+  return s.left_printed && s.right_printed;
+}
+bool has_plain_pair(const Shape& s, int position_type) {
+  return has_pair(s) && positions_are_plain() && options.sample_type_in_use == position_type;
+}
+bool has_other_pair(const Shape& s) {
+  for (const int type : {GZD_POSITION_GAZE, GZD_POSITION_HREF, GZD_POSITION_PUPIL})
+    if (has_plain_pair(s, type)) return false;
+  return has_pair(s);
+}
+
+constexpr std::string_view both_labels = "left-x\tleft-y\tleft-p\tright-x\tright-y\tright-p\t";
+
+constexpr ColumnGroup column_groups[] = {
+    {[](const Shape& s) { return has_plain_pair(s, GZD_POSITION_GAZE); },
+     write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>, both_labels},
+    {[](const Shape& s) { return has_plain_pair(s, GZD_POSITION_HREF); },
+     write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>, both_labels},
+    {[](const Shape& s) { return has_plain_pair(s, GZD_POSITION_PUPIL); },
+     write_both_positions<&FSAMPLE::px, &FSAMPLE::py>, both_labels},
+    {has_other_pair, appended<append_both_positions>, both_labels},
+    {[](const Shape& s) { return s.left_printed && !s.right_printed; },
+     appended<append_position<left>>, "left-x\tleft-y\tleft-p\t"},
+    {[](const Shape& s) { return s.right_printed && !s.left_printed; },
+     appended<append_position<right>>, "right-x\tright-y\tright-p\t"},
+    {screen_resolution, appended<append_screen_resolution<left>>, "left-rx\tleft-ry\t"},
+    {screen_resolution, appended<append_screen_resolution<right>>, "right-rx\tright-ry\t"},
+    {[](const Shape& s) { return s.velocity && s.left_printed; }, appended<append_velocity<left>>,
+     "left-xvel\tleft-yvel\t"},
+    {[](const Shape& s) { return s.velocity && s.right_printed; }, appended<append_velocity<right>>,
+     "right-xvel\tright-yvel\t"},
+    {[](const Shape& s) { return s.resolution; }, appended<append_resolution>, "xres\tyres\t"},
+    {[](const Shape& s) { return s.markers; }, appended<append_markers>,
+     "marker_1\tmarker_2\tmarker_3\tmarker_4\tmarker_5\tmarker_6\tmarker_7\tmarker_8\t"},
+    {[](const Shape& s) { return s.input; }, appended<append_input>, "input\t"},
+    {[](const Shape& s) { return s.buttons; }, appended<append_buttons>, "buttons\t"},
+    {[](const Shape& s) { return has_status(s, true, true); }, write_status<true, true>,
+     "CR-flags\t"},
+    {[](const Shape& s) { return has_status(s, true, false); }, write_status<true, false>,
+     "CR-flags\t"},
+    {[](const Shape& s) { return has_status(s, false, true); }, write_status<false, true>,
+     "CR-flags\t"},
+    {[](const Shape& s) { return has_status(s, false, false); }, write_status<false, false>,
+     "CR-flags\t"},
+    {[](const Shape& s) { return s.cr_flags && options.sfhmf != 0; }, appended<append_status_word>,
+     ""},
+    {[](const Shape& s) { return s.average; }, appended<append_average>, "avg-gx\tavg-gy\t"},
+    {[](const Shape& s) { return s.uncorrected && s.left_present; },
+     appended<append_uncorrected<left>>, ""},
+    {[](const Shape& s) { return s.uncorrected && s.right_present; },
+     appended<append_uncorrected<right>>, ""},
+    {[](const Shape& s) { return s.target; }, appended<append_target>,
+     "target-x\ttarget-y\ttarget-dist\t"},
+    {[](const Shape& s) { return s.target_flags; }, appended<append_target_flags>,
+     "target-flags\t"},
+    {[](const Shape& s) { return s.second_eye; }, appended<append_second_eye_flags>, ""},
+    {[](const Shape& s) { return s.head_tracking; }, appended<append_head_tracking>,
+     "head-rotation-x\thead-rotation-y\thead-rotation-z\t"
+     "head-position-x\thead-position-y\thead-position-z\t"},
+    {[](const Shape& s) { return s.head_pose; }, appended<append_marker_flags>,
+     "head-marker-flags\t"},
+    {[](const Shape& s) { return s.head_pose && options.sfhmf != 0; }, appended<append_marker_bits>,
+     ""},
+    {left_extended, appended<append_head_element<&FSAMPLE::unused_headInSpaceX, left>>,
+     "head-in-space-left-x\t"},
+    {right_extended, appended<append_head_element<&FSAMPLE::unused_headInSpaceX, right>>,
+     "head-in-space-right-x\t"},
+    {extended, appended<append_head_value<&FSAMPLE::headInSpaceX>>, "head-in-space-x\t"},
+    {left_extended, appended<append_head_element<&FSAMPLE::unused_headInSpaceY, left>>,
+     "head-in-space-left-y\t"},
+    {right_extended, appended<append_head_element<&FSAMPLE::unused_headInSpaceY, right>>,
+     "head-in-space-right-y\t"},
+    {extended, appended<append_head_value<&FSAMPLE::headInSpaceY>>, "head-in-space-y\t"},
+    {left_extended, appended<append_head_element<&FSAMPLE::eyeInHeadX, left>>,
+     "eye-in-head-left-x\t"},
+    {right_extended, appended<append_head_element<&FSAMPLE::eyeInHeadX, right>>,
+     "eye-in-head-right-x\t"},
+    {extended, appended<append_head_element<&FSAMPLE::eyeInHeadX, 2>>, "eye-in-head-cyclopean-x\t"},
+    {left_extended, appended<append_head_element<&FSAMPLE::eyeInHeadY, left>>,
+     "eye-in-head-left-y\t"},
+    {right_extended, appended<append_head_element<&FSAMPLE::eyeInHeadY, right>>,
+     "eye-in-head-right-y\t"},
+    {extended, appended<append_head_element<&FSAMPLE::eyeInHeadY, 2>>, "eye-in-head-cyclopean-y\t"},
+    {[](const Shape& s) { return s.head_resolution; }, appended<append_head_resolution>,
+     "head-in-space-resolution-x\thead-in-space-resolution-y\t"
+     "eye-in-head-resolution-x\teye-in-head-resolution-y\t"},
+    {[](const Shape& s) { return s.ellipse && s.left_printed; }, appended<append_ellipse<left>>,
+     "pupil-ellipse-left-x\tpupil-ellipse-left-y\tpupil-ellipse-major-left-axis\t"
+     "pupil-ellipse-minor-left-axis\tpupil-ellipse-left-angle\t"},
+    {[](const Shape& s) { return s.ellipse && s.right_printed; }, appended<append_ellipse<right>>,
+     "pupil-ellipse-right-x\tpupil-ellipse-right-y\tpupil-ellipse-major-right-axis\t"
+     "pupil-ellipse-minor-right-axis\tpupil-ellipse-angle-right\t"},
+    {[](const Shape& s) { return s.gaze_3d; }, appended<append_head_gaze>, ""},
+};
+
+}  // namespace
+
+void SamplePlan::choose(const RECORDINGS& block, const FSAMPLE& sample) {
+  static_assert(std::size(column_groups) <= max_columns);
+  const SampleShape shape(block, sample);
+  count_ = 0;
+  for (const ColumnGroup& group : column_groups) {
+    if (group.applies(shape)) columns_[count_++] = group.write;
+  }
+  key_ = shape_key(sample);
+}
+
+void append_column_labels(const SampleShape& shape) {
+  for (const ColumnGroup& group : column_groups) {
+    if (group.applies(shape)) lpbuffer.append(group.labels);
+  }
+}
+
+}  // namespace gzdconv

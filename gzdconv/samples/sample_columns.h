@@ -1,0 +1,117 @@
+// The columns of a sample line, and the plan of those that a run of samples has.
+#ifndef GZDCONV_SAMPLE_COLUMNS_H
+#define GZDCONV_SAMPLE_COLUMNS_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "asc/output.h"
+#include "cli/options.h"
+#include "gzd.h"
+#include "lines/resolution.h"
+#include "samples/sample_shape.h"
+
+namespace gzdconv {
+
+// True when the samples of the file carry the calibration-warning character, and its header the
+// head-marker legend. Set at the first sample of each file.
+extern bool printPoseFlags;
+
+// A float for print_value: what is absent from the record prints like what is not valid.
+inline float missing_if_absent(float value) {
+  return value == NOT_RECORDED ? MISSING_DATA : value;
+}
+
+inline bool has_value(float value) {
+  return missing_if_absent(value) != MISSING_DATA;
+}
+
+// A letter for a set bit, else a full stop.
+constexpr char mark(unsigned word, unsigned bit, char letter) {
+  return (word & bit) != 0 ? letter : '.';
+}
+
+// Position and pupil size of one eye; MISSING_DATA or NOT_RECORDED where there is none.
+struct EyeData {
+  float x, y, pupil;
+};
+
+// The position of `eye` in coordinates of `type` (GZD_POSITION_), gaze as the display mapping gives
+// it. A lost pupil has no position, unless options.no_pupil_area_check is set.
+inline EyeData get_sample_data(const FSAMPLE& sample, int eye, int type) {
+  EyeData data = {MISSING_DATA, MISSING_DATA, sample.pa[eye]};
+  if (sample.pa[eye] == 0.0f && options.no_pupil_area_check == 0) return data;
+  switch (type) {
+    case GZD_POSITION_HREF:
+      data.x = sample.hx[eye];
+      data.y = sample.hy[eye];
+      break;
+    case GZD_POSITION_PUPIL:
+      data.x = sample.px[eye];
+      data.y = sample.py[eye];
+      break;
+    default:
+      data.x = sample.gx[eye];
+      data.y = sample.gy[eye];
+      if (options.gaze_map == 0) break;
+      data.x = getMappedX(missing_if_absent(data.x));
+      data.y = getMappedY(missing_if_absent(data.y));
+  }
+  return data;
+}
+
+// A sample while its line is written.
+struct SampleLine {
+  GZDFILE* handle;
+  FSAMPLE& sample;
+};
+
+// Writes the columns of one group at `place`, in the line buffer at or behind its cursor, each with
+// its own tab in front. Returns the end.
+using SampleColumn = char* (*)(char* place, SampleLine line);
+
+// A column of a function that appends to the line buffer.
+template <void (*append)(const SampleLine&)>
+char* appended(char* place, SampleLine line) {
+  lpbuffer.set_cursor(place);
+  append(line);
+  return lpbuffer.cursor();
+}
+
+// The columns chosen for a run of samples of one shape.
+class SamplePlan {
+ public:
+  // Forgets the choice. Due whenever block or options may have changed.
+  void forget() { key_ = no_key; }
+
+  // True when the plan is one for samples of this shape.
+  bool suits(const FSAMPLE& sample) const { return key_ == shape_key(sample); }
+
+  // Makes the plan that of `sample`.
+  void choose(const RECORDINGS& block, const FSAMPLE& sample);
+
+  // Writes the columns at `place`, and returns their end.
+  char* write(char* place, SampleLine line) const {
+    const SampleColumn* const end = columns_.data() + count_;
+    for (const SampleColumn* column = columns_.data(); column != end; ++column)
+      place = (*column)(place, line);
+    return place;
+  }
+
+ private:
+  static constexpr std::uint64_t no_key = std::numeric_limits<std::uint64_t>::max();
+  static constexpr std::size_t max_columns = 64;
+
+  std::uint64_t key_ = no_key;
+  std::array<SampleColumn, max_columns> columns_{};
+  std::size_t count_ = 0;
+};
+
+// Appends the labels of the columns of samples of this shape, a tab behind each.
+void append_column_labels(const SampleShape& shape);
+
+}  // namespace gzdconv
+
+#endif

@@ -1,0 +1,208 @@
+#include "samples/sample_eye_columns.h"
+
+#include <bit>
+#include <cstdint>
+
+#include "asc/number.h"
+#include "asc/output.h"
+#include "asc/sample_number.h"
+#include "cli/options.h"
+#include "lines/resolution.h"
+
+namespace gzdconv {
+
+namespace {
+
+constexpr int left = GZD_LEFT_EYE;
+constexpr int right = GZD_RIGHT_EYE;
+constexpr int resolution_decimals = 2;
+constexpr float lost_pupil = 15.0f;  // below it the left eye does not count for the average
+
+void append_missing_pair() {
+  print_tenths(MISSING_DATA);
+  print_tenths(MISSING_DATA);
+}
+
+void set_up_screen_once() {
+  static bool done = false;
+  if (done) return;
+  done = true;
+  const auto& s = options.screen_setup;
+  gzd_compute_physical_setup(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9]);
+}
+
+struct Velocity {
+  float x, y;
+};
+
+Velocity velocity_of(const FSAMPLE& s, int eye) {
+  const bool fast = options.fast_velocity != 0;
+  switch (options.sample_type_in_use) {
+    case GZD_POSITION_HREF:
+      return fast ? Velocity{s.fhxvel[eye], s.fhyvel[eye]} : Velocity{s.hxvel[eye], s.hyvel[eye]};
+    case GZD_POSITION_PUPIL:
+      return fast ? Velocity{s.frxvel[eye], s.fryvel[eye]} : Velocity{s.rxvel[eye], s.ryvel[eye]};
+    default:
+      return fast ? Velocity{s.fgxvel[eye], s.fgyvel[eye]} : Velocity{s.gxvel[eye], s.gyvel[eye]};
+  }
+}
+
+bool left_counts_for_average(const FSAMPLE& sample) {
+  const bool lost = options.no_pupil_area_check == 0 && (sample.flags & SMP_PUPIL_SIZE) != 0 &&
+                    sample.pa[left] < lost_pupil;
+  return !lost && (sample.flags & SMP_GAZE) != 0 && has_value(sample.gx[left]) &&
+         has_value(sample.gy[left]);
+}
+
+void append_camera_pair(const float (&pair)[2]) {
+  for (const float value : pair) {
+    lpbuffer.append('\t');
+    append_fixed(value, 3, 8);
+  }
+}
+
+void append_count(UINT32 value) {
+  lpbuffer.append('\t');
+  lpbuffer.append_unsigned(value);
+}
+
+// Box heights have a sign.
+void append_signed_pair(const UINT32 (&pair)[2]) {
+  for (const UINT32 value : pair) {
+    const bool negative = static_cast<INT32>(value) < 0;
+    lpbuffer.append('\t');
+    if (negative) lpbuffer.append('-');
+    lpbuffer.append_unsigned(negative ? 0u - value : value);
+  }
+}
+
+}  // namespace
+
+template <int eye>
+void append_position(const SampleLine& line) {
+  const EyeData data = get_sample_data(line.sample, eye, options.sample_type_in_use);
+  const bool usual = has_usual_form();
+  char* place = lpbuffer.cursor();
+  place = write_tenths(place, data.x, usual);
+  place = write_tenths(place, data.y, usual);
+  place = write_tenths(place, data.pupil, usual);
+  lpbuffer.set_cursor(place);
+}
+
+void append_both_positions(const SampleLine& line) {
+  append_position<left>(line);
+  append_position<right>(line);
+}
+
+namespace {
+
+// False for a lost pupil as well, which may have no position.
+bool is_ready_size(float size) {
+  return has_ready_tenths(size) && std::bit_cast<std::uint32_t>(size) != 0;
+}
+
+// Apart, so that it costs the usual line nothing.
+[[gnu::noinline]] char* write_unusual_positions(char* place, SampleLine line) {
+  return appended<append_both_positions>(place, line);
+}
+
+}  // namespace
+
+template <EyePair x, EyePair y>
+char* write_both_positions(char* place, SampleLine line) {
+  const auto& xs = line.sample.*x;
+  const auto& ys = line.sample.*y;
+  const auto& sizes = line.sample.pa;
+  const bool ready = is_ready_size(sizes[left]) && is_ready_size(sizes[right]) &&
+                     has_ready_tenths(xs[left]) && has_ready_tenths(xs[right]) &&
+                     has_ready_tenths(ys[left]) && has_ready_tenths(ys[right]);
+  if (!ready) return write_unusual_positions(place, line);
+  const ReadyPair x_cells(xs), y_cells(ys), size_cells(sizes);
+  for (const int eye : {left, right}) {
+    place = x_cells.write(place, eye);
+    place = y_cells.write(place, eye);
+    place = size_cells.write(place, eye);
+  }
+  return place;
+}
+
+template <int eye>
+void append_screen_resolution(const SampleLine& line) {
+  set_up_screen_once();
+  const auto& s = options.screen_setup;
+  double rx = MISSING_DATA;
+  double ry = MISSING_DATA;
+  gzd_calculate_ppd(s[8] - s[6], s[9] - s[7], &line.sample, eye, &rx, &ry);
+  print_value(resolution_decimals, rx);
+  print_value(resolution_decimals, ry);
+}
+
+template <int eye>
+void append_velocity(const SampleLine& line) {
+  const EyeData data = get_sample_data(line.sample, eye, options.sample_type_in_use);
+  if (!has_value(data.x) || !has_value(data.y)) {
+    append_missing_pair();
+    return;
+  }
+  const Velocity velocity = velocity_of(line.sample, eye);
+  const bool usual = has_usual_form();
+  char* place = lpbuffer.cursor();
+  place = write_signed_tenths(place, velocity.x, usual);
+  place = write_signed_tenths(place, velocity.y, usual);
+  lpbuffer.set_cursor(place);
+}
+
+// The horizontal value alone decides between the sample's pair and the default one.
+void append_resolution(const SampleLine& line) {
+  const bool own = options.fixed_resolution == 0 && is_usable_resolution(line.sample.rx);
+  print_value(resolution_decimals, own ? line.sample.rx : options.default_res_x);
+  print_value(resolution_decimals, own ? line.sample.ry : options.default_res_y);
+}
+
+void append_average(const SampleLine& line) {
+  const FSAMPLE& sample = line.sample;
+  const EyeData other = get_sample_data(sample, right, GZD_POSITION_GAZE);
+  if (!left_counts_for_average(sample) || !has_value(other.x) || !has_value(other.y)) {
+    append_missing_pair();
+    return;
+  }
+  print_tenths((getMappedX(sample.gx[left]) + other.x) * 0.5f);
+  print_tenths((getMappedY(sample.gy[left]) + other.y) * 0.5f);
+}
+
+// Values that cannot be given print as the numbers that stand for them.
+template <int eye>
+void append_uncorrected(const SampleLine& line) {
+  GZDFILE* const file = line.handle;
+  FSAMPLE* const sample = &line.sample;
+  float pupil[2], cr[2], pupil_cr[2];
+  UINT32 pupil_box[2], cr_box[2], window[2];
+  gzd_get_uncorrected_raw_pupil(file, sample, eye, pupil);
+  gzd_get_uncorrected_raw_cr(file, sample, eye, cr);
+  gzd_get_pupil_dimension(file, sample, eye, pupil_box);
+  gzd_get_cr_dimension(file, sample, cr_box);
+  gzd_get_window_position(file, sample, window);
+  gzd_get_pupil_cr(file, sample, eye, pupil_cr);
+  append_camera_pair(pupil);
+  append_camera_pair(cr);
+  append_count(gzd_get_uncorrected_pupil_area(file, sample, eye));
+  append_count(gzd_get_uncorrected_cr_area(file, sample, eye));
+  append_signed_pair(pupil_box);
+  append_signed_pair(cr_box);
+  append_signed_pair(window);
+  append_camera_pair(pupil_cr);
+}
+
+template void append_position<left>(const SampleLine&);
+template void append_position<right>(const SampleLine&);
+template void append_screen_resolution<left>(const SampleLine&);
+template void append_screen_resolution<right>(const SampleLine&);
+template void append_velocity<left>(const SampleLine&);
+template void append_velocity<right>(const SampleLine&);
+template void append_uncorrected<left>(const SampleLine&);
+template void append_uncorrected<right>(const SampleLine&);
+template char* write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>(char*, SampleLine);
+template char* write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>(char*, SampleLine);
+template char* write_both_positions<&FSAMPLE::px, &FSAMPLE::py>(char*, SampleLine);
+
+}  // namespace gzdconv

@@ -1,0 +1,149 @@
+#include "video/video_frames.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "cli/console.h"
+#include "video/frame_table.h"
+
+namespace gzdconv {
+
+namespace {
+
+std::unique_ptr<AVIGZDTimeLookupTime> lookuptable;
+const AVIGZDTime* lastreturn = nullptr;  // into the loaded table
+
+constexpr std::size_t extension_length = 4;  // ".gzd"
+
+struct CloseFile {
+  void operator()(FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<FILE, CloseFile>;
+
+bool is_gzd_name(std::string_view name) {
+  constexpr std::string_view ending = "gzd";
+  if (name.size() <= extension_length) return false;
+  const std::string_view tail = name.substr(name.size() - ending.size());
+  for (std::size_t i = 0; i < ending.size(); ++i) {
+    if (std::tolower(static_cast<unsigned char>(tail[i])) != ending[i]) return false;
+  }
+  return true;
+}
+
+// Regular files only; without blocking, so that a pipe of that name does not hold up the run. Null
+// when there is none; errno then has the reason, or 0.
+File open_regular(const std::string& name) {
+  const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return nullptr;
+  struct stat status {};
+  errno = 0;
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+    if (FILE* const file = fdopen(descriptor, "rb")) return File(file);
+  }
+  const int reason = S_ISDIR(status.st_mode) ? EISDIR : errno;
+  close(descriptor);
+  errno = reason;
+  return nullptr;
+}
+
+void announce(const char* action, const std::string& table_name) {
+  std::printf("%s ett file %s \n", action, table_name.c_str());
+  std::fflush(nullptr);
+}
+
+void set_session(AVIGZDTimeLookupTime& table, const std::string& base) {
+  const std::size_t separator = base.find_last_of("/\\");
+  const bool has_path = separator != std::string::npos;
+  table.setSessionPath(has_path ? base.substr(0, separator).c_str() : "");
+  table.setSessionName(has_path ? base.c_str() + separator + 1 : base.c_str());
+}
+
+void report_missing(const std::string& table_name, int create, int reason) {
+  if (create == 0) {
+    std::printf("Cannot read file %s\n", table_name.c_str());
+  } else {
+    std::puts("On non Windows, ett file can not be created if it doesn't exist.");
+  }
+  report_reason(table_name, reason);
+}
+
+// The recording's name that the loaded table was found by. The separator is a backslash on every
+// platform.
+std::string recording_name(const AVIGZDTimeLookupTime& table) {
+  const std::string path = table.sessionPath().empty() ? "" : table.sessionPath() + "\\";
+  return path + table.sessionName() + ".gzd";
+}
+
+}  // namespace
+
+int openLookupTable(const char* gzdFile, int session, int create) {
+  if (!is_gzd_name(gzdFile)) {
+    std::printf("given gzd file is not valid %s \n", gzdFile);
+    return -1;
+  }
+  std::string base = gzdFile;
+  base.resize(base.size() - extension_length);
+  const std::string table_name = base + std::to_string(session) + ".ett";
+  announce("Loading", table_name);
+  const File file = open_regular(table_name);
+  if (file == nullptr) {
+    if (errno == ENOMEM) throw std::bad_alloc();
+    report_missing(table_name, create, errno);
+    return -1;
+  }
+  closeLookupTable();
+  auto table = std::make_unique<AVIGZDTimeLookupTime>(session);
+  if (!table->read(file.get())) return -1;
+  set_session(*table, base);
+  lookuptable = std::move(table);
+  announce("Done Loading", table_name);
+  return 0;
+}
+
+void closeLookupTable() {
+  lookuptable.reset();
+  lastreturn = nullptr;
+}
+
+int findFrameNumberForGZDTime(int session, int time) {
+  if (lookuptable == nullptr) return -1;
+  if (session != lookuptable->sessionNumber() &&
+      openLookupTable(recording_name(*lookuptable).c_str(), session, 0) != 0) {
+    return -1;
+  }
+  return findFrameNumberForGZDTimeInCurrentLookupTable(time);
+}
+
+int findFrameNumberForGZDTimeInCurrentLookupTable(int time) {
+  if (lookuptable == nullptr) return -1;
+  const AVIGZDTime* const record = lookuptable->findFrameForGZDTime(time);
+  return record != nullptr ? record->frameNumber() : -1;
+}
+
+int getNextFrameTime() {
+  lastreturn = lookuptable != nullptr ? lookuptable->getNextFrame() : nullptr;
+  return lastreturn != nullptr ? lastreturn->frameTime() : -1;
+}
+
+int getLastFrameNumber() {
+  return lastreturn != nullptr ? lastreturn->frameNumber() : -1;
+}
+
+const char* getCurrentSessionName() {
+  return lookuptable != nullptr ? lookuptable->sessionName().c_str() : nullptr;
+}
+
+char* setupPath(char* path) {
+  return path;
+}
+
+}  // namespace gzdconv

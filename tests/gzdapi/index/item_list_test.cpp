@@ -1,0 +1,141 @@
+#include "index/item_list.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/item_lists.h"
+
+using namespace gzd;
+
+namespace {
+
+void expect_entry(const GZDItem& actual, const GZDItem& expected) {
+  EXPECT_EQ(actual.getFilePos(), expected.getFilePos());
+  EXPECT_EQ(actual.getDetailedType(), expected.getDetailedType());
+  EXPECT_EQ(actual.getTimeStamp(), expected.getTimeStamp());
+  EXPECT_EQ(actual.isDummy(), expected.isDummy());
+  if (!expected.isSample()) {
+    EXPECT_EQ(actual.getLastTag(), expected.getLastTag());
+  }
+}
+
+GZDItem sample(INT64 position, UINT64 stamp) {
+  return {position, GZD_SAMPLE, SIDE_NONE, 0, stamp};
+}
+
+constexpr UINT64 FIRST = 0x40000000;
+constexpr INT64 LAST_SHORT = (INT64{1} << 31) - 2;
+
+// Samples that fit into a word and samples that just do not, events of either eye.
+std::vector<GZDItem> mixture() {
+  std::vector<GZDItem> items = {sample(2, FIRST)};
+  constexpr UINT64 BEFORE = 1 << 26, RANGE = 1 << 30;
+  for (const UINT64 stamp :
+       {FIRST + 1, FIRST - BEFORE, FIRST - BEFORE - 1, FIRST - BEFORE + RANGE - 1,
+        FIRST - BEFORE + RANGE, UINT64{0}, ~UINT64{0}, ~UINT64{0} - 5, UINT64{1} << 34}) {
+    items.push_back(sample(77, stamp));
+    items.push_back(sample(POSITION_OF_DUMMY, stamp));
+    items.push_back({90, GZD_START_BLINK, SIDE_RIGHT, 0x1234, stamp});
+  }
+  for (const INT64 position : {INT64{0}, LAST_SHORT, LAST_SHORT + 1, LARGEST_POSITION})
+    items.push_back(sample(position, FIRST));
+  return items;
+}
+
+TEST(ItemList, GivesBackWhatItWasGiven) {
+  const std::vector<GZDItem> items = mixture();
+  const ItemList list = listOf(items);
+  ASSERT_EQ(list.size(), items.size());
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    SCOPED_TRACE(i);
+    expect_entry(list[i], items[i]);
+    EXPECT_EQ(list.stampAt(i), items[i].getTimeStamp());
+    EXPECT_EQ(list.isSampleAt(i), items[i].isSample());
+  }
+}
+
+TEST(ItemList, SamplesOfAScanAreAsOthers) {
+  ItemList list;
+  const std::vector<GZDItem> items = mixture();
+  for (const GZDItem& item : items)
+    if (item.isSample()) list.addSample(item.getFilePos(), item.getTimeStamp());
+  std::size_t place = 0;
+  for (const GZDItem& item : items)
+    if (item.isSample()) expect_entry(list[place++], item);
+}
+
+TEST(ItemList, ChangesStayWithTheEntry) {
+  std::vector<GZDItem> items = mixture();
+  ItemList list = listOf(items);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const UINT64 stamp = items[items.size() - 1 - i].getTimeStamp();
+    const auto change = [&](GZDItem& item) {
+      item.setTimeStamp(stamp);
+      if (item.isSample()) item.markSampleInsideBlink(i % 2 == 0 ? GZD_LEFT_EYE : GZD_RIGHT_EYE);
+      if (item.isEyeEvent()) item.markBlinkMerged();
+    };
+    change(items[i]);
+    list.change(i, change);
+  }
+  expectLandmarks(list);
+  for (std::size_t i = 0; i < items.size(); ++i) expect_entry(list[i], items[i]);
+  std::reverse(list.packed().begin(), list.packed().end());
+  list.changed();
+  expectLandmarks(list);
+  for (std::size_t i = 0; i < items.size(); ++i) expect_entry(list[i], items[items.size() - 1 - i]);
+}
+
+TEST(ItemList, LandmarksMoveWithTheEntries) {
+  constexpr std::size_t COUNT = 40;
+  ItemList list;
+  for (std::size_t i = 0; i < COUNT; ++i) {
+    const auto position = static_cast<INT64>(i);
+    list.push_back(i % 3 == 1 ? GZDItem(position, GZD_MESSAGE, SIDE_NONE, 0, FIRST + i)
+                              : sample(position, FIRST + i));
+  }
+  std::vector<GZDItem> items = itemsOf(list);
+  EXPECT_TRUE(list.samplesRise());
+  for (std::size_t from = 1; from < COUNT; ++from) {
+    const std::size_t to = from * 7 % (from + 1);
+    list.moveBack(from, to, list.landmarksBefore(from));
+    const auto begin = items.begin();
+    std::rotate(begin + static_cast<std::ptrdiff_t>(to), begin + static_cast<std::ptrdiff_t>(from),
+                begin + static_cast<std::ptrdiff_t>(from) + 1);
+    for (std::size_t i = 0; i < COUNT; ++i) expect_entry(list[i], items[i]);
+    expectLandmarks(list);
+  }
+  list.changed();
+  EXPECT_FALSE(list.samplesRise());
+  list.push_back(sample(1, FIRST));
+  expectLandmarks(list);
+}
+
+TEST(ItemList, KnowsWhetherSamplesRise) {
+  ItemList list;
+  list.push_back(sample(1, FIRST));
+  list.push_back({2, GZD_MESSAGE, SIDE_NONE, 0, FIRST - 9});
+  list.addSample(3, FIRST + 1);
+  EXPECT_TRUE(list.samplesRise());
+  ItemList repeated = list;
+  repeated.addSample(4, FIRST + 1);
+  EXPECT_FALSE(repeated.samplesRise());
+  ItemList changed = list;
+  changed.change(0, [](GZDItem& item) { item.setTimeStamp(FIRST + 1); });
+  EXPECT_FALSE(changed.samplesRise());
+  list.push_back(sample(4, ~UINT64{0}));  // does not fit into a word
+  EXPECT_FALSE(list.samplesRise());
+}
+
+TEST(ItemList, BoundariesKeepTheirBlock) {
+  Recording block;
+  block.updateTime(123);
+  ItemList list;
+  list.push_back(GZDItem(&block));
+  EXPECT_EQ(list[0].getRecording(), &block);
+  EXPECT_EQ(list.stampAt(0), 123u);
+  block.updateTime(124);
+  EXPECT_EQ(list.stampAt(0), 124u);
+}
+
+}  // namespace

@@ -1,0 +1,56 @@
+// A stream over bytes in memory. It can end early, and show its bytes in small windows.
+#ifndef TESTS_GZDAPI_MEMORY_STREAM_H
+#define TESTS_GZDAPI_MEMORY_STREAM_H
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "stream/MVIO.h"
+
+using namespace gzd;
+
+class MemoryStream : public InputStream {
+ public:
+  static constexpr std::size_t ALL = SIZE_MAX;
+
+  // Holds the first `end` of the bytes. Each refill shows `step` more bytes at least.
+  explicit MemoryStream(std::vector<std::uint8_t> content, std::size_t end = ALL,
+                        std::size_t step = 64)
+      : bytes(std::move(content)), readAhead(step) {
+    bytes.resize(std::min(end, bytes.size()));
+    bytes.shrink_to_fit();  // so that a read behind the end is noticed
+    windowStart = cursor = limit = bytes.data();
+  }
+
+  int getFileSize() override { return static_cast<int>(bytes.size()); }
+
+  void seek(INT64 offset) override {
+    hitEnd = false;
+    const INT64 inside = std::clamp<INT64>(offset, 0, static_cast<INT64>(bytes.size()));
+    windowStart = cursor = limit = bytes.data() + inside;
+    limitPos = offset;
+  }
+
+ protected:
+  bool refill(std::size_t count) override {
+    const auto unread = static_cast<std::size_t>(limit - cursor);
+    show(std::max(count > unread ? count - unread : 0, readAhead));
+    return static_cast<std::size_t>(limit - cursor) >= count;
+  }
+
+  // Brings so many more bytes into the window, or all that are left.
+  void show(std::size_t count) {
+    const std::size_t got =
+        std::min(count, static_cast<std::size_t>(bytes.data() + bytes.size() - limit));
+    limit += got;
+    limitPos += static_cast<INT64>(got);
+  }
+
+ private:
+  std::vector<std::uint8_t> bytes;
+  std::size_t readAhead;
+};
+
+#endif
