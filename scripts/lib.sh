@@ -8,6 +8,13 @@ readonly build_needs=(
   "ninja ninja-build"
   "/usr/include/zlib.h zlib1g-dev"
 )
+# What gzdtool needs beyond that; without them a build leaves it out.
+readonly tool_needs=(
+  "/usr/include/CLI/CLI.hpp libcli11-dev"
+  "/usr/include/nlohmann/json.hpp nlohmann-json3-dev"
+  "/usr/include/fmt/format.h libfmt-dev"
+  "/usr/include/libdeflate.h libdeflate-dev"
+)
 readonly test_needs=(
   "/usr/include/gtest/gtest.h libgtest-dev"
   "pkg-config pkgconf"

@@ -1,0 +1,104 @@
+// Steps, and the numbers of blocks and trials.
+#include "element_walk.h"
+
+#include <algorithm>
+
+#include "trial_rule.h"
+
+namespace gzdtables {
+
+namespace {
+
+std::int64_t whole_period(float rate) {
+  constexpr double ms_per_second = 1000.0;
+  constexpr double highest = 1e9;
+  return rate > 0.0F ? static_cast<std::int64_t>(std::min(ms_per_second / rate, highest)) : 0;
+}
+
+}  // namespace
+
+const char* text_of(const FEVENT& message) {
+  if (message.message == nullptr || message.message->len == 0) return nullptr;
+  const char* const text = &message.message->c;
+  return *text == '\0' ? nullptr : text;
+}
+
+ElementWalk::ElementWalk(Recording& recording, unsigned wanted)
+    : recording_(recording),
+      walk_(recording.begin_walk()),
+      handle_(recording.handle()),
+      wanted_(wanted),
+      by_messages_(recording.options().trials.start.has_value()) {}
+
+bool ElementWalk::is_shown(int code) const {
+  switch (code) {
+    case GZD_RECORDING:
+      return true;
+    case GZD_SAMPLE:
+      return (wanted_ & want_samples) != 0;
+    case GZD_MESSAGE:
+      return (wanted_ & want_messages) != 0 || by_messages_;
+    case GZD_BUTTON:
+    case GZD_INPUT:
+      return (wanted_ & want_inputs) != 0;
+    default:
+      return is_ended_event(code) && (wanted_ & want_ended_events) != 0;
+  }
+}
+
+bool ElementWalk::next() {
+  if (!recording_.is_walking(walk_))
+    throw std::logic_error("the recording is being read by another reader");
+  leave_element();
+  do {
+    element_.code = gzd_get_next_data(handle_);
+    if (element_.code == GZD_END_OF_DATA) return false;
+  } while (!is_shown(element_.code));
+  element_.record = gzd_get_float_data(handle_);
+  if (element_.record == nullptr) throw ReadError("an element could not be read again");
+  if (element_.code == GZD_RECORDING)
+    take_recording(element_.record->rec);
+  else if (element_.code == GZD_MESSAGE && by_messages_)
+    take_message(element_.record->fe);
+  return true;
+}
+
+// What ended with the element before ends behind it.
+void ElementWalk::leave_element() {
+  if (leaves_block_) in_block_ = leaves_block_ = false;
+  if (!in_block_) element_.block = 0;
+  if (element_.closes_trial) element_.trial = 0;
+  element_.opens_trial = element_.closes_trial = false;
+}
+
+void ElementWalk::take_recording(const RECORDINGS& record) {
+  if (record.state == GZD_BLOCK_END) {
+    leaves_block_ = in_block_;
+    element_.closes_trial = in_block_ && !by_messages_;
+    return;
+  }
+  block_ = record;
+  in_block_ = true;
+  period_ = whole_period(record.sample_rate);
+  element_.block = ++blocks_;
+  if (!by_messages_) open_trial();
+}
+
+void ElementWalk::take_message(const FEVENT& message) {
+  const char* const text = text_of(message);
+  if (text == nullptr) return;
+  const TrialMark mark = mark_of(recording_.options().trials, text);
+  if (mark == TrialMark::start) open_trial();
+  if (mark == TrialMark::end) element_.closes_trial = element_.trial != 0;
+}
+
+void ElementWalk::open_trial() {
+  element_.trial = ++trials_;
+  element_.opens_trial = true;
+}
+
+Origin ElementWalk::origin() const {
+  return Origin::recording;
+}
+
+}  // namespace gzdtables

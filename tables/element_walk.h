@@ -1,0 +1,81 @@
+// A walk over the elements of a recording that knows the block and the trial of each.
+#ifndef GZDTABLES_ELEMENT_WALK_H
+#define GZDTABLES_ELEMENT_WALK_H
+
+#include <cstdint>
+
+#include "recording.h"
+
+namespace gzdtables {
+
+// Kinds of elements that a reader wants to see the records of, or-ed.
+enum Wanted : unsigned {
+  want_samples = 1,
+  want_ended_events = 2,
+  want_messages = 4,
+  want_inputs = 8,
+};
+
+// Where an element's record comes from.
+enum class Origin { recording, filled, log };
+
+struct Element {
+  int code = 0;
+  const ALLF_DATA* record = nullptr;  // until the next step
+  std::int32_t block = 0;             // 0: outside blocks
+  std::int32_t trial = 0;             // 0: outside trials
+  bool opens_trial = false;           // it belongs to the trial that it opens,
+  bool closes_trial = false;          // and to the one that it closes
+};
+
+// Whether the code is that of an eye event that ended.
+[[nodiscard]] inline bool is_ended_event(int code) {
+  return code == GZD_END_FIXATION || code == GZD_END_SACCADE || code == GZD_END_BLINK;
+}
+
+// Time of a sample (ms), half-milliseconds included.
+[[nodiscard]] inline double time_of(const FSAMPLE& sample) {
+  return static_cast<double>(sample.time) + ((sample.flags & SMP_HALF_MS) != 0 ? 0.5 : 0.0);
+}
+
+// The text of a message up to its first NUL; null without one, or when it is empty.
+[[nodiscard]] const char* text_of(const FEVENT& message);
+
+class ElementWalk {
+ public:
+  ElementWalk(Recording& recording, unsigned wanted);
+
+  // Steps to the next element that is wanted, or that begins or ends a block. False at the end.
+  // Throws ReadError when a record cannot be read again.
+  [[nodiscard]] bool next();
+
+  [[nodiscard]] const Element& element() const { return element_; }
+  // The start record of the block that the walk is in, or null.
+  [[nodiscard]] const RECORDINGS* block() const { return in_block_ ? &block_ : nullptr; }
+  // The whole milliseconds of a sample period of that block, 0 outside blocks.
+  [[nodiscard]] std::int64_t period() const { return in_block_ ? period_ : 0; }
+  // Where the element announced last comes from.
+  [[nodiscard]] Origin origin() const;
+
+ private:
+  [[nodiscard]] bool is_shown(int code) const;
+  void leave_element();
+  void take_recording(const RECORDINGS& record);
+  void take_message(const FEVENT& message);
+  void open_trial();
+
+  Recording& recording_;
+  std::uint64_t walk_;
+  GZDFILE* handle_;
+  unsigned wanted_;
+  bool by_messages_;
+  Element element_;
+  RECORDINGS block_{};
+  bool in_block_ = false, leaves_block_ = false;
+  std::int32_t blocks_ = 0, trials_ = 0;
+  std::int64_t period_ = 0;
+};
+
+}  // namespace gzdtables
+
+#endif

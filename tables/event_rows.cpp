@@ -1,0 +1,270 @@
+// Rows of `events`, and of its parts by type.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "outline.h"
+#include "row_builder.h"
+#include "sample_state.h"
+
+namespace gzdtables {
+
+namespace {
+
+constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
+constexpr float lowest_resolution = 0.01F;
+constexpr float highest_resolution = 1e4F;
+constexpr double ms_per_second = 1000.0;
+constexpr double href_distance = 15000.0;
+constexpr double degrees_per_radian = 57.296;  // of saccade angles
+
+// Bits of `read`: a moment of the event, and a kind of position held at some moment.
+constexpr unsigned at_start = 0x0008;
+constexpr unsigned at_end = 0x0010;
+constexpr unsigned in_mean = 0x0020;
+constexpr unsigned raw_kind = 0x0400;
+constexpr unsigned href_kind = 0x0800;
+constexpr unsigned gaze_kind = 0x1000;
+
+float above_zero_or_null(float value) {
+  return is_value(value) && value > 0.0F ? value : nan_value;
+}
+
+struct Position {
+  float x = nan_value, y = nan_value;
+  [[nodiscard]] bool is_known() const { return !std::isnan(x) && !std::isnan(y); }
+};
+
+Position position(bool is_held, float x, float y) {
+  if (!is_held) return {};
+  return {is_value(x) ? x : nan_value, is_value(y) ? y : nan_value};
+}
+
+bool holds(const FEVENT& event, unsigned moment, unsigned kind) {
+  return (event.read & (moment | kind)) == (moment | kind);
+}
+
+// A head-pose block of an event brings gaze at every moment.
+bool holds_gaze(const FEVENT& event, unsigned moment) {
+  return (event.read & EVT_HEAD_POSE) != 0 || holds(event, moment, gaze_kind);
+}
+
+// Raw positions stand where gaze stands when there is gaze.
+bool holds_raw(const FEVENT& event, unsigned moment) {
+  return holds(event, moment, raw_kind) && !holds_gaze(event, moment);
+}
+
+float resolution_of(float start, float end) {
+  const auto counts = [](float value) {
+    return value >= lowest_resolution && value <= highest_resolution;
+  };
+  if (counts(start) && counts(end)) return (start + end) * 0.5F;
+  if (counts(start)) return start;
+  return counts(end) ? end : nan_value;
+}
+
+// Degrees between two head-referenced positions.
+float href_angle(Position start, Position end) {
+  if (!start.is_known() || !end.is_known()) return nan_value;
+  const double sx = start.x, sy = start.y, ex = end.x, ey = end.y;
+  constexpr double square = href_distance * href_distance;
+  const double dot = sx * ex + sy * ey + square;
+  const double lengths =
+      std::sqrt(sx * sx + sy * sy + square) * std::sqrt(ex * ex + ey * ey + square);
+  return static_cast<float>(std::acos(std::clamp(dot / lengths, -1.0, 1.0)) * degrees_per_radian);
+}
+
+struct PositionColumns {
+  Slot<float> x, y;
+  void set(std::size_t row, Position value) const {
+    x.set(row, value.x);
+    y.set(row, value.y);
+  }
+};
+
+PositionColumns position_columns(const Rows& rows, const std::string& prefix) {
+  return {rows.slot<float>(prefix + "x"), rows.slot<float>(prefix + "y")};
+}
+
+// Mean of a fixation, start and end of a saccade, of one kind of position.
+struct Positions {
+  Position mean, start, end;
+};
+
+struct PositionGroup {
+  PositionColumns mean, start, end;
+  void set(std::size_t row, const Positions& values) const {
+    mean.set(row, values.mean);
+    start.set(row, values.start);
+    end.set(row, values.end);
+  }
+};
+
+PositionGroup position_group(const Rows& rows, const std::string& prefix) {
+  return {position_columns(rows, prefix), position_columns(rows, prefix + "start_"),
+          position_columns(rows, prefix + "end_")};
+}
+
+Positions gaze_of(const FEVENT& e) {
+  if (e.type == GZD_END_FIXATION) return {position(holds_gaze(e, in_mean), e.gavx, e.gavy), {}, {}};
+  if (e.type != GZD_END_SACCADE) return {};
+  return {{},
+          position(holds_gaze(e, at_start), e.gstx, e.gsty),
+          position(holds_gaze(e, at_end), e.genx, e.geny)};
+}
+
+Positions raw_of(const FEVENT& e) {
+  if (e.type == GZD_END_FIXATION) return {position(holds_raw(e, in_mean), e.gavx, e.gavy), {}, {}};
+  if (e.type != GZD_END_SACCADE) return {};
+  return {{},
+          position(holds_raw(e, at_start), e.gstx, e.gsty),
+          position(holds_raw(e, at_end), e.genx, e.geny)};
+}
+
+Positions href_of(const FEVENT& e) {
+  if (e.type == GZD_END_FIXATION)
+    return {position(holds(e, in_mean, href_kind), e.havx, e.havy), {}, {}};
+  if (e.type != GZD_END_SACCADE) return {};
+  return {{},
+          position(holds(e, at_start, href_kind), e.hstx, e.hsty),
+          position(holds(e, at_end, href_kind), e.henx, e.heny)};
+}
+
+// The rows of one type, or of all.
+std::optional<EventType> type_of(Table table) {
+  if (table == Table::fixations) return EventType::fixation;
+  if (table == Table::saccades) return EventType::saccade;
+  if (table == Table::blinks) return EventType::blink;
+  return std::nullopt;
+}
+
+class EventRows final : public RowBuilder {
+ public:
+  EventRows(Recording& recording, const Request& request)
+      : RowBuilder(want_ended_events, request),
+        outline_(recording.outline()),
+        type_(type_of(request.table)),
+        eye_(request.eye) {}
+
+  void bind(Rows& rows) override;
+  void take(const ElementWalk& walk, Rows& rows) override;
+
+ private:
+  [[nodiscard]] bool is_wanted(const FEVENT& event, std::int32_t trial) const;
+  void set_times(std::size_t row, const FEVENT& event, double duration) const;
+  void set_velocities(std::size_t row, const FEVENT& event, double duration) const;
+  void set_positions(std::size_t row, const FEVENT& event) const;
+  void set_blink(std::size_t row, const FEVENT& event) const;
+
+  Outline& outline_;
+  std::optional<EventType> type_;
+  std::optional<Eye> eye_;
+  Slot<std::int32_t> block_, trial_;
+  Slot<std::uint8_t> eye_column_, type_column_, has_blink_;
+  Slot<double> onset_, offset_, duration_;
+  Slot<float> pupil_, amplitude_, peak_, average_, href_amplitude_;
+  PositionColumns resolution_;
+  PositionGroup gaze_, href_, raw_;
+};
+
+void EventRows::bind(Rows& rows) {
+  block_ = rows.slot<std::int32_t>("block");
+  trial_ = rows.slot<std::int32_t>("trial");
+  eye_column_ = rows.slot<std::uint8_t>("eye");
+  type_column_ = rows.slot<std::uint8_t>("type");
+  has_blink_ = rows.slot<std::uint8_t>("has_blink");
+  onset_ = rows.slot<double>("onset");
+  offset_ = rows.slot<double>("offset");
+  duration_ = rows.slot<double>("duration");
+  pupil_ = rows.slot<float>("pupil");
+  amplitude_ = rows.slot<float>("amplitude");
+  peak_ = rows.slot<float>("peak_velocity");
+  average_ = rows.slot<float>("average_velocity");
+  href_amplitude_ = rows.slot<float>("href_amplitude");
+  resolution_ = position_columns(rows, "resolution_");
+  gaze_ = position_group(rows, "");
+  href_ = position_group(rows, "href_");
+  raw_ = position_group(rows, "raw_");
+}
+
+std::size_t eye_of(const FEVENT& event) {
+  return event.eye == GZD_LEFT_EYE ? 0 : 1;
+}
+
+bool EventRows::is_wanted(const FEVENT& event, std::int32_t trial) const {
+  return (!type_ || *type_ == event_type_of(event.type)) &&
+         (!eye_ || static_cast<std::size_t>(*eye_) == eye_of(event)) &&
+         accepts(event.sttime, trial);
+}
+
+void EventRows::take(const ElementWalk& walk, Rows& rows) {
+  const Element& element = walk.element();
+  if (!is_ended_event(element.code)) return;
+  const FEVENT& event = element.record->fe;
+  const std::int32_t trial = outline_.trials.at(event.sttime);
+  if (!is_wanted(event, trial)) return;
+  const std::size_t row = rows.begin_row();
+  set_number(block_, row, outline_.blocks.at(event.sttime));
+  set_number(trial_, row, trial);
+  eye_column_.set(row, static_cast<std::uint8_t>(eye_of(event)));
+  type_column_.set(row, static_cast<std::uint8_t>(event_type_of(event.type)));
+  const double duration = static_cast<double>(event.entime) - static_cast<double>(event.sttime) +
+                          static_cast<double>(walk.period());
+  set_times(row, event, duration);
+  set_velocities(row, event, duration);
+  set_positions(row, event);
+  set_blink(row, event);
+}
+
+void EventRows::set_times(std::size_t row, const FEVENT& event, double duration) const {
+  onset_.set(row, event.sttime);
+  offset_.set(row, event.entime);
+  duration_.set(row, duration);
+}
+
+// By the resolution when one is recorded, else by the average velocity.
+float amplitude_of(const FEVENT& event, const Positions& gaze, Position resolution,
+                   double duration) {
+  if (event.type != GZD_END_SACCADE) return nan_value;
+  if ((event.read & EVT_RESOLUTION) != 0)
+    return hypotf((gaze.start.x - gaze.end.x) / resolution.x,
+                  (gaze.start.y - gaze.end.y) / resolution.y);
+  const float velocity = above_zero_or_null(event.avel);
+  if ((event.read & EVT_VELOCITY) == 0 || duration < 0) return nan_value;
+  return static_cast<float>(duration / ms_per_second * static_cast<double>(velocity));
+}
+
+void EventRows::set_velocities(std::size_t row, const FEVENT& event, double duration) const {
+  const Position resolution{resolution_of(event.supd_x, event.eupd_x),
+                            resolution_of(event.supd_y, event.eupd_y)};
+  resolution_.set(row, resolution);
+  amplitude_.set(row, amplitude_of(event, gaze_of(event), resolution, duration));
+  peak_.set(row, above_zero_or_null(event.pvel));
+  average_.set(row, above_zero_or_null(event.avel));
+}
+
+void EventRows::set_positions(std::size_t row, const FEVENT& event) const {
+  const bool is_fixation = event.type == GZD_END_FIXATION;
+  pupil_.set(row, is_fixation ? above_zero_or_null(event.ava) : nan_value);
+  gaze_.set(row, gaze_of(event));
+  raw_.set(row, raw_of(event));
+  const Positions href = href_of(event);
+  href_.set(row, href);
+  href_amplitude_.set(row, href_angle(href.start, href.end));
+}
+
+void EventRows::set_blink(std::size_t row, const FEVENT& event) const {
+  if (event.type != GZD_END_SACCADE)
+    has_blink_.set_null(row);
+  else
+    has_blink_.set(row, outline_.blinks[eye_of(event)].lies_in(event.sttime, event.entime) ? 1 : 0);
+}
+
+}  // namespace
+
+std::unique_ptr<RowBuilder> make_event_rows(Recording& recording, const Request& request) {
+  return std::make_unique<EventRows>(recording, request);
+}
+
+}  // namespace gzdtables

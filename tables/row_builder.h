@@ -1,0 +1,88 @@
+// What all builders of rows have in common.
+#ifndef GZDTABLES_ROW_BUILDER_H
+#define GZDTABLES_ROW_BUILDER_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "column.h"
+#include "element_walk.h"
+#include "reader.h"
+
+namespace gzdtables {
+
+// Most rows that one element makes: a change of all eight buttons.
+constexpr std::size_t rows_of_element = 8;
+
+// A batch that is being filled, and its columns by name.
+class Rows {
+ public:
+  Rows(const Schema& schema, Batch& batch) : schema_(schema), batch_(batch) {}
+
+  // The column to write into; none when the table is read without it.
+  template <class T>
+  [[nodiscard]] Slot<T> slot(std::string_view name) const {
+    Column* const column = find(name);
+    return column == nullptr ? Slot<T>() : Slot<T>(*column);
+  }
+  [[nodiscard]] Column* find(std::string_view name) const {
+    const int index = schema_.index_of(name);
+    return index < 0 ? nullptr : &batch_.columns[static_cast<std::size_t>(index)];
+  }
+  [[nodiscard]] std::size_t begin_row() { return batch_.rows++; }
+  [[nodiscard]] const Schema& schema() const { return schema_; }
+  [[nodiscard]] Batch& batch() { return batch_; }
+
+ private:
+  const Schema& schema_;
+  Batch& batch_;
+};
+
+// Makes rows of elements. It is bound to each batch before it fills it.
+class RowBuilder {
+ public:
+  RowBuilder(unsigned wanted, const Request& request) : request_(request), wanted_(wanted) {}
+  virtual ~RowBuilder() = default;
+  RowBuilder(const RowBuilder&) = delete;
+  RowBuilder& operator=(const RowBuilder&) = delete;
+
+  [[nodiscard]] unsigned wanted() const { return wanted_; }
+  [[nodiscard]] std::int64_t replaced_messages() const { return replaced_; }
+
+  virtual void bind(Rows& rows) = 0;
+  // Makes the rows of one element, at most rows_of_element.
+  virtual void take(const ElementWalk& walk, Rows& rows) = 0;
+  // Makes the rows that the end of the recording completes, at most one.
+  virtual void finish(Rows&) {}
+
+ protected:
+  // Whether a row is asked for.
+  [[nodiscard]] bool accepts(double time, std::int32_t trial) const {
+    return time >= request_.from && time <= request_.to &&
+           (!request_.trial || *request_.trial == trial);
+  }
+  void append_message(Column* column, const char* text);
+
+ private:
+  Request request_;
+  unsigned wanted_;
+  std::int64_t replaced_ = 0;
+};
+
+// A number counted from 1, 0 being null.
+inline void set_number(const Slot<std::int32_t>& slot, std::size_t row, std::int32_t number) {
+  number == 0 ? slot.set_null(row) : slot.set(row, number);
+}
+
+[[nodiscard]] std::unique_ptr<RowBuilder> make_sample_rows(Recording&, const Request&);
+[[nodiscard]] std::unique_ptr<RowBuilder> make_event_rows(Recording&, const Request&);
+[[nodiscard]] std::unique_ptr<RowBuilder> make_message_rows(Recording&, const Request&);
+[[nodiscard]] std::unique_ptr<RowBuilder> make_input_rows(Recording&, const Request&);
+[[nodiscard]] std::unique_ptr<RowBuilder> make_block_rows(Recording&, const Request&);
+[[nodiscard]] std::unique_ptr<RowBuilder> make_trial_rows(Recording&, const Request&);
+
+}  // namespace gzdtables
+
+#endif

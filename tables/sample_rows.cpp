@@ -1,0 +1,249 @@
+// Rows of `samples`.
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "outline.h"
+#include "row_builder.h"
+#include "sample_state.h"
+
+namespace gzdtables {
+
+namespace {
+
+constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
+constexpr std::array<const char*, 2> eye_name{"left_", "right_"};
+constexpr INT16 target_of_one_eye = 182;  // `htype`
+constexpr INT16 target_of_two_eyes = 183;
+constexpr int third_generation = 3;
+constexpr float lowest_resolution = 0.01F;
+constexpr float highest_resolution = 1e4F;
+constexpr std::uint32_t no_marker_flags = 0xFFFF8000U;
+constexpr int cyclopean = 2;
+
+float value_or_null(float value) {
+  return is_value(value) ? value : nan_value;
+}
+
+float resolution_or_null(float value) {
+  return value >= lowest_resolution && value <= highest_resolution ? value : nan_value;
+}
+
+struct Point {
+  Slot<float> x, y;
+
+  void set(std::size_t row, bool is_there, float to_x, float to_y) const {
+    x.set(row, is_there ? value_or_null(to_x) : nan_value);
+    y.set(row, is_there ? value_or_null(to_y) : nan_value);
+  }
+  void set_null(std::size_t row) const { set(row, false, 0, 0); }
+  explicit operator bool() const { return static_cast<bool>(x); }
+};
+
+Point point(const Rows& rows, const std::string& name) {
+  return {rows.slot<float>(name + "_x"), rows.slot<float>(name + "_y")};
+}
+
+// Columns of one eye.
+struct EyeColumns {
+  EyeColumns() = default;
+  EyeColumns(const Rows& rows, const std::string& eye)
+      : gaze(point(rows, eye.substr(0, eye.size() - 1))),
+        href(point(rows, eye + "href")),
+        raw(point(rows, eye + "raw")),
+        velocity(point(rows, eye + "velocity")),
+        fast_velocity(point(rows, eye + "fast_velocity")),
+        head_in_space(point(rows, eye + "head_in_space")),
+        eye_in_head(point(rows, eye + "eye_in_head")),
+        centre(point(rows, eye + "ellipse")),
+        pupil(rows.slot<float>(eye + "pupil")),
+        major(rows.slot<float>(eye + "ellipse_major")),
+        minor(rows.slot<float>(eye + "ellipse_minor")),
+        angle(rows.slot<float>(eye + "ellipse_angle")),
+        event(rows.slot<std::uint8_t>(eye + "event")) {}
+
+  Point gaze, href, raw, velocity, fast_velocity, head_in_space, eye_in_head, centre;
+  Slot<float> pupil, major, minor, angle;
+  Slot<std::uint8_t> event;
+};
+
+// Columns that come with fields that a sample may lack.
+struct OtherColumns {
+  OtherColumns() = default;
+  explicit OtherColumns(const Rows& rows)
+      : resolution(point(rows, "resolution")),
+        target(point(rows, "target")),
+        head(point(rows, "head")),
+        head_in_space(point(rows, "head_in_space")),
+        eye_in_head(point(rows, "eye_in_head")),
+        head_in_space_resolution(point(rows, "head_in_space_resolution")),
+        eye_in_head_resolution(point(rows, "eye_in_head_resolution")),
+        rotation(point(rows, "head_rotation")),
+        target_distance(rows.slot<float>("target_distance")),
+        head_z(rows.slot<float>("head_z")),
+        rotation_z(rows.slot<float>("head_rotation_z")),
+        marker_flags(rows.slot<std::uint32_t>("head_marker_flags")),
+        target_flags(rows.slot<std::uint16_t>("target_flags")),
+        input(rows.slot<std::uint16_t>("input")),
+        buttons(rows.slot<std::uint16_t>("buttons")),
+        status(rows.slot<std::uint16_t>("status")) {}
+
+  Point resolution, target, head, head_in_space, eye_in_head, head_in_space_resolution,
+      eye_in_head_resolution, rotation;
+  Slot<float> target_distance, head_z, rotation_z;
+  Slot<std::uint32_t> marker_flags;
+  Slot<std::uint16_t> target_flags, input, buttons, status;
+};
+
+void set_word(const Slot<std::uint16_t>& slot, std::size_t row, bool is_there, UINT16 word) {
+  is_there ? slot.set(row, word) : slot.set_null(row);
+}
+
+class SampleRows final : public RowBuilder {
+ public:
+  SampleRows(Recording& recording, const Request& request)
+      : RowBuilder(want_samples, request),
+        recording_(recording),
+        outline_(recording.outline()),
+        has_targets_(recording.generation() == third_generation) {}
+
+  void bind(Rows& rows) override;
+  void take(const ElementWalk& walk, Rows& rows) override;
+
+ private:
+  void set_eye(std::size_t row, const FSAMPLE& sample, const Presence& there,
+               std::size_t eye) const;
+  void set_head_of_eye(std::size_t row, const FSAMPLE& s, bool is_there, std::size_t eye) const;
+  void set_others(std::size_t row, const FSAMPLE& sample, bool packed) const;
+  void set_target(std::size_t row, const FSAMPLE& sample) const;
+  void set_head(std::size_t row, const FSAMPLE& sample) const;
+  void choose_velocities() const;
+  const FSAMPLE& without_fields(const FSAMPLE& filled);
+
+  Recording& recording_;
+  Outline& outline_;
+  bool has_targets_;
+  bool has_others_ = false;
+  Slot<std::int32_t> block_, trial_;
+  Slot<double> time_;
+  Slot<std::uint8_t> recorded_;
+  std::array<EyeColumns, 2> eyes_;
+  OtherColumns others_;
+  FSAMPLE blank_{};
+};
+
+void SampleRows::bind(Rows& rows) {
+  block_ = rows.slot<std::int32_t>("block");
+  trial_ = rows.slot<std::int32_t>("trial");
+  time_ = rows.slot<double>("time");
+  recorded_ = rows.slot<std::uint8_t>("recorded");
+  for (const std::size_t eye : {0, 1}) eyes_[eye] = EyeColumns(rows, eye_name[eye]);
+  others_ = OtherColumns(rows);
+  has_others_ = rows.schema().fields.back().name != "recorded";
+  choose_velocities();
+}
+
+void SampleRows::choose_velocities() const {
+  const bool normal = eyes_[0].velocity || eyes_[1].velocity;
+  const bool fast = eyes_[0].fast_velocity || eyes_[1].fast_velocity;
+  gzd_set_velocity_kinds(recording_.handle(),
+                         (normal ? GZD_VELOCITY_GAZE : 0U) | (fast ? GZD_VELOCITY_FAST_GAZE : 0U));
+}
+
+// A sample that was filled in has nothing but its time: it counts as one of no eye and without any
+// field.
+const FSAMPLE& SampleRows::without_fields(const FSAMPLE& filled) {
+  blank_.time = filled.time;
+  blank_.flags = filled.flags & SMP_HALF_MS;
+  return blank_;
+}
+
+void SampleRows::take(const ElementWalk& walk, Rows& rows) {
+  const Element& element = walk.element();
+  if (element.code != GZD_SAMPLE || !accepts(time_of(element.record->fs), element.trial)) return;
+  const bool recorded = walk.origin() == Origin::recording;
+  const FSAMPLE& sample = recorded ? element.record->fs : without_fields(element.record->fs);
+  const std::size_t row = rows.begin_row();
+  set_number(block_, row, element.block);
+  set_number(trial_, row, element.trial);
+  time_.set(row, time_of(sample));
+  recorded_.set(row, recorded ? 1 : 0);
+  const Presence there = presence_of(sample, walk.block());
+  for (const std::size_t eye : {0, 1}) set_eye(row, sample, there, eye);
+  if (has_others_) set_others(row, sample, there.packed);
+}
+
+void SampleRows::set_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
+                         std::size_t eye) const {
+  const EyeColumns& to = eyes_[eye];
+  const bool position = there.position[eye];
+  to.gaze.set(row, position, s.gx[eye], s.gy[eye]);
+  to.pupil.set(row, there.pupil[eye] ? value_or_null(s.pa[eye]) : nan_value);
+  const std::int32_t event = outline_.events[eye].at(s.time);
+  event == 0 ? to.event.set_null(row) : to.event.set(row, static_cast<std::uint8_t>(event - 1));
+  if (!has_others_) return;
+  const bool moving = position && is_value(s.gx[eye]) && is_value(s.gy[eye]);
+  to.href.set(row, position, s.hx[eye], s.hy[eye]);
+  to.raw.set(row, position, s.px[eye], s.py[eye]);
+  to.velocity.set(row, moving, s.gxvel[eye], s.gyvel[eye]);
+  to.fast_velocity.set(row, moving, s.fgxvel[eye], s.fgyvel[eye]);
+  set_head_of_eye(row, s, there.eye[eye] && (s.flags & SMP_EXTENDED) != 0, eye);
+}
+
+void SampleRows::set_head_of_eye(std::size_t row, const FSAMPLE& s, bool is_there,
+                                 std::size_t eye) const {
+  const EyeColumns& to = eyes_[eye];
+  to.head_in_space.set(row, is_there, s.unused_headInSpaceX[eye], s.unused_headInSpaceY[eye]);
+  to.eye_in_head.set(row, is_there, s.eyeInHeadX[eye], s.eyeInHeadY[eye]);
+  to.centre.set(row, is_there, s.ex[eye], s.ey[eye]);
+  to.major.set(row, is_there ? value_or_null(s.emajor[eye]) : nan_value);
+  to.minor.set(row, is_there ? value_or_null(s.eminor[eye]) : nan_value);
+  to.angle.set(row, is_there ? value_or_null(s.eangle[eye]) : nan_value);
+}
+
+void SampleRows::set_others(std::size_t row, const FSAMPLE& s, bool packed) const {
+  const bool resolution = !packed && (s.flags & SMP_RESOLUTION) != 0;
+  others_.resolution.x.set(row, resolution ? resolution_or_null(s.rx) : nan_value);
+  others_.resolution.y.set(row, resolution ? resolution_or_null(s.ry) : nan_value);
+  set_word(others_.input, row, (s.flags & SMP_INPUT) != 0 && s.input != NOT_RECORDED_WORD, s.input);
+  set_word(others_.buttons, row, (s.flags & SMP_BUTTONS) != 0, s.buttons);
+  set_word(others_.status, row, (s.flags & SMP_STATUS) != 0 && s.errors != NOT_RECORDED_WORD,
+           s.errors);
+  if (others_.target) set_target(row, s);
+  if (others_.head) set_head(row, s);
+}
+
+void SampleRows::set_target(std::size_t row, const FSAMPLE& s) const {
+  constexpr double units_of_word = 10.0;
+  const bool is_there = has_targets_ && (s.flags & SMP_HEAD_DATA) != 0 &&
+                        (s.htype == target_of_one_eye || s.htype == target_of_two_eyes);
+  const bool has_distance = is_there && is_value(s.hdata[2]);
+  others_.target.set(row, is_there, s.hdata[0], s.hdata[1]);
+  others_.target_distance.set(
+      row, has_distance ? static_cast<float>(s.hdata[2] / units_of_word) : nan_value);
+  set_word(others_.target_flags, row, is_there, static_cast<UINT16>(s.hdata[3]));
+}
+
+void SampleRows::set_head(std::size_t row, const FSAMPLE& s) const {
+  const bool is_there = (s.flags & SMP_EXTENDED) != 0;
+  others_.head.set(row, is_there, s.headPosition[0], s.headPosition[1]);
+  others_.head_z.set(row, is_there ? value_or_null(s.headPosition[2]) : nan_value);
+  others_.rotation.set(row, is_there, s.headRotation[0], s.headRotation[1]);
+  others_.rotation_z.set(row, is_there ? value_or_null(s.headRotation[2]) : nan_value);
+  if (is_there && s.headMarkerFlags != no_marker_flags)
+    others_.marker_flags.set(row, s.headMarkerFlags);
+  else
+    others_.marker_flags.set_null(row);
+  others_.head_in_space.set(row, is_there, s.headInSpaceX, s.headInSpaceY);
+  others_.eye_in_head.set(row, is_there, s.eyeInHeadX[cyclopean], s.eyeInHeadY[cyclopean]);
+  others_.head_in_space_resolution.set(row, is_there, s.hrgx, s.hrgy);
+  others_.eye_in_head_resolution.set(row, is_there, s.ergx, s.ergy);
+}
+
+}  // namespace
+
+std::unique_ptr<RowBuilder> make_sample_rows(Recording& recording, const Request& request) {
+  return std::make_unique<SampleRows>(recording, request);
+}
+
+}  // namespace gzdtables
