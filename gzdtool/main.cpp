@@ -1,0 +1,112 @@
+// gzdtool: what is in a recording, as tables. Data goes to standard output, words to standard
+// error.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+
+#include "gzd.h"
+#include "gzdtool/command.h"
+#include "gzdtool/sinks/byte_sink.h"
+#include "tables/schema.h"
+
+namespace {
+
+using gzdtool::Command;
+using Commands = std::vector<std::unique_ptr<Command>>;
+
+void log_to_standard_error(const char* message) {
+  std::fputs(message, stderr);
+}
+
+std::string quoted_with_nearest(const std::string& word, const std::vector<std::string>& known) {
+  const std::string near = gzdtables::nearest(word, known);
+  return "'" + word + "'" + (near.empty() ? "" : ", did you mean '" + near + "'?");
+}
+
+// The long names of the options of a verb.
+std::vector<std::string> options_of(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options())
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  return names;
+}
+
+// Words that no option and no argument took.
+void refuse_leftovers(const CLI::App& app) {
+  const std::vector<std::string> left = app.remaining();
+  if (left.empty()) return;
+  const std::string word = left.front().substr(0, left.front().find('='));
+  throw gzdtables::UsageError("unknown option " + quoted_with_nearest(word, options_of(app)));
+}
+
+void refuse_unknown_verb(const Commands& commands, const std::string& word) {
+  std::vector<std::string> names;
+  for (const auto& command : commands) names.push_back(command->name());
+  if (std::find(names.begin(), names.end(), word) != names.end()) return;
+  throw gzdtables::UsageError("unknown verb " + quoted_with_nearest(word, names));
+}
+
+int run(const Commands& commands, const CLI::App& app) {
+  for (const auto& command : commands) {
+    const CLI::App* const verb = app.get_subcommand(command->name());
+    if (!verb->parsed()) continue;
+    refuse_leftovers(*verb);
+    return command->run();
+  }
+  return gzdtool::exit_usage;
+}
+
+int parse_and_run(int argc, char** argv) {
+  const Commands commands = gzdtool::all_commands();
+  CLI::App app("What is in a GZD recording, as tables.", "gzdtool");
+  app.require_subcommand(1);
+  app.set_version_flag("--version", gzd_get_version());
+  for (const auto& command : commands) {
+    CLI::App* const verb = app.add_subcommand(command->name(), command->summary());
+    verb->allow_extras();
+    command->declare(*verb);
+  }
+  if (argc > 1 && argv[1][0] != '-') refuse_unknown_verb(commands, argv[1]);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& asked) {
+    return app.exit(asked);
+  } catch (const CLI::ParseError& error) {
+    throw gzdtables::UsageError(error.what());
+  }
+  return run(commands, app);
+}
+
+}  // namespace
+
+namespace gzdtool {
+
+std::vector<std::unique_ptr<Command>> all_commands() {
+  Commands commands;
+  append_table_commands(commands);
+  append_export_command(commands);
+  return commands;
+}
+
+void complain(const std::string& text) {
+  std::fprintf(stderr, "gzdtool: %s\n", text.c_str());
+}
+
+}  // namespace gzdtool
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  gzd_set_log_function(reinterpret_cast<void*>(&log_to_standard_error));
+  try {
+    return parse_and_run(argc, argv);
+  } catch (const gzdtables::UsageError& error) {
+    gzdtool::complain(error.what());
+    return gzdtool::exit_usage;
+  } catch (const std::bad_alloc&) {
+    gzdtool::complain("memory ran out");
+  } catch (const std::exception& error) {
+    gzdtool::complain(error.what());
+  }
+  return gzdtool::exit_failed;
+}

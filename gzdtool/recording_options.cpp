@@ -1,0 +1,71 @@
+// From the command line to the options of a recording.
+#include "gzdtool/recording_options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "tables/schema.h"
+
+namespace gzdtool {
+
+namespace {
+
+constexpr const char* trials = "Trials";
+constexpr const char* reading = "Reading";
+
+std::pair<std::string, std::string> variable_of(const std::string& text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos)
+    throw gzdtables::UsageError("--trial-variable takes NAME=REGEX, not '" + text + "'");
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+}  // namespace
+
+void RecordingOptions::declare(CLI::App& app) {
+  app_ = &app;
+  app.add_flag("--no-repair", no_repair_, "Take the recording as it is")->group(reading);
+  app.add_flag("--failsafe", failsafe_, "Read a damaged recording up to the damage")
+      ->group(reading);
+  app.add_flag("--message-offsets", message_offsets_,
+               "A number at the start of a message is an offset of its time")
+      ->group(reading);
+  app.add_flag("--message-log", message_log_,
+               "Merge tq_messages.log, the experiment's log in the recording's folder")
+      ->group(reading);
+  app.add_option("--trial-start", trial_start_, "Messages that contain TEXT open a trial")
+      ->type_name("TEXT")
+      ->group(trials);
+  app.add_option("--trial-end", trial_end_, "Messages that contain TEXT end the trial")
+      ->type_name("TEXT")
+      ->group(trials);
+  app.add_option("--trial-variable", variables_,
+                 "A column of trials: what the one group of REGEX matches in the last message of "
+                 "the trial that matches")
+      ->type_name("NAME=REGEX")
+      ->expected(1)
+      ->take_all()
+      ->group(trials);
+}
+
+gzdtables::Options RecordingOptions::options() const {
+  gzdtables::Options options;
+  options.repair = !no_repair_;
+  options.failsafe = failsafe_;
+  options.message_offsets = message_offsets_;
+  options.message_log = message_log_;
+  if (app_->count("--trial-start") > 0) options.trials.start = trial_start_;
+  if (app_->count("--trial-end") > 0) options.trials.end = trial_end_;
+  for (const std::string& text : variables_) options.trials.variables.push_back(variable_of(text));
+  gzdtables::check_options(options);
+  return options;
+}
+
+std::string name_of_recording(const std::string& path) {
+  constexpr std::string_view extension = ".gzd";
+  std::string name = path.substr(path.find_last_of('/') + 1);
+  if (name.size() > extension.size() && name.ends_with(extension))
+    name.resize(name.size() - extension.size());
+  return name;
+}
+
+}  // namespace gzdtool

@@ -1,0 +1,51 @@
+// Values of tables as text.
+#ifndef GZDTOOL_CELL_TEXT_H
+#define GZDTOOL_CELL_TEXT_H
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <string_view>
+
+namespace gzdtool {
+
+// Longest text that the functions here write: a float64 in fixed notation.
+constexpr std::size_t longest_number = 330;
+
+// Writes an integer at `to`, and returns the place behind it.
+template <class Integer>
+[[nodiscard]] char* write_integer(char* to, Integer value) {
+  return std::to_chars(to, to + longest_number, value).ptr;
+}
+
+// A float32 as the fewest digits that read back as the same value.
+[[nodiscard]] inline char* write_float(char* to, float value) {
+  // Tenths of few digits are what trackers record. A decimal number of at most six digits is the
+  // shortest text of the float next to it, and below 1e5 no exponent is shorter.
+  constexpr float most_tenths = 999999.0F;
+  const float tenths = std::nearbyint(value * 10.0F);
+  const bool is_tenths = std::fabs(tenths) <= most_tenths && tenths / 10.0F == value;
+  if (!is_tenths || tenths == 0.0F) return std::to_chars(to, to + longest_number, value).ptr;
+  const auto whole = static_cast<std::int32_t>(tenths);
+  if (whole < 0) *to++ = '-';
+  const std::uint32_t digits =
+      whole < 0 ? 0U - static_cast<std::uint32_t>(whole) : static_cast<std::uint32_t>(whole);
+  to = write_integer(to, digits / 10);
+  if (digits % 10 != 0) {
+    *to++ = '.';
+    *to++ = static_cast<char>('0' + digits % 10);
+  }
+  return to;
+}
+
+// A float64 in fixed notation, the fewest digits that read back as the same value.
+[[nodiscard]] inline char* write_double(char* to, double value) {
+  constexpr double highest_whole = 4e9;
+  const bool is_whole = value >= 0 && value <= highest_whole && std::trunc(value) == value;
+  if (is_whole && !std::signbit(value)) return write_integer(to, static_cast<std::uint32_t>(value));
+  return std::to_chars(to, to + longest_number, value, std::chars_format::fixed).ptr;
+}
+
+}  // namespace gzdtool
+
+#endif
