@@ -42,8 +42,7 @@ void RecordingOptions::declare(CLI::App& app) {
                  "A column of trials: what the one group of REGEX matches in the last message of "
                  "the trial that matches")
       ->type_name("NAME=REGEX")
-      ->expected(1)
-      ->take_all()
+      ->allow_extra_args(false)
       ->group(trials);
 }
 

@@ -167,7 +167,7 @@ void declare_table_options(CLI::App& app, TableOptions& options, Table table) {
                    "Further groups of columns, with commas between; all: what was recorded")
         ->type_name("GROUPS")
         ->delimiter(',')
-        ->expected(1);
+        ->allow_extra_args(false);
   if (gzdtables::is_told_by_eye(table))
     app.add_option("--eye", options.eye, "left or right: only this eye")->type_name("EYE");
   app.add_option("--trial", options.trial, "Only rows of trial N")->type_name("N");
