@@ -1,8 +1,8 @@
 // The verb `export`.
 #include <CLI/CLI.hpp>
 
-#include "gzdtool/command.h"
-#include "gzdtool/table_request.h"
+#include "command.h"
+#include "table_request.h"
 
 namespace gzdtool {
 

@@ -6,8 +6,8 @@
 #include <cstdio>
 
 #include "gzd.h"
-#include "gzdtool/command.h"
-#include "gzdtool/sinks/byte_sink.h"
+#include "command.h"
+#include "sinks/byte_sink.h"
 #include "tables/schema.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // From the command line to the options of a recording.
-#include "gzdtool/recording_options.h"
+#include "recording_options.h"
 
 #include <CLI/CLI.hpp>
 

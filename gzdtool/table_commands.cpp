@@ -2,8 +2,8 @@
 // blocks, trials.
 #include <CLI/CLI.hpp>
 
-#include "gzdtool/command.h"
-#include "gzdtool/table_request.h"
+#include "command.h"
+#include "table_request.h"
 
 namespace gzdtool {
 

@@ -1,5 +1,5 @@
 // From recordings to one table in one output.
-#include "gzdtool/table_request.h"
+#include "table_request.h"
 
 #include <sys/stat.h>
 
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <set>
 
-#include "gzdtool/command.h"
+#include "command.h"
 
 namespace gzdtool {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "gzdtool/recording_options.h"
-#include "gzdtool/sinks/table_sink.h"
+#include "recording_options.h"
+#include "sinks/table_sink.h"
 #include "tables/reader.h"
 
 namespace CLI {

@@ -1,5 +1,5 @@
 // Descriptors, and files beside their place.
-#include "gzdtool/sinks/byte_sink.h"
+#include "sinks/byte_sink.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "gzdtool/sinks/gzip_sink.h"
-#include "gzdtool/sinks/part_file.h"
+#include "sinks/gzip_sink.h"
+#include "sinks/part_file.h"
 
 namespace gzdtool {
 

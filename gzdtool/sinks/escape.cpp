@@ -1,5 +1,5 @@
 // Escapes of the three formats.
-#include "gzdtool/sinks/escape.h"
+#include "sinks/escape.h"
 
 #include <cstdint>
 

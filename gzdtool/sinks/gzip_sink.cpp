@@ -1,6 +1,6 @@
 // gzip by libdeflate where there is one, by zlib else. Members without a name and a time, so that
 // equal tables are equal files.
-#include "gzdtool/sinks/gzip_sink.h"
+#include "sinks/gzip_sink.h"
 
 #include <string>
 

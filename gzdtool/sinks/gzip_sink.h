@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "gzdtool/sinks/byte_sink.h"
+#include "sinks/byte_sink.h"
 
 namespace gzdtool {
 

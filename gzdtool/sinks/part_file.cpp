@@ -1,5 +1,5 @@
 // Parts, and what signals do to them.
-#include "gzdtool/sinks/part_file.h"
+#include "sinks/part_file.h"
 
 #include <unistd.h>
 
@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "gzdtool/sinks/byte_sink.h"
+#include "sinks/byte_sink.h"
 
 namespace gzdtool {
 

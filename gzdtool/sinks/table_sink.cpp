@@ -1,13 +1,13 @@
 // One row after the other into a buffer. The formats differ in what stands between cells and in how
 // texts are escaped.
-#include "gzdtool/sinks/table_sink.h"
+#include "sinks/table_sink.h"
 
 #include <array>
 #include <cstring>
 #include <vector>
 
-#include "gzdtool/sinks/cell_text.h"
-#include "gzdtool/sinks/escape.h"
+#include "sinks/cell_text.h"
+#include "sinks/escape.h"
 
 namespace gzdtool {
 

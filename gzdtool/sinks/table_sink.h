@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "gzdtool/sinks/byte_sink.h"
+#include "sinks/byte_sink.h"
 #include "tables/column.h"
 #include "tables/schema.h"
 
