@@ -5,8 +5,8 @@
 #include <csignal>
 #include <cstdio>
 
-#include "gzd.h"
 #include "command.h"
+#include "gzd.h"
 #include "sinks/byte_sink.h"
 #include "tables/schema.h"
 
