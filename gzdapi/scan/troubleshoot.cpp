@@ -1,11 +1,13 @@
 // 1. Note the position, count item and call.
 // 2. At the end of the data: report it; go on when the file has more.
-// 3. At a record: keep the data time, look at the header word; go on when it is not a known one.
+// 3. At a record: keep the data time, look at the header word. A known one is all there is to do.
 // 4. Dump the bytes here.
 // 5. Search for the next position with a known header word; dump the bytes there.
-// The position is then that of the start: the trace only watches.
-// The search goes forward byte by byte. Its result holds for all positions up to the one found, so
-// that a whole file costs one search through it.
+// Either way the data time is that of the item before when the next one is compared with it. What
+// lies behind the end of the stream is dumped as 0, and a search that comes there ends, both
+// without a line. The position is then that of the start: the trace only watches. The search goes
+// forward byte by byte. Its result holds for all positions up to the one found, so that a whole
+// file costs one search through it.
 
 #include "scan/troubleshoot.h"
 
@@ -49,8 +51,7 @@ class Tracer {
     } else {
       reportEnd();
     }
-    if (d.corruption == 0) return;
-    if (d.debugFile != nullptr) traceCorruption();
+    if (d.corruption != 0 && d.debugFile != nullptr) traceCorruption();
     d.corruption = 0;
     d.prevOvDataTime = d.curOvDataTime;
   }
@@ -93,13 +94,13 @@ class Tracer {
   void traceCorruption() {
     std::fprintf(d.debugFile, "File position corruption at %d \n", d.prevPos);
     dumpAt(start);
-    findGoodPosition();
+    if (!findGoodPosition()) return;
     std::fprintf(d.debugFile, "Good position is found at %d valid header %d \n",
                  static_cast<int>(d.goodPos), d.goodHeader);
     dumpAt(d.goodPos);
   }
 
-  // What lies behind the end of the file is dumped as 0, and so is the byte behind the dump.
+  // The byte behind the dump is 0.
   void dumpAt(INT64 position) {
     d.data_block.assign(static_cast<std::size_t>(d.data_dump_size) + 1, 0);
     file.seek(position);
@@ -113,15 +114,14 @@ class Tracer {
     std::fprintf(d.debugFile, "%s\n", digits.c_str());
   }
 
-  // Reads on until the stream ends, which throws, or a known header word stands two bytes on.
-  void findGoodPosition() {
+  // Reads on until a known header word stands two bytes on. False when the stream ends before.
+  bool findGoodPosition() {
     if (d.searchedFrom < 0 || start < d.searchedFrom || (d.goodPos >= 0 && start >= d.goodPos)) {
       d.searchedFrom = start;
       d.goodPos = -1;
       searchFrom(start + 1);
-    } else if (d.goodPos < 0) {
-      throw GZDException("End of file Exception");
     }
+    return d.goodPos >= 0;
   }
 
   // A byte and two words are looked at in each place.
@@ -129,7 +129,7 @@ class Tracer {
     for (;; ++position) {
       file.seek(position - 1);
       const byte* const bytes = file.peek(5);
-      if (bytes == nullptr) throw GZDException("End of file Exception");
+      if (bytes == nullptr) return;
       const INT16 header = load_be16s(bytes + 3);
       if (!isRecoveryHeader(header)) continue;
       d.goodPos = position;

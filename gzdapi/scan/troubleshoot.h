@@ -19,12 +19,12 @@ struct DebugParaT {
   int totalEvents = 0;
   int totalSamples = 0;
   int data_dump_size = DEBUG_DUMP_SIZE;
-  int debug_count = 0;      // calls made
-  int read_size = 0;        // last header word or dump size read
-  int corruption = 0;       // 1 while a corruption is being handled
-  int gzd_file_size = 0;    // bytes
-  INT64 curOvDataTime = 0;  // running data time
-  INT64 prevOvDataTime = 0;
+  int debug_count = 0;           // calls made
+  int read_size = 0;             // last header word or dump size read
+  int corruption = 0;            // 1 while a corruption is being handled
+  int gzd_file_size = 0;         // bytes
+  INT64 curOvDataTime = 0;       // running data time
+  INT64 prevOvDataTime = 0;      // of the item before
   unsigned char timeUpdate = 0;  // first byte of the current record
   std::vector<byte> data_block;  // the dump, and a byte of 0
   FILE* debugFile = nullptr;     // the trace; not owned
@@ -37,8 +37,10 @@ struct DebugParaT {
 };
 
 // Traces the item whose tag was just read: `tag` is 0 for an event, 1 for a sample, anything else
-// for the end or an error. The stream is left where it was; read failures in here are logged and
-// end the trace of this item only. Returns 0.
+// for the end or an error. An item with an unknown header word, or an end with much of the file
+// behind it, is written to the trace with the bytes there and at the next known header word. The
+// stream is left where it was; a time that cannot be read is logged and ends the trace of this item
+// only. Returns 0.
 int troubleshootScan(InputStream& file, DebugParaT& d, int tag);
 
 }  // namespace gzd

@@ -88,6 +88,19 @@ TEST(Troubleshoot, AnUnknownHeaderIsDumpedAndTheNextGoodPositionToo) {
   EXPECT_NE(scan.at(299, 0).find("Good position is found at 300 valid"), std::string::npos);
 }
 
+// The difference counts from the item before, whatever its header, also where no good position is.
+TEST(Troubleshoot, EveryItemSetsTheTimeThatTheNextIsComparedWith) {
+  Scan scan(withHeaderAt(600, 0, 28));
+  EXPECT_EQ(scan.at(0, 1), "");  // a time of 0 and a known header
+  scan.d.curOvDataTime = 1000;
+  EXPECT_EQ(scan.at(0, 1), "");
+  for (int item = 0; item < 2; ++item) {
+    const std::string trace = scan.at(20, 1);
+    EXPECT_NE(trace.find(" diff 17 header 4369 \n"), std::string::npos) << trace;
+    EXPECT_EQ(trace.find("Good position"), std::string::npos);
+  }
+}
+
 TEST(Troubleshoot, TheEndIsReportedWithTheRest) {
   Scan scan(withHeaderAt(600, 302, 28));
   EXPECT_EQ(scan.at(450, -1), "End of file detected 450 \n");
