@@ -136,12 +136,13 @@ int SampleQueue::findSample(UINT32 wanted) {
   if (nearTheFront) {
     readAfresh(wanted);
     slot = slotOfStamp(wantedStamp);
-  } else if (slot < 0 || slot >= SLOT_NEAR_THE_END) {
+  } else if (slot < 0 || (slot >= SLOT_NEAR_THE_END && isFoundByArithmetic(slot))) {
     batchReadSample(wanted);
     slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
   }
   // A leap can end in the last slots of a full queue, without a whole window behind it.
-  const bool lacksWindow = sqsize == CAPACITY && slot + MIDDLE >= CAPACITY;
+  const bool lacksWindow =
+      sqsize == CAPACITY && slot + MIDDLE >= CAPACITY && isFoundByArithmetic(slot);
   if (slot < 0 || lacksWindow) {
     readAfresh(wanted);
     slot = slotOfStamp(wantedStamp);

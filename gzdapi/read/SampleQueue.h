@@ -71,7 +71,8 @@ class SampleQueue {
     float pa[2] = {};
   };
   static constexpr int EYES = 2;
-  // A wanted sample at or behind this slot has too few samples behind it.
+  // A wanted sample that arithmetic finds at or behind this slot has too few samples behind it. One
+  // that only a search finds gets no whole window in any case.
   static constexpr int SLOT_NEAR_THE_END = 448;
   // A wanted sample before this slot may have too few samples before it.
   static constexpr int SLOTS_NEAR_THE_FRONT = WINDOW - 1;
@@ -92,6 +93,9 @@ class SampleQueue {
   }
   int findSample(UINT32 wanted);
   [[nodiscard]] int slotOfStamp(UINT64 stamp) const;
+  [[nodiscard]] bool isFoundByArithmetic(int slot) const {
+    return getOldSample(stampAt(slot)) >= 0;
+  }
 
   void batchReadSample(UINT32 index);
   void readAfresh(UINT32 index);

@@ -206,6 +206,19 @@ TEST(SampleQueue, ReadsEverySampleOnceInOrder) {
   EXPECT_EQ(track.reads, 3000);
 }
 
+// Arithmetic finds no sample between two steps that are too short: none there makes the queue read
+// on, the first one behind them does.
+TEST(SampleQueue, OnlyWhatArithmeticFindsNearTheEndReadsOn) {
+  Track track;
+  track.period = 4;
+  track.block().run(100, 441).run(100 + 441 * 4 - 2, 60).run(100 + 501 * 4 - 4, 400);
+  SampleQueue queue(track.index, track);
+  for (UINT32 i = 1; i <= 501; ++i) ASSERT_EQ(entry_for(queue, i), i);
+  EXPECT_EQ(track.reads, 512);
+  EXPECT_EQ(entry_for(queue, 502), 502u);
+  EXPECT_EQ(track.reads, 512 + 128);
+}
+
 TEST(SampleQueue, VelocitiesDoNotDependOnTheOrderOfAsking) {
   for (const int rate : {250, 500, 1000, 2000}) {
     for (const int revision : {2, 3}) {
