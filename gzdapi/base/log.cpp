@@ -50,6 +50,17 @@ extern "C" GZD_API int print_log(const char* fmt, ...) {
   return 0;
 }
 
+void log_clipped(const char* fmt, ...) {
+  char message[MESSAGE_CAPACITY] = {};
+  std::va_list arguments;
+  va_start(arguments, fmt);
+  const int length = std::vsnprintf(message, sizeof message, fmt, arguments);
+  va_end(arguments);
+  const bool isClipped = length >= MESSAGE_CAPACITY;
+  if (isClipped && std::string_view(fmt).ends_with('\n')) message[MESSAGE_CAPACITY - 2] = '\n';
+  hand_on(message);
+}
+
 NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
     : after(textAfter), beforeLength(textBefore.size()) {
   assert(beforeLength + LONGEST_NUMBER + after.size() < message.size());

@@ -18,6 +18,10 @@ using LogFunction = void (*)(const char* message);
 // Sets the receiver of messages for the whole process; null restores standard output.
 void set_log_function(LogFunction function);
 
+// print_log for texts that a caller or the system chose, names and the like: what is too long for a
+// message is clipped, a newline at its end stays.
+GZD_PRINTF(1, 2) void log_clipped(const char* fmt, ...);
+
 // A line around one number, made without print_log's cost: for findings that a damaged recording
 // can hold by the million. The texts are short, and must outlive the line.
 class NumberLine {

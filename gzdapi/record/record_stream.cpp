@@ -5,7 +5,7 @@
 namespace gzd {
 
 void log_error(const GZDException& error) {
-  print_log("Error %s \n", error.getMessage());
+  log_clipped("Error %s \n", error.getMessage());
 }
 
 }  // namespace gzd

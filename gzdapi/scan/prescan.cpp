@@ -135,21 +135,21 @@ class Scan {
       const NextRecord kind = next_combfile_item(file, state);
       return kind == NextRecord::End ? next_combfile_item(file, state) : kind;
     } catch (const GZDException& error) {
-      print_log("Error reading items %s \n", error.getMessage());
+      log_clipped("Error reading items %s \n", error.getMessage());
       sortItems(index);
       return NextRecord::End;
     }
   }
 
-  // Notes the times of a record just read, and whether the scan goes on behind it.
-  void noteRecord(INT64 position, UINT32 firstTime, UINT32 lastTime) {
-    if (position > LAST_POSITION) endAtLimit();
+  void noteTimes(UINT32 firstTime, UINT32 lastTime) {
     if (!anyRecord) index.minTime = firstTime;
     anyRecord = true;
     index.maxTime = std::max(index.maxTime, std::max(firstTime, lastTime));
   }
 
-  void endAtLimit() {
+  // Whether the scan goes on behind the record at `position`.
+  void notePosition(INT64 position) {
+    if (position <= LAST_POSITION) return;
     print_log(
         "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files up "
         "to 2 GB. Data after the 2 GB limit will be discarded.\n");
@@ -170,8 +170,9 @@ class Scan {
     const UINT16 tag = state.last_tag;
     const int result = with_errors_caught(
         options.failsafe, [&] { return decode_event(file, state, tag, text, event); });
-    noteRecord(position, event.sttime, event.entime);
+    notePosition(position);
     if (result < 0) return failToRead(1, "event", "Error reading event - type(preScan)");
+    noteTimes(event.sttime, event.entime);
     if (is_block_start(event.type)) noteParameters(position);
     if (options.failsafe && event.type == 0) {
       print_log("Unexpected event type tag 0. Skipping event \n");
@@ -280,8 +281,9 @@ class Scan {
       newestSample = glance_at_sample(file, state, tag, layout);
       return 0;
     });
-    noteRecord(position, newestSample.time, newestSample.time);
+    notePosition(position);
     if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
+    noteTimes(newestSample.time, newestSample.time);
     canBeShort = !layout.hasBlocks && !trace.isOn();
     if (options.loadSamples && position <= LARGEST_POSITION) indexSample(position);
   }

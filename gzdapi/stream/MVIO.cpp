@@ -122,7 +122,7 @@ void InputStream::getData(void* buffer, int count) {
 FileInputStream::FileInputStream(const char* path) : file(open_regular_file(path)) {
   if (!file) {
     const int reason = errno;
-    print_log("The file %s could not be opened\n", path);
+    log_clipped("The file %s could not be opened\n", path);
     throw GZDException("File Could not be opened!").because(reason);
   }
   std::setvbuf(file.get(), nullptr, _IONBF, 0);  // the window does the buffering

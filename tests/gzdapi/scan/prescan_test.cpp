@@ -298,6 +298,21 @@ TEST(Scan, ACutSample) {
             "Unexpected file read error while reading sample; simulating end reached. \n");
 }
 
+// What an unreadable record holds says nothing of the file's times.
+TEST(Scan, FailsafeTakesNoTimesFromWhatCannotBeRead) {
+  GzdWriter message;
+  GzdWriter sample;
+  message.message(4'000'000'000, "a longer message");
+  sample.gazeSample(4'000'000'000, 1, 1, 9);
+  for (const GzdWriter* last : {&message, &sample}) {
+    const Bytes alone = Scanned::records_of(*last);
+    Bytes cut = Scanned::records_of(GzdWriter().message(5, "x").endTag(false));
+    cut.insert(cut.end(), alone.begin(), alone.end() - 4);
+    EXPECT_EQ(Scanned(cut, FAILSAFE).index.maxTime, 5u);
+    EXPECT_EQ(Scanned(Bytes(alone.begin(), alone.end() - 4), FAILSAFE).index.minTime, 0u);
+  }
+}
+
 TEST(Scan, AMessageThatIsTooLong) {
   GzdWriter w;
   w.event(EventRecord(24).start(1).text("x", 499));
