@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,8 +20,8 @@ namespace {
 constexpr int LEVEL_MASK = 3;
 constexpr const char* MESSAGE_LOG_NAME = "tq_messages.log";
 
-// The path given for the message logs of all files; empty when none was.
-std::string plogMsgFile;
+// The path given for the message logs of all files.
+std::optional<std::string> plogMsgFile;
 
 // Every file that is open, to know their records again.
 std::vector<const GZDFile*> open_files;
@@ -63,7 +64,10 @@ int kind_of_handed_out_record(const ALLF_DATA* record) {
 }
 
 void set_message_log_path(const char* path) {
-  plogMsgFile = path != nullptr ? path : "";
+  if (path != nullptr)
+    plogMsgFile = path;
+  else
+    plogMsgFile.reset();
 }
 
 // ---- opening
@@ -74,10 +78,11 @@ GZDFile::GZDFile(const char* path, int flags, int loadEvents, int loadSamples, c
             (loadEvents & GZD_LOAD_MESSAGE_LOG) != 0 ? openMessageLog(path) : void(),
             open_stream(path, preamble, state))),
       reader(*file, state, index),
-      merge(index, walk, messageLog, [this](UINT32 item) { return reader.messageText(item); }),
+      merge(index, walk, messageLog,
+            [this](UINT32 item) { return reader.messageText(item, !walk.collectsTrials); }),
       trials(index, walk, merge, messageLog,
-             [this](UINT32 item) { return reader.getFloatData(item); }),
-      bookmarks(index, walk),
+             [this](UINT32 item) { return reader.getFloatData(item, !walk.collectsTrials); }),
+      bookmarks(index, walk, merge),
       timeShift((flags & GZD_OPEN_NO_TIME_SHIFT) != 0) {
   scan(path, flags, loadEvents, loadSamples);
   open_files.push_back(this);
@@ -88,8 +93,8 @@ GZDFile::~GZDFile() {
 }
 
 void GZDFile::openMessageLog(const char* path) {
-  const std::string name =
-      plogMsgFile.empty() ? directory_of(path) + MESSAGE_LOG_NAME : plogMsgFile;
+  const std::string name = plogMsgFile.value_or(directory_of(path) + MESSAGE_LOG_NAME);
+  if (name.empty()) return;
   messageLog.setEyeLogFileName(name.c_str());
   messageLog.openEyeLogFile();
 }
@@ -109,6 +114,7 @@ void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples)
   if (level != GZD_CONSISTENCY_NONE) {
     checkConsistency(index, repair, [this](UINT32 item) { return reader.messageText(item); });
   }
+  index.findBoundaries();
   reader.indexIsFinal(repair);
 }
 

@@ -111,7 +111,8 @@ class GZDFile : public _GZDFILE {
 // The kind of a record that any open file has handed out; 0 when it is not one.
 int kind_of_handed_out_record(const ALLF_DATA* record);
 
-// The path of the message log for files opened from now on; empty for the one beside the file.
+// The path of the message log for files opened from now on; null for the one beside the file, an
+// empty path for none.
 void set_message_log_path(const char* path);
 
 }  // namespace gzd

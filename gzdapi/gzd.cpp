@@ -37,10 +37,10 @@ Result guarded(Result failure, Call call, int& reason) noexcept {
     return call();
   } catch (const GZDException& error) {
     reason = error.getSystemError();
-    print_log("Error %s \n", error.getMessage());
+    log_clipped("Error %s \n", error.getMessage());
   } catch (const std::exception& error) {
     reason = is_out_of_memory(error) ? ENOMEM : 0;
-    print_log("Error %s \n", description_of(error));
+    log_clipped("Error %s \n", description_of(error));
   }
   return failure;
 }
@@ -63,10 +63,10 @@ GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, con
     return new GZDFile(fname, flags, loadevents, loadsamples, config);
   } catch (const GZDException& error) {
     reason = error.getSystemError();
-    print_log("%s\n", error.getMessage());
+    log_clipped("%s\n", error.getMessage());
   } catch (const std::exception& error) {
     reason = is_out_of_memory(error) ? ENOMEM : 0;
-    print_log("%s\n", description_of(error));
+    log_clipped("%s\n", description_of(error));
   }
   *rv = -1;
   errno = reason;
@@ -227,7 +227,8 @@ int gzd_get_preamble_text(GZDFILE* ef, char* buffer, int length) {
 }
 
 int gzd_get_preamble_text_length(GZDFILE* ef) {
-  return static_cast<int>(of(ef).getPreamText().size()) + 1;
+  const std::size_t length = of(ef).getPreamText().size();
+  return length == 0 ? 0 : static_cast<int>(length) + 1;
 }
 
 float gzd_get_sample_per_second(GZDFILE* ef) {

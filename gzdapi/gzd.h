@@ -92,8 +92,7 @@ typedef struct _GZDFILE GZDFILE;
  * a regular file, not a recording, or damaged (GZD_OPEN_FAILSAFE opens it all the same). The
  * reason has then gone to the log function, and errno is the system's part in it, or 0.
  *
- * Cost: linear in the file; memory of 8 bytes a sample and 24 bytes any other
- * element.
+ * Cost: linear in the file; memory of 8 bytes a sample and up to 40 bytes any other element.
  */
 GZD_API GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
                                int* rv) GZD_MUST_CHECK;
@@ -106,8 +105,9 @@ GZD_API GZDFILE* gzd_open_file_ex(const char* fname, int consistency, int loadev
 /* Closes a file and frees all that belongs to it. Null is allowed. Returns 0. */
 GZD_API int gzd_close_file(GZDFILE* ef);
 
-/* Names the experiment's message log for files opened from now on; the name is copied. Null goes
-   back to "tq_messages.log" in the recording's own directory. Returns 0, or -1 without memory. */
+/* Names the experiment's message log for files opened from now on; the name is copied. An empty
+   name means no log; null goes back to "tq_messages.log" in the recording's own directory. Returns
+   0, or -1 without memory. */
 GZD_API int gzd_set_extra_message_file(const char* fname);
 
 /* Sets the function that receives the library's messages: `void log(const char *message)`, the
@@ -184,7 +184,9 @@ GZD_API int gzd_get_preamble_text(GZDFILE* ef, char* buffer, int length);
 /* Length of the preamble text, its NUL included; 0 without a preamble. */
 GZD_API int gzd_get_preamble_text_length(GZDFILE* ef);
 
-/* Samples per second of the recording block that the walk is in; 0.0 outside blocks. */
+/* Samples per second of the recording block that the walk is in, after a jump that of the element
+   jumped to; 0.0 outside blocks. Of a block whose start record names no rate that is known it is
+   250. */
 GZD_API float gzd_get_sample_per_second(GZDFILE* ef);
 
 /* Time between samples (ms) of that block, cut to an integer (0 at 2000 Hz); 0 outside blocks. */
@@ -212,15 +214,16 @@ GZD_API int gzd_get_input_data_availibity(GZDFILE* ef);
  * A trial is a stretch of the walk. Without identifiers each recording block is one. They are
  * collected at the first call that needs them, at the cost of one walk over the index; collecting
  * moves the walk: to its beginning, or, with identifiers, to its end when the last trial has no
- * closing message. Jump to a trial before you walk on. With identifiers, a trial that the end of a
+ * closing message. Jump to a trial before you walk on: after a jump, to a bookmark too, the message
+ * log goes on at the time of the element jumped to. With identifiers, a trial that the end of a
  * block or the start of the next closes has duration 0: take `endtime` minus `starttime`.
  */
 
 /* Sets the texts that start and end a trial, and collects anew. A message that contains `start`
    opens a trial, one that contains `end` closes it; null for either leaves it out. `start` of the
    form "inPut_type_N" cuts by input values instead: N opens a trial, the number in `end` closes
-   it. The strings are borrowed: they must live until the file is closed or others are set.
-   Returns 0. */
+   it. Each call decides anew how trials are cut. The strings are borrowed: they must live until the
+   file is closed or others are set. Returns 0. */
 GZD_API int gzd_set_trial_identifier(GZDFILE* ef, char* start, char* end);
 
 /* The identifiers in force, or null. */

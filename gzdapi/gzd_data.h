@@ -157,7 +157,7 @@ typedef struct {
 /* An eye event, a message, a button or an input change. Fields that the record does not hold are
    0; `read` tells which it holds. */
 typedef struct {
-  UINT32 time;           /* always 0 in records of a file */
+  UINT32 time;           /* 0; where times are shifted, 0 minus the time of the first record */
   INT16 type;            /* GZD_START_BLINK ... GZD_INPUT */
   UINT16 read;           /* EVT_ bits */
   UINT32 sttime, entime; /* start and end, ms */

@@ -20,7 +20,7 @@ void set_log_function(LogFunction function);
 
 // print_log for texts that a caller or the system chose, names and the like: what is too long for a
 // message is clipped, a newline at its end stays.
-GZD_PRINTF(1, 2) void log_clipped(const char* fmt, ...);
+void log_clipped(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
 // A line around one number, made without print_log's cost: for findings that a damaged recording
 // can hold by the million. The texts are short, and must outlive the line.

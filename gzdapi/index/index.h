@@ -3,6 +3,7 @@
 #ifndef GZDAPI_INDEX_H
 #define GZDAPI_INDEX_H
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <vector>
@@ -33,6 +34,9 @@ struct Index {
   // not known.
   std::vector<bool> settledWindows;
 
+  // The places of the recording entries, ascending; see findBoundaries().
+  std::vector<UINT32> boundaries;
+
   UINT32 minTime = 0;  // ms, of the first record
   UINT32 maxTime = 0;  // ms, the largest
   int inputType = 0;   // bit 0: input events, bit 1: input values in samples
@@ -48,6 +52,24 @@ struct Index {
   void stampsChanged() { settledWindows.clear(); }
 
   [[nodiscard]] UINT32 size() const { return static_cast<UINT32>(gzdItemList.size()); }
+  // Notes where the boundaries are; to be called when the list has its final order.
+  void findBoundaries() {
+    boundaries.clear();
+    for (const Landmark mark : landmarks()) {
+      if (gzdItemList[mark].isRecording()) boundaries.push_back(mark.place);
+    }
+  }
+  // The block that the entry at `place` lies in, starts or ends; null outside blocks.
+  [[nodiscard]] const Recording* blockAt(UINT32 place) const {
+    const auto next = std::upper_bound(boundaries.begin(), boundaries.end(), place);
+    if (next == boundaries.begin()) return nullptr;
+    const GZDItem last = gzdItemList[*(next - 1)];
+    if (last.isRecordingStart()) return last.getRecording();
+    const bool isItsEnd = *(next - 1) == place && next - 1 != boundaries.begin();
+    return isItsEnd && gzdItemList[*(next - 2)].isRecordingStart()
+               ? gzdItemList[*(next - 2)].getRecording()
+               : nullptr;
+  }
   // The newest boundary, or null.
   [[nodiscard]] Recording* newestRecording() const {
     return allRecordings.empty() ? nullptr : allRecordings.back().get();

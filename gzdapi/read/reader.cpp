@@ -26,10 +26,6 @@ Reader::Reader(InputStream& stream, const StreamState& streamState, const Index&
     : file(stream), state(streamState), index(items), queue(items, *this) {}
 
 void Reader::indexIsFinal(bool pairEvents) {
-  boundaries.clear();
-  for (const Landmark mark : index.landmarks()) {
-    if (index.gzdItemList[mark].isRecording()) boundaries.push_back(mark.place);
-  }
   timesFollowRepairs = pairEvents;
   pairing = pairEvents ? EventPairing::build(index) : EventPairing();
   stretch = Stretch();
@@ -38,7 +34,8 @@ void Reader::indexIsFinal(bool pairEvents) {
   queue.clear();
 }
 
-ALLF_DATA* Reader::getFloatData(UINT32 itemIndex) {
+ALLF_DATA* Reader::getFloatData(UINT32 itemIndex, bool reports) {
+  state.reportsUnknownFields = reports;
   run = Run();  // the window may be about to move
   if (itemIndex >= index.size()) return nullptr;
   try {
@@ -51,12 +48,12 @@ ALLF_DATA* Reader::getFloatData(UINT32 itemIndex) {
   return nullptr;
 }
 
-std::string_view Reader::messageText(UINT32 itemIndex) {
+std::string_view Reader::messageText(UINT32 itemIndex, bool reports) {
   if (itemIndex >= index.size() ||
       !is_known_event_type(index.gzdItemList[itemIndex].getItemType())) {
     return {};
   }
-  const ALLF_DATA* record = getFloatData(itemIndex);
+  const ALLF_DATA* record = getFloatData(itemIndex, reports);
   return record != nullptr ? text_of(record->fe.message) : std::string_view();
 }
 
@@ -228,6 +225,7 @@ int Reader::stampsPerSampleAt(UINT32 itemIndex) {
 
 const Reader::Stretch& Reader::stretchAt(UINT32 itemIndex) {
   if (itemIndex >= stretch.begin && itemIndex < stretch.end) return stretch;
+  const std::vector<UINT32>& boundaries = index.boundaries;
   const auto next = std::upper_bound(boundaries.begin(), boundaries.end(), itemIndex);
   stretch.end = next == boundaries.end() ? index.size() : *next;
   stretch.begin = next == boundaries.begin() ? 0 : *(next - 1);

@@ -31,8 +31,8 @@ class Reader : public SampleSource {
   void indexIsFinal(bool pairEvents);
 
   // The record of the entry at `itemIndex`, valid until the next call; null, logged, for an entry
-  // that cannot be read.
-  ALLF_DATA* getFloatData(UINT32 itemIndex);
+  // that cannot be read. `reports`: fields of an event that are not known go to the console.
+  ALLF_DATA* getFloatData(UINT32 itemIndex, bool reports = true);
   // The same of nearly every sample behind another one, quickly; null, with nothing done, for
   // any other entry.
   ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
@@ -52,7 +52,7 @@ class Reader : public SampleSource {
     return &fData;
   }
   // The message text of an entry, up to its first NUL; empty when it has none.
-  std::string_view messageText(UINT32 itemIndex);
+  std::string_view messageText(UINT32 itemIndex, bool reports = true);
 
   [[nodiscard]] const ALLF_DATA* record() const { return &fData; }
   // The code of the entry whose record was read last; 0 before the first.
@@ -147,7 +147,6 @@ class Reader : public SampleSource {
   InputStream& file;
   StreamState state;
   const Index& index;
-  std::vector<UINT32> boundaries;  // indices of the recording entries
   bool timesFollowRepairs = false;
   EventPairing pairing;
   SampleQueue queue;

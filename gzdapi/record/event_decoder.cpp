@@ -263,7 +263,9 @@ bool read_field(EventRecord& record, int code) {
       mark(0x2000);
       break;
     default:
-      std::printf("ERROR: Do not know how to handle %d\n", code);
+      if (record.state.reportsUnknownFields) {
+        std::printf("ERROR: Do not know how to handle %d\n", code);
+      }
       break;
   }
   return true;

@@ -23,6 +23,7 @@ struct StreamState {
   INT16 revision = 0;
   INT16 ovilo_revision = 1;
   bool enableMsgTimestampOffsetTranslation = false;
+  bool reportsUnknownFields = true;  // an event's field with an unknown code goes to the console
 
   // The pending tag word: read, but its record is not yet decoded. 0 when there is none.
   UINT16 last_tag = 0;

@@ -72,7 +72,9 @@ int LogMerge::deliverLogMessage() {
 }
 
 int LogMerge::mergeAtLastElement() {
-  if (!readLogText().empty()) return deliverLogMessage();
+  const std::string_view text = readLogText();
+  const bool isSameSync = isSync(text) && elementIsSync();
+  if (!text.empty() && !isSameSync) return deliverLogMessage();
   ++logIdx;
   return deliver(walk.currentData);
 }

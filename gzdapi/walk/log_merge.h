@@ -48,8 +48,13 @@ class LogMerge {
   void rewind() { placeLog(0, readLogId); }
   // Behind the last message of the log.
   void skipLog() { placeLog(static_cast<int>(log.messages().size()), readLogId); }
-  // To be called when the walk was moved: the log is positioned anew at the next step.
-  void forgetPosition() { placeLog(-1, -1); }
+  // Moves the walk to the element at `place`: its block is that of the walk, and the log goes on at
+  // its time.
+  void moveTo(UINT32 place) {
+    walk.currentData = place;
+    walk.lastRecording = index.blockAt(place);
+    placeLog(-1, -1);
+  }
 
   // The place in the log, for those who walk ahead and come back.
   struct Position {
@@ -57,12 +62,18 @@ class LogMerge {
     int readLogId;
     bool isFromLogFile;
     InsertCase insertC;
+    UINT32 examinedElement;
+    bool examinedIsSync;
   };
-  [[nodiscard]] Position position() const { return {logIdx, readLogId, isFromLogFile, insertC}; }
+  [[nodiscard]] Position position() const {
+    return {logIdx, readLogId, isFromLogFile, insertC, examinedElement, examinedIsSync};
+  }
   void restore(const Position& place) {
     placeLog(place.logIdx, place.readLogId);
     isFromLogFile = place.isFromLogFile;
     insertC = place.insertC;
+    examinedElement = place.examinedElement;
+    examinedIsSync = place.examinedIsSync;
   }
 
  private:
@@ -80,6 +91,7 @@ class LogMerge {
     logIdx = next;
     readLogId = read;
     isFromLogFile = false;
+    examinedElement = NO_ELEMENT;
   }
 
   int getNextDataWLogInternal();
@@ -105,7 +117,8 @@ class LogMerge {
   int readLogId = -1;  // `logIdx` behind the message that was read for the element just announced
   bool isFromLogFile = false;
   InsertCase insertC;
-  UINT32 examinedElement = 0xFFFFFFFFu;  // the element last asked whether it is a sync message
+  static constexpr UINT32 NO_ELEMENT = 0xFFFFFFFFu;
+  UINT32 examinedElement = NO_ELEMENT;  // the element last asked whether it is a sync message
   bool examinedIsSync = false;
 };
 

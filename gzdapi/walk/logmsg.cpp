@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <system_error>
@@ -44,7 +45,7 @@ class FieldReader {
 
   [[nodiscard]] std::size_t taken() const { return whole.size() - rest.size(); }
 
-  // A decimal number; infinities and the like are none.
+  // A decimal number; infinities and the like are none. One too small for a double is 0.
   std::optional<double> number() {
     skipBlanks();
     const std::size_t sign = signLength();
@@ -52,7 +53,9 @@ class FieldReader {
     if (digits.empty() || !(isDigit(digits[0]) || digits[0] == '.')) return std::nullopt;
     double value = 0.0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (error != std::errc()) return std::nullopt;
+    const bool outOfRange = error == std::errc::result_out_of_range;
+    if (outOfRange ? isLarge({digits.data(), end}) : error != std::errc()) return std::nullopt;
+    if (outOfRange) value = 0.0;
     const bool negative = rest[0] == '-';
     moveTo(end);
     return negative ? -value : value;
@@ -79,6 +82,19 @@ class FieldReader {
   static constexpr std::string_view BLANKS = " \t\n\v\f\r";
 
   void skipBlanks() { rest.remove_prefix(std::min(rest.find_first_not_of(BLANKS), rest.size())); }
+  // Whether a number, well formed, is 1 or larger: decided by the place of its first digit above 0.
+  static bool isLarge(std::string_view number) {
+    const std::size_t exponentMark = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view digits = number.substr(0, exponentMark);
+    const auto point = static_cast<INT64>(std::min(digits.find('.'), digits.size()));
+    const auto first = static_cast<INT64>(digits.find_first_of("123456789"));
+    const INT64 magnitude = point - first;
+    const std::string exponent(number.substr(std::min(exponentMark + 1, number.size())));
+    constexpr INT64 BEYOND_ANY_LINE = 1'000'000;
+    return magnitude + std::clamp<INT64>(std::strtoll(exponent.c_str(), nullptr, 10),
+                                         -BEYOND_ANY_LINE, BEYOND_ANY_LINE) >
+           0;
+  }
   [[nodiscard]] std::size_t signLength() const {
     return !rest.empty() && (rest[0] == '+' || rest[0] == '-') ? 1 : 0;
   }
@@ -116,14 +132,19 @@ UINT64 logTime(double time) {
 void MessageLog::setEyeLogFileName(const char* name) {
   if (name == nullptr || *name == '\0') return;
   eyeLogFileName = name;
-  print_log("Log file name %s \n", name);
+  log_clipped("Log file name %s \n", name);
 }
 
 int MessageLog::openEyeLogFile() {
   xinfile.reset(openRegularFile(eyeLogFileName.c_str()));
   if (!xinfile) return -1;
-  const bool complete = readLines();
-  if (complete) {
+  const Ending ending = readLines();
+  if (ending == Ending::Unreadable) {
+    vl.clear();
+    vt.clear();
+    return -1;
+  }
+  if (ending == Ending::Complete) {
     finish();
   } else {
     std::rewind(xinfile.get());
@@ -132,19 +153,23 @@ int MessageLog::openEyeLogFile() {
   return numOfLogMsg;
 }
 
-// Returns true when the closing line was found.
-bool MessageLog::readLines() {
+// The log is complete when the closing line is found.
+MessageLog::Ending MessageLog::readLines() {
   char buffer[LINE_CAPACITY];
   bool synchronised = false;
   for (;;) {
     const INT64 linePos = ftello(xinfile.get());
-    if (std::fgets(buffer, sizeof buffer, xinfile.get()) == nullptr) return false;
+    if (std::fgets(buffer, sizeof buffer, xinfile.get()) == nullptr) {
+      if (std::ferror(xinfile.get()) == 0) return Ending::Incomplete;
+      readError = errno;
+      return Ending::Unreadable;
+    }
     const std::string_view line = buffer;
     if (contains(line, SYNC_MARK)) {
       synchronised = true;
       readSyncLine(line, linePos);
     } else if (synchronised) {
-      if (contains(line, QUIT_MARK)) return true;
+      if (contains(line, QUIT_MARK)) return Ending::Complete;
       readMessageLine(line, linePos);
     }
   }
@@ -200,12 +225,16 @@ const char* MessageLog::getEyeLogMsg(int number) {
 void MessageLog::readText(INT64 textPos) {
   const std::size_t numberLength = linestring.size();
   char buffer[LINE_CAPACITY];
-  const bool found = fseeko(xinfile.get(), textPos, SEEK_SET) == 0;
-  if (found && std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr) {
-    linestring += buffer;
-  } else if (!found || std::ferror(xinfile.get()) != 0) {
-    throw GZDException("The message log cannot be read").because(errno);
+  std::clearerr(xinfile.get());
+  const bool found = fseeko(xinfile.get(), textPos, SEEK_SET) == 0 &&
+                     std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr;
+  const int reason = errno;
+  const bool atEnd = std::feof(xinfile.get()) != 0;
+  // The closing line of a complete log stands behind every message: one at the end has shrunk.
+  if (atEnd ? loadEYELOG : !found) {
+    throw GZDException("The message log cannot be read").because(atEnd ? ENODATA : reason);
   }
+  if (found) linestring += buffer;
   messageText = withoutLineEnd(std::string_view(linestring).substr(numberLength));
 }
 

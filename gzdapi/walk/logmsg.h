@@ -16,8 +16,8 @@ namespace gzd {
 // The word that makes a line, of the log or a message of the recording, a sync of the two clocks.
 constexpr std::string_view SYNC_MARK = "TRACKER_TIME";
 
-// Log times stop here, so that sums with tolerances never overflow.
-constexpr UINT64 LARGEST_LOG_TIME = UINT64{1} << 62;
+// Log times stop here: records hold no later one.
+constexpr UINT64 LARGEST_LOG_TIME = 0xFFFFFFFF;
 
 // One line of the log.
 struct LogMsg {
@@ -42,8 +42,12 @@ class MessageLog {
  public:
   // Names the log and reports the name; an empty name is ignored.
   void setEyeLogFileName(const char* name);
-  // Reads the whole log. Returns the number of messages, or -1 when there is no such regular file.
+  // Reads the whole log. Returns the number of messages, or -1 when there is no such regular file,
+  // or it cannot be read to its end: it then counts as none.
   int openEyeLogFile();
+  // The system's reason, a value of errno, why a part of the log could not be read; 0 without one.
+  [[nodiscard]] int getReadError() const { return readError; }
+  [[nodiscard]] const std::string& name() const { return eyeLogFileName; }
 
   [[nodiscard]] int getNumOfLogMsg() const { return numOfLogMsg; }
   // True when the log is complete and synchronised: its messages are to be merged.
@@ -65,7 +69,8 @@ class MessageLog {
   };
 
   // The reading of the log.
-  bool readLines();
+  enum class Ending { Complete, Incomplete, Unreadable };
+  Ending readLines();
   void readSyncLine(std::string_view line, INT64 linePos);
   void readMessageLine(std::string_view line, INT64 linePos);
   void addMessage(double time, INT64 textPos);
@@ -84,6 +89,7 @@ class MessageLog {
   int curTrackerIdx = -1;
   int nextTrackerIdx = -1;
 
+  int readError = 0;
   int recordHolds = -1;  // the message in the record
   std::string linestring;
   std::string_view messageText;  // in linestring

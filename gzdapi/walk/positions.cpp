@@ -23,7 +23,7 @@ std::size_t Bookmarks::placeOf(const BOOKMARK* bm) const {
 
 int Bookmarks::moveTo(UINT32 place) {
   walk.currentBookMark = place;
-  walk.currentData = bookmarks[place].mark.id;
+  merge.moveTo(bookmarks[place].mark.id);
   return 0;
 }
 

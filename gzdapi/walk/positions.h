@@ -15,8 +15,9 @@ namespace gzd {
 // they can do nothing. Finding a bookmark is logarithmic, removing one linear at worst.
 class Bookmarks {
  public:
-  // Both are borrowed and must outlive this.
-  Bookmarks(const Index& items, Walk& position) : index(items), walk(position) {}
+  // All are borrowed and must outlive this.
+  Bookmarks(const Index& items, Walk& position, LogMerge& logMerge)
+      : index(items), walk(position), merge(logMerge) {}
 
   // Marks the position of the walk. One that is marked already leaves `bm` as it was.
   int setBookMark(BOOKMARK* bm);
@@ -39,6 +40,7 @@ class Bookmarks {
 
   const Index& index;
   Walk& walk;
+  LogMerge& merge;
   std::vector<Entry> bookmarks;                 // ascending serials
   std::unordered_map<UINT32, UINT64> serialOf;  // by id
   UINT64 nextSerial = 0;

@@ -53,6 +53,18 @@ class PlaceKeeper {
   const LogMerge::Position logBefore;
 };
 
+// Tells, while it lives, that the walk is only for the trials.
+class CollectingMark {
+ public:
+  explicit CollectingMark(Walk& position) : walk(position) { walk.collectsTrials = true; }
+  ~CollectingMark() { walk.collectsTrials = false; }
+  CollectingMark(const CollectingMark&) = delete;
+  CollectingMark& operator=(const CollectingMark&) = delete;
+
+ private:
+  Walk& walk;
+};
+
 }  // namespace
 
 // ---- identifiers -------------------------------------------------------------------------------
@@ -62,13 +74,10 @@ void Trials::setTrialIdentifier(char* start, char* end) {
   endTrialID = end;
   const bool inputForm = start != nullptr && contains(start, INPUT_FORM);
   if (end == nullptr) print_log("Set TrialEndMesage Empty\n");
-  if (!inputForm) trialID = start;
-  if (inputForm) {
-    segmentationType = CUT_BY_INPUT;
-    trialID = start + INPUT_FORM.size();
-    print_log("Input Split option found :%s  %s\n", start, trialID);
-  }
-  if (end != nullptr || inputForm) ignoreRecordStart = 1;
+  segmentationType = inputForm ? CUT_BY_INPUT : 0;
+  trialID = inputForm ? start + INPUT_FORM.size() : start;
+  if (inputForm) log_clipped("Input Split option found :%s  %s\n", start, trialID);
+  ignoreRecordStart = end != nullptr || inputForm ? 1 : 0;
   collectTrials();
 }
 
@@ -82,6 +91,7 @@ void Trials::takeInputValues() {
 
 // The trials count as collected at the end only: when memory runs out on the way there are none.
 int Trials::collectTrials() {
+  const CollectingMark mark(walk);
   trialsCollected = false;
   trials.clear();
   backToBeginning();
@@ -112,6 +122,7 @@ void Trials::collectInPlace() {
 void Trials::backToBeginning() {
   merge.rewind();
   walk.currentData = 0;
+  walk.lastRecording = nullptr;
 }
 
 bool Trials::cutsByBlocksOnly() const {
@@ -201,10 +212,9 @@ void Trials::rebuildTimes() {
 
 int Trials::jumpToTrial(int n) {
   collectIfNeeded();
-  merge.forgetPosition();
   if (n < 0 || static_cast<std::size_t>(n) >= trials.size()) return -1;
   walk.currentTrial = static_cast<UINT32>(n);
-  walk.currentData = static_cast<UINT32>(trials[walk.currentTrial].start);
+  merge.moveTo(static_cast<UINT32>(trials[walk.currentTrial].start));
   return 0;
 }
 

@@ -14,6 +14,8 @@ struct Walk {
   UINT32 currentBookMark = 0;                // place of the bookmark last reached
   UINT32 currentTrial = NO_TRIAL;            // place of the current trial
   const Recording* lastRecording = nullptr;  // the block that the walk is in, null outside
+  // True while the trials are collected: what is read meanwhile is reported when its turn comes.
+  bool collectsTrials = false;
 };
 
 }  // namespace gzd

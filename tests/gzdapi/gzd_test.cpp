@@ -5,6 +5,8 @@
 
 #include <cstring>
 #include <filesystem>
+#include <optional>
+#include <string_view>
 
 #include "base/config.h"
 #include "support/recording_fixture.h"
@@ -150,6 +152,46 @@ TEST(Open, MessageLogBesideTheFileOrAtAGivenPath) {
   EXPECT_EQ(gzd_set_extra_message_file(nullptr), 0);
 }
 
+const char* const LOG_OF_TWO_BLOCKS =
+    "0 TRACKER_TIME 1 500\n501 in one\n1501 in two\n2001 behind\n9999 Quit logger\n";
+
+TEST(Open, AnEmptyNameMeansNoMessageLog) {
+  const ScratchDirectory scratch;
+  const std::string path = scratch.save("file", small_recording().bytes());
+  const std::string_view text = LOG_OF_TWO_BLOCKS;
+  (void)scratch.save("tq_messages.log", {text.begin(), text.end()});
+  CapturedLog log;
+  int rv;
+  for (const char* name : {"", static_cast<const char*>(nullptr)}) {
+    gzd_set_extra_message_file(name);
+    GZDFILE* const file = gzd_open_file(path.c_str(), 0, GZD_LOAD_MESSAGE_LOG, 1, &rv);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(gzd_get_element_count(file), name == nullptr ? 15u : 11u);
+    gzd_close_file(file);
+    EXPECT_EQ(log.take().empty(), name != nullptr);
+  }
+}
+
+// Names and identifiers are the caller's: a long one is clipped, a line stays a line.
+TEST(Open, LongNamesAreClippedInTheLog) {
+  const std::string name(2000, 'n');
+  CapturedLog log;
+  const auto clipped = [&name](const std::string& before) {
+    return before + name.substr(0, 498 - before.size()) + "\n";
+  };
+  int rv;
+  gzd_set_extra_message_file(name.c_str());
+  EXPECT_EQ(gzd_open_file(name.c_str(), 0, GZD_LOAD_MESSAGE_LOG, 1, &rv), nullptr);
+  gzd_set_extra_message_file(nullptr);
+  EXPECT_EQ(log.take(),
+            clipped("Log file name ") + clipped("The file ") + "File Could not be opened!\n");
+  OpenRecording file(small_recording());
+  std::string start = "inPut_type_" + name;
+  gzd_set_trial_identifier(file, start.data(), nullptr);
+  EXPECT_NE(log.take().find(clipped("Input Split option found :inPut_type_") + "Start Input"),
+            std::string::npos);
+}
+
 TEST(Open, TheVersionIsAConstant) {
   EXPECT_STREQ(gzd_get_version(), GZD_PROJECT_VERSION " Linux   standalone Jul 15 2026");
 }
@@ -256,6 +298,8 @@ TEST(Walk, TwoFilesAtOnce) {
 // ---------------------------------------------------------------------------------------
 
 TEST(Facts, PreambleText) {
+  GzdWriter bare;
+  EXPECT_EQ(gzd_get_preamble_text_length(OpenRecording(bare.clearPreamble())), 0);
   GzdWriter w;
   w.clearPreamble().preambleLine("abc").preambleLine("");
   OpenRecording file(w);
@@ -362,6 +406,75 @@ TEST(Bookmarks, AreReachedThroughTheInterface) {
   EXPECT_EQ(gzd_goto_next_bookmark(file), -1);
   EXPECT_EQ(gzd_free_bookmark(file, &second), 0);
   EXPECT_EQ(gzd_goto_bookmark(file, &second), -1);
+}
+
+// Log and rate are those of the place jumped to, forwards and backwards, to trials and bookmarks.
+TEST(Jumps, TakeLogAndRateWithThem) {
+  GzdWriter w(3);
+  for (const UINT32 start : {1000u, 2000u}) {
+    w.startBlock({.time = start, .rate = start == 1000 ? 250.0 : 500.0});
+    for (UINT32 i = 0; i < 3; ++i) w.gazeSample(start + 10 * i, 5, 5, 900);
+    w.endBlock(start + 25);
+  }
+  const ScratchDirectory scratch;
+  const std::string_view text = LOG_OF_TWO_BLOCKS;
+  const CapturedLog log;
+  gzd_set_extra_message_file(scratch.save("log", {text.begin(), text.end()}).c_str());
+  OpenRecording file(w, 0, GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG);
+  gzd_set_extra_message_file(nullptr);
+  const std::string first = "[1000 s1000 24:1001 s1010 s1020 ]1025 ";
+  const std::string second = "[2000 s2000 24:2001 s2010 s2020 ]2025 24:2501";
+  BOOKMARK atFirstSample{}, atSecondEnd{};
+  file.nextOf(GZD_RECORDING);
+  gzd_set_bookmark(file, &atFirstSample);
+  while (gzd_get_element_index(file) < 9) file.next();
+  gzd_set_bookmark(file, &atSecondEnd);
+  const auto expect_place = [&file](int moved, float rate, const std::string& rest) {
+    EXPECT_EQ(moved, 0);
+    EXPECT_EQ(gzd_get_sample_per_second(file), rate);
+    EXPECT_EQ(file.describe(), rest);
+  };
+  expect_place(gzd_goto_bookmark(file, &atFirstSample), 250.0f, first.substr(6) + second);
+  expect_place(gzd_goto_next_bookmark(file), 500.0f, "]2025 24:2501");
+  expect_place(gzd_goto_previous_bookmark(file), 250.0f, first.substr(6) + second);
+  expect_place(gzd_jump_to_trial(file, 1), 500.0f, second);
+  expect_place(gzd_jump_to_trial(file, 0), 250.0f, first + second);
+  ASSERT_EQ(gzd_jump_to_trial(file, 1), 0);
+  EXPECT_EQ(gzd_jump_to_trial(file, 2), -1);
+  EXPECT_EQ(gzd_goto_trial_with_start_time(file, 7), -1);
+  EXPECT_EQ(file.describe(), second) << "a jump that is refused moves nothing";
+}
+
+// By the scan, by each fetch, and by the merge for each element whose text it looks at; collecting
+// trials reports none.
+TEST(Walk, UnknownFieldsAreReportedWhereTheyAreMet) {
+  GzdWriter w;
+  w.startBlock({.time = 1000});
+  w.event(EventRecord(24).start(1001).raw({1}).text("BEGIN")).gazeSample(1001, 5, 5, 900);
+  w.endBlock(1010);
+  const ScratchDirectory scratch;
+  const std::string_view text = LOG_OF_TWO_BLOCKS;
+  const CapturedLog log;
+  gzd_set_extra_message_file(scratch.save("log", {text.begin(), text.end()}).c_str());
+  const std::string line = "ERROR: Do not know how to handle 1\n";
+  char begin[] = "BEGIN";
+  for (const int events : {GZD_LOAD_EVENTS, GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG}) {
+    std::optional<OpenRecording> file;
+    EXPECT_EQ(standard_output_of([&] { file.emplace(w, 0, events); }), line);
+    EXPECT_EQ(standard_output_of([&] { gzd_set_trial_identifier(*file, begin, nullptr); }), "");
+    const std::string byMerge = events == GZD_LOAD_EVENTS ? "" : line;
+    EXPECT_EQ(standard_output_of([&] {
+                gzd_jump_to_trial(*file, 0);
+                while (gzd_get_next_data(*file) != GZD_END_OF_DATA) continue;
+              }),
+              byMerge);
+    EXPECT_EQ(standard_output_of([&] {
+                gzd_jump_to_trial(*file, 0);
+                file->describe();
+              }),
+              byMerge + line);
+  }
+  gzd_set_extra_message_file(nullptr);
 }
 
 TEST(Camera, AnswersOfASampleWithoutCameraData) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "base/GZDException.h"
 #include "support/log_file.h"
 
 using namespace gzd;
@@ -72,12 +73,12 @@ TEST(MessageLog, MalformedSyncsAreSkippedWithALine) {
 }
 
 TEST(MessageLog, OnlyFiniteDecimalNumbersAreTimes) {
-  EXPECT_EQ(messagesOf(std::string(SYNC) +
-                       "no number\n\nnan x\ninf x\n1e999 x\n-9000 neg\n1.5e2x\n +120 plus\n. x\n"
-                       "1e300 far\n" +
-                       QUIT),
-            (Lines{"5000| TRACKER_TIME 1 5000.0", "0| neg", "5050|x", "5020| plus",
-                   std::to_string(LARGEST_LOG_TIME) + "| far"}));
+  EXPECT_EQ(messagesOf(
+                std::string(SYNC) + "no number\n\nnan x\ninf x\n1e999 x\n" + std::string(400, '9') +
+                " x\n-9000 neg\n1.5e2x\n +120 plus\n. x\n-1e-999 tiny\n0." + std::string(400, '0') +
+                "1e9 tinier\n4294962395 last\n4294962396 far\n" + "1e300 further\n" + QUIT),
+            (Lines{"5000| TRACKER_TIME 1 5000.0", "0| neg", "5050|x", "5020| plus", "4900| tiny",
+                   "4900| tinier", "4294967295| last", "4294967295| far", "4294967295| further"}));
 }
 
 TEST(MessageLog, LineEndsFallAway) {
@@ -106,6 +107,22 @@ TEST(MessageLog, LinesLongerThanTheBufferGoOnAsLinesOfTheirOwn) {
   ASSERT_EQ(lines.size(), 3u);
   EXPECT_EQ(lines[1].size(), std::string("5010|").size() + 4095);
   EXPECT_EQ(lines[2], "5020| b");
+}
+
+// A message that is now cut, or gone, is none that was empty.
+TEST(MessageLog, ALogThatShrinksIsAnError) {
+  const std::string head = std::string(SYNC) + "110 a\n120 b";
+  for (const std::size_t left : {head.size() + 1, head.size(), head.size() - 2, std::size_t{0}}) {
+    const LogFile file(head + "\n" + std::string(9000, ' ') + "\n" + QUIT);
+    MessageLog log;
+    ASSERT_EQ(file.openIn(log), 3);
+    ASSERT_EQ(truncate(file.path.c_str(), static_cast<off_t>(left)), 0);
+    if (left > head.size()) {
+      EXPECT_STREQ(log.getEyeLogMsg(2), "5020 b\n");
+    } else {
+      EXPECT_THROW(log.getEyeLogMsg(2), GZDException) << left;
+    }
+  }
 }
 
 TEST(MessageLog, AnythingButARegularFileIsNoLog) {

@@ -23,7 +23,9 @@ struct BookmarkTest : testing::Test {
 
   IndexBuilder b;
   Walk walk;
-  Bookmarks marks{b.index, walk};
+  MessageLog log;
+  LogMerge merge{b.index, walk, log, [](UINT32) { return std::string_view(); }};
+  Bookmarks marks{b.index, walk, merge};
   BOOKMARK first{99}, second{99}, third{99};
 };
 

@@ -196,7 +196,7 @@ TEST(TrialsByBlocks, AMessageLogChangesNothing) {
   Fixture f("0 TRACKER_TIME 1 5000\n120 GO\n999 Quit logger\n");
   f.b.start(5100).sample(5110).end(5200).start(5300);
   EXPECT_EQ(f.collected(), "0-3@5100-5200/100");
-  EXPECT_EQ(f.walk.lastRecording, f.b.index.allRecordings[2].get());
+  EXPECT_EQ(f.walk.lastRecording, nullptr) << "back at the beginning";
   EXPECT_EQ(f.merge.getNextDataMergeWithLog(), GZD_MESSAGE);
   EXPECT_TRUE(f.merge.isFromLog());
 }
@@ -251,6 +251,17 @@ TEST(TrialsByInput, NumbersAreShortAndThePrefixMayStandAnywhere) {
             "Start Input: 0\n End Input: 0\n");
   f.cutBy("ab inPut_type_7", "999");
   EXPECT_EQ(log.lines().back(), "Start Input: 0\n End Input: 999\n");  // "pe_7"
+}
+
+TEST(TrialsByInput, EachCallDecidesAnewHowTrialsAreCut) {
+  Fixture f;
+  f.b.start(10).input(11, 12).message(12, "GO").input(13, 15).end(20);
+  const LogCapture log;
+  Fixture fresh;
+  fresh.b.start(10).input(11, 12).message(12, "GO").input(13, 15).end(20);
+  EXPECT_EQ(f.cutBy("inPut_type_12", "15"), "0-1@10-11/1");
+  EXPECT_EQ(f.cutBy("GO", nullptr), fresh.cutBy("GO", nullptr));
+  EXPECT_EQ(f.cutBy(nullptr, nullptr), "0-5@10-20/10");
 }
 
 // ---- moving ------------------------------------------------------------------------------------
