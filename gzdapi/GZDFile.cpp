@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 
 #include "base/config.h"
 #include "repair/consistency.h"
+#include "stream/temporary_file.h"
 
 namespace gzd {
 
@@ -100,6 +102,7 @@ void GZDFile::openMessageLog(const char* path) {
 }
 
 void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples) {
+  noteSystemError(messageLog.getReadError());
   const int level = flags & LEVEL_MASK;
   const bool repair = level == GZD_CONSISTENCY_REPAIR;
   state.enableMsgTimestampOffsetTranslation = (flags & GZD_OPEN_MESSAGE_OFFSETS) != 0;
@@ -114,8 +117,32 @@ void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples)
   if (level != GZD_CONSISTENCY_NONE) {
     checkConsistency(index, repair, [this](UINT32 item) { return reader.messageText(item); });
   }
+  if (reader.hasFailed()) {
+    throw GZDException("File could not be read again").because(systemError());
+  }
   index.findBoundaries();
   reader.indexIsFinal(repair);
+}
+
+// ---- failures
+// --------------------------------------------------------------------------------------------------
+
+SystemError GZDFile::systemError() const {
+  if (firstError.reason != 0) return firstError;
+  const SystemError error = file->getReadError();
+  if (error.reason != 0 || !reader.hasFailed()) return error;
+  return {ENODATA};  // the recording has become shorter
+}
+
+const char* GZDFile::failedPlace() const {
+  switch (systemError().place) {
+    case SystemError::Place::MessageLog:
+      return messageLog.name().c_str();
+    case SystemError::Place::TemporaryDirectory:
+      return temporary_directory();
+    default:
+      return nullptr;
+  }
 }
 
 // ---- the walk

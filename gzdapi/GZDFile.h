@@ -29,7 +29,9 @@ class GZDFile : public _GZDFILE {
   ~GZDFile();
 
   // ---- the walk ----
-  int getNextDataMergeWithLog() { return merge.getNextDataMergeWithLog(); }
+  int getNextDataMergeWithLog() {
+    return reader.hasFailed() ? GZD_END_OF_DATA : merge.getNextDataMergeWithLog();
+  }
   // The record of the element just announced, its times not shifted; null when there is none.
   ALLF_DATA* getFloatData() {
     return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);
@@ -74,13 +76,13 @@ class GZDFile : public _GZDFILE {
   }
 
   // ---- failures ----
-  // The first reason, a value of errno, why something asked of the file could not be done; 0: none.
-  [[nodiscard]] int systemError() const {
-    return firstError != 0 ? firstError : file->getReadError();
+  // Why, for the system, something asked of the file could not be done: the first reason.
+  [[nodiscard]] SystemError systemError() const;
+  void noteSystemError(SystemError error) {
+    if (firstError.reason == 0) firstError = error;
   }
-  void noteSystemError(int error) {
-    if (firstError == 0) firstError = error;
-  }
+  // What that was to be done with, when it is not the recording itself; else null.
+  [[nodiscard]] const char* failedPlace() const;
 
   // ---- trials and bookmarks ----
   Trials& getTrials() { return trials; }
@@ -104,7 +106,7 @@ class GZDFile : public _GZDFILE {
   Trials trials;
   Bookmarks bookmarks;
   TimeShift timeShift;
-  int firstError = 0;
+  SystemError firstError;
   ALLF_DATA logRecord{};  // of the log's message, while its times are shifted
 };
 

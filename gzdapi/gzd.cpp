@@ -11,6 +11,7 @@
 #include "base/version.h"
 #include "derived/physical_setup.h"
 #include "derived/raw_data.h"
+#include "stream/temporary_file.h"
 
 using namespace gzd;
 
@@ -29,17 +30,24 @@ const char* description_of(const std::exception& error) {
   return is_out_of_memory(error) ? "Out of memory" : error.what();
 }
 
+SystemError system_error_of(const std::exception& error) {
+  return {is_out_of_memory(error) ? ENOMEM : 0};
+}
+
+// Whether the open that failed last did so for the sake of a temporary file.
+bool open_lacked_temporary_file = false;
+
 // The result of `call`, or `failure` when it ends with an exception, which is logged; the system's
 // part in it goes to `reason`.
 template <class Result, class Call>
-Result guarded(Result failure, Call call, int& reason) noexcept {
+Result guarded(Result failure, Call call, SystemError& reason) noexcept {
   try {
     return call();
   } catch (const GZDException& error) {
     reason = error.getSystemError();
     log_clipped("Error %s \n", error.getMessage());
   } catch (const std::exception& error) {
-    reason = is_out_of_memory(error) ? ENOMEM : 0;
+    reason = system_error_of(error);
     log_clipped("Error %s \n", description_of(error));
   }
   return failure;
@@ -48,28 +56,29 @@ Result guarded(Result failure, Call call, int& reason) noexcept {
 // The same of a call with an open file, which remembers the reason.
 template <class Result, class Call>
 Result guarded(GZDFILE* ef, Result failure, Call call) noexcept {
-  int reason = 0;
+  SystemError reason;
   const Result result = guarded(
       failure, [&] { return call(of(ef)); }, reason);
-  if (reason != 0) of(ef).noteSystemError(reason);
+  of(ef).noteSystemError(reason);
   return result;
 }
 
 GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, const CONFIG* config,
               int* rv) noexcept {
   *rv = 0;
-  int reason = 0;
+  SystemError reason;
   try {
     return new GZDFile(fname, flags, loadevents, loadsamples, config);
   } catch (const GZDException& error) {
     reason = error.getSystemError();
     log_clipped("%s\n", error.getMessage());
   } catch (const std::exception& error) {
-    reason = is_out_of_memory(error) ? ENOMEM : 0;
+    reason = system_error_of(error);
     log_clipped("%s\n", description_of(error));
   }
   *rv = -1;
-  errno = reason;
+  open_lacked_temporary_file = reason.place == SystemError::Place::TemporaryDirectory;
+  errno = reason.reason;
   return nullptr;
 }
 
@@ -140,7 +149,7 @@ int gzd_set_extra_message_file(const char* fname) {
     set_message_log_path(fname);
     return 0;
   };
-  int reason = 0;
+  SystemError reason;
   return guarded(-1, set, reason);
 }
 
@@ -208,7 +217,12 @@ RECORDINGS* gzd_get_recording_data(GZDFILE* ef) {
 }
 
 int gzd_get_system_error(GZDFILE* ef) {
-  return of(ef).systemError();
+  return of(ef).systemError().reason;
+}
+
+const char* gzd_get_failed_place(GZDFILE* ef) {
+  if (ef != nullptr) return of(ef).failedPlace();
+  return open_lacked_temporary_file ? temporary_directory() : nullptr;
 }
 
 void gzd_set_velocity_kinds(GZDFILE* ef, unsigned int kinds) {

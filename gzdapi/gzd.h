@@ -132,18 +132,26 @@ GZD_API int gzd_get_next_data(GZDFILE* ef);
 
 /* Fetches the element just announced. Which member of the record holds is told by its code. Null
    before the first element, for a kind that cannot be fetched, and for a record that cannot be
-   read again (logged). The record is for reading; it stays until the next call with this file.
+   read again (logged): that ends the walk, and gzd_get_system_error has the reason. The record is
+   for reading; it stays until the next call with this file.
 
    When the recording holds times of 0x3FFFFFFF ms and above, its times are shifted to begin near
    0, unless GZD_OPEN_NO_TIME_SHIFT was given; the first record fetched decides. */
 GZD_API ALLF_DATA* gzd_get_float_data(GZDFILE* ef);
 
 /* Why the system has kept the library from doing what was asked of this file: the first reason, a
-   value of errno (EIO when a read failed, ENOMEM when memory ran out), or 0 when there was none.
+   value of errno (EIO when a read failed, ENODATA when a file has become shorter since it was
+   opened, ENOMEM when memory ran out), or 0 when there was none.
    It stays until the file is closed. With a reason, an end of data may have come early and a value
    may be that of a failure: asked once, behind the last element, it tells whether all of them were
    what the recording holds. */
 GZD_API int gzd_get_system_error(GZDFILE* ef);
+
+/* What that reason is about when it is not the recording itself: the path of the message log, or
+   the directory of temporary files (that of the environment's TMPDIR, else /tmp), where compressed
+   recordings are inflated; else null. A null handle asks of errno after an open that failed. Valid
+   until the file is closed or the environment changes. */
+GZD_API const char* gzd_get_failed_place(GZDFILE* ef);
 
 /* The sample at `time` (ms), or null when there is none at exactly that time. A sample that shares
    its time with an event or a boundary of a block may be missed. The walk stays where it is. Cost:

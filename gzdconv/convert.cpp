@@ -290,6 +290,18 @@ void reset_file_state() {
   begin_sample_block();
 }
 
+// Tells the system's reason for a failure, of what it is about.
+void report_failure(GZDFILE* handle, const std::string& input, int reason) {
+  const char* const place = gzd_get_failed_place(handle);
+  report_reason(place != nullptr ? place : input, reason);
+}
+
+// Under -failsafe what could be read before a read error stays.
+bool keeps_its_text(GZDFILE* handle) {
+  const int reason = gzd_get_system_error(handle);
+  return options.failsafe && reason != 0 && reason != ENOMEM && reason != ENODATA;
+}
+
 // What the library has left out or made up in a failure is no text of the recording.
 bool is_whole(GZDFILE* handle, int unread, const std::string& input) {
   const int reason = gzd_get_system_error(handle);
@@ -297,7 +309,7 @@ bool is_whole(GZDFILE* handle, int unread, const std::string& input) {
     report("Could not read %d elements of %s \n", unread, input.c_str());
   else if (reason != 0)
     report("Could not process %s \n", input.c_str());
-  report_reason(input, reason);
+  report_failure(handle, input, reason);
   return unread == 0 && reason == 0;
 }
 
@@ -312,7 +324,7 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   if (!file) {
     const int reason = errno;
     report("Could not process %s \n", input.c_str());
-    report_reason(input, reason);
+    report_failure(nullptr, input, reason);
     return -1;
   }
   const OutputGuard output_guard;
@@ -323,9 +335,10 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   refuse_head_markers(file.get());
   Conversion conversion(file.get(), name, input);
   conversion.run();
-  if (!is_whole(file.get(), conversion.unread(), input)) return -1;
+  const bool whole = is_whole(file.get(), conversion.unread(), input);
+  if (!whole && !keeps_its_text(file.get())) return -1;
   file.reset();
-  if (close_output_file() != 0) return -1;
+  if (close_output_file() != 0 || !whole) return -1;
   if (!quiet) conversion.print_summary();
   if (conversion.has_open_block()) warn("There are trials not starting or ending properly.\n");
   return 0;

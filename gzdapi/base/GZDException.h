@@ -8,6 +8,14 @@
 
 namespace gzd {
 
+// What the system did not do.
+struct SystemError {
+  enum class Place { Recording, MessageLog, TemporaryDirectory };
+
+  int reason = 0;                  // a value of errno; 0: none
+  Place place = Place::Recording;  // what it was to be done with
+};
+
 class GZDException {
  public:
   __attribute__((format(printf, 2, 3))) explicit GZDException(const char* format, ...) {
@@ -17,19 +25,18 @@ class GZDException {
     va_end(arguments);
   }
 
-  // Adds the system's reason, a value of errno.
-  GZDException& because(int error) {
+  // Adds the system's part in it.
+  GZDException& because(SystemError error) {
     systemError = error;
     return *this;
   }
 
   [[nodiscard]] const char* getMessage() const { return msg; }
-  // 0 when the system had none.
-  [[nodiscard]] int getSystemError() const { return systemError; }
+  [[nodiscard]] SystemError getSystemError() const { return systemError; }
 
  private:
   char msg[1024];
-  int systemError = 0;
+  SystemError systemError;
 };
 
 }  // namespace gzd

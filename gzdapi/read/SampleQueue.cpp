@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <bit>
 
-#include "base/GZDException.h"
 #include "derived/velocity.h"
 
 namespace gzd {
@@ -218,8 +217,6 @@ void SampleQueue::readOn(UINT32 from) {
   }
 }
 
-// Puts the entry's sample into the queue. One that cannot be read is left out: the error was
-// logged, and is reported when the sample itself is asked for.
 void SampleQueue::takeOver(UINT32 entry) {
   lastEntry = entry;
   const bool isRepeated = sqsize > 0 && stampAt(sqsize - 1) == stampOf(entry);
@@ -229,12 +226,8 @@ void SampleQueue::takeOver(UINT32 entry) {
     if (!replacesDummy) return;
     dropNewest();
   }
-  try {
-    source.readQueueSample(entry, incoming);
-    keepNewest(incoming, entry);
-  } catch (const GZDException&) {
-    return;
-  }
+  source.readQueueSample(entry, incoming);
+  keepNewest(incoming, entry);
 }
 
 // ---- velocities
@@ -249,11 +242,7 @@ void SampleQueue::followPositions(unsigned kinds) {
   }
   forEachFollowed([](PairSeries& series, int, std::size_t) { series.clear(); });
   for (int slot = 0; slot < sqsize; ++slot) {
-    try {
-      source.readQueueSample(entry(slot), incoming);
-    } catch (const GZDException&) {
-      incoming.clear();
-    }
+    source.readQueueSample(entry(slot), incoming);
     appendPositions(incoming);
   }
 }

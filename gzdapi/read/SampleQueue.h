@@ -33,8 +33,9 @@ class SampleQueue {
 
   SampleQueue(const Index& index, SampleSource& source);
 
-  // The slot of the entry at `wanted`, read from the file when it is not held yet; -1 when it
-  // cannot be. The sample of another entry with the same stamp may stand for it: see entry().
+  // The slot of the entry at `wanted`, read from the file when it is not held yet. The sample of
+  // another entry with the same stamp may stand for it: see entry(). Throws GZDException when a
+  // sample, this or one behind it, cannot be read.
   int getSample(UINT32 wanted) {
     return isNextInOrder(wanted) ? ++latest : (latest = findSample(wanted));
   }

@@ -37,12 +37,13 @@ void Reader::indexIsFinal(bool pairEvents) {
 ALLF_DATA* Reader::getFloatData(UINT32 itemIndex, bool reports) {
   state.reportsUnknownFields = reports;
   run = Run();  // the window may be about to move
-  if (itemIndex >= index.size()) return nullptr;
+  if (itemIndex >= index.size() || failed) return nullptr;
   try {
     recordType = index.gzdItemList[itemIndex].getItemType();
     if (readItem(itemIndex) == 0) return &fData;
     print_log("Read error \n");
   } catch (const GZDException& error) {
+    failed = true;
     log_error(error);
   }
   return nullptr;

@@ -54,6 +54,10 @@ class Reader : public SampleSource {
   // The message text of an entry, up to its first NUL; empty when it has none.
   std::string_view messageText(UINT32 itemIndex, bool reports = true);
 
+  // Whether a record could not be read again. The file has changed since the scan, or fails: none
+  // is read from then on.
+  [[nodiscard]] bool hasFailed() const { return failed; }
+
   [[nodiscard]] const ALLF_DATA* record() const { return &fData; }
   // The code of the entry whose record was read last; 0 before the first.
   [[nodiscard]] int typeOfRecord() const { return recordType; }
@@ -160,6 +164,7 @@ class Reader : public SampleSource {
 
   ALLF_DATA fData{};
   int recordType = 0;
+  bool failed = false;
   UINT16 presetTag = 0;  // fData is a sample preset for this layout tag; 0 when it is not
   Run run;
   SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none

@@ -123,13 +123,14 @@ FileInputStream::FileInputStream(const char* path) : file(open_regular_file(path
   if (!file) {
     const int reason = errno;
     log_clipped("The file %s could not be opened\n", path);
-    throw GZDException("File Could not be opened!").because(reason);
+    throw GZDException("File Could not be opened!").because({reason});
   }
   std::setvbuf(file.get(), nullptr, _IONBF, 0);  // the window does the buffering
   setUp();
 }
 
-FileInputStream::FileInputStream(FILE* in, int error) : file(in) {
+FileInputStream::FileInputStream(FILE* in, SystemError error)
+    : file(in), place(SystemError::Place::TemporaryDirectory) {
   readError = error;
   std::rewind(in);
   setUp();
@@ -192,7 +193,9 @@ bool FileInputStream::refill(std::size_t count) {
   limit = buffer.get() + kept + got;
   cursor = limit - got - unread;
   limitPos += static_cast<INT64>(got);
-  return unread + got >= count;
+  const bool isServed = unread + got >= count;
+  if (!isServed && newestReason != 0) readError = {newestReason, place};
+  return isServed;
 }
 
 std::size_t FileInputStream::readInto(byte* target, std::size_t count) {
@@ -202,7 +205,7 @@ std::size_t FileInputStream::readInto(byte* target, std::size_t count) {
     fileOffset = limitPos;
   }
   const std::size_t got = std::fread(target, 1, count, file.get());
-  if (std::ferror(file.get()) != 0) readError = errno;
+  newestReason = std::ferror(file.get()) != 0 ? errno : 0;
   std::clearerr(file.get());  // a file may end inside a read-ahead; what was asked for decides
   fileOffset += static_cast<INT64>(got);
   return got;

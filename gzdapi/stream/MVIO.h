@@ -40,8 +40,8 @@ class InputStream {
   // True once a read has hit the end, until the next seek.
   [[nodiscard]] bool eof() const { return hitEnd; }
   [[nodiscard]] INT64 getFilePos() const { return limitPos - (limit - cursor); }
-  // The system's reason, a value of errno, why a read has ever come up short; 0 when it had none.
-  [[nodiscard]] int getReadError() const { return readError; }
+  // Why, for the system, a read has ever come up short.
+  [[nodiscard]] SystemError getReadError() const { return readError; }
 
   // Copies up to `count` bytes and returns how many there were.
   int getRawData(void* buffer, int count);
@@ -103,7 +103,7 @@ class InputStream {
   const byte* limit = nullptr;
   INT64 limitPos = 0;  // offset in the file of `limit`
   bool hitEnd = false;
-  int readError = 0;
+  SystemError readError;
 
  private:
   const byte* peekBeyond(std::size_t count) { return refill(count) ? cursor : nullptr; }
@@ -117,9 +117,9 @@ class FileInputStream : public InputStream {
  public:
   // Opens `path`; throws GZDException, logged first, when that fails or it is not a regular file.
   explicit FileInputStream(const char* path);
-  // Takes over an open file and goes to its beginning. `error`: why it could not be written to its
-  // end, a value of errno, or 0.
-  explicit FileInputStream(FILE* in, int error = 0);
+  // Takes over an open temporary file and goes to its beginning. `error`: why it could not be
+  // written to its end.
+  explicit FileInputStream(FILE* in, SystemError error = {});
 
   int getFileSize() override;
   void seek(INT64 offset) override;
@@ -143,6 +143,8 @@ class FileInputStream : public InputStream {
   std::unique_ptr<byte[]> buffer;
   INT64 fileOffset = 0;       // where the FILE stands
   std::size_t readAhead = 0;  // size of the next read
+  int newestReason = 0;       // why the newest read of the file failed; 0 when it did not
+  SystemError::Place place = SystemError::Place::Recording;
 };
 
 // A read cursor over the bytes of a message that holds binary values.

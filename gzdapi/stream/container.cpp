@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/log.h"
+#include "stream/temporary_file.h"
 #include "stream/zipread.h"
 
 namespace gzd {
@@ -76,14 +77,22 @@ struct FileCloser {
 // What cannot be inflated for another reason than memory shows up later, as a record stream that
 // ends early.
 std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
-  std::unique_ptr<FILE, FileCloser> inflated(std::tmpfile());
-  if (!inflated) throw GZDException("Failed to create temp file \n").because(errno);
+  using Place = SystemError::Place;
+  std::unique_ptr<FILE, FileCloser> inflated(open_temporary_file());
+  if (!inflated) {
+    throw GZDException("Failed to create temp file \n").because({errno, Place::TemporaryDirectory});
+  }
   std::setvbuf(inflated.get(), nullptr, _IONBF, 0);  // writes and reads come in large pieces
   errno = 0;
-  const int result = do_uncompress(body.getRawFile(), inflated.get());
+  FILE* const compressed = body.getRawFile();
+  const int result = do_uncompress(compressed, inflated.get());
+  const int reason = errno;
   if (result == UNCOMPRESS_NO_MEMORY) throw std::bad_alloc();
-  const int reason = result == UNCOMPRESS_IO_ERROR ? errno : 0;
-  return std::make_unique<FileInputStream>(inflated.release(), reason);
+  SystemError error;
+  if (result == UNCOMPRESS_IO_ERROR) {
+    error = {reason, std::ferror(compressed) != 0 ? Place::Recording : Place::TemporaryDirectory};
+  }
+  return std::make_unique<FileInputStream>(inflated.release(), error);
 }
 
 }  // namespace

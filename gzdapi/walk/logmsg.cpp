@@ -19,7 +19,6 @@
 #include <optional>
 #include <system_error>
 
-#include "base/GZDException.h"
 #include "base/log.h"
 
 namespace gzd {
@@ -161,7 +160,7 @@ MessageLog::Ending MessageLog::readLines() {
     const INT64 linePos = ftello(xinfile.get());
     if (std::fgets(buffer, sizeof buffer, xinfile.get()) == nullptr) {
       if (std::ferror(xinfile.get()) == 0) return Ending::Incomplete;
-      readError = errno;
+      readError = {errno, SystemError::Place::MessageLog};
       return Ending::Unreadable;
     }
     const std::string_view line = buffer;
@@ -232,7 +231,8 @@ void MessageLog::readText(INT64 textPos) {
   const bool atEnd = std::feof(xinfile.get()) != 0;
   // The closing line of a complete log stands behind every message: one at the end has shrunk.
   if (atEnd ? loadEYELOG : !found) {
-    throw GZDException("The message log cannot be read").because(atEnd ? ENODATA : reason);
+    throw GZDException("The message log cannot be read")
+        .because({atEnd ? ENODATA : reason, SystemError::Place::MessageLog});
   }
   if (found) linestring += buffer;
   messageText = withoutLineEnd(std::string_view(linestring).substr(numberLength));

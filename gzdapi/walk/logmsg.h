@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/GZDException.h"
 #include "gzd_data.h"
 #include "record/EData.h"
 
@@ -45,8 +46,8 @@ class MessageLog {
   // Reads the whole log. Returns the number of messages, or -1 when there is no such regular file,
   // or it cannot be read to its end: it then counts as none.
   int openEyeLogFile();
-  // The system's reason, a value of errno, why a part of the log could not be read; 0 without one.
-  [[nodiscard]] int getReadError() const { return readError; }
+  // Why, for the system, the log could not be read to its end.
+  [[nodiscard]] SystemError getReadError() const { return readError; }
   [[nodiscard]] const std::string& name() const { return eyeLogFileName; }
 
   [[nodiscard]] int getNumOfLogMsg() const { return numOfLogMsg; }
@@ -89,7 +90,7 @@ class MessageLog {
   int curTrackerIdx = -1;
   int nextTrackerIdx = -1;
 
-  int readError = 0;
+  SystemError readError;
   int recordHolds = -1;  // the message in the record
   std::string linestring;
   std::string_view messageText;  // in linestring

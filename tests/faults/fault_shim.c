@@ -1,7 +1,7 @@
 /*
  * A library to be preloaded into a program, that makes one call of it fail:
  *
- *   FAULT_CALL   the function: fopen, fread, fseek, fwrite, fflush, fclose, tmpfile, malloc
+ *   FAULT_CALL   the function: fopen, fread, fgets, fseek, fwrite, fflush, fclose, mkostemp, malloc
  *   FAULT_AT     which call of it fails, from 1; 0: none
  *   FAULT_EVERY  1: every call from that one on fails, as on a disk that stays full
  *   FAULT_CUT    a file that is cut to half its size at that call, which itself goes on
@@ -96,7 +96,8 @@ static void* next_function(const char* name) {
   }
 
 typedef FILE* (*opener)(const char*, const char*);
-typedef FILE* (*temporary)(void);
+typedef int (*temporary)(char*, int);
+typedef char* (*line_reader)(char*, int, FILE*);
 typedef size_t (*reader)(void*, size_t, size_t, FILE*);
 typedef size_t (*checked_reader)(void*, size_t, size_t, size_t, FILE*);
 typedef size_t (*writer)(const void*, size_t, size_t, FILE*);
@@ -114,14 +115,21 @@ FILE* fopen64(const char* path, const char* mode) {
   return fails("fopen", EMFILE) ? NULL : next(path, mode);
 }
 
-FILE* tmpfile(void) {
-  NEXT(temporary, "tmpfile")
-  return fails("tmpfile", ENOSPC) ? NULL : next();
+int mkostemp(char* path, int flags) {
+  NEXT(temporary, "mkostemp")
+  return fails("mkostemp", ENOSPC) ? -1 : next(path, flags);
 }
 
-FILE* tmpfile64(void) {
-  NEXT(temporary, "tmpfile64")
-  return fails("tmpfile", ENOSPC) ? NULL : next();
+int mkostemp64(char* path, int flags) {
+  NEXT(temporary, "mkostemp64")
+  return fails("mkostemp", ENOSPC) ? -1 : next(path, flags);
+}
+
+char* fgets(char* buffer, int room, FILE* file) {
+  NEXT(line_reader, "fgets")
+  if (!fails("fgets", EIO)) return next(buffer, room, file);
+  file->_flags |= 0x20; /* the error flag of the GNU C library */
+  return NULL;
 }
 
 /* A failing read leaves the error flag of its stream set. */

@@ -75,14 +75,48 @@ TEST_F(Surroundings, FullDisk) {
   EXPECT_TRUE(has("disk/rec.asc")) << "the run goes on, and the disk has room again";
 }
 
-TEST_F(Surroundings, TemporaryDirectoryFull) {
-  const SmallDisk disk(scratch / "disk");
-  if (!disk.is_mounted()) GTEST_SKIP() << "mounting needs root";
+// Compressed recordings are inflated where TMPDIR says; a failure there names that place.
+TEST_F(Surroundings, TemporaryDirectoryFullOrMissing) {
   gzdsynth::GzdWriter writer = small_recording(20000);
   writer.magic(gzdsynth::Magic::kFalcZip).save(scratch / "zip.gzd");
-  // The C library puts temporary files into /tmp, whatever the environment says.
-  const bool isolated = run_converter({"zip.gzd"}, {.directory = scratch.path()}).ended_well();
-  EXPECT_TRUE(isolated);
+  const auto run_with = [this](const std::string& directory) {
+    return run_converter({"-q", "zip.gzd"}, {.directory = scratch.path(), .in_child = [&directory] {
+                                               setenv("TMPDIR", directory.c_str(), 1);
+                                             }});
+  };
+  expect_failure(run_with("none"),
+                 "Failed to create temp file \n\nCould not process zip.gzd \n"
+                 "gzdconv: none: No such file or directory\n");
+  EXPECT_TRUE(run_with("").ended_well());
+  std::filesystem::remove(scratch / "zip.asc");
+  const SmallDisk disk(scratch / "disk");
+  if (!disk.is_mounted()) GTEST_SKIP() << "mounting needs root";
+  expect_failure(run_with("disk"), "\ngzdconv: disk: No space left on device\n");
+  EXPECT_FALSE(has("zip.asc"));
+}
+
+// ---- read errors --------------------------------------------------------------------------------
+
+// They fail the file; under -failsafe what was read before them stays.
+TEST_F(Surroundings, ReadErrors) {
+  small_recording(90000).save(scratch / "long.gzd");
+  std::ofstream(scratch / "tq_messages.log")
+      << "10 TRACKER_TIME 1 1000.0\n15 a\n20 b\n2000 Quit logger\n";
+  struct Case {
+    const char* call;
+    const char* named;
+  };
+  for (const Case& c : {Case{"fread", "long.gzd"}, {"fgets", "tq_messages.log"}}) {
+    for (const bool failsafe : {false, true}) {
+      const Outcome outcome = run_converter(
+          {"-q", "-y", "-logmsg", failsafe ? "-failsafe" : "-v", "long.gzd"},
+          {.directory = scratch.path(),
+           .faults = {{"FAULT_CALL", c.call}, {"FAULT_AT", "3"}, {"FAULT_EVERY", "1"}}});
+      expect_failure(outcome, std::string("gzdconv: ") + c.named + ": Input/output error\n");
+      EXPECT_EQ(has("long.asc"), failsafe) << c.call;
+      std::filesystem::remove(scratch / "long.asc");
+    }
+  }
 }
 
 // ---- outputs that cannot be ---------------------------------------------------------------------

@@ -42,6 +42,10 @@ int gzd_close_file(GZDFILE* /*ef*/) {
   return 0;
 }
 
+const char* gzd_get_failed_place(GZDFILE* /*ef*/) {
+  return nullptr;
+}
+
 int gzd_get_system_error(GZDFILE* /*ef*/) {
   return fake.system_error;
 }

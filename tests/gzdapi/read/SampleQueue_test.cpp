@@ -320,14 +320,12 @@ TEST(SampleQueue, OfOneStampARecordedSampleGoesBeforeADummy) {
   EXPECT_EQ(queue.size(), 11);
 }
 
-TEST(SampleQueue, AnUnreadableSampleIsLeftOut) {
+TEST(SampleQueue, AnUnreadableSampleIsAnErrorToWhoeverReadsOn) {
   Track track;
   track.block().run(100, 20);
   track.unreadable = 10;
   SampleQueue queue(track.index, track);
-  EXPECT_EQ(queue.getSample(10), -1);
-  EXPECT_EQ(entry_for(queue, 11), 11u);
-  EXPECT_EQ(queue.size(), 19);
+  EXPECT_THROW(queue.getSample(1), GZDException);
 }
 
 TEST(SampleQueue, ManyEntriesOfOneStampStayCheapAfterAJump) {

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <random>
+#include <regex>
 
 #include "record/Sample.h"
 #include "support/recording_fixture.h"
@@ -165,6 +168,36 @@ TEST(Reader, SamplesOutsideBlocksAreWarnedOf) {
   EXPECT_EQ(log.take(),
             "WARNING: GZD FILE MAY BE CORRUPTED. Samples 500 found without start recording \n"
             "WARNING: GZD FILE MAY BE CORRUPTED. Samples 3000 found without start recording \n");
+}
+
+// What cannot be read again is told once and ends the walk; a walk that tried each of the others
+// would take time without bound.
+TEST(Reader, ARecordingThatShrinksFailsOnce) {
+  GzdWriter w(3);
+  add_block(w, START, 60'000, 1000, ALL_POSITIONS, 10);
+  const ScratchDirectory scratch;
+  const std::string path = scratch.save("recording.gzd", w.bytes());
+  for (const unsigned kinds : {GZD_VELOCITY_ALL, GZD_VELOCITY_NONE}) {
+    (void)scratch.save("recording.gzd", w.bytes());
+    int rv = 0;
+    GZDFILE* const file = gzd_open_file(path.c_str(), 0, 1, 1, &rv);
+    ASSERT_NE(file, nullptr);
+    gzd_set_velocity_kinds(file, kinds);
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+    CapturedLog log;
+    int missing = 0;
+    while (gzd_get_next_data(file) != GZD_END_OF_DATA) {
+      missing += gzd_get_float_data(file) == nullptr ? 1 : 0;
+    }
+    EXPECT_EQ(missing, 1);
+    EXPECT_EQ(gzd_get_system_error(file), ENODATA);
+    EXPECT_EQ(gzd_get_failed_place(file), nullptr);
+    EXPECT_EQ(gzd_jump_to_trial(file, 0), 0);
+    EXPECT_EQ(gzd_get_next_data(file), GZD_END_OF_DATA);
+    EXPECT_TRUE(std::regex_match(
+        log.take(), std::regex("error reading gzd file [^\n]*\nError End of file Exception \n")));
+    gzd_close_file(file);
+  }
 }
 
 TEST(Reader, TypesThatCannotBeFetchedAreAnnounced) {
