@@ -116,7 +116,8 @@ GZD_API void gzd_set_log_function(void* lfcn);
 
 /* Formats a message and hands it to the log function, or writes it to standard output, no newline
    added. Returns 0. A finished message of 499 characters and more ends the process with a line on
-   standard error. */
+   standard error. The library's own messages are clipped where a name or an identifier would make
+   them as long. */
 GZD_API int print_log(const char* fmt, ...) GZD_PRINTF(1, 2);
 
 /* The library's version, platform and build date; a constant. */
