@@ -16,12 +16,17 @@ _gzdconv_recordings() {
   mapfile -t COMPREPLY < <(compgen -f -X '!*.[gG][zZ][dD]' -- "$1"; compgen -d -- "$1")
 }
 
+# Files that may be written over: no recordings.
+_gzdconv_other_files() {
+  mapfile -t COMPREPLY < <(compgen -f -X '*.[gG][zZ][dD]' -- "$1")
+}
+
 _gzdconv() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
   case ${before,,} in
     -p) _gzdconv_words -d -- "$word" ;;
-    -d | -debug) _gzdconv_words -f -- "$word" ;;
+    -d | -debug) _gzdconv_other_files "$word" ;;
     -fp) _gzdconv_words -W "1 2 3 4 5" -- "$word" ;;
     -defres | -setres | -fout | -miss | -sepres) ;; # a value of the user's own
     *)

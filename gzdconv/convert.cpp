@@ -12,6 +12,7 @@
 
 #include "asc/output.h"
 #include "cli/console.h"
+#include "cli/files.h"
 #include "cli/options.h"
 #include "cli/text.h"
 #include "gaze3d/head_gaze.h"
@@ -168,6 +169,8 @@ class Conversion {
 
   void run();
   void print_summary() const;
+  // What the options and the recording make of each other, on standard error.
+  void report_findings(const std::string& input) const;
   bool has_open_block() const { return block_records_ % 2 != 0; }
   // Elements that were in the recording when it was opened and could not be read again.
   int unread() const { return unread_; }
@@ -193,6 +196,8 @@ class Conversion {
   int samples_ = 0;
   int block_records_ = 0;
   int unread_ = 0;
+  int broken_messages_ = 0;  // printed ones with line breaks
+  unsigned eyes_ = 0;        // of all blocks
 };
 
 void Conversion::run() {
@@ -235,6 +240,7 @@ void Conversion::convert_message(const FEVENT& event) {
     else if (std::strstr(text, "DISPLAY_AREA_COORDS") != nullptr)
       parseDisplayAreaCoords(text);
     read_geometry_message(text);
+    if (std::strpbrk(text, "\n\r") != nullptr && has_message_line(event)) ++broken_messages_;
   }
   count_event(event);
 }
@@ -253,6 +259,7 @@ void Conversion::convert_recording(const RECORDINGS& record) {
 
 void Conversion::start_block(const RECORDINGS& record) {
   current_recording_ = record;
+  eyes_ |= record.eye;
   sample_period2_ = whole_period(half_ms_per_second, record.sample_rate);
   options.head_data_mode = 0;
   if (options.current_ovilo_revision == revision_with_pose) options.head_data_mode = head_pose;
@@ -283,6 +290,19 @@ void Conversion::print_summary() const {
               block_records_ / 2);
 }
 
+void Conversion::report_findings(const std::string& input) const {
+  const unsigned chosen = (options.left_eye ? GZD_BLOCK_LEFT : 0U) |  //
+                          (options.right_eye ? GZD_BLOCK_RIGHT : 0U);
+  if (chosen != 0 && eyes_ != 0 && (eyes_ & chosen) == 0)
+    report_problem(input.c_str(), chosen == GZD_BLOCK_LEFT
+                                      ? "has no left eye, the only one chosen"
+                                      : "has no right eye, the only one chosen");
+  if (broken_messages_ > 0)
+    report_problem(input.c_str(), ("messages with line breaks, copied as they are: " +
+                                   std::to_string(broken_messages_))
+                                      .c_str());
+}
+
 // Forgets what belongs to the file before.
 void reset_file_state() {
   clear_resolution_sums();
@@ -296,6 +316,14 @@ void report_failure(GZDFILE* handle, const std::string& input, int reason) {
   report_reason(place != nullptr ? place : input, reason);
 }
 
+int fail_to_open(const std::string& input, int reason) {
+  report("Could not process %s \n", shown_text(input).c_str());
+  report_failure(nullptr, input, reason);
+  const char* const problem = reason == 0 ? why_no_recording(input) : nullptr;
+  if (problem != nullptr) report_problem(input.c_str(), problem);
+  return -1;
+}
+
 // Under -failsafe what could be read before a read error stays.
 bool keeps_its_text(GZDFILE* handle) {
   const int reason = gzd_get_system_error(handle);
@@ -306,9 +334,9 @@ bool keeps_its_text(GZDFILE* handle) {
 bool is_whole(GZDFILE* handle, int unread, const std::string& input) {
   const int reason = gzd_get_system_error(handle);
   if (unread > 0)
-    report("Could not read %d elements of %s \n", unread, input.c_str());
+    report("Could not read %d elements of %s \n", unread, shown_text(input).c_str());
   else if (reason != 0)
-    report("Could not process %s \n", input.c_str());
+    report("Could not process %s \n", shown_text(input).c_str());
   report_failure(handle, input, reason);
   return unread == 0 && reason == 0;
 }
@@ -321,12 +349,7 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   add_extension(input, name);
   add_extension(output, output_name != nullptr ? *output_name : name);
   RecordingFile file = open_recording(input);
-  if (!file) {
-    const int reason = errno;
-    report("Could not process %s \n", input.c_str());
-    report_failure(nullptr, input, reason);
-    return -1;
-  }
+  if (!file) return fail_to_open(input, errno);
   const OutputGuard output_guard;
   if (open_output_file(output, input) != 0) return -1;
   const HeadModeGuard head_mode_guard;
@@ -338,7 +361,9 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   const bool whole = is_whole(file.get(), conversion.unread(), input);
   if (!whole && !keeps_its_text(file.get())) return -1;
   file.reset();
-  if (close_output_file() != 0 || !whole) return -1;
+  if (close_output_file() != 0) return -1;
+  conversion.report_findings(input);
+  if (!whole) return -1;
   if (!quiet) conversion.print_summary();
   if (conversion.has_open_block()) warn("There are trials not starting or ending properly.\n");
   return 0;

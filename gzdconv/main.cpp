@@ -2,11 +2,13 @@
 #include <cstdio>
 #include <exception>
 
+#include "cli/surroundings.h"
 #include "process.h"
 
 using namespace gzdconv;
 
 int main(int argc, char** argv) {
+  prepare_process();
   try {
     return run(argc, argv);
   } catch (const std::exception& error) {

@@ -127,6 +127,7 @@ void append_padded(std::string_view text, int width) {
 
 void append_general(double value, std::chars_format format, int decimals, int width) {
   char text[general_room];
+  if (std::isnan(value)) value = std::fabs(value);  // "nan" without a sign
   const auto result = std::to_chars(text, text + sizeof text, value, format, decimals);
   append_padded({text, static_cast<std::size_t>(result.ptr - text)}, width);
 }

@@ -9,7 +9,8 @@ namespace gzdconv {
 // decimals, in exponent form; columns are aligned unless options.tabs_only is set.
 void print_value(int decimals, double value);
 
-// Appends `value` as printf("%*.*f", width, decimals, value) does. A negative width aligns left.
+// Appends `value` as printf("%*.*f", width, decimals, value) does; only a NaN never has a sign. A
+// negative width aligns left.
 void append_fixed(double value, int decimals, int width);
 
 }  // namespace gzdconv

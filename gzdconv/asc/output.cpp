@@ -1,14 +1,16 @@
 #include "asc/output.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cctype>
 #include <cerrno>
 #include <cstdarg>
+#include <map>
 
+#include "asc/asc_file.h"
 #include "cli/console.h"
+#include "cli/files.h"
 #include "cli/options.h"
 #include "cli/text.h"
 
@@ -18,11 +20,14 @@ LineBuffer lpbuffer;
 
 namespace {
 
-constexpr int answer_room = 10;  // up to nine characters and a NUL
 constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
 
-std::string open_path;        // of options.out_file
+AscFile asc_file;             // of options.out_file
+std::string open_input;       // the recording that it is made of
 char overwrite_answer = 'N';  // the last one, for the whole run
+
+// The texts of this run, and the recordings that they were made of.
+std::map<FileId, std::string> finished_texts;
 
 // The probe does not wait for a writer when a pipe has that name.
 bool is_readable(const std::string& path) {
@@ -32,12 +37,17 @@ bool is_readable(const std::string& path) {
   return true;
 }
 
+// The first character of a line, in capitals; 'N' at the end of input.
+char read_answer() {
+  const int first = std::getchar();
+  for (int next = first; next != '\n' && next != EOF;) next = std::getchar();
+  return first == EOF ? 'N' : static_cast<char>(std::toupper(first));
+}
+
 void ask_to_overwrite(const std::string& path) {
-  std::printf("%s already exists. Do you want to overwrite ? [Y/N/A]", path.c_str());
+  std::printf("%s already exists. Do you want to overwrite ? [Y/N/A]", shown_text(path).c_str());
   std::fflush(stdout);
-  char answer[answer_room] = "N";
-  if (std::fgets(answer, sizeof answer, stdin) == nullptr) answer[0] = 'N';
-  overwrite_answer = static_cast<char>(std::toupper(static_cast<unsigned char>(answer[0])));
+  overwrite_answer = read_answer();
 }
 
 bool may_write(const std::string& path) {
@@ -46,15 +56,48 @@ bool may_write(const std::string& path) {
   return overwrite_answer == 'A' || overwrite_answer == 'Y';
 }
 
-void remove_regular_file(const std::string& path) {
-  struct stat status;
-  if (lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) unlink(path.c_str());
+int fail_to_open(const std::string& path, int reason) {
+  report("Could not open output file %s \n", shown_text(path).c_str());
+  if (reason == EWOULDBLOCK)
+    report_problem(path.c_str(), "another process is writing this text");
+  else if (reason == EEXIST)
+    report_problem(path.c_str(), "the name with .part behind it is taken");
+  else
+    report_reason(path, reason);
+  return 1;
 }
 
-int fail_to_open(const std::string& path, int reason) {
-  report("Could not open output file %s \n", path.c_str());
-  report_reason(path, reason);
+// True when the recording itself has that name, or the one that its text has until it is whole.
+bool is_input(const std::string& path, const std::string& input) {
+  return is_same_file(path, input) || is_same_file(path + AscFile::part_ending, input);
+}
+
+// The other recording that the text `path` was made of in this run, or null.
+const std::string* made_of_another(const std::string& path, const std::string& input) {
+  const std::optional<FileId> id = file_id(path);
+  const auto text = id ? finished_texts.find(*id) : finished_texts.end();
+  if (text == finished_texts.end() || is_same_place(text->second, input)) return nullptr;
+  return &text->second;
+}
+
+int refuse_second_text(const std::string& path, const std::string& first) {
+  fail_to_open(path, 0);
+  report_problem(path.c_str(), ("is the text of " + first + " already").c_str());
   return 1;
+}
+
+int fail_to_write(int reason) {
+  asc_file.discard();
+  lpbuffer.forget_failure();
+  report("Failed write to output file %s \n", shown_text(asc_file.path()).c_str());
+  report_reason(asc_file.path(), reason);
+  return -1;
+}
+
+// Before it has its name: what fails here fails the text.
+void remember_text() {
+  if (const std::optional<FileId> before = file_id(asc_file.path())) finished_texts.erase(*before);
+  if (const std::optional<FileId> id = asc_file.id()) finished_texts[*id] = open_input;
 }
 
 std::string format_text(const char* fmt, std::va_list arguments, std::size_t length) {
@@ -118,12 +161,6 @@ void print(const char* fmt, ...) {
   if (options.out_file == nullptr) lpbuffer.flush();
 }
 
-bool is_same_file(const std::string& one, const std::string& other) {
-  struct stat first, second;
-  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
 std::string output_path(const std::string& name) {
   std::string path =
       options.output_dir.empty() ? name : options.output_dir + std::string(path_tail(name));
@@ -132,16 +169,22 @@ std::string output_path(const std::string& name) {
   return path.replace(dot + 1, std::string::npos, "asc");
 }
 
+void begin_run() {
+  finished_texts.clear();
+  overwrite_answer = 'N';
+}
+
 int open_output_file(const std::string& name, const std::string& input) {
   close_output_file();
   const std::string path = output_path(name);
-  if (is_same_file(path, input)) return fail_to_open(path, 0);
+  if (is_input(path, input)) return fail_to_open(path, 0);
+  if (const std::string* const first = made_of_another(path, input))
+    return refuse_second_text(path, *first);
   if (!may_write(path)) return 1;
-  open_path = path;  // before the file is there: this may fail
-  options.out_file = std::fopen(path.c_str(), "w");
+  open_input = input;  // before the file is there: this may fail
+  options.out_file = asc_file.open(path);
   if (options.out_file == nullptr) return fail_to_open(path, errno);
   lpbuffer.begin_file();
-  std::setvbuf(options.out_file, nullptr, _IONBF, 0);  // lpbuffer collects the lines
   if (!options.utf8) return 0;
   lpbuffer.write(utf8_mark);
   lpbuffer.flush();
@@ -151,24 +194,17 @@ int open_output_file(const std::string& name, const std::string& input) {
 int close_output_file() {
   if (options.out_file == nullptr) return 0;
   lpbuffer.flush();
-  const bool closed = std::fclose(options.out_file) == 0;
-  const int reason = lpbuffer.failed() ? lpbuffer.reason() : errno;
   options.out_file = nullptr;
-  if (closed && !lpbuffer.failed()) return 0;
-  lpbuffer.forget_failure();
-  report("Failed write to output file %s \n", open_path.c_str());
-  report_reason(open_path, reason);
-  remove_regular_file(open_path);
-  return -1;
+  if (lpbuffer.failed()) return fail_to_write(lpbuffer.reason());
+  remember_text();
+  return asc_file.finish() ? 0 : fail_to_write(errno);
 }
 
 void discard_output_file() {
-  if (options.out_file == nullptr) return;
-  lpbuffer.forget_text();
-  std::fclose(options.out_file);
+  if (options.out_file != nullptr) lpbuffer.forget_text();
   options.out_file = nullptr;
   lpbuffer.forget_failure();
-  remove_regular_file(open_path);
+  asc_file.discard();
 }
 
 }  // namespace gzdconv

@@ -103,20 +103,20 @@ void print(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 // The path of the ASC file for `name`: moved to options.output_dir, "asc" behind its last ".".
 std::string output_path(const std::string& name);
 
-// True when both paths lead to one existing file.
-bool is_same_file(const std::string& one, const std::string& other);
+// Forgets the answers and the texts of the run before.
+void begin_run();
 
 // Opens the ASC file for `name`, asking before it overwrites; `input` is the recording itself,
-// which is never overwritten. Returns 0, or 1 when no file was opened (declined, or a failure that
-// has been printed).
+// which is never overwritten. Returns 0, or 1 when no file was opened: declined, or a failure that
+// has been printed, a text made of another recording of this run among them.
 int open_output_file(const std::string& name, const std::string& input);
 
-// Writes out what is left and closes the file. Returns 0, also when none is open, or -1 when any
-// write to it failed: that has been printed, and an incomplete regular file is removed.
+// Writes out what is left and closes the file, which takes its name. Returns 0, also when none is
+// open, or -1 when any of it failed: that has been printed, and what was written is removed.
 int close_output_file();
 
-// Closes the file without writing out what is left, and removes it when it is a regular one. Does
-// nothing when none is open.
+// Closes the file without writing out what is left, and removes what was written. Does nothing when
+// none is open.
 void discard_output_file();
 
 }  // namespace gzdconv

@@ -1,5 +1,7 @@
 #include "cli/console.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
@@ -8,6 +10,7 @@
 #include <string_view>
 
 #include "cli/options.h"
+#include "cli/visible_text.h"
 #include "gzd.h"
 
 namespace gzdconv {
@@ -20,6 +23,7 @@ constexpr std::size_t preamble_mark = 2;  // the "**" of every preamble line
 constexpr int bar_length = 10;
 
 FILE* log_file = nullptr;
+bool library_made_visible = false;  // what it logs goes to a terminal
 int shown_percentage = -1;
 
 void print_filling(int count) {
@@ -28,16 +32,21 @@ void print_filling(int count) {
 
 void print_preamble_line(std::string_view line) {
   line.remove_prefix(std::min(preamble_mark, line.size()));
-  std::printf("|%-*.*s|\n", box_text_width, static_cast<int>(line.size()), line.data());
+  std::printf("|%-*s|\n", box_text_width, shown_text(line).c_str());
 }
 
 void log_arguments(const char* fmt, std::va_list arguments) {
   if (log_file != nullptr) std::vfprintf(log_file, fmt, arguments);
 }
 
-// Receives the library's messages while a log data file is open.
+bool is_terminal(int descriptor) {
+  return isatty(descriptor) == 1;
+}
+
+// The text itself goes to the log data file; its lines stay lines on a terminal.
 void log_library_message(const char* message) {
-  report("%s", message);
+  std::fputs(library_made_visible ? visible(message, "\n\r\t").c_str() : message, stdout);
+  if (log_file != nullptr) std::fputs(message, log_file);
 }
 
 }  // namespace
@@ -62,7 +71,7 @@ void print_box(const char* text) {
 }
 
 void print_preamble_text(const char* file_name, const char* text) {
-  print_box(("Preamble of file " + std::string(file_name)).c_str());
+  print_box(("Preamble of file " + shown_text(file_name)).c_str());
   std::string_view rest = text;
   while (!rest.empty()) {
     const std::size_t length = std::min(rest.find('\n'), rest.size());
@@ -97,14 +106,20 @@ void report(const char* fmt, ...) {
   va_end(arguments);
 }
 
+void report_problem(const char* name, const char* problem) {
+  std::fflush(stdout);  // what was said before comes first, wherever both go
+  const bool raw = !is_terminal(STDERR_FILENO);
+  std::fprintf(stderr, "gzdconv: %s: %s\n", raw ? name : visible(name).c_str(),
+               raw ? problem : visible(problem).c_str());
+}
+
 void report_reason(const std::string& file_name, int error) {
   static std::string last_line;
   if (error == 0) return;
   const std::string line = file_name + ": " + std::strerror(error);
   if (line == last_line) return;
   last_line = line;
-  std::fflush(stdout);  // what was said before comes first, wherever both go
-  std::fprintf(stderr, "gzdconv: %s\n", line.c_str());
+  report_problem(file_name.c_str(), std::strerror(error));
 }
 
 void warn(const char* fmt, ...) {
@@ -117,25 +132,39 @@ void warn(const char* fmt, ...) {
   va_end(arguments);
 }
 
+std::string shown_text(std::string_view text) {
+  return is_terminal(STDOUT_FILENO) ? visible(text, "\t") : std::string(text);
+}
+
+void refuse_log_file(const std::string& name) {
+  std::printf("Could not open log file %s \n", shown_text(name).c_str());
+}
+
+void hear_library() {
+  library_made_visible = is_terminal(STDOUT_FILENO);
+  const bool is_changed = library_made_visible || log_file != nullptr;
+  gzd_set_log_function(is_changed ? reinterpret_cast<void*>(log_library_message) : nullptr);
+}
+
 bool open_log_file(const std::string& name) {
   close_log_file();
   log_file = std::fopen(name.c_str(), "w");
   if (log_file == nullptr) {
     const int reason = errno;
-    std::printf("Could not open log file %s \n", name.c_str());
+    refuse_log_file(name);
     report_reason(name, reason);
     return false;
   }
   std::setvbuf(log_file, nullptr, _IOLBF, BUFSIZ);  // complete also when the run ends early
-  gzd_set_log_function(reinterpret_cast<void*>(log_library_message));
+  hear_library();
   return true;
 }
 
 void close_log_file() {
   if (log_file == nullptr) return;
-  gzd_set_log_function(nullptr);
   std::fclose(log_file);
   log_file = nullptr;
+  hear_library();
 }
 
 }  // namespace gzdconv

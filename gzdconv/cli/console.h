@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace gzdconv {
 
@@ -46,12 +47,25 @@ class Progress {
 // A failure or finding: to the console and to the log data file.
 void report(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
+// `text` as standard output may have it: control characters are made visible for a terminal.
+std::string shown_text(std::string_view text);
+
+// What is wrong with a file or a word of the command line: one line on standard error. Allocates
+// nothing, so that it can also tell that memory has run out.
+void report_problem(const char* name, const char* problem);
+
 // The system's reason, a value of errno, why something could not be done with a file: one line on
 // standard error. Nothing when it is 0, there being none, or when that line was the last one.
 void report_reason(const std::string& file_name, int error);
 
 // A warning of the run: the same, but a quiet run keeps it off the console.
 void warn(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+
+// Takes over what the library logs, when that goes to a terminal or to the log data file.
+void hear_library();
+
+// Tells that the log data file is none; why, a line on standard error is to tell.
+void refuse_log_file(const std::string& name);
 
 // Opens the log data file, which from then on also receives what the library logs. Returns false
 // when it cannot be opened, which has been printed.

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "cli/console.h"
+#include "cli/option_words.h"
 #include "cli/options.h"
 #include "cli/text.h"
 
@@ -15,8 +16,8 @@ namespace gzdconv {
 namespace {
 
 constexpr int missing_text_width = 7;
-constexpr long lowest_extra_decimals = 1;
-constexpr long highest_extra_decimals = 5;
+constexpr int lowest_extra_decimals = 1;
+constexpr int highest_extra_decimals = 5;
 constexpr float lowest_default_resolution = 0.01F;
 constexpr float highest_default_resolution = 1.0e5F;
 
@@ -82,7 +83,7 @@ bool set_log_file(Arguments& arguments, const char* option) {
   const char* const name = take_value(arguments, option);
   if (name == nullptr) return false;
   options.log_file_name = name;
-  std::printf("Command line option: -d, using log file %s\n", name);
+  std::printf("Command line option: -d, using log file %s\n", shown_text(name).c_str());
   return true;
 }
 
@@ -130,11 +131,10 @@ bool set_extra_decimals(Arguments& arguments, const char* /*option*/) {
         "decimals> \n");
     return false;
   }
-  const long given = std::strtol(text, nullptr, 10);
-  const long used = std::clamp(given, lowest_extra_decimals, highest_extra_decimals);
-  options.extra_decimals = static_cast<int>(used);
-  if (given != used)
-    std::printf("Command line option -fp given %d.. using %ld  \n", static_cast<int>(given), used);
+  const int given = std::atoi(text);  // which keeps the lowest 32 bits of a long number
+  options.extra_decimals = std::clamp(given, lowest_extra_decimals, highest_extra_decimals);
+  if (given != options.extra_decimals)
+    std::printf("Command line option -fp given %d.. using %d  \n", given, options.extra_decimals);
   return true;
 }
 
@@ -289,6 +289,22 @@ bool fits(const Rule& rule, std::string_view typed) {
                     [](char wanted, char c) { return wanted == upper(c); });
 }
 
+// The line of the table that an option word takes, or null.
+const Rule* rule_for(std::string_view typed) {
+  const Rule* const rule = std::find_if(std::begin(rules), std::end(rules),
+                                        [typed](const Rule& r) { return fits(r, typed); });
+  return rule != std::end(rules) ? rule : nullptr;
+}
+
+// The name of the option that a line of the table is for; "" for none.
+std::string_view name_of(const Rule* rule) {
+  if (rule == nullptr) return "";
+  const auto* const name =
+      std::find_if(std::begin(option_words), std::end(option_words),
+                   [rule](std::string_view word) { return rule_for(word.substr(1)) == rule; });
+  return name != std::end(option_words) ? *name : "";
+}
+
 void apply(Setting setting) {
   if (setting.field != nullptr) options.*setting.field = setting.value;
 }
@@ -299,12 +315,12 @@ void record_argument(const char* option) {
   used.resize(std::min(used.size(), max_arguments_used));
 }
 
-bool parse_option(Arguments& arguments, const char* option) {
+bool parse_option(Arguments& arguments, const char* option, UnknownWords& unknown) {
   record_argument(option);
   const std::string_view typed = option + 1;
-  const Rule* const rule = std::find_if(std::begin(rules), std::end(rules),
-                                        [typed](const Rule& r) { return fits(r, typed); });
-  if (rule == std::end(rules)) return true;
+  const Rule* const rule = rule_for(typed);
+  if (!is_option_name(option)) unknown.note(option, name_of(rule));
+  if (rule == nullptr) return true;
   apply(rule->first);
   apply(rule->second);
   return rule->handler == nullptr || rule->handler(arguments, option);
@@ -314,10 +330,11 @@ bool parse_option(Arguments& arguments, const char* option) {
 
 int parse_options(int argc, char** argv, std::vector<std::string>& names) {
   Arguments arguments(argc, argv);
+  UnknownWords unknown;
   while (const char* const argument = arguments.next()) {
     if (argument[0] != '-')
       names.emplace_back(argument);
-    else if (!parse_option(arguments, argument))
+    else if (!parse_option(arguments, argument, unknown))
       return 0;
   }
   return 1;

@@ -60,11 +60,9 @@ void sum_resolution(const FEVENT& event) {
 }
 
 void print_message(const FEVENT& event) {
-  const char* const text = message_text(event);
-  if (!options.output_messages || text == nullptr || event.message->len == 0) return;
-  if (!is_message_printed(text)) return;
+  if (!has_message_line(event)) return;
   print("MSG\t%u%s%c", event.sttime, time_suffix(), options.tabs_only ? '\t' : ' ');
-  lpbuffer.write(text);
+  lpbuffer.write(message_text(event));
   print("\n");
 }
 
@@ -187,6 +185,12 @@ int print_event(const FEVENT& event, int period) {
   }
   check_start_times();
   return 0;
+}
+
+bool has_message_line(const FEVENT& event) {
+  const char* const text = message_text(event);
+  return options.output_events && options.output_messages && text != nullptr &&
+         event.message->len != 0 && is_message_printed(text);
 }
 
 bool is_start_event(const FEVENT& event) {

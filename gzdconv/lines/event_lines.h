@@ -10,6 +10,9 @@ namespace gzdconv {
 // 0, also for records that have no line, or 1 when an option left the event out.
 int print_event(const FEVENT& event, int period);
 
+// True when the options let a message have a line.
+bool has_message_line(const FEVENT& event);
+
 // True for the codes of starts.
 bool is_start_event(const FEVENT& event);
 

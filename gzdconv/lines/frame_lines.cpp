@@ -19,7 +19,7 @@ constexpr std::uint32_t unknown_time = UINT32_MAX;
 std::string video_base(const std::string& name) {
   std::string base(path_tail(name));
   if (base.size() > max_avi_base)
-    throw FatalError("The name " + base + " is too long for the name of a video");
+    throw FatalError("The name " + shown_text(base) + " is too long for the name of a video");
   return base;
 }
 

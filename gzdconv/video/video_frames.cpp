@@ -56,7 +56,7 @@ File open_regular(const std::string& name) {
 }
 
 void announce(const char* action, const std::string& table_name) {
-  std::printf("%s ett file %s \n", action, table_name.c_str());
+  std::printf("%s ett file %s \n", action, shown_text(table_name).c_str());
   std::fflush(nullptr);
 }
 
@@ -69,7 +69,7 @@ void set_session(AVIGZDTimeLookupTime& table, const std::string& base) {
 
 void report_missing(const std::string& table_name, int create, int reason) {
   if (create == 0) {
-    std::printf("Cannot read file %s\n", table_name.c_str());
+    std::printf("Cannot read file %s\n", shown_text(table_name).c_str());
   } else {
     std::puts("On non Windows, ett file can not be created if it doesn't exist.");
   }
@@ -87,7 +87,7 @@ std::string recording_name(const AVIGZDTimeLookupTime& table) {
 
 int openLookupTable(const char* gzdFile, int session, int create) {
   if (!is_gzd_name(gzdFile)) {
-    std::printf("given gzd file is not valid %s \n", gzdFile);
+    std::printf("given gzd file is not valid %s \n", shown_text(gzdFile).c_str());
     return -1;
   }
   std::string base = gzdFile;

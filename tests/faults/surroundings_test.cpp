@@ -121,13 +121,20 @@ TEST_F(Surroundings, ReadErrors) {
 
 // ---- outputs that cannot be ---------------------------------------------------------------------
 
-TEST_F(Surroundings, ClosedStandardOutput) {
-  const Outcome outcome = run_converter(
-      {"-y", "rec.gzd"}, {.directory = scratch.path(), .in_child = [] { close(STDOUT_FILENO); }});
-  EXPECT_EQ(outcome.signal, 0);
-  const std::string text = content_of(scratch / "rec.asc");
-  EXPECT_TRUE(text.starts_with("** CONVERTED FROM")) << "console text must not reach the file";
-  EXPECT_EQ(text.find("Processed ["), std::string::npos);
+TEST_F(Surroundings, ClosedStandardStreams) {
+  ASSERT_TRUE(run({"-y", "rec.gzd"}).ended_well());
+  const std::string whole = without_date(content_of(scratch / "rec.asc"));
+  for (int closed = 1; closed < 8; ++closed) {
+    const auto close_them = [closed] {
+      for (int descriptor = 0; descriptor < 3; ++descriptor)
+        if ((closed >> descriptor & 1) != 0) close(descriptor);
+    };
+    const Outcome outcome = run_converter({"-y", "--odd", "rec.gzd"},
+                                          {.directory = scratch.path(), .in_child = close_them});
+    EXPECT_EQ(outcome.status, 0) << closed;
+    std::string text = without_date(content_of(scratch / "rec.asc"));
+    EXPECT_EQ(text.replace(text.find("--odd "), 6, ""), whole) << closed;
+  }
 }
 
 TEST_F(Surroundings, FullStandardOutput) {
@@ -213,15 +220,46 @@ TEST_F(Surroundings, FileThatShrinks) {
 
 // ---- signals, numbers ---------------------------------------------------------------------------
 
-TEST_F(Surroundings, Interrupted) {
+// Whatever ends a run leaves the text before as it was; only what gives no time leaves a part.
+TEST_F(Surroundings, EndedBySignals) {
   small_recording(2000000).save(scratch / "long.gzd");
-  const auto interrupt = [this](int pid) {
-    for (int i = 0; i < 1000 && !has("long.asc"); ++i) usleep(1000);
-    kill(pid, SIGINT);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGKILL}) {
+    std::ofstream(scratch / "long.asc") << "old";
+    const auto end = [this, signal](int pid) {
+      for (int i = 0; i < 1000 && !has("long.asc.part"); ++i) usleep(1000);
+      kill(pid, signal);
+    };
+    const Outcome outcome =
+        run_converter({"-q", "-y", "long.gzd"}, {.directory = scratch.path(), .meanwhile = end});
+    EXPECT_EQ(outcome.signal, signal);
+    EXPECT_EQ(content_of(scratch / "long.asc"), "old") << signal;
+    EXPECT_EQ(has("long.asc.part"), signal == SIGKILL) << signal;
+  }
+  EXPECT_TRUE(run({"-q", "-y", "long.gzd"}).ended_well());
+  EXPECT_FALSE(has("long.asc.part"));
+}
+
+TEST_F(Surroundings, LimitsAndBrokenPipesAreFailedWrites) {
+  small_recording(9000).save(scratch / "long.gzd");
+  std::ofstream(scratch / "long.asc") << "old";
+  const auto small_files = [] {
+    const rlimit limit{65536, 65536};
+    setrlimit(RLIMIT_FSIZE, &limit);
   };
-  const Outcome outcome =
-      run_converter({"-q", "long.gzd"}, {.directory = scratch.path(), .meanwhile = interrupt});
-  EXPECT_EQ(outcome.signal, SIGINT);
+  expect_failure(
+      run_converter({"-y", "long.gzd"}, {.directory = scratch.path(), .in_child = small_files}),
+      "gzdconv: long.asc: File too large\n");
+  EXPECT_EQ(content_of(scratch / "long.asc"), "old");
+  const auto no_reader = [] {
+    int ends[2];
+    if (pipe(ends) != 0 || dup2(ends[1], STDOUT_FILENO) < 0) _exit(126);
+    close(ends[0]);
+    close(ends[1]);
+  };
+  EXPECT_EQ(run_converter({"-y", "long.gzd"}, {.directory = scratch.path(), .in_child = no_reader})
+                .status,
+            0);
+  EXPECT_GT(content_of(scratch / "long.asc").size(), 65536U);
 }
 
 // Ten thousand files in one run, with twenty descriptors and no more memory than for a hundred.

@@ -38,9 +38,11 @@ class ConvertTest : public testing::Test {
     words.insert(words.begin(), "gzdconv");
     for (std::string& word : words) argv.push_back(word.data());
     testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
     const int status = run(static_cast<int>(argv.size()), argv.data());
     std::fflush(stdout);
     console_ = testing::internal::GetCapturedStdout();
+    told_ = testing::internal::GetCapturedStderr();
     EXPECT_EQ(fake.open_handles, 0);
     EXPECT_EQ(options.out_file, nullptr);
     return status;
@@ -64,6 +66,7 @@ class ConvertTest : public testing::Test {
   }
 
   std::string console_;
+  std::string told_;  // on standard error
 
  private:
   fs::path directory_, home_;
@@ -213,6 +216,28 @@ TEST_F(ConvertTest, MessagesWithoutTextAreReported) {
   EXPECT_TRUE(console_has(" 1 events,"));
 }
 
+TEST_F(ConvertTest, LineBreaksInMessagesAreToldOnceAFile) {
+  fake.add_message(1, "TRIALID 1\nEFIX L");
+  fake.add_message(2, "two\r\n");
+  fake.add_message(3, "one line");
+  EXPECT_NE(asc().find("MSG\t1 TRIALID 1\nEFIX L\nMSG\t2 two\r\n\nMSG\t3 "), std::string::npos);
+  EXPECT_EQ(told_, "gzdconv: a.gzd: messages with line breaks, copied as they are: 2\n");
+  for (const char* hidden : {"-nmsg", "-s"}) {
+    asc({hidden});
+    EXPECT_EQ(told_, "") << hidden;
+  }
+}
+
+TEST_F(ConvertTest, AnEyeThatTheRecordingLacksIsTold) {
+  fake.add_block(1000, 1);
+  asc({"-r"});
+  EXPECT_EQ(told_, "gzdconv: a.gzd: has no right eye, the only one chosen\n");
+  for (const char* fine : {"-l", "-y"}) {
+    asc({fine});
+    EXPECT_EQ(told_, "");
+  }
+}
+
 TEST_F(ConvertTest, DisplayMessagesSetTheMapping) {
   fake.add_message(1, "DISPLAY_COORDS 0 0 1000 1000");
   fake.add_message(2, "DISPLAY_AREA_COORDS 0 0 950 950");
@@ -294,6 +319,7 @@ TEST_F(ConvertTest, TooLongVideoNameEndsTheRun) {
   EXPECT_EQ(gzdconv({name.substr(2) + ".gzd", "-i"}), 0);
   EXPECT_THROW(gzdconv({name + ".gzd", "-i"}), FatalError);
   testing::internal::GetCapturedStdout();
+  testing::internal::GetCapturedStderr();
   EXPECT_EQ(fake.open_handles, 0);
 }
 

@@ -51,6 +51,7 @@ line_for() {
 }
 for option in "${offered[@]}"; do
   [[ $option == --help || $option == --version ]] && continue
+  [[ -z $("$gzdconv" "$option" 2>&1 >/dev/null) ]] || fail "the program does not know $option"
   if line_for "$option"; then used[$line]=1; else fail "$option is completed but unknown"; fi
 done
 ((${#table[@]} > 50)) || fail "only ${#table[@]} lines of the option table understood"
@@ -77,4 +78,9 @@ complete_line gzdconv -P ""
 [[ ${COMPREPLY[*]} == runs ]] || fail "completed as directories: ${COMPREPLY[*]}"
 complete_line gzdconv -miss ""
 [[ ${#COMPREPLY[@]} -eq 0 ]] || fail "completed as a free value: ${COMPREPLY[*]}"
+for option in -d -DEBUG; do
+  complete_line gzdconv "$option" ""
+  [[ $(printf '%s\n' "${COMPREPLY[@]}" | sort | tr '\n' ' ') == "a.asc runs " ]] ||
+    fail "completed as a file to write to: ${COMPREPLY[*]}"
+done
 exit "$status"

@@ -20,6 +20,7 @@ class OutputTest : public testing::Test {
  protected:
   OutputTest() {
     init_options();
+    begin_run();
     lpbuffer.forget_failure();
     std::string name = testing::TempDir() + "gzdconv-output-XXXXXX";
     directory_ = mkdtemp(name.data());
@@ -137,7 +138,27 @@ TEST_F(OutputTest, FailedWritesAreNoticed) {
   EXPECT_EQ(printed_, "");
 }
 
+// A text is under its name when it is whole, with the rights of the one before; until then that
+// one stays.
+TEST_F(OutputTest, TextsReplaceOthersWhenTheyAreWhole) {
+  options.overwrite = 1;
+  put("a.asc", "old");
+  put("a.asc.part", "of a run that was killed");
+  fs::permissions(path("a.asc"), fs::perms{0640});
+  for (const char* end : {"discard", "close"}) {
+    ASSERT_EQ(open_output_file(path("a.gzd"), ""), 0);
+    print("new\n");
+    EXPECT_EQ(contents("a.asc"), "old");
+    std::string{"close"} == end ? static_cast<void>(close_output_file()) : discard_output_file();
+    EXPECT_FALSE(fs::exists(path("a.asc.part")));
+  }
+  EXPECT_EQ(contents("a.asc"), "new\n");
+  EXPECT_EQ(fs::status(path("a.asc")).permissions(), fs::perms{0640});
+}
+
 TEST_F(OutputTest, IncompleteFilesAreRemoved) {
+  put("a.asc", "old");
+  options.overwrite = 1;
   ASSERT_EQ(open_output_file(path("a.gzd"), ""), 0);
   print("some");
   // From here on every write to the file fails.
@@ -147,7 +168,8 @@ TEST_F(OutputTest, IncompleteFilesAreRemoved) {
   testing::internal::CaptureStdout();
   EXPECT_EQ(close_output_file(), -1);
   testing::internal::GetCapturedStdout();
-  EXPECT_FALSE(fs::exists(path("a.asc")));
+  EXPECT_FALSE(fs::exists(path("a.asc.part")));
+  EXPECT_EQ(contents("a.asc"), "old");
 }
 
 TEST_F(OutputTest, LinesOfAnyLengthKeepTheirOrder) {

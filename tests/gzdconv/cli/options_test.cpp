@@ -22,13 +22,16 @@ class OptionsTest : public AscTest {
     words.insert(words.begin(), "gzdconv");
     for (std::string& word : words) argv.push_back(word.data());
     int result = -1;
+    testing::internal::CaptureStderr();
     printed_ = console(
         [&] { result = parse_options(static_cast<int>(argv.size()), argv.data(), names_); });
+    told_ = testing::internal::GetCapturedStderr();
     return result;
   }
 
   std::vector<std::string> names_;
   std::string printed_;
+  std::string told_;  // on standard error
 };
 
 struct Flag {
@@ -157,6 +160,7 @@ TEST_F(OptionsTest, EveryOptionOfTheUsageTextIsKnown) {
     EXPECT_EQ(parse(words), 1) << line;
     EXPECT_EQ(names_, std::vector<std::string>{"name"}) << line;
     EXPECT_EQ(options.arguments_used, option + " ");
+    EXPECT_EQ(told_, "");
   }
   EXPECT_EQ(seen, 47);
 }
@@ -165,6 +169,22 @@ TEST_F(OptionsTest, UnknownOptionsAreRecordedAndIgnored) {
   EXPECT_EQ(parse({"-", "--what", "-1", "-kappa", "-wide", "-jump"}), 1);
   EXPECT_EQ(options.arguments_used, "- --what -1 -kappa -wide -jump ");
   EXPECT_EQ(printed_, "");
+}
+
+TEST_F(OptionsTest, WordsThatAreNoOptionsAreNamedOnce) {
+  const std::pair<const char*, const char*> words[] = {
+      {"-nflgas", "taken as -nflags"},
+      {"-h", "taken as -hpos; the nearest is --help"},
+      {"-fail", "taken as -fvel; the nearest is -failsafe"},
+      {"--json", "ignored; the nearest is --version"},
+      {"-u", "ignored; the nearest is -utf8"},
+  };
+  for (const auto& [word, advice] : words) {
+    parse({word, "-y", word});
+    EXPECT_EQ(told_, std::string("gzdconv: ") + word + ": no such option, " + advice + "\n");
+  }
+  parse({"-nf", "-a", "-NEYE", "-reparse"});  // the beginning of one name alone will do
+  EXPECT_EQ(told_, "");
 }
 
 TEST_F(OptionsTest, NamesStandAnywhereInOrder) {
@@ -211,6 +231,12 @@ TEST_F(OptionsTest, ExtraDecimalsAreClamped) {
   parse({"-fp", "9"});
   EXPECT_EQ(options.extra_decimals, 5);
   EXPECT_EQ(printed_, "Command line option -fp given 9.. using 5  \n");
+  parse({"-fp", "4294967298"});  // the lowest 32 bits count
+  EXPECT_EQ(options.extra_decimals, 2);
+  EXPECT_EQ(printed_, "");
+  parse({"-fp", "99999999999999999999"});
+  EXPECT_EQ(options.extra_decimals, 1);
+  EXPECT_EQ(printed_, "Command line option -fp given -1.. using 1  \n");
 }
 
 TEST_F(OptionsTest, MissingTextIsRightAlignedInSeven) {
