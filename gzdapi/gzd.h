@@ -111,7 +111,8 @@ GZD_API int gzd_close_file(GZDFILE* ef);
 GZD_API int gzd_set_extra_message_file(const char* fname);
 
 /* Sets the function that receives the library's messages: `void log(const char *message)`, the
-   message finished, with its own newlines. Null restores standard output. */
+   message finished, with its own newlines. Null restores standard output. It is called in the
+   middle of other calls: it must not call a function with the handle that is being worked on. */
 GZD_API void gzd_set_log_function(void* lfcn);
 
 /* Formats a message and hands it to the log function, or writes it to standard output, no newline

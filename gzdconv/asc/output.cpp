@@ -67,9 +67,10 @@ int fail_to_open(const std::string& path, int reason) {
   return 1;
 }
 
-// True when the recording itself has that name, or the one that its text has until it is whole.
-bool is_input(const std::string& path, const std::string& input) {
-  return is_same_file(path, input) || is_same_file(path + AscFile::part_ending, input);
+// True when the text, or its part, would write over the recording or over another one.
+bool is_recording(const std::string& path, const std::string& input) {
+  return is_same_file(path, input) || is_same_file(path + AscFile::part_ending, input) ||
+         kind_of_file(path) == FileKind::recording;
 }
 
 // The other recording that the text `path` was made of in this run, or null.
@@ -80,9 +81,9 @@ const std::string* made_of_another(const std::string& path, const std::string& i
   return &text->second;
 }
 
-int refuse_second_text(const std::string& path, const std::string& first) {
+int refuse(const std::string& path, const std::string& why) {
   fail_to_open(path, 0);
-  report_problem(path.c_str(), ("is the text of " + first + " already").c_str());
+  report_problem(path.c_str(), why.c_str());
   return 1;
 }
 
@@ -177,9 +178,9 @@ void begin_run() {
 int open_output_file(const std::string& name, const std::string& input) {
   close_output_file();
   const std::string path = output_path(name);
-  if (is_input(path, input)) return fail_to_open(path, 0);
+  if (is_recording(path, input)) return refuse(path, "is a recording");
   if (const std::string* const first = made_of_another(path, input))
-    return refuse_second_text(path, *first);
+    return refuse(path, "is the text of " + *first + " already");
   if (!may_write(path)) return 1;
   open_input = input;  // before the file is there: this may fail
   options.out_file = asc_file.open(path);

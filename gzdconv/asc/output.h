@@ -107,8 +107,8 @@ std::string output_path(const std::string& name);
 void begin_run();
 
 // Opens the ASC file for `name`, asking before it overwrites; `input` is the recording itself,
-// which is never overwritten. Returns 0, or 1 when no file was opened: declined, or a failure that
-// has been printed, a text made of another recording of this run among them.
+// which is never overwritten, nor is any other. Returns 0, or 1 when no file was opened: declined,
+// or a failure that has been printed, a text made of another recording of this run among them.
 int open_output_file(const std::string& name, const std::string& input);
 
 // Writes out what is left and closes the file, which takes its name. Returns 0, also when none is

@@ -13,10 +13,9 @@ namespace gzdconv {
 namespace {
 
 using std::string_view;
-using std::string_view_literals::operator""sv;
 
 constexpr string_view recording_start = "MORVEN_TECH_";
-constexpr string_view table_magic = "\x00\x10\x5A\xAE"sv;  // behind the number of records
+constexpr string_view table_magic("\x00\x10\x5A\xAE", 4);  // behind the number of records
 constexpr std::size_t table_magic_place = 4;
 constexpr string_view asc_start = "** CONVERTED FROM ";
 constexpr string_view utf8_mark = "\xEF\xBB\xBF";

@@ -4,18 +4,14 @@
 
 #include <sys/types.h>
 
-#include <compare>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace gzdconv {
 
-// An ordinary file, whatever its names.
-struct FileId {
-  dev_t device;
-  ino_t number;
-  auto operator<=>(const FileId&) const = default;
-};
+// An ordinary file, whatever its names: its device and its number there.
+using FileId = std::pair<dev_t, ino_t>;
 
 // The file that `path` leads to; none when that is missing or no ordinary file.
 std::optional<FileId> file_id(const std::string& path);
