@@ -45,7 +45,7 @@ int convert(const Job& job) {
   return process_gzd_file(job.name, job.output_name ? &*job.output_name : nullptr);
 }
 
-// Memory that runs out costs one file.
+// Memory that runs out, and a system that fails, cost one file.
 int convert_one(const Job& job) {
   if (!quiet) std::printf("processing file %s \n", shown_text(job.name).c_str());
   int result = -1;
@@ -53,6 +53,8 @@ int convert_one(const Job& job) {
     result = convert(job);
   } catch (const std::bad_alloc&) {
     report_problem(job.name.c_str(), std::strerror(ENOMEM));
+  } catch (const SystemFailure& failure) {
+    report_problem(job.name.c_str(), std::strerror(failure.reason));
   }
   options.sample_header_printed = 0;
   options.event_header_printed = 0;

@@ -177,7 +177,8 @@ void FileInputStream::readUpTo(INT64 offset) {
 }
 
 FILE* FileInputStream::getRawFile() {
-  std::fseek(file.get(), static_cast<long>(getFilePos()), SEEK_SET);
+  if (std::fseek(file.get(), static_cast<long>(getFilePos()), SEEK_SET) != 0)
+    throw GZDException("File could not be read").because({errno, place});
   fileOffset = -1;
   return file.get();
 }
@@ -201,7 +202,10 @@ bool FileInputStream::refill(std::size_t count) {
 std::size_t FileInputStream::readInto(byte* target, std::size_t count) {
   if (limitPos < 0) return 0;
   if (fileOffset != limitPos) {
-    if (std::fseek(file.get(), static_cast<long>(limitPos), SEEK_SET) != 0) return 0;
+    if (std::fseek(file.get(), static_cast<long>(limitPos), SEEK_SET) != 0) {
+      newestReason = errno;
+      return 0;
+    }
     fileOffset = limitPos;
   }
   const std::size_t got = std::fread(target, 1, count, file.get());

@@ -124,7 +124,8 @@ class FileInputStream : public InputStream {
   int getFileSize() override;
   void seek(INT64 offset) override;
 
-  // The file itself, at the stream's position. It stays the stream's; after using it, seek.
+  // The file itself, at the stream's position. It stays the stream's; after using it, seek. Throws
+  // GZDException when the system cannot go there.
   FILE* getRawFile();
 
  protected:

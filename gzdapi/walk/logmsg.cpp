@@ -135,8 +135,14 @@ void MessageLog::setEyeLogFileName(const char* name) {
 }
 
 int MessageLog::openEyeLogFile() {
+  errno = 0;
   xinfile.reset(openRegularFile(eyeLogFileName.c_str()));
-  if (!xinfile) return -1;
+  if (!xinfile) {
+    // One that is there is not taken for none when the system runs out of something.
+    if (errno == ENOMEM || errno == EMFILE || errno == ENFILE || errno == EIO)
+      readError = {errno, SystemError::Place::MessageLog};
+    return -1;
+  }
   const Ending ending = readLines();
   if (ending == Ending::Unreadable) {
     vl.clear();

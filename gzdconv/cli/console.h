@@ -58,6 +58,11 @@ void report_problem(const char* name, const char* problem);
 // standard error. Nothing when it is 0, there being none, or when that line was the last one.
 void report_reason(const std::string& file_name, int error);
 
+// Ends the conversion of a file whose surroundings fail it in the middle.
+struct SystemFailure {
+  int reason;  // a value of errno
+};
+
 // A warning of the run: the same, but a quiet run keeps it off the console.
 void warn(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
-#include <new>
 #include <string>
 #include <string_view>
 
@@ -67,6 +66,12 @@ void set_session(AVIGZDTimeLookupTime& table, const std::string& base) {
   table.setSessionName(has_path ? base.c_str() + separator + 1 : base.c_str());
 }
 
+// A table that is there, and that the system keeps from being read, is not taken for none.
+void check_surroundings(int reason) {
+  if (reason == ENOMEM || reason == EMFILE || reason == ENFILE || reason == EIO)
+    throw SystemFailure{reason};
+}
+
 void report_missing(const std::string& table_name, int create, int reason) {
   if (create == 0) {
     std::printf("Cannot read file %s\n", shown_text(table_name).c_str());
@@ -96,13 +101,15 @@ int openLookupTable(const char* gzdFile, int session, int create) {
   announce("Loading", table_name);
   const File file = open_regular(table_name);
   if (file == nullptr) {
-    if (errno == ENOMEM) throw std::bad_alloc();
+    check_surroundings(errno);
     report_missing(table_name, create, errno);
     return -1;
   }
   closeLookupTable();
   auto table = std::make_unique<AVIGZDTimeLookupTime>(session);
-  if (!table->read(file.get())) return -1;
+  const bool is_read = table->read(file.get());
+  if (std::ferror(file.get()) != 0) check_surroundings(EIO);
+  if (!is_read) return -1;
   set_session(*table, base);
   lookuptable = std::move(table);
   announce("Done Loading", table_name);
