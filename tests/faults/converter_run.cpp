@@ -30,7 +30,8 @@ std::string content_of(const std::filesystem::path& path) {
 }
 
 std::string without_date(const std::string& asc) {
-  return asc.starts_with("** CONVERTED FROM ") ? asc.substr(asc.find('\n')) : asc;
+  const std::size_t line = asc.find("** CONVERTED FROM ");  // a byte-order mark may come before
+  return line <= 3 ? asc.substr(0, line) + asc.substr(asc.find('\n')) : asc;
 }
 
 namespace {
@@ -73,8 +74,6 @@ void redirect(int descriptor, const char* path, int flags) {
   redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);
-  const std::string& path = circumstances.standard_output;
-  if (!path.empty()) redirect(STDOUT_FILENO, path.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
   if (chdir(circumstances.directory.c_str()) != 0) _exit(126);
   for (const auto& [name, value] : circumstances.faults) setenv(name.c_str(), value.c_str(), 1);
   if (!circumstances.faults.empty()) setenv("LD_PRELOAD", FAULT_SHIM, 1);
@@ -95,7 +94,6 @@ Outcome run_converter(const Words& arguments, const Circumstances& circumstances
   if (child < 0) throw std::runtime_error("no child");
   if (child == 0) become_converter(arguments, circumstances, pipe.write_end);
   pipe.close_writing();
-  if (circumstances.meanwhile) circumstances.meanwhile(child);
   Outcome outcome;
   outcome.output = pipe.read_all();
   int status = 0;

@@ -40,9 +40,7 @@ struct Outcome {
 struct Circumstances {
   std::filesystem::path directory;                 // the working directory
   std::map<std::string, std::string> faults = {};  // orders of the preloaded shim, see fault_shim.c
-  std::string standard_output = {};                // a file to send it to; empty: into `output`
   std::function<void()> in_child = {};             // called in the child before the program starts
-  std::function<void(int pid)> meanwhile = {};
 };
 
 Outcome run_converter(const Words& arguments, const Circumstances& circumstances);

@@ -1,7 +1,6 @@
-// What can be wrong around the converter: full disks, closed outputs, wrong names, files that
-// change, signals, very many files.
+// Single cases around the converter, beside those of the table: full disks, names, what is no file,
+// very many files; and what exactly is told of a read error.
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -12,8 +11,6 @@
 #include "recordings.h"
 
 namespace {
-
-constexpr unsigned NOBODY = 65534;
 
 class Surroundings : public testing::Test {
  protected:
@@ -121,39 +118,6 @@ TEST_F(Surroundings, ReadErrors) {
 
 // ---- outputs that cannot be ---------------------------------------------------------------------
 
-TEST_F(Surroundings, ClosedStandardStreams) {
-  ASSERT_TRUE(run({"-y", "rec.gzd"}).ended_well());
-  const std::string whole = without_date(content_of(scratch / "rec.asc"));
-  for (int closed = 1; closed < 8; ++closed) {
-    const auto close_them = [closed] {
-      for (int descriptor = 0; descriptor < 3; ++descriptor)
-        if ((closed >> descriptor & 1) != 0) close(descriptor);
-    };
-    const Outcome outcome = run_converter({"-y", "--odd", "rec.gzd"},
-                                          {.directory = scratch.path(), .in_child = close_them});
-    EXPECT_EQ(outcome.status, 0) << closed;
-    std::string text = without_date(content_of(scratch / "rec.asc"));
-    EXPECT_EQ(text.replace(text.find("--odd "), 6, ""), whole) << closed;
-  }
-}
-
-TEST_F(Surroundings, FullStandardOutput) {
-  const Outcome outcome = run_converter(
-      {"-y", "rec.gzd"}, {.directory = scratch.path(), .standard_output = "/dev/full"});
-  EXPECT_EQ(outcome.signal, 0);
-  EXPECT_TRUE(has("rec.asc"));
-}
-
-TEST_F(Surroundings, ReadOnlyDirectory) {
-  std::filesystem::permissions(scratch / "rec.gzd", std::filesystem::perms::all);
-  std::filesystem::permissions(scratch.path(), std::filesystem::perms{0555});
-  const auto as_nobody = [] {
-    if (geteuid() == 0 && setuid(NOBODY) != 0) _exit(126);
-  };
-  expect_failure(run_converter({"rec.gzd"}, {.directory = scratch.path(), .in_child = as_nobody}),
-                 "Could not open output file rec.asc \n");
-}
-
 TEST_F(Surroundings, DirectoryInPlaceOfAFile) {
   std::filesystem::create_directory(scratch / "dir.gzd");
   expect_failure(run({"dir.gzd"}), "Could not process dir.gzd \n");
@@ -190,77 +154,7 @@ TEST_F(Surroundings, NamesThatAreTooLong) {
   EXPECT_NE(refused.output.find("nnn\nFile Could not be opened!\n"), std::string::npos);
 }
 
-// ---- files that change --------------------------------------------------------------------------
-
-TEST_F(Surroundings, FileThatShrinks) {
-  const std::filesystem::path report = scratch / "calls";
-  const auto run_cut_at = [&](long call) {
-    small_recording(50000).save(scratch / "long.gzd");
-    std::filesystem::remove(scratch / "long.asc");
-    return run_converter({"-q", "-y", "long.gzd"}, {.directory = scratch.path(),
-                                                    .faults = {{"FAULT_CALL", "fread"},
-                                                               {"FAULT_AT", std::to_string(call)},
-                                                               {"FAULT_CUT", scratch / "long.gzd"},
-                                                               {"FAULT_REPORT", report}}});
-  };
-  ASSERT_TRUE(run_cut_at(0).ended_well());
-  const std::string whole = without_date(content_of(scratch / "long.asc"));
-  const long calls = std::stol(content_of(report));
-  for (long call = 1; call <= calls; ++call) {
-    const Outcome outcome = run_cut_at(call);
-    ASSERT_EQ(outcome.signal, 0) << "read " << call;
-    if (outcome.ended_well()) {
-      EXPECT_TRUE(without_date(content_of(scratch / "long.asc")) == whole) << "read " << call;
-    } else {
-      expect_failure(outcome, "long.gzd \n");
-      EXPECT_FALSE(has("long.asc")) << "read " << call;
-    }
-  }
-}
-
-// ---- signals, numbers ---------------------------------------------------------------------------
-
-// Whatever ends a run leaves the text before as it was; only what gives no time leaves a part.
-TEST_F(Surroundings, EndedBySignals) {
-  small_recording(2000000).save(scratch / "long.gzd");
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGKILL}) {
-    std::ofstream(scratch / "long.asc") << "old";
-    const auto end = [this, signal](int pid) {
-      for (int i = 0; i < 1000 && !has("long.asc.part"); ++i) usleep(1000);
-      kill(pid, signal);
-    };
-    const Outcome outcome =
-        run_converter({"-q", "-y", "long.gzd"}, {.directory = scratch.path(), .meanwhile = end});
-    EXPECT_EQ(outcome.signal, signal);
-    EXPECT_EQ(content_of(scratch / "long.asc"), "old") << signal;
-    EXPECT_EQ(has("long.asc.part"), signal == SIGKILL) << signal;
-  }
-  EXPECT_TRUE(run({"-q", "-y", "long.gzd"}).ended_well());
-  EXPECT_FALSE(has("long.asc.part"));
-}
-
-TEST_F(Surroundings, LimitsAndBrokenPipesAreFailedWrites) {
-  small_recording(9000).save(scratch / "long.gzd");
-  std::ofstream(scratch / "long.asc") << "old";
-  const auto small_files = [] {
-    const rlimit limit{65536, 65536};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  };
-  expect_failure(
-      run_converter({"-y", "long.gzd"}, {.directory = scratch.path(), .in_child = small_files}),
-      "gzdconv: long.asc: File too large\n");
-  EXPECT_EQ(content_of(scratch / "long.asc"), "old");
-  const auto no_reader = [] {
-    int ends[2];
-    if (pipe(ends) != 0 || dup2(ends[1], STDOUT_FILENO) < 0) _exit(126);
-    close(ends[0]);
-    close(ends[1]);
-  };
-  EXPECT_EQ(run_converter({"-y", "long.gzd"}, {.directory = scratch.path(), .in_child = no_reader})
-                .status,
-            0);
-  EXPECT_GT(content_of(scratch / "long.asc").size(), 65536U);
-}
+// ---- numbers ------------------------------------------------------------------------------------
 
 // Ten thousand files in one run, with twenty descriptors and no more memory than for a hundred.
 TEST_F(Surroundings, TenThousandFiles) {
