@@ -156,7 +156,7 @@ void BlockRows::append_counts(std::size_t row, const Rows& rows) const {
   rows.slot<std::int64_t>("expected").set(row, expected_samples(block_));
   constexpr std::array<const char*, 2> lost{"left_lost", "right_lost"};
   for (const std::size_t eye : {0, 1}) {
-    const bool counts = block_has(&block_.record, eye) && LossCount::first_kind(block_.record) != 0;
+    const bool counts = block_has(block_.record, eye) && LossCount::first_kind(block_.record) != 0;
     const auto slot = rows.slot<std::int64_t>(lost[eye]);
     counts ? slot.set(row, block_.loss.lost(eye)) : slot.set_null(row);
   }

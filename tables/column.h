@@ -2,6 +2,7 @@
 #ifndef GZDTABLES_COLUMN_H
 #define GZDTABLES_COLUMN_H
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -84,6 +85,17 @@ class Slot {
     if (values_ == nullptr) return;
     values_[row] = value;
     if (valid_ != nullptr) valid_[row] = 1;
+  }
+  // The same value for the rows from `begin` to before `end`.
+  void fill(std::size_t begin, std::size_t end, T value) const {
+    if (values_ == nullptr) return;
+    std::fill(values_ + begin, values_ + end, value);
+    if (valid_ != nullptr) std::fill(valid_ + begin, valid_ + end, std::uint8_t{1});
+  }
+  void fill_null(std::size_t begin, std::size_t end) const {
+    if (values_ == nullptr) return;
+    std::fill(values_ + begin, values_ + end, null_value());
+    if (valid_ != nullptr) std::fill(valid_ + begin, valid_ + end, std::uint8_t{0});
   }
   void set_null(std::size_t row) const {
     if (values_ == nullptr) return;

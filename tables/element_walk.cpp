@@ -31,40 +31,39 @@ ElementWalk::ElementWalk(Recording& recording, unsigned wanted)
       by_messages_(recording.options().trials.start.has_value()) {}
 
 bool ElementWalk::is_shown(int code) const {
-  switch (code) {
-    case GZD_RECORDING:
-      return true;
-    case GZD_SAMPLE:
-      return (wanted_ & want_samples) != 0;
-    case GZD_MESSAGE:
-      return (wanted_ & want_messages) != 0 || by_messages_;
-    case GZD_BUTTON:
-    case GZD_INPUT:
-      return (wanted_ & want_inputs) != 0;
-    default:
-      return is_ended_event(code) && (wanted_ & want_ended_events) != 0;
-  }
+  if (code == GZD_SAMPLE) return (wanted_ & want_samples) != 0;
+  if (code == GZD_RECORDING) return true;
+  if (code == GZD_MESSAGE) return (wanted_ & want_messages) != 0 || by_messages_;
+  if (code == GZD_BUTTON || code == GZD_INPUT) return (wanted_ & want_inputs) != 0;
+  return is_ended_event(code) && (wanted_ & want_ended_events) != 0;
 }
 
 bool ElementWalk::next() {
   if (!recording_.is_walking(walk_))
     throw std::logic_error("the recording is being read by another reader");
-  leave_element();
+  if (has_ended_) leave_element();
   do {
     element_.code = gzd_get_next_data(handle_);
     if (element_.code == GZD_END_OF_DATA) return false;
   } while (!is_shown(element_.code));
   element_.record = gzd_get_float_data(handle_);
   if (element_.record == nullptr) throw ReadError("an element could not be read again");
+  if (element_.code != GZD_SAMPLE) take_mark();
+  return true;
+}
+
+// What the element makes of blocks and trials.
+void ElementWalk::take_mark() {
   if (element_.code == GZD_RECORDING)
     take_recording(element_.record->rec);
   else if (element_.code == GZD_MESSAGE && by_messages_)
     take_message(element_.record->fe);
-  return true;
+  has_ended_ = element_.opens_trial || element_.closes_trial || leaves_block_;
 }
 
 // What ended with the element before ends behind it.
 void ElementWalk::leave_element() {
+  has_ended_ = false;
   if (leaves_block_) in_block_ = leaves_block_ = false;
   if (!in_block_) element_.block = 0;
   if (element_.closes_trial) element_.trial = 0;

@@ -52,6 +52,8 @@ class ElementWalk {
   [[nodiscard]] const Element& element() const { return element_; }
   // The start record of the block that the walk is in, or null.
   [[nodiscard]] const RECORDINGS* block() const { return in_block_ ? &block_ : nullptr; }
+  // The GZD_BLOCK_ eyes of that block, GZD_BLOCK_BOTH outside blocks.
+  [[nodiscard]] unsigned eyes() const { return in_block_ ? block_.eye : GZD_BLOCK_BOTH; }
   // The whole milliseconds of a sample period of that block, 0 outside blocks.
   [[nodiscard]] std::int64_t period() const { return in_block_ ? period_ : 0; }
   // Where the element announced last comes from.
@@ -60,6 +62,7 @@ class ElementWalk {
  private:
   [[nodiscard]] bool is_shown(int code) const;
   void leave_element();
+  void take_mark();
   void take_recording(const RECORDINGS& record);
   void take_message(const FEVENT& message);
   void open_trial();
@@ -72,6 +75,7 @@ class ElementWalk {
   Element element_;
   RECORDINGS block_{};
   bool in_block_ = false, leaves_block_ = false;
+  bool has_ended_ = false;  // a block or a trial ended, or began, with the element before
   std::int32_t blocks_ = 0, trials_ = 0;
   std::int64_t period_ = 0;
 };

@@ -15,12 +15,12 @@ class LossCount {
  public:
   void take(const FSAMPLE& sample, const RECORDINGS& block) {
     const int kind = first_kind(block);
-    const Presence there = presence_of(sample, &block);
-    if (kind == 0 || there.packed) return;
+    const Presence there = presence_of(sample, block.eye);
+    if (kind == 0 || there.packed()) return;
     for (const std::size_t eye : {0, 1}) {
-      if (!block_has(&block, eye)) continue;
+      if (!block_has(block, eye)) continue;
       ++counted_[eye];
-      lost_[eye] += there.position[eye] && has_position(sample, kind, eye) ? 0 : 1;
+      lost_[eye] += there.position(eye) && has_position(sample, kind, eye) ? 0 : 1;
     }
   }
   [[nodiscard]] std::int64_t lost(std::size_t eye) const { return lost_[eye]; }

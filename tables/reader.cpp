@@ -132,7 +132,10 @@ struct TableReader::State {
       : request(checked(wanted)),
         schema(schema_for(recording, request)),
         builder(builder_for(recording, request)),
-        walk(recording, builder->wanted()) {}
+        walk(recording, builder->wanted()) {
+    for (std::size_t i = 0; i < schema.fields.size(); ++i)
+      if (schema.fields[i].type == Type::text) texts.push_back(i);
+  }
 
   void prepare(Batch& batch) const;
   [[nodiscard]] bool is_full(const Batch& batch) const;
@@ -142,6 +145,7 @@ struct TableReader::State {
   Schema schema;
   std::unique_ptr<RowBuilder> builder;
   ElementWalk walk;
+  std::vector<std::size_t> texts;  // columns
   bool at_end = false;
 };
 
@@ -155,8 +159,8 @@ void TableReader::State::prepare(Batch& batch) const {
 
 bool TableReader::State::is_full(const Batch& batch) const {
   if (batch.rows >= request.batch_rows) return true;
-  return std::any_of(batch.columns.begin(), batch.columns.end(), [](const Column& column) {
-    return column.characters().size() >= most_characters;
+  return std::any_of(texts.begin(), texts.end(), [&](std::size_t column) {
+    return batch.columns[column].characters().size() >= most_characters;
   });
 }
 
@@ -170,6 +174,7 @@ void TableReader::State::fill(Batch& batch) {
     else
       builder->take(walk, rows);
   }
+  builder->complete(rows);
 }
 
 TableReader::TableReader(Recording& recording, const Request& request)

@@ -56,6 +56,8 @@ class RowBuilder {
   virtual void take(const ElementWalk& walk, Rows& rows) = 0;
   // Makes the rows that the end of the recording completes, at most one.
   virtual void finish(Rows&) {}
+  // Ends a batch: what is left to be written of its rows is written.
+  virtual void complete(Rows&) {}
 
  protected:
   // Whether a row is asked for.

@@ -5,6 +5,7 @@
 
 #include "outline.h"
 #include "row_builder.h"
+#include "run_column.h"
 #include "sample_state.h"
 
 namespace gzdtables {
@@ -21,8 +22,9 @@ constexpr float highest_resolution = 1e4F;
 constexpr std::uint32_t no_marker_flags = 0xFFFF8000U;
 constexpr int cyclopean = 2;
 
-float value_or_null(float value) {
-  return is_value(value) ? value : nan_value;
+// The value when it is there and valid. Without a branch: losses come and go.
+float kept(bool is_there, float value) {
+  return is_there & is_value(value) ? value : nan_value;
 }
 
 float resolution_or_null(float value) {
@@ -33,8 +35,8 @@ struct Point {
   Slot<float> x, y;
 
   void set(std::size_t row, bool is_there, float to_x, float to_y) const {
-    x.set(row, is_there ? value_or_null(to_x) : nan_value);
-    y.set(row, is_there ? value_or_null(to_y) : nan_value);
+    x.set(row, kept(is_there, to_x));
+    y.set(row, kept(is_there, to_y));
   }
   void set_null(std::size_t row) const { set(row, false, 0, 0); }
   explicit operator bool() const { return static_cast<bool>(x); }
@@ -59,12 +61,10 @@ struct EyeColumns {
         pupil(rows.slot<float>(eye + "pupil")),
         major(rows.slot<float>(eye + "ellipse_major")),
         minor(rows.slot<float>(eye + "ellipse_minor")),
-        angle(rows.slot<float>(eye + "ellipse_angle")),
-        event(rows.slot<std::uint8_t>(eye + "event")) {}
+        angle(rows.slot<float>(eye + "ellipse_angle")) {}
 
   Point gaze, href, raw, velocity, fast_velocity, head_in_space, eye_in_head, centre;
   Slot<float> pupil, major, minor, angle;
-  Slot<std::uint8_t> event;
 };
 
 // Columns that come with fields that a sample may lack.
@@ -109,10 +109,12 @@ class SampleRows final : public RowBuilder {
 
   void bind(Rows& rows) override;
   void take(const ElementWalk& walk, Rows& rows) override;
+  void complete(Rows& rows) override;
 
  private:
-  void set_eye(std::size_t row, const FSAMPLE& sample, const Presence& there,
-               std::size_t eye) const;
+  void set_eye(std::size_t row, const FSAMPLE& s, const Presence& there, std::size_t eye);
+  void set_other_of_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
+                        std::size_t eye) const;
   void set_head_of_eye(std::size_t row, const FSAMPLE& s, bool is_there, std::size_t eye) const;
   void set_others(std::size_t row, const FSAMPLE& sample, bool packed) const;
   void set_target(std::size_t row, const FSAMPLE& sample) const;
@@ -124,23 +126,36 @@ class SampleRows final : public RowBuilder {
   Outline& outline_;
   bool has_targets_;
   bool has_others_ = false;
-  Slot<std::int32_t> block_, trial_;
   Slot<double> time_;
-  Slot<std::uint8_t> recorded_;
+  RunColumn<std::int32_t, 0> block_, trial_;
+  RunColumn<std::uint8_t, 1> recorded_;
+  std::array<RunColumn<std::uint8_t, 1>, 2> events_;
   std::array<EyeColumns, 2> eyes_;
   OtherColumns others_;
   FSAMPLE blank_{};
 };
 
 void SampleRows::bind(Rows& rows) {
-  block_ = rows.slot<std::int32_t>("block");
-  trial_ = rows.slot<std::int32_t>("trial");
+  block_.bind(rows.slot<std::int32_t>("block"));
+  trial_.bind(rows.slot<std::int32_t>("trial"));
   time_ = rows.slot<double>("time");
-  recorded_ = rows.slot<std::uint8_t>("recorded");
-  for (const std::size_t eye : {0, 1}) eyes_[eye] = EyeColumns(rows, eye_name[eye]);
+  recorded_.bind(rows.slot<std::uint8_t>("recorded"));
+  for (const std::size_t eye : {0, 1}) {
+    const std::string name = eye_name[eye];
+    eyes_[eye] = EyeColumns(rows, name);
+    events_[eye].bind(rows.slot<std::uint8_t>(name + "event"));
+  }
   others_ = OtherColumns(rows);
   has_others_ = rows.schema().fields.back().name != "recorded";
   choose_velocities();
+}
+
+void SampleRows::complete(Rows& rows) {
+  const std::size_t end = rows.batch().rows;
+  block_.finish(end);
+  trial_.finish(end);
+  recorded_.finish(end);
+  for (auto& event : events_) event.finish(end);
 }
 
 void SampleRows::choose_velocities() const {
@@ -164,30 +179,34 @@ void SampleRows::take(const ElementWalk& walk, Rows& rows) {
   const bool recorded = walk.origin() == Origin::recording;
   const FSAMPLE& sample = recorded ? element.record->fs : without_fields(element.record->fs);
   const std::size_t row = rows.begin_row();
-  set_number(block_, row, element.block);
-  set_number(trial_, row, element.trial);
+  block_.put(row, element.block);
+  trial_.put(row, element.trial);
   time_.set(row, time_of(sample));
-  recorded_.set(row, recorded ? 1 : 0);
-  const Presence there = presence_of(sample, walk.block());
+  recorded_.put(row, recorded ? 2 : 1);
+  const Presence there = presence_of(sample, walk.eyes());
   for (const std::size_t eye : {0, 1}) set_eye(row, sample, there, eye);
-  if (has_others_) set_others(row, sample, there.packed);
+  if (has_others_) set_others(row, sample, there.packed());
 }
 
 void SampleRows::set_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
-                         std::size_t eye) const {
+                         std::size_t eye) {
   const EyeColumns& to = eyes_[eye];
-  const bool position = there.position[eye];
-  to.gaze.set(row, position, s.gx[eye], s.gy[eye]);
-  to.pupil.set(row, there.pupil[eye] ? value_or_null(s.pa[eye]) : nan_value);
-  const std::int32_t event = outline_.events[eye].at(s.time);
-  event == 0 ? to.event.set_null(row) : to.event.set(row, static_cast<std::uint8_t>(event - 1));
-  if (!has_others_) return;
+  to.gaze.set(row, there.position(eye), s.gx[eye], s.gy[eye]);
+  to.pupil.set(row, kept(there.pupil(eye), s.pa[eye]));
+  events_[eye].put(row, outline_.events[eye].at(s.time));
+  if (has_others_) set_other_of_eye(row, s, there, eye);
+}
+
+void SampleRows::set_other_of_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
+                                  std::size_t eye) const {
+  const EyeColumns& to = eyes_[eye];
+  const bool position = there.position(eye);
   const bool moving = position && is_value(s.gx[eye]) && is_value(s.gy[eye]);
   to.href.set(row, position, s.hx[eye], s.hy[eye]);
   to.raw.set(row, position, s.px[eye], s.py[eye]);
   to.velocity.set(row, moving, s.gxvel[eye], s.gyvel[eye]);
   to.fast_velocity.set(row, moving, s.fgxvel[eye], s.fgyvel[eye]);
-  set_head_of_eye(row, s, there.eye[eye] && (s.flags & SMP_EXTENDED) != 0, eye);
+  set_head_of_eye(row, s, there.eye(eye) && (s.flags & SMP_EXTENDED) != 0, eye);
 }
 
 void SampleRows::set_head_of_eye(std::size_t row, const FSAMPLE& s, bool is_there,
@@ -196,9 +215,9 @@ void SampleRows::set_head_of_eye(std::size_t row, const FSAMPLE& s, bool is_ther
   to.head_in_space.set(row, is_there, s.unused_headInSpaceX[eye], s.unused_headInSpaceY[eye]);
   to.eye_in_head.set(row, is_there, s.eyeInHeadX[eye], s.eyeInHeadY[eye]);
   to.centre.set(row, is_there, s.ex[eye], s.ey[eye]);
-  to.major.set(row, is_there ? value_or_null(s.emajor[eye]) : nan_value);
-  to.minor.set(row, is_there ? value_or_null(s.eminor[eye]) : nan_value);
-  to.angle.set(row, is_there ? value_or_null(s.eangle[eye]) : nan_value);
+  to.major.set(row, kept(is_there, s.emajor[eye]));
+  to.minor.set(row, kept(is_there, s.eminor[eye]));
+  to.angle.set(row, kept(is_there, s.eangle[eye]));
 }
 
 void SampleRows::set_others(std::size_t row, const FSAMPLE& s, bool packed) const {
@@ -227,9 +246,9 @@ void SampleRows::set_target(std::size_t row, const FSAMPLE& s) const {
 void SampleRows::set_head(std::size_t row, const FSAMPLE& s) const {
   const bool is_there = (s.flags & SMP_EXTENDED) != 0;
   others_.head.set(row, is_there, s.headPosition[0], s.headPosition[1]);
-  others_.head_z.set(row, is_there ? value_or_null(s.headPosition[2]) : nan_value);
+  others_.head_z.set(row, kept(is_there, s.headPosition[2]));
   others_.rotation.set(row, is_there, s.headRotation[0], s.headRotation[1]);
-  others_.rotation_z.set(row, is_there ? value_or_null(s.headRotation[2]) : nan_value);
+  others_.rotation_z.set(row, kept(is_there, s.headRotation[2]));
   if (is_there && s.headMarkerFlags != no_marker_flags)
     others_.marker_flags.set(row, s.headMarkerFlags);
   else

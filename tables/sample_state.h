@@ -2,9 +2,9 @@
 #ifndef GZDTABLES_SAMPLE_STATE_H
 #define GZDTABLES_SAMPLE_STATE_H
 
-#include <array>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "gzd.h"
 
@@ -12,37 +12,57 @@ namespace gzdtables {
 
 // Whether a number of a record was recorded and is valid.
 [[nodiscard]] inline bool is_value(float value) {
-  return std::isfinite(value) && value != MISSING_DATA && value != NOT_RECORDED;
+  constexpr float largest = std::numeric_limits<float>::max();
+  return (std::fabs(value) <= largest) & (value != MISSING_DATA) & (value != NOT_RECORDED);
 }
 
-// Whether a block records an eye, 0 left, 1 right; of no block (null) nothing is known: true.
-[[nodiscard]] inline bool block_has(const RECORDINGS* block, std::size_t eye) {
-  constexpr std::array<int, 2> bits{GZD_BLOCK_LEFT, GZD_BLOCK_RIGHT};
-  return block == nullptr || (block->eye & bits[eye]) != 0;
+// Whether a block records an eye, 0 left, 1 right.
+[[nodiscard]] inline bool block_has(const RECORDINGS& block, std::size_t eye) {
+  return ((static_cast<unsigned>(block.eye) >> eye) & 1U) != 0;  // GZD_BLOCK_LEFT, _RIGHT
 }
 
-// What of a sample is there for each eye.
-struct Presence {
-  std::array<bool, 2> eye{};       // recorded by block and sample
-  std::array<bool, 2> position{};  // may have positions: the pupil is not lost
-  std::array<bool, 2> pupil{};     // has a pupil size
-  bool packed = false;             // holds packed camera data instead
+// What of a sample is there for each eye, 0 left, 1 right. Bits of one number, which stays in a
+// register.
+class Presence {
+ public:
+  // The eye is recorded by block and sample.
+  [[nodiscard]] bool eye(std::size_t side) const { return has(side); }
+  // It may have positions: the pupil is not lost.
+  [[nodiscard]] bool position(std::size_t side) const { return has(position_bit + side); }
+  // It has a pupil size.
+  [[nodiscard]] bool pupil(std::size_t side) const { return has(pupil_bit + side); }
+  // The sample holds packed camera data instead of positions.
+  [[nodiscard]] bool packed() const { return has(packed_bit); }
+
+ private:
+  static constexpr std::size_t position_bit = 2;
+  static constexpr std::size_t pupil_bit = 4;
+  static constexpr std::size_t packed_bit = 6;
+  static constexpr unsigned both_eyes = GZD_BLOCK_BOTH;
+
+  explicit Presence(unsigned bits) : bits_(bits) {}
+  [[nodiscard]] bool has(std::size_t bit) const { return ((bits_ >> bit) & 1U) != 0; }
+  friend Presence presence_of(const FSAMPLE& sample, unsigned eyes);
+
+  unsigned bits_;
 };
 
-[[nodiscard]] inline Presence presence_of(const FSAMPLE& sample, const RECORDINGS* block) {
-  constexpr std::array<std::uint16_t, 2> flags{SMP_LEFT, SMP_RIGHT};
-  Presence there;
-  const bool has_size = (sample.flags & SMP_PUPIL_SIZE) != 0;
-  for (const std::size_t eye : {0, 1}) {
-    there.eye[eye] = (sample.flags & flags[eye]) != 0 && block_has(block, eye);
-    there.packed |= there.eye[eye] && has_size && sample.pa[eye] < 0.0F;
-  }
-  for (const std::size_t eye : {0, 1}) {
-    const bool usable = there.eye[eye] && !there.packed;
-    there.position[eye] = usable && !(has_size && sample.pa[eye] == 0.0F);
-    there.pupil[eye] = usable && has_size && sample.pa[eye] > 0.0F;
-  }
-  return there;
+// `eyes`: the GZD_BLOCK_ eyes of the block, GZD_BLOCK_BOTH outside blocks.
+[[nodiscard]] inline Presence presence_of(const FSAMPLE& sample, unsigned eyes) {
+  const auto by_eye = [&](auto test) {
+    return static_cast<unsigned>(test(sample.pa[0])) | static_cast<unsigned>(test(sample.pa[1]))
+                                                           << 1U;
+  };
+  const unsigned flags = sample.flags;
+  const unsigned sized = (flags & SMP_PUPIL_SIZE) != 0 ? Presence::both_eyes : 0U;
+  const unsigned present = ((flags >> 15U) | ((flags >> 13U) & 2U)) & eyes;  // SMP_LEFT, SMP_RIGHT
+  const bool packed = (present & sized & by_eye([](float size) { return size < 0.0F; })) != 0;
+  const unsigned usable = packed ? 0U : present;
+  const unsigned lost = sized & by_eye([](float size) { return size == 0.0F; });
+  const unsigned pupils = sized & by_eye([](float size) { return size > 0.0F; });
+  return Presence(present | (usable & ~lost) << Presence::position_bit |
+                  (usable & pupils) << Presence::pupil_bit |
+                  static_cast<unsigned>(packed) << Presence::packed_bit);
 }
 
 }  // namespace gzdtables

@@ -14,7 +14,7 @@ constexpr std::size_t longest_number = 330;
 
 // Writes an integer at `to`, and returns the place behind it.
 template <class Integer>
-[[nodiscard]] char* write_integer(char* to, Integer value) {
+[[nodiscard]] inline char* write_integer(char* to, Integer value) {
   return std::to_chars(to, to + longest_number, value).ptr;
 }
 

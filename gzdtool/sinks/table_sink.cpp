@@ -20,39 +20,41 @@ using gzdtables::Schema;
 using gzdtables::Type;
 
 constexpr std::size_t buffer_bytes = 1 << 18;
+constexpr std::size_t longest_cell = longest_number + 4;  // and the end of the line
 
-// A buffer in front of a byte sink.
+// A buffer in front of a byte sink. Writers of cells move a place in it along; room is asked for
+// once a row, and for texts of any length as they come.
 class Buffer {
  public:
   explicit Buffer(ByteSink& sink) : sink_(sink), bytes_(new char[buffer_bytes]) {}
 
-  void append(char c) { *reserve(1) = c, ++size_; }
-  void append(std::string_view text) {
-    if (text.size() > buffer_bytes) {
-      flush();
-      sink_.write(text);
-      return;
-    }
-    std::memcpy(reserve(text.size()), text.data(), text.size());
-    size_ += text.size();
+  [[nodiscard]] char* begin() { return bytes_.get(); }
+  // `place`, or the beginning when there is no room for so many bytes behind it.
+  [[nodiscard]] char* reserve(char* place, std::size_t bytes) {
+    return static_cast<std::size_t>(place - begin()) + bytes <= buffer_bytes ? place : flush(place);
   }
-  // Room for one number; `advance` tells where it ended.
-  [[nodiscard]] char* number() { return reserve(longest_number); }
-  void advance(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
-  void flush() {
-    sink_.write({bytes_.get(), size_});
-    size_ = 0;
+  [[nodiscard]] char* append(char* place, std::string_view text) {
+    if (text.size() <= buffer_bytes) {
+      place = reserve(place, text.size());
+      return put(place, text);
+    }
+    place = flush(place);
+    sink_.write(text);
+    return place;
+  }
+  char* flush(const char* place) {
+    sink_.write({begin(), static_cast<std::size_t>(place - begin())});
+    return begin();
+  }
+  // Where room is known to be.
+  [[nodiscard]] static char* put(char* place, std::string_view text) {
+    std::memcpy(place, text.data(), text.size());
+    return place + text.size();
   }
 
  private:
-  char* reserve(std::size_t bytes) {
-    if (size_ + bytes > buffer_bytes) flush();
-    return bytes_.get() + size_;
-  }
-
   ByteSink& sink_;
   std::unique_ptr<char[]> bytes_;
-  std::size_t size_ = 0;
 };
 
 // What a format makes of texts and nulls.
@@ -86,12 +88,10 @@ class TextSink final : public TableSink {
   void prepare_prefixes(const Schema& schema, std::string_view recording);
   void prepare_choices(const Schema& schema);
   void write_header(const Schema& schema);
-  void append_cell(const Column& column, std::size_t index, std::size_t row);
-  void append_value(const Column& column, std::size_t index, std::size_t row);
-  template <class Integer>
-  void append_integer(const Column& column, std::size_t row) {
-    buffer_.advance(write_integer(buffer_.number(), column.values<Integer>()[row]));
-  }
+  char* write_row(char* place, const Batch& batch, std::size_t row);
+  char* write_value(char* place, const Column& column, std::size_t index, std::size_t row);
+  char* write_text(char* place, std::string_view text);
+
   [[nodiscard]] std::string escaped(std::string_view text) const;
 
   TextStyle style_;
@@ -100,6 +100,7 @@ class TextSink final : public TableSink {
   bool has_begun_ = false;
   std::vector<std::string> prefixes_;  // what stands in front of each cell
   std::vector<std::vector<std::string>> choices_;
+  std::size_t row_bytes_ = 0;  // of a row at most, texts and what is behind them left out
   std::string scratch_;
 };
 
@@ -130,6 +131,8 @@ void TextSink::prepare_prefixes(const Schema& schema, std::string_view recording
     first = "\"recording\":" + escaped(recording) + ",";
   if (!dialect_.has_header) first.insert(0, "{");
   prefixes_.front().insert(0, first);
+  row_bytes_ = 0;
+  for (const std::string& prefix : prefixes_) row_bytes_ += prefix.size() + longest_cell;
 }
 
 void TextSink::prepare_choices(const Schema& schema) {
@@ -146,52 +149,56 @@ void TextSink::write_header(const Schema& schema) {
     if (!line.empty()) line += dialect_.separator;
     line += escaped(field.name);
   }
-  buffer_.append(line + "\n");
-  buffer_.flush();
+  buffer_.flush(buffer_.append(buffer_.begin(), line + "\n"));
 }
 
 void TextSink::write(const Batch& batch) {
-  const std::string_view end = dialect_.has_header ? "\n" : "}\n";
-  for (std::size_t row = 0; row < batch.rows; ++row) {
-    for (std::size_t i = 0; i < batch.columns.size(); ++i) {
-      buffer_.append(prefixes_[i]);
-      append_cell(batch.columns[i], i, row);
-    }
-    buffer_.append(end);
+  char* place = buffer_.begin();
+  for (std::size_t row = 0; row < batch.rows; ++row) place = write_row(place, batch, row);
+  buffer_.flush(place);
+}
+
+char* TextSink::write_row(char* place, const Batch& batch, std::size_t row) {
+  place = buffer_.reserve(place, row_bytes_);
+  for (std::size_t i = 0; i < batch.columns.size(); ++i) {
+    const Column& column = batch.columns[i];
+    place = Buffer::put(place, prefixes_[i]);
+    if (column.is_null(row))
+      place = Buffer::put(place, dialect_.null);
+    else
+      place = write_value(place, column, i, row);
   }
-  buffer_.flush();
+  return Buffer::put(place, dialect_.has_header ? "\n" : "}\n");
 }
 
-void TextSink::append_cell(const Column& column, std::size_t index, std::size_t row) {
-  if (column.is_null(row))
-    buffer_.append(dialect_.null);
-  else
-    append_value(column, index, row);
+char* TextSink::write_text(char* place, std::string_view text) {
+  scratch_.clear();
+  dialect_.append_escaped(scratch_, text, style_.is_for_terminal);
+  return buffer_.reserve(buffer_.append(place, scratch_), row_bytes_);
 }
 
-void TextSink::append_value(const Column& column, std::size_t index, std::size_t row) {
+char* TextSink::write_value(char* place, const Column& column, std::size_t index, std::size_t row) {
   switch (column.type()) {
     case Type::boolean:
-      return buffer_.append(column.values<std::uint8_t>()[row] != 0 ? "true" : "false");
+      return Buffer::put(place, column.values<std::uint8_t>()[row] != 0 ? "true" : "false");
     case Type::int32:
-      return append_integer<std::int32_t>(column, row);
+      return write_integer(place, column.values<std::int32_t>()[row]);
     case Type::int64:
-      return append_integer<std::int64_t>(column, row);
+      return write_integer(place, column.values<std::int64_t>()[row]);
     case Type::uint16:
-      return append_integer<std::uint16_t>(column, row);
+      return write_integer(place, column.values<std::uint16_t>()[row]);
     case Type::uint32:
-      return append_integer<std::uint32_t>(column, row);
+      return write_integer(place, column.values<std::uint32_t>()[row]);
     case Type::float32:
-      return buffer_.advance(write_float(buffer_.number(), column.values<float>()[row]));
+      return write_float(place, column.values<float>()[row]);
     case Type::float64:
-      return buffer_.advance(write_double(buffer_.number(), column.values<double>()[row]));
+      return write_double(place, column.values<double>()[row]);
     case Type::choice:
-      return buffer_.append(choices_[index][column.values<std::uint8_t>()[row]]);
+      return Buffer::put(place, choices_[index][column.values<std::uint8_t>()[row]]);
     case Type::text:
-      scratch_.clear();
-      dialect_.append_escaped(scratch_, column.text(row), style_.is_for_terminal);
-      return buffer_.append(scratch_);
+      return write_text(place, column.text(row));
   }
+  return place;
 }
 
 }  // namespace
