@@ -132,6 +132,12 @@ void add_recordings(const Seeds& seeds) {
               static_cast<std::uint8_t>(count % 2 != 0 ? 63 : 0),
               static_cast<std::uint8_t>(log != 0 ? 7 : 5), static_cast<std::uint8_t>(consistency)});
     seeds.add("open_walk", name, with_tail(recording.file, tail));
+    // Settings, read from the end: options, rows of a batch, log length.
+    Bytes table_tail = text_bytes(small_log);
+    putBytes(table_tail,
+             {static_cast<std::uint8_t>(small_log.size()), static_cast<std::uint8_t>(count % 64),
+              static_cast<std::uint8_t>(count * 37)});
+    seeds.add("tables", name, with_tail(recording.file, table_tail));
     const Bytes records(recording.file.begin() + static_cast<std::ptrdiff_t>(recording.head),
                         recording.file.end());
     for (const unsigned options : {0u, 3u})

@@ -45,6 +45,7 @@ class Command {
 // The verbs of each file.
 void append_table_commands(std::vector<std::unique_ptr<Command>>& commands);
 void append_export_command(std::vector<std::unique_ptr<Command>>& commands);
+void append_schema_command(std::vector<std::unique_ptr<Command>>& commands);
 
 // A line on standard error, with the program's name in front.
 void complain(const std::string& text);

@@ -86,6 +86,7 @@ std::vector<std::unique_ptr<Command>> all_commands() {
   Commands commands;
   append_table_commands(commands);
   append_export_command(commands);
+  append_schema_command(commands);
   return commands;
 }
 
