@@ -1,24 +1,17 @@
 // Any command line over any recording, message log and frame table, in a scratch directory.
 //
-// Asserts: the run ends with status 0 or 1; no descriptor and no output file stays open; a run
-// that ends with 0 leaves whole lines in its ASC file; the same run, with what an earlier one left
-// in force, writes the same text again.
-#include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
-
+// Asserts: the run ends with status 0 or 1; no descriptor stays open; a run that ends with 0 leaves
+// whole lines in its ASC file; the same run, with what an earlier one left in force, writes the
+// same text again.
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
-#include <vector>
 
-#include "cli/options.h"
-#include "fuzz_support.h"
-#include "gzd.h"
+#include "harness.h"
 #include "process.h"
-#include "record_frames.h"
 
 using namespace gzdconv;
 
@@ -31,94 +24,26 @@ constexpr std::size_t LONGEST_WORD = 60;
 // From here on a byte stands for a word of its own, of as many letters as its low four bits say.
 constexpr std::size_t OWN_WORD = 160;
 
-constexpr const char* OPTIONS[] = {"-a",
-                                   "-b",
-                                   "-cl",
-                                   "-c",
-                                   "-defres",
-                                   "-eh",
-                                   "-e",
-                                   "-ftime",
-                                   "-failsafe",
-                                   "-fout",
-                                   "-fp",
-                                   "-f",
-                                   "-geom",
-                                   "-gazemap",
-                                   "-g3dscr",
-                                   "-g3deye",
-                                   "-hr",
-                                   "-h",
-                                   "-input",
-                                   "-i",
-                                   "-logmsg",
-                                   "-l",
-                                   "-miss",
-                                   "-ned",
-                                   "-neye",
-                                   "-ne",
-                                   "-nflags",
-                                   "-nht",
-                                   "-nl",
-                                   "-nmsg",
-                                   "-npa_check",
-                                   "-nr",
-                                   "-nst",
-                                   "-ns",
-                                   "-ntime_check",
-                                   "-nt",
-                                   "-nv",
-                                   "-o",
-                                   "-pe",
-                                   "-q",
-                                   "-reparse",
-                                   "-res",
-                                   "-r",
-                                   "-sfhmf",
-                                   "-scenecam",
-                                   "-setres",
-                                   "-sepres",
-                                   "-sg",
-                                   "-sh",
-                                   "-sp",
-                                   "-s",
-                                   "-t",
-                                   "-utf8",
-                                   "-v",
-                                   "-vel",
-                                   "-x",
-                                   "-y",
-                                   "-z",
-                                   "-hpos",
-                                   "-p",
-                                   "-d",
-                                   "-debug",
-                                   "--help",
-                                   "--version",
-                                   "rec.gzd",
-                                   "rec",
-                                   "other",
-                                   "out",
-                                   "30",
-                                   "12.5",
-                                   "700,760,-200,150,200,-150,0,0,1023,767",
-                                   "!V",
-                                   "MSG",
-                                   "no.gzd",
-                                   "",
-                                   "-"};
+constexpr const char* WORDS =
+    "-a -b -cl -c -defres -eh -e -ftime -failsafe -fout -fp -f -geom -gazemap -g3dscr -g3deye -hr "
+    "-h -input -i -logmsg -l -miss -ned -neye -ne -nflags -nht -nl -nmsg -npa_check -nr -nst -ns "
+    "-ntime_check -nt -nv -o -pe -q -reparse -res -r -sfhmf -scenecam -setres -sepres -sg -sh -sp "
+    "-s -t -utf8 -v -vel -x -y -z -hpos -p -d -debug --help --version rec.gzd rec other out 30 "
+    "12.5 "
+    "700,760,-200,150,200,-150,0,0,1023,767 !V MSG no.gzd -";
 
-// ---- the scratch directory ----------------------------------------------------------------------
-
-std::filesystem::path make_scratch() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "gzd-fuzz-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) std::abort();
-  return pattern;
+std::vector<std::string> known_words() {
+  std::istringstream words(WORDS);
+  return {std::istream_iterator<std::string>(words), {}};
 }
 
 class Scratch {
  public:
-  Scratch() : path_(make_scratch()) { std::filesystem::current_path(path_); }
+  Scratch() {
+    path_ = (std::filesystem::temp_directory_path() / "gzd-fuzz-XXXXXX").string();
+    if (mkdtemp(path_.data()) == nullptr) std::abort();
+    std::filesystem::current_path(path_);
+  }
   Scratch(const Scratch&) = delete;
   Scratch& operator=(const Scratch&) = delete;
   ~Scratch() {
@@ -131,30 +56,17 @@ class Scratch {
   }
 
  private:
-  std::filesystem::path path_;
+  std::string path_;
 };
 
 void write_file(const char* name, fuzz::Input bytes) {
-  const int file = open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  if (file < 0 || write(file, bytes.data(), bytes.size()) < 0) std::abort();
-  close(file);
+  std::ofstream(name, std::ios::binary) << fuzz::text_of(bytes);
 }
 
-std::string content_of(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+std::ptrdiff_t count_descriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return std::distance(begin(all), end(all));
 }
-
-std::size_t count_descriptors() {
-  std::size_t count = 0;
-  DIR* const directory = opendir("/proc/self/fd");
-  if (directory == nullptr) std::abort();
-  while (readdir(directory) != nullptr) ++count;
-  closedir(directory);
-  return count;
-}
-
-// ---- the command line ---------------------------------------------------------------------------
 
 // Words cannot leave the scratch directory, and are too short to outgrow a log message.
 std::string harmless(std::string_view word) {
@@ -165,12 +77,12 @@ std::string harmless(std::string_view word) {
 }
 
 std::vector<std::string> words_from(fuzz::Tail& tail) {
+  static const std::vector<std::string> known = known_words();
   std::vector<std::string> words = {"gzdconv"};
-  const std::size_t count = tail.byte() % MOST_WORDS;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t count = tail.byte() % MOST_WORDS; count > 0; --count) {
     const std::size_t choice = tail.byte();
     const bool listed = choice < OWN_WORD;
-    words.push_back(listed ? OPTIONS[choice % std::size(OPTIONS)]
+    words.push_back(listed ? known[choice % known.size()]
                            : harmless(fuzz::text_of(tail.block(choice % 16))));
   }
   words.insert(words.end(), {"rec.gzd", "-y"});
@@ -179,13 +91,12 @@ std::vector<std::string> words_from(fuzz::Tail& tail) {
 
 bool names_output(const std::vector<std::string>& words) {
   return std::any_of(words.begin() + 1, words.end(), [](const std::string& word) {
-    return word.size() > 1 && word[0] == '-' && std::strchr("dDpP", word[1]) != nullptr;
+    return word.size() > 1 && word[0] == '-' && std::string("dDpP").find(word[1]) < 4;
   });
 }
 
 int run_words(std::vector<std::string> words) {
   std::vector<char*> argv;
-  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   std::rewind(stdin);
@@ -196,9 +107,16 @@ int run_words(std::vector<std::string> words) {
   }
 }
 
-// Without what counts up from file to file, and the line that tells when the text was made.
-std::string lasting_text(const std::string& text) {
-  std::istringstream lines(text);
+std::string content_of(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The text of one more run, without what counts up from file to file, and the line that tells when
+// it was made.
+std::string text_of_run(const std::vector<std::string>& words) {
+  FUZZ_REQUIRE(run_words(words) == 0);
+  std::istringstream lines(content_of("rec.asc"));
   std::string lasting;
   for (std::string line; std::getline(lines, line);) {
     const bool passing = line.find("** CONVERTED FROM ") != std::string::npos ||
@@ -208,16 +126,10 @@ std::string lasting_text(const std::string& text) {
   return lasting;
 }
 
-std::string text_of_run(const std::vector<std::string>& words) {
-  FUZZ_REQUIRE(run_words(words) == 0);
-  return lasting_text(content_of("rec.asc"));
-}
-
 void check_run(const std::vector<std::string>& words) {
-  const std::size_t descriptors = count_descriptors();
+  const std::ptrdiff_t descriptors = count_descriptors();
   const int status = run_words(words);
   FUZZ_REQUIRE(status == 0 || status == 1);
-  FUZZ_REQUIRE(options.out_file == nullptr);
   FUZZ_REQUIRE(count_descriptors() == descriptors);
   if (status != 0 || names_output(words) || !std::filesystem::exists("rec.asc")) return;
   const std::string text = content_of("rec.asc");
@@ -229,24 +141,17 @@ void check_run(const std::vector<std::string>& words) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  fuzz::silence_standard_output();
-  if (std::freopen("/dev/null", "r", stdin) == nullptr) std::abort();
-  return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(command_line) {
+  static FILE* const noAnswers = std::freopen("/dev/null", "r", stdin);
   static const Scratch scratch;
-  fuzz::Tail tail({data, size});
+  fuzz::Tail tail(input);
   const std::vector<std::string> words = words_from(tail);
   const fuzz::Input log = tail.block(tail.word() % 1024);
   const fuzz::Input table = tail.block(tail.byte());
-  const fuzz::Input recording = tail.rest();
-  if (fuzz::is_too_large(recording, LARGEST_FILLING)) return 0;
   scratch.empty();
-  write_file("rec.gzd", recording);
+  write_file("rec.gzd", fuzz::recording_from(tail));
+  if (noAnswers == nullptr || fuzz::is_too_large("rec.gzd", LARGEST_FILLING)) return;
   write_file("tq_messages.log", log);
   write_file("rec0.ett", table);
   check_run(words);
-  return 0;
 }

@@ -5,20 +5,12 @@
 // the text.
 #include <zlib.h>
 
-#include <memory>
-#include <vector>
-
-#include "fuzz_support.h"
+#include "harness.h"
 #include "stream/zipread.h"
 
 using namespace gzd;
 
 namespace {
-
-struct CloseFile {
-  void operator()(FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, CloseFile>;
 
 struct Inflated {
   int result;
@@ -29,8 +21,8 @@ Inflated inflate_by_library(fuzz::Input bytes) {
   static fuzz::MemoryFile source("compressed"), target("inflated");
   source.set(bytes);
   target.set({});
-  const File in(std::fopen(source.path().c_str(), "rb"));
-  File out(std::fopen(target.path().c_str(), "r+b"));
+  const fuzz::File in(std::fopen(source.path().c_str(), "rb"));
+  fuzz::File out(std::fopen(target.path().c_str(), "r+b"));
   if (!in || !out) std::abort();
   const int result = do_uncompress(in.get(), out.get());
   out.reset();
@@ -51,16 +43,11 @@ Inflated inflate_at_once(fuzz::Input bytes) {
   return {result == Z_STREAM_END ? UNCOMPRESS_OK : UNCOMPRESS_DATA_ERROR, text};
 }
 
-std::vector<std::uint8_t> deflated(fuzz::Input bytes) {
+void check_round_trip(fuzz::Input bytes, std::size_t cut) {
   uLongf length = compressBound(bytes.size());
   std::vector<std::uint8_t> packed(length);
   if (compress2(packed.data(), &length, bytes.data(), bytes.size(), 1) != Z_OK) std::abort();
   packed.resize(length);
-  return packed;
-}
-
-void check_round_trip(fuzz::Input bytes, std::size_t cut) {
-  std::vector<std::uint8_t> packed = deflated(bytes);
   const Inflated whole = inflate_by_library(packed);
   FUZZ_REQUIRE(whole.result == UNCOMPRESS_OK && whole.text == fuzz::text_of(bytes));
   packed.resize(cut % packed.size());
@@ -71,21 +58,15 @@ void check_round_trip(fuzz::Input bytes, std::size_t cut) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::Tail tail({data, size});
+FUZZ_TARGET(inflate) {
+  fuzz::Tail tail(input);
   const bool roundTrip = tail.byte() % 8 == 0;
   const std::size_t cut = tail.word();
-  if (roundTrip) {
-    check_round_trip(tail.rest(), cut);
-    return 0;
-  }
+  if (roundTrip) return check_round_trip(tail.rest(), cut);
   const Inflated ours = inflate_by_library(tail.rest());
   const Inflated theirs = inflate_at_once(tail.rest());
   FUZZ_REQUIRE(ours.result == theirs.result);
   // Of a damaged stream, the piece inflated when the damage was met is left away.
-  if (ours.result == UNCOMPRESS_OK)
-    FUZZ_REQUIRE(ours.text == theirs.text);
-  else
-    FUZZ_REQUIRE(theirs.text.starts_with(ours.text));
-  return 0;
+  const bool whole = ours.result == UNCOMPRESS_OK;
+  FUZZ_REQUIRE(whole ? ours.text == theirs.text : theirs.text.starts_with(ours.text));
 }

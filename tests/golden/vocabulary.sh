@@ -9,5 +9,8 @@ tell() {
   printf 'exit %s\n' "$status"
 }
 
+# recording NAME FILE: a recording that is written down in tests/golden/recordings.
+recording() { golden_recordings "${recordings:?}/$1.txt" "$2"; }
+
 # A recording of a few lines.
-small_recording() { golden_recordings event_kinds "$1"; }
+small_recording() { recording event_kinds "$1"; }

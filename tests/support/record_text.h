@@ -1,0 +1,168 @@
+// Records as text, every field of them, and what is derived of a sample's camera data.
+#ifndef TESTS_SUPPORT_RECORD_TEXT_H
+#define TESTS_SUPPORT_RECORD_TEXT_H
+
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "gzd.h"
+
+namespace record_text {
+
+struct Field {
+  const char* name;
+  std::size_t offset, count;
+};
+
+#define FIELD(type, name, last)                                                        \
+  Field {                                                                              \
+#name, offsetof(type, name), (offsetof(type, last) - offsetof(type, name)) / 4 + 1 \
+  }
+#define EYES(name)                    \
+  Field {                             \
+#name, offsetof(FSAMPLE, name), 2 \
+  }
+#define TRIPLE(name)                  \
+  Field {                             \
+#name, offsetof(FSAMPLE, name), 3 \
+  }
+#define EVENT_PAIR(name, last) FIELD(FEVENT, name, last)
+
+constexpr Field SAMPLE_FIELDS[] = {EYES(px),
+                                   EYES(py),
+                                   EYES(hx),
+                                   EYES(hy),
+                                   EYES(pa),
+                                   EYES(gx),
+                                   EYES(gy),
+                                   FIELD(FSAMPLE, rx, ry),
+                                   EYES(gxvel),
+                                   EYES(gyvel),
+                                   EYES(hxvel),
+                                   EYES(hyvel),
+                                   EYES(rxvel),
+                                   EYES(ryvel),
+                                   EYES(fgxvel),
+                                   EYES(fgyvel),
+                                   EYES(fhxvel),
+                                   EYES(fhyvel),
+                                   EYES(frxvel),
+                                   EYES(fryvel),
+                                   TRIPLE(eyeInHeadX),
+                                   TRIPLE(eyeInHeadY),
+                                   TRIPLE(headRotation),
+                                   TRIPLE(headPosition),
+                                   FIELD(FSAMPLE, headInSpaceX, headInSpaceY),
+                                   EYES(unused_headInSpaceX),
+                                   EYES(unused_headInSpaceY),
+                                   FIELD(FSAMPLE, hrgx, ergy),
+                                   EYES(ex),
+                                   EYES(ey),
+                                   EYES(emajor),
+                                   EYES(eminor),
+                                   EYES(eangle)};
+constexpr Field EVENT_FIELDS[] = {
+    EVENT_PAIR(hstx, hsty),     EVENT_PAIR(gstx, gsty),
+    EVENT_PAIR(sta, sta),       EVENT_PAIR(henx, heny),
+    EVENT_PAIR(genx, geny),     EVENT_PAIR(ena, ena),
+    EVENT_PAIR(havx, havy),     EVENT_PAIR(gavx, gavy),
+    EVENT_PAIR(ava, ava),       EVENT_PAIR(avel, evel),
+    EVENT_PAIR(supd_x, eupd_y), EVENT_PAIR(headInSpaceX_start, headPositionZ_avg)};
+
+#undef FIELD
+#undef EYES
+#undef TRIPLE
+#undef EVENT_PAIR
+
+template <class... Values>
+void add(std::string& line, const char* format, Values... values) {
+  char text[400];
+  std::snprintf(text, sizeof text, format, values...);
+  line += text;
+}
+
+inline std::string text_of(float value, float absent) {
+  std::string text;
+  if (value == absent || value == MISSING_DATA) return value == absent ? " ." : " x";
+  add(text, " %.9g", double{value});
+  return text;
+}
+
+inline void add_fields(std::string& line, const void* record, std::span<const Field> fields,
+                       float absent) {
+  for (const Field& field : fields) {
+    std::vector<float> values(field.count);
+    std::memcpy(values.data(), static_cast<const char*>(record) + field.offset, 4 * field.count);
+    add(line, "; %s", field.name);
+    for (const float value : values) line += text_of(value, absent);
+  }
+}
+
+}  // namespace record_text
+
+inline std::string text_of(const FSAMPLE& s) {
+  std::string line;
+  record_text::add(line, "%u sample; flags %04x; input %u; buttons %u; errors %u; markers %08x",
+                   s.time, s.flags, s.input, s.buttons, s.errors, s.headMarkerFlags);
+  record_text::add(line, "; htype %d", s.htype);
+  for (const INT16 word : s.hdata) record_text::add(line, " %d", word);
+  record_text::add_fields(line, &s, record_text::SAMPLE_FIELDS, NOT_RECORDED);
+  return line;
+}
+
+inline std::string text_of(const FEVENT& e) {
+  std::string line;
+  record_text::add(
+      line, "%u..%u event %d eye %d; read %04x; by %u; flags %04x; input %u; buttons %u", e.sttime,
+      e.entime, e.type, e.eye, e.read, e.parsedby, e.flags, e.input, e.buttons);
+  record_text::add_fields(line, &e, record_text::EVENT_FIELDS, 0.0f);
+  if (e.message != nullptr) line += "; len " + std::to_string(e.message->len) + ' ' + &e.message->c;
+  return line;
+}
+
+inline std::string text_of(const RECORDINGS& r) {
+  std::string line;
+  record_text::add(line, "%u block state %d rate %g flags %04x %04x type %d pupil %d mode %d",
+                   r.time, r.state, double{r.sample_rate}, r.sflags, r.eflags, r.record_type,
+                   r.pupil_type, r.recording_mode);
+  record_text::add(line, " filter %d pos %d eye %d", r.filter_type, r.pos_type, r.eye);
+  return line;
+}
+
+inline std::string text_of(ALLF_DATA* record) {
+  if (const FSAMPLE* sample = gzd_get_sample(record)) return text_of(*sample);
+  if (const FEVENT* event = gzd_get_event(record)) return text_of(*event);
+  if (const RECORDINGS* block = gzd_get_recording(record)) return text_of(*block);
+  return "no record";
+}
+
+inline std::string camera_text(GZDFILE* file, FSAMPLE& sample, int eye) {
+  using Place = void (*)(GZDFILE*, FSAMPLE*, int, float*);
+  using Area = UINT32 (*)(GZDFILE*, FSAMPLE*, int);
+  using record_text::add;
+  std::string line;
+  for (const Place place : {&gzd_get_uncorrected_raw_pupil, &gzd_get_uncorrected_raw_cr,
+                            &gzd_get_uncorrected_raw_cr2, &gzd_get_pupil_cr}) {
+    float pair[2];
+    place(file, &sample, eye, pair);
+    line += " (" + record_text::text_of(pair[0], NOT_RECORDED) +
+            record_text::text_of(pair[1], NOT_RECORDED) + " )";
+  }
+  for (const Area area : {&gzd_get_uncorrected_pupil_area, &gzd_get_uncorrected_cr_area,
+                          &gzd_get_uncorrected_cr2_area})
+    add(line, " %u", area(file, &sample, eye));
+  UINT32 size[2];
+  gzd_get_pupil_dimension(file, &sample, eye, size);
+  add(line, " %ux%u", size[0], size[1]);
+  gzd_get_cr_dimension(file, &sample, size);
+  add(line, " %ux%u", size[0], size[1]);
+  gzd_get_window_position(file, &sample, size);
+  add(line, " at %u,%u;", size[0], size[1]);
+  return line;
+}
+
+#endif
