@@ -131,7 +131,7 @@ void check_event(const Decoder& d) {
   FUZZ_REQUIRE(d.text.text.back() == '\0');
 }
 
-void check_translated(const Decoder& plain, Decoder translated) {
+void check_translated(const Decoder& plain, Decoder& translated) {
   check_place(plain, translated);
   if (plain.kind != NextRecord::Event) return;
   if (plain.event.type == GZD_MESSAGE && plain.event.message != nullptr) {

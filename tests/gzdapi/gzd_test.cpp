@@ -66,38 +66,6 @@ TEST(Open, WhatIsNotARecording) {
             "error reading gzd file 7a r = 0 \nEnd of file Exception\n");
 }
 
-TEST(Open, ALinkToARecordingIsOne) {
-  const ScratchDirectory scratch;
-  const std::string link = scratch.file("link");
-  std::filesystem::create_symlink(scratch.save("file", small_recording().bytes()), link);
-  int rv = 77;
-  GZDFILE* file = gzd_open_file(link.c_str(), 0, 1, 1, &rv);
-  EXPECT_NE(file, nullptr);
-  EXPECT_EQ(rv, 0);
-  EXPECT_EQ(gzd_close_file(file), 0);
-  EXPECT_EQ(gzd_close_file(nullptr), 0);
-}
-
-TEST(Open, EveryContainerGivesTheSameElements) {
-  GzdWriter w = small_recording();
-  const std::string expected = OpenRecording(w).describe();
-  EXPECT_EQ(expected, "24:990 [1000 s1000 s1002 25:1003 s1004 s1006 s1008 8:1000 s1010 ]1020");
-  using gzdsynth::Magic;
-  for (const Magic kind :
-       {Magic::kComb, Magic::kFalc, Magic::kOsp, Magic::kFalcZip, Magic::kOspZip}) {
-    for (const bool carriageReturn : {false, true}) {
-      EXPECT_EQ(OpenRecording(w.magic(kind, carriageReturn)).describe(), expected);
-    }
-  }
-}
-
-TEST(Open, LeavesOutWhatIsNotAskedFor) {
-  const GzdWriter w = small_recording();
-  EXPECT_EQ(OpenRecording(w, 0, 0, 1).describe(),
-            "[1000 s1000 s1002 s1004 s1006 s1008 s1010 ]1020");
-  EXPECT_EQ(OpenRecording(w, 0, 1, 0).describe(), "24:990 [1000 25:1003 8:1000 ]1020");
-}
-
 TEST(Open, TheConfigurationIsSharedAndCopied) {
   const ScratchDirectory scratch;
   const std::string path = scratch.save("file", small_recording().bytes());
@@ -136,20 +104,6 @@ TEST(Open, ATraceNeverOverwritesTheRecording) {
   gzd_close_file(file);
   EXPECT_EQ(std::filesystem::file_size(path), size);
   EXPECT_EQ(log.take(), "The debug file is the recording itself. Nothing is traced \n");
-}
-
-TEST(Open, MessageLogBesideTheFileOrAtAGivenPath) {
-  const ScratchDirectory scratch;
-  const std::string path = scratch.save("file", small_recording().bytes());
-  int rv;
-  GZDFILE* without = gzd_open_file(path.c_str(), 0, 1, 1, &rv);
-  GZDFILE* with = gzd_open_file(path.c_str(), 0, GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG, 1, &rv);
-  ASSERT_NE(with, nullptr);
-  EXPECT_EQ(gzd_get_element_count(with), gzd_get_element_count(without));
-  gzd_close_file(with);
-  gzd_close_file(without);
-  EXPECT_EQ(gzd_set_extra_message_file(scratch.file("none").c_str()), 0);
-  EXPECT_EQ(gzd_set_extra_message_file(nullptr), 0);
 }
 
 const char* const LOG_OF_TWO_BLOCKS =
@@ -199,48 +153,6 @@ TEST(Open, TheVersionIsAConstant) {
 // ---- walking
 // -------------------------------------------------------------------------------------
 
-TEST(Walk, CountsAndPlaces) {
-  OpenRecording file(small_recording());
-  EXPECT_EQ(gzd_get_element_count(file), 11u);
-  EXPECT_EQ(gzd_get_element_index(file), 0u);
-  EXPECT_EQ(gzd_get_float_data(file), nullptr);
-  for (unsigned i = 1; i <= 11; ++i) {
-    EXPECT_NE(gzd_get_next_data(file), GZD_END_OF_DATA);
-    EXPECT_EQ(gzd_get_element_index(file), i);
-  }
-  EXPECT_EQ(gzd_get_next_data(file), GZD_END_OF_DATA);
-  EXPECT_EQ(gzd_get_next_data(file), GZD_END_OF_DATA);
-}
-
-TEST(Walk, FetchingTwiceGivesTheSame) {
-  OpenRecording file(small_recording());
-  while (const ALLF_DATA* record = file.next()) {
-    const ALLF_DATA first = *record;
-    const std::size_t size = file.code == GZD_SAMPLE      ? sizeof(FSAMPLE)
-                             : file.code == GZD_RECORDING ? sizeof(RECORDINGS)
-                                                          : sizeof(FEVENT);
-    EXPECT_EQ(std::memcmp(gzd_get_float_data(file), &first, size), 0);
-  }
-}
-
-TEST(Walk, KindsOfRecords) {
-  OpenRecording file(small_recording());
-  int seen = 0;
-  while (file.next() != nullptr) {
-    ALLF_DATA* record = gzd_get_float_data(file);
-    const bool sample = file.code == GZD_SAMPLE;
-    const bool block = file.code == GZD_RECORDING;
-    EXPECT_EQ(gzd_get_event(record), sample || block ? nullptr : &record->fe);
-    EXPECT_EQ(gzd_get_sample(record), sample ? &record->fs : nullptr);
-    EXPECT_EQ(gzd_get_recording(record), block ? &record->rec : nullptr);
-    EXPECT_EQ(gzd_get_event_data(file) != nullptr, !sample && !block);
-    EXPECT_EQ(gzd_get_sample_data(file) != nullptr, sample);
-    EXPECT_EQ(gzd_get_recording_data(file) != nullptr, block);
-    ++seen;
-  }
-  EXPECT_EQ(seen, 11);
-}
-
 TEST(Walk, RecordsOfNoFileAreJudgedByTheirType) {
   ALLF_DATA record{};
   for (const int type : {8, 24, 25, 200, 30, 0}) {
@@ -252,37 +164,6 @@ TEST(Walk, RecordsOfNoFileAreJudgedByTheirType) {
   EXPECT_EQ(gzd_get_event(nullptr), nullptr);
   EXPECT_EQ(gzd_get_sample(nullptr), nullptr);
   EXPECT_EQ(gzd_get_recording(nullptr), nullptr);
-}
-
-TEST(Walk, DataOfNothing) {
-  OpenRecording file(small_recording());
-  EXPECT_EQ(gzd_get_event_data(file), nullptr);
-  EXPECT_EQ(gzd_get_sample_data(file), nullptr);
-  EXPECT_EQ(gzd_get_recording_data(file), nullptr);
-}
-
-TEST(Walk, SamplesByTimeLeaveTheWalkWhereItIs) {
-  OpenRecording file(small_recording());
-  gzd_get_next_data(file);
-  const ALLF_DATA* record = gzd_get_sample_close_to_time(file, 1004);
-  ASSERT_NE(record, nullptr);
-  EXPECT_EQ(record->fs.time, 1004u);
-  EXPECT_EQ(record->fs.gx[0], 12.0f);
-  EXPECT_EQ(gzd_get_sample_close_to_time(file, 1005), nullptr);
-  EXPECT_EQ(gzd_get_sample_close_to_time(file, 5), nullptr);
-  EXPECT_EQ(gzd_get_element_index(file), 1u);
-  EXPECT_EQ(gzd_get_float_data(file)->fe.type, GZD_MESSAGE);
-}
-
-TEST(Walk, AnEmptyRecording) {
-  CapturedLog log;
-  OpenRecording file((GzdWriter()));
-  EXPECT_EQ(gzd_get_element_count(file), 0u);
-  EXPECT_EQ(gzd_get_next_data(file), GZD_END_OF_DATA);
-  EXPECT_EQ(gzd_get_float_data(file), nullptr);
-  EXPECT_EQ(gzd_get_sample_close_to_time(file, 0), nullptr);
-  EXPECT_EQ(gzd_get_trial_count(file), 0);
-  for (const int level : {1, 2, 4, 7}) EXPECT_EQ(OpenRecording(GzdWriter(), level).describe(), "");
 }
 
 TEST(Walk, TwoFilesAtOnce) {
@@ -317,43 +198,6 @@ TEST(Facts, PreambleText) {
   EXPECT_EQ(text[0], '#');
 }
 
-TEST(Facts, RatesAreThoseOfTheBlockAtHand) {
-  struct Case {
-    double rate;
-    int interval;
-    float exact;
-  };
-  for (const Case& c : {Case{250, 4, 4.0f}, {500, 2, 2.0f}, {1000, 1, 1.0f}, {2000, 0, 0.5f}}) {
-    OpenRecording file(small_recording(c.rate));
-    EXPECT_EQ(gzd_get_sample_per_second(file), 0.0f);
-    EXPECT_EQ(gzd_get_sample_interval(file), 0);
-    EXPECT_EQ(gzd_get_sample_interval_ex(file), 0.0f);
-    file.nextOf(GZD_RECORDING);
-    EXPECT_EQ(gzd_get_sample_per_second(file), static_cast<float>(c.rate));
-    EXPECT_EQ(gzd_get_sample_interval(file), c.interval);
-    EXPECT_EQ(gzd_get_sample_interval_ex(file), c.exact);
-    file.nextOf(GZD_RECORDING);
-    EXPECT_EQ(gzd_get_sample_per_second(file), 0.0f);
-  }
-}
-
-TEST(Facts, Revisions) {
-  const std::pair<int, int> revisions[] = {{0, 1}, {0, 1}, {1, 2}, {1, 3}, {3, 4}};
-  for (int generation = 0; generation <= 4; ++generation) {
-    OpenRecording file((GzdWriter(generation)));
-    EXPECT_EQ(gzd_get_revision(file), revisions[generation].first);
-    EXPECT_EQ(gzd_get_ovilo_revision(file), revisions[generation].second);
-  }
-}
-
-TEST(Facts, FilterAndInput) {
-  GzdWriter w;
-  w.startBlock({.time = 1, .fileFilter = 7}).input(5, 1).endBlock(9);
-  OpenRecording file(w);
-  EXPECT_EQ(get_filter_level_for_sample(file), 7);
-  EXPECT_EQ(gzd_get_input_data_availibity(file), 1);
-}
-
 // ---- trials, bookmarks, camera: that the calls arrive
 // --------------------------------------------
 
@@ -364,48 +208,6 @@ GzdWriter two_blocks() {
     w.message(start + 2, "FINISH").endBlock(start + 10);
   }
   return w;
-}
-
-TEST(Trials, AreReachedThroughTheInterface) {
-  OpenRecording file(two_blocks());
-  EXPECT_EQ(gzd_get_start_trial_identifier(file), nullptr);
-  EXPECT_EQ(gzd_get_trial_count(file), 2);
-  EXPECT_EQ(gzd_jump_to_trial(file, 1), 0);
-  EXPECT_EQ(gzd_jump_to_trial(file, 2), -1);
-  TRIAL trial{};
-  EXPECT_EQ(gzd_get_trial_header(file, &trial), 0);
-  EXPECT_EQ(trial.starttime, 2000u);
-  EXPECT_EQ(gzd_get_trial_header(file, nullptr), -1);
-  EXPECT_EQ(gzd_goto_previous_trial(file), 0);
-  EXPECT_EQ(gzd_goto_next_trial(file), 0);
-  EXPECT_EQ(gzd_goto_next_trial(file), -1);
-  EXPECT_EQ(gzd_goto_trial_with_start_time(file, 1000), 0);
-  EXPECT_EQ(gzd_goto_trial_with_end_time(file, 12345), -1);
-  char begin[] = "BEGIN";
-  char finish[] = "FINISH";
-  EXPECT_EQ(gzd_set_trial_identifier(file, begin, finish), 0);
-  EXPECT_STREQ(gzd_get_start_trial_identifier(file), "BEGIN");
-  EXPECT_STREQ(gzd_get_end_trial_identifier(file), "FINISH");
-  EXPECT_EQ(gzd_jump_to_trial(file, 0), 0);
-  EXPECT_EQ(gzd_get_trial_header(file, &trial), 0);
-  EXPECT_EQ(trial.starttime, 1000u);
-}
-
-TEST(Bookmarks, AreReachedThroughTheInterface) {
-  OpenRecording file(two_blocks());
-  BOOKMARK first{}, second{};
-  EXPECT_EQ(gzd_set_bookmark(file, nullptr), -1);
-  EXPECT_EQ(gzd_goto_previous_bookmark(file), -1);
-  EXPECT_EQ(gzd_set_bookmark(file, &first), 0);
-  file.nextOf(GZD_SAMPLE);
-  EXPECT_EQ(gzd_set_bookmark(file, &second), 0);
-  EXPECT_EQ(gzd_goto_bookmark(file, &first), 0);
-  EXPECT_EQ(gzd_get_element_index(file), 0u);
-  EXPECT_EQ(gzd_goto_next_bookmark(file), 0);
-  EXPECT_EQ(gzd_get_element_index(file), second.id);
-  EXPECT_EQ(gzd_goto_next_bookmark(file), -1);
-  EXPECT_EQ(gzd_free_bookmark(file, &second), 0);
-  EXPECT_EQ(gzd_goto_bookmark(file, &second), -1);
 }
 
 // Log and rate are those of the place jumped to, forwards and backwards, to trials and bookmarks.
@@ -475,35 +277,6 @@ TEST(Walk, UnknownFieldsAreReportedWhereTheyAreMet) {
               byMerge + line);
   }
   gzd_set_extra_message_file(nullptr);
-}
-
-TEST(Camera, AnswersOfASampleWithoutCameraData) {
-  OpenRecording file(two_blocks());
-  FSAMPLE sample = file.nextOf(GZD_SAMPLE)->fs;
-  for (const int eye : {GZD_LEFT_EYE, GZD_RIGHT_EYE}) {
-    float pair[2] = {5, 5};
-    gzd_get_uncorrected_raw_pupil(file, &sample, eye, pair);
-    EXPECT_EQ(pair[0], 1e8f);
-    gzd_get_uncorrected_raw_cr(file, &sample, eye, pair);
-    gzd_get_uncorrected_raw_cr2(file, &sample, eye, pair);
-    EXPECT_EQ(pair[1], 1e8f);
-    EXPECT_EQ(gzd_get_uncorrected_cr2_area(file, &sample, eye), 0u);
-    gzd_get_pupil_cr(file, &sample, eye, pair);
-    const auto isWritten = [](auto call) {
-      UINT32 size[2] = {77, 77};
-      call(size);
-      return size[0] != 77 && size[1] != 77;
-    };
-    EXPECT_TRUE(isWritten([&](UINT32* rv) { gzd_get_pupil_dimension(file, &sample, eye, rv); }));
-    EXPECT_TRUE(isWritten([&](UINT32* rv) { gzd_get_cr_dimension(file, &sample, rv); }));
-    EXPECT_TRUE(isWritten([&](UINT32* rv) { gzd_get_window_position(file, &sample, rv); }));
-    double rx = 0, ry = 0;
-    gzd_calculate_ppd(1024, 768, &sample, eye, &rx, &ry);
-    EXPECT_EQ(rx, 1e8);
-    gzd_get_uncorrected_pupil_area(file, &sample, eye);
-    EXPECT_EQ(gzd_get_uncorrected_cr_area(file, &sample, eye), 0u);
-  }
-  EXPECT_EQ(gzd_compute_physical_setup(600, 610, -200, 150, 200, -150, 0, 0, 1023, 767), 0);
 }
 
 }  // namespace

@@ -196,16 +196,6 @@ Sample velocity_of(SampleQueue& queue, Track& track, UINT32 entry,
   return s;
 }
 
-TEST(SampleQueue, ReadsEverySampleOnceInOrder) {
-  Track track;
-  track.block().run(100, 3000);
-  SampleQueue queue(track.index, track);
-  for (UINT32 i = 1; i <= 3000; ++i) {
-    ASSERT_EQ(entry_for(queue, i), i);
-  }
-  EXPECT_EQ(track.reads, 3000);
-}
-
 // Arithmetic finds no sample between two steps that are too short: none there makes the queue read
 // on, the first one behind them does.
 TEST(SampleQueue, OnlyWhatArithmeticFindsNearTheEndReadsOn) {
@@ -217,31 +207,6 @@ TEST(SampleQueue, OnlyWhatArithmeticFindsNearTheEndReadsOn) {
   EXPECT_EQ(track.reads, 512);
   EXPECT_EQ(entry_for(queue, 502), 502u);
   EXPECT_EQ(track.reads, 512 + 128);
-}
-
-TEST(SampleQueue, VelocitiesDoNotDependOnTheOrderOfAsking) {
-  for (const int rate : {250, 500, 1000, 2000}) {
-    for (const int revision : {2, 3}) {
-      Track track;
-      track.period = 2000 / rate;
-      track.block().run(1000, 1500).message(1100);
-      const VelocitySettings settings{.sampleRate = rate, .ovilo_revision = revision};
-      SampleQueue sequential(track.index, track);
-      std::vector<Sample> expected(1501);
-      for (UINT32 i = 1; i <= 1500; ++i) expected[i] = velocity_of(sequential, track, i, settings);
-      SampleQueue jumping(track.index, track);
-      std::mt19937 random(5);
-      for (int round = 0; round < 600; ++round) {
-        const UINT32 i = static_cast<UINT32>(1 + random() % 1500);
-        const Sample s = velocity_of(jumping, track, i, settings);
-        ASSERT_EQ(std::memcmp(&s, &expected[i], sizeof(FSAMPLE)), 0) << rate << ' ' << i;
-      }
-      for (UINT32 i = 1500; i >= 1; --i) {
-        const Sample s = velocity_of(jumping, track, i, settings);
-        ASSERT_EQ(std::memcmp(&s, &expected[i], sizeof(FSAMPLE)), 0) << rate << ' ' << i;
-      }
-    }
-  }
 }
 
 // Positions of a run around a stamp, missing where the run does not reach.
@@ -283,34 +248,6 @@ TEST(SampleQueue, WindowsEndAtGapsAndBoundaries) {
   }
 }
 
-TEST(SampleQueue, WindowsOfARegularRunAreTheSameBySlotAndByStamp) {
-  for (const int rate : {250, 500, 1000, 2000}) {
-    for (const int revision : {2, 3}) {
-      Track track;
-      track.period = 2000 / rate;
-      track.tag = TAG | SMP_RIGHT;
-      track.lostEvery = 31 * static_cast<UINT64>(track.period);
-      track.block().run(1000, 300);
-      SampleQueue queue(track.index, track);
-      for (UINT32 i = 1; i <= 300; ++i) {
-        // Eyes and settings may change from one sample to the next.
-        const unsigned kinds = i % 3 == 0 ? GZD_VELOCITY_RAW : GZD_VELOCITY_ALL;
-        const VelocitySettings settings{.kinds = kinds,
-                                        .defaultRx = i % 5 == 0 ? 40.0f : MISSING_DATA,
-                                        .sampleRate = rate,
-                                        .ovilo_revision = revision};
-        const int slot = queue.getSample(i);
-        Sample bySlot = track.sampleAt(i);
-        if (i % 7 != 0) bySlot.flags = TAG;
-        Sample byStamp = bySlot;
-        queue.setVelocity(bySlot, bySlot.getTimeStamp(), slot, settings);
-        queue.setVelocity(byStamp, byStamp.getTimeStamp(), -1, settings);
-        ASSERT_EQ(std::memcmp(&bySlot, &byStamp, sizeof(FSAMPLE)), 0) << rate << ' ' << i;
-      }
-    }
-  }
-}
-
 TEST(SampleQueue, OfOneStampARecordedSampleGoesBeforeADummy) {
   Track track;
   track.block().run(100, 5);
@@ -326,19 +263,6 @@ TEST(SampleQueue, AnUnreadableSampleIsAnErrorToWhoeverReadsOn) {
   track.unreadable = 10;
   SampleQueue queue(track.index, track);
   EXPECT_THROW(queue.getSample(1), GZDException);
-}
-
-TEST(SampleQueue, ManyEntriesOfOneStampStayCheapAfterAJump) {
-  Track track;
-  track.block().run(100, 100);
-  for (int i = 0; i < 200'000; ++i) track.sample(299);
-  track.run(300, 100);
-  SampleQueue queue(track.index, track);
-  const auto begin = std::chrono::steady_clock::now();
-  for (UINT32 i = 100'000; i < 200'000; ++i) ASSERT_GE(queue.getSample(i), 0);
-  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-  EXPECT_LT(seconds.count(), 3.0);
-  EXPECT_LT(track.reads, 5000);
 }
 
 // ---- resolutions and kinds
@@ -364,35 +288,6 @@ class Velocities : public testing::Test {
 };
 
 constexpr auto UNCHANGED = [](Sample&) {};
-
-TEST_F(Velocities, UseTheGivenResolutionElseTheSamples) {
-  const float own = of(UNCHANGED, {}).gxvel[0];
-  const Sample given = of(UNCHANGED, {.defaultRx = 60.0f, .defaultRy = 0.005f});
-  EXPECT_NEAR(given.gxvel[0], own / 2, std::abs(own) * 1e-5);
-  EXPECT_EQ(given.gyvel[0], MISSING_DATA);
-  EXPECT_EQ(of(UNCHANGED, {.defaultRx = 60.0f}).gyvel[0], MISSING_DATA);
-}
-
-TEST_F(Velocities, AreMissingForImplausibleResolutions) {
-  for (const float bad : {0.01f, 0.0f, -5.0f, 10000.0f, MISSING_DATA}) {
-    for (float FSAMPLE::*field : {&FSAMPLE::rx, &FSAMPLE::ry}) {
-      const Sample s = of([&](Sample& sample) { sample.*field = bad; }, {});
-      EXPECT_EQ(s.gxvel[0], MISSING_DATA) << bad;
-      EXPECT_EQ(s.gyvel[0], MISSING_DATA);
-      EXPECT_NE(s.hxvel[0], MISSING_DATA);  // head-referenced ones follow from the position
-    }
-  }
-}
-
-TEST_F(Velocities, HeadReferencedResolutionFollowsFromThePosition) {
-  const Sample s = of([](Sample& sample) { sample.hx[0] = sample.hy[0] = 3000.0f; }, {});
-  const double rx = (2 * 9e6 + 225e6) / std::sqrt(9e6 + 225e6) / 57.2958;
-  // The four-point form leaves the middle out.
-  const Sample plain = of(UNCHANGED, {.defaultRx = 1.0f, .defaultRy = 1.0f});
-  EXPECT_NEAR(s.hxvel[0], static_cast<double>(plain.hxvel[0]) / rx, 1e-3);
-  const Sample origin = of([](Sample& sample) { sample.hx[0] = sample.hy[0] = 0.0f; }, {});
-  EXPECT_NEAR(origin.hyvel[0], static_cast<double>(plain.hyvel[0]) / (15000.0 / 57.2958), 1e-3);
-}
 
 TEST_F(Velocities, OfKindsLeftOutStayAsTheyWere) {
   std::vector<Sample> single;

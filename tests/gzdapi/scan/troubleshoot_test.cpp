@@ -64,30 +64,6 @@ std::string repeated(const std::string& part, int count) {
   return all;
 }
 
-TEST(Troubleshoot, KnownHeadersAreOnlyCounted) {
-  for (const UINT16 header : std::initializer_list<UINT16>{0x02F4, 0x02FC, 0x2100, 0x4100, 0, 28}) {
-    Scan scan(withHeaderAt(10, 0, header));
-    EXPECT_EQ(scan.at(0, 1), "");
-    EXPECT_EQ(scan.d.totalSamples, 1);
-    EXPECT_EQ(scan.d.timeUpdate, header >> 8);
-    EXPECT_EQ(scan.d.curOvDataTime, header >> 8);
-    EXPECT_EQ(scan.at(0, 0), "");
-    EXPECT_EQ(scan.d.totalEvents, 1);
-    EXPECT_EQ(scan.d.totalOvItem, 2);
-  }
-}
-
-TEST(Troubleshoot, AnUnknownHeaderIsDumpedAndTheNextGoodPositionToo) {
-  Scan scan(withHeaderAt(600, 302, 0x2100));
-  EXPECT_EQ(scan.at(20, 1),
-            "OVData Time 17 k = 1 diff 17 header 4369 \n"
-            "File position corruption at 20 \n" +
-                repeated("11", 200) + "0\n" + "Good position is found at 300 valid header 8448 \n" +
-                repeated("11", 2) + "210" + repeated("11", 196) + "0\n");
-  EXPECT_EQ(scan.d.prevOvDataTime, 17);
-  EXPECT_NE(scan.at(299, 0).find("Good position is found at 300 valid"), std::string::npos);
-}
-
 // The difference counts from the item before, whatever its header, also where no good position is.
 TEST(Troubleshoot, EveryItemSetsTheTimeThatTheNextIsComparedWith) {
   Scan scan(withHeaderAt(600, 0, 28));
@@ -99,32 +75,6 @@ TEST(Troubleshoot, EveryItemSetsTheTimeThatTheNextIsComparedWith) {
     EXPECT_NE(trace.find(" diff 17 header 4369 \n"), std::string::npos) << trace;
     EXPECT_EQ(trace.find("Good position"), std::string::npos);
   }
-}
-
-TEST(Troubleshoot, TheEndIsReportedWithTheRest) {
-  Scan scan(withHeaderAt(600, 302, 28));
-  EXPECT_EQ(scan.at(450, -1), "End of file detected 450 \n");
-  EXPECT_NE(scan.at(50, -1).find("End of file detected 50 \n"
-                                 "Trying to get more as size is 600 \n"
-                                 "File position corruption at 50 \n"),
-            std::string::npos);
-}
-
-TEST(Troubleshoot, ReadFailuresEndTheTraceOfTheItemOnly) {
-  Scan scan(Bytes(300, 0x11));
-  const LogCapture log;
-  scan.at(300, 1);
-  EXPECT_EQ(log.text(), "error reading gzd file 11\n");
-  scan.at(250, 1);  // the dump reaches over the end
-  scan.at(10, 1);   // no good position up to the end
-  scan.at(20, 1);
-  EXPECT_EQ(log.text(), "error reading gzd file 11\n");
-}
-
-TEST(Troubleshoot, ATraceCostsOneSearchThroughTheFile) {
-  Scan scan(withHeaderAt(400000, 399000, 0x4100));
-  for (INT64 position = 0; position < 398000; position += 50) scan.at(position, 1);
-  EXPECT_EQ(scan.d.goodPos, 398998);
 }
 
 }  // namespace

@@ -48,28 +48,6 @@ TEST_F(BookmarkTest, SetGoAndFree) {
   EXPECT_EQ(marks.gotoBookMark(&second), 0);
 }
 
-TEST_F(BookmarkTest, NullAndTheEndOfTheWalkAreRefused) {
-  EXPECT_EQ(marks.setBookMark(nullptr), -1);
-  EXPECT_EQ(setAt(10, &first), -1);
-  EXPECT_EQ(first.id, 99u);
-  EXPECT_EQ(marks.gotoBookMark(nullptr), -1);
-  EXPECT_EQ(marks.gotoBookMark(&first), -1);
-  EXPECT_EQ(marks.removeBookMark(nullptr), -1);
-  EXPECT_EQ(marks.removeBookMark(&first), -1);
-  EXPECT_EQ(marks.gotoNextBookMark(), -1);
-  EXPECT_EQ(marks.gotoPreviousBookMark(), -1);
-}
-
-TEST_F(BookmarkTest, ASecondOneAtAPlaceIsNotFilledIn) {
-  setAt(4, &first);
-  EXPECT_EQ(setAt(4, &second), 0);
-  EXPECT_EQ(second.id, 99u);
-  EXPECT_EQ(marks.gotoNextBookMark(), -1);
-  EXPECT_EQ(marks.removeBookMark(&first), 0);
-  EXPECT_EQ(setAt(4, &second), 0);
-  EXPECT_EQ(second.id, 4u);
-}
-
 TEST_F(BookmarkTest, RemovingMovesTheCurrentPlace) {
   setAt(1, &first);
   setAt(2, &second);
@@ -106,81 +84,32 @@ TEST(FindIndex, EqualsAPlainScanWhereTimesAreUnique) {
       if (kind == 0 && i > 0 && i + 2 < n) {
         b.start(time);
       } else if (kind == 1 && i > 0 && i + 2 < n) {
-        b.message(time, "m");
+        b.event(GZD_MESSAGE, time);
       } else {
         sampleAt[time] = static_cast<int>(i);
         b.sample(time);
       }
     }
     for (UINT32 t = 0; t < time + 3; ++t) {
-      ASSERT_EQ(find(b, t), sampleAt[t]) << b.describe() << " at " << t;
+      ASSERT_EQ(find(b, t), sampleAt[t]) << round << " at " << t;
     }
   }
 }
 
 TEST(FindIndex, OfTwoTheFirstDecides) {
   IndexBuilder b;
-  b.message(10, "m").sample(10);
+  b.event(GZD_MESSAGE, 10).sample(10);
   EXPECT_EQ(find(b, 10), -1);
   IndexBuilder behindOther;
-  behindOther.message(9, "m").sample(10);
+  behindOther.event(GZD_MESSAGE, 9).sample(10);
   EXPECT_EQ(find(behindOther, 10), -1);
   IndexBuilder behindSample;
-  behindSample.sample(9).message(10, "m");
+  behindSample.sample(9).event(GZD_MESSAGE, 10);
   EXPECT_EQ(find(behindSample, 10), 1);  // the type of the second is not looked at
   IndexBuilder one;
   one.sample(10);
   EXPECT_EQ(find(one, 10), 0);
   EXPECT_EQ(find(one, 11), -1);
-}
-
-TEST(FindIndex, AnEqualStampInTheMiddleThatIsNoSampleLeadsOn) {
-  IndexBuilder b;
-  b.sample(5).sample(9).message(10, "m").sample(10).sample(11);
-  EXPECT_EQ(find(b, 10), 3);
-  IndexBuilder before;
-  before.sample(5).sample(10).message(10, "m").sample(11).sample(12);
-  EXPECT_EQ(find(before, 10), -1);  // it lies on the other side
-  IndexBuilder block;
-  block.sample(5).sample(9).start(10).sample(10).sample(11);
-  EXPECT_EQ(find(block, 10), 3);
-}
-
-TEST(FindIndex, ABoundaryWithoutABlockHasNoKey) {
-  IndexBuilder b;
-  b.sample(5).sample(9).sample(9).sample(10).sample(11);
-  b.index.gzdItemList.change(2, [](GZDItem& item) { item = GZDItem(nullptr); });
-  EXPECT_EQ(find(b, 10), 3);
-  EXPECT_EQ(find(b, 9), -1);
-}
-
-TEST(FindIndex, RangesOutsideTheIndexFindNothing) {
-  IndexBuilder b;
-  EXPECT_EQ(find(b, 1), -1);
-  b.sample(1).sample(2);
-  EXPECT_EQ(findIndex(b.index, 2, 1, 0), -1);
-  EXPECT_EQ(findIndex(b.index, 2, -1, 1), -1);
-  EXPECT_EQ(findIndex(b.index, 2, 0, 2), -1);
-}
-
-TEST(GotoIndex, MovesAndSelectsTheTrialThatStartsThere) {
-  IndexBuilder b;
-  b.start(10).end(20).start(30).end(40);
-  Walk walk;
-  MessageLog log;
-  LogMerge merge(b.index, walk, log, [](UINT32) { return std::string_view(); });
-  Trials trials(b.index, walk, merge, log, [](UINT32) { return nullptr; });
-  gotoIndex(b.index, walk, trials, 2);
-  EXPECT_EQ(walk.currentData, 2u);
-  EXPECT_EQ(walk.currentTrial, NO_TRIAL);
-  trials.collectTrials();
-  gotoIndex(b.index, walk, trials, 2);
-  EXPECT_EQ(walk.currentTrial, 1u);
-  gotoIndex(b.index, walk, trials, 1);
-  EXPECT_EQ(walk.currentData, 1u);
-  EXPECT_EQ(walk.currentTrial, 1u);
-  for (const int outside : {-1, 4}) gotoIndex(b.index, walk, trials, outside);
-  EXPECT_EQ(walk.currentData, 1u);
 }
 
 }  // namespace

@@ -41,15 +41,6 @@ class NumberTest : public AscTest {
 };
 
 // Every stored word with the usual prescales, as the records hold them: singles.
-TEST_F(NumberTest, EveryStoredWordIsWrittenAsPrintfWritesIt) {
-  for (const float prescale : {1.0F, 10.0F, 100.0F, 182.0F})
-    for (int word = -32768; word < 32768; ++word) {
-      const double value = static_cast<float>(word) / prescale;
-      for (int decimals = 0; decimals <= 8; ++decimals)
-        ASSERT_TRUE(agrees(value, decimals, 7)) << value << " with " << decimals;
-    }
-}
-
 TEST_F(NumberTest, RandomSinglesAreWrittenAsPrintfWritesThem) {
   std::mt19937 random(7);
   for (int i = 0; i < 1'000'000; ++i) {
@@ -75,19 +66,6 @@ TEST_F(NumberTest, RandomDoublesAreWrittenAsPrintfWritesThem) {
   }
 }
 
-TEST_F(NumberTest, HalvesRoundToEvenAndSignsOfZeroStay) {
-  EXPECT_EQ(fixed(0.5, 0, 0), "0");
-  EXPECT_EQ(fixed(1.5, 0, 0), "2");
-  EXPECT_EQ(fixed(0.25, 1, 0), "0.2");
-  EXPECT_EQ(fixed(0.75, 1, 0), "0.8");
-  EXPECT_EQ(fixed(0.15, 1, 0), "0.1");   // just below
-  EXPECT_EQ(fixed(0.15F, 1, 0), "0.2");  // just above
-  EXPECT_EQ(fixed(-0.0, 1, 7), "   -0.0");
-  EXPECT_EQ(fixed(-0.04F, 1, 7), "   -0.0");
-  EXPECT_EQ(fixed(123.0, 1, -8), "123.0   ");
-  EXPECT_EQ(fixed(4294967295.5, 1, -8), "4294967295.5");
-}
-
 TEST_F(NumberTest, UnsignedIntegersAtEveryLength) {
   std::string expected;
   std::uint64_t power = 1;
@@ -101,14 +79,6 @@ TEST_F(NumberTest, UnsignedIntegersAtEveryLength) {
   EXPECT_EQ(asc(), expected + "18446744073709551615");
 }
 
-TEST_F(NumberTest, ColumnsAreAlignedOrOnlyTabbed) {
-  EXPECT_EQ(column(1, 512.25), "\t  512.2");
-  EXPECT_EQ(column(0, 512.25), "\t    512");
-  options.tabs_only = 1;
-  EXPECT_EQ(column(1, 512.25), "\t512.2");
-  EXPECT_EQ(column(0, 2e5), "\t200000");
-}
-
 TEST_F(NumberTest, LargeValuesHaveExponents) {
   EXPECT_EQ(column(1, 99999.0), "\t99999.0");
   EXPECT_EQ(column(1, 1e5), "\t 1.0e+05");
@@ -119,14 +89,6 @@ TEST_F(NumberTest, LargeValuesHaveExponents) {
   EXPECT_EQ(column(1, 99999.99), "\t100000.0");
   options.tabs_only = 1;
   EXPECT_EQ(column(1, 1e5), "\t1.0e+05");
-}
-
-TEST_F(NumberTest, ExtraDecimalsCountFromOneToFive) {
-  options.extra_decimals = 2;
-  EXPECT_EQ(column(1, 1.0625), "\t  1.062");
-  EXPECT_EQ(column(0, 123456.0), "\t 1.2e+05");
-  options.extra_decimals = 6;
-  EXPECT_EQ(column(1, 1.0625), "\t    1.1");
 }
 
 TEST_F(NumberTest, SpecialValues) {

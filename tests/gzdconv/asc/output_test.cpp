@@ -63,16 +63,6 @@ class OutputTest : public testing::Test {
   std::string printed_;
 };
 
-TEST_F(OutputTest, NamesOfOutputFiles) {
-  EXPECT_EQ(output_path("data/a.gzd"), "data/a.asc");
-  EXPECT_EQ(output_path("a.b.txt"), "a.b.asc");
-  EXPECT_EQ(output_path("plain"), "plain.asc");
-  options.output_dir = "out/";
-  EXPECT_EQ(output_path("data/a.gzd"), "out//a.asc");
-  EXPECT_EQ(output_path("data\\a.gzd"), "out/\\a.asc");
-  EXPECT_EQ(output_path("a.gzd"), "out/a.asc");
-}
-
 // The answers live as long as the run, so their whole story is one test.
 TEST_F(OutputTest, AsksBeforeItOverwrites) {
   put("a.asc", "old");
@@ -104,17 +94,6 @@ TEST_F(OutputTest, NeverOverwritesItsInput) {
   EXPECT_EQ(open("link.txt"), 1);
   EXPECT_EQ(printed_, "Could not open output file " + path("link.asc") + " \n");
   EXPECT_EQ(contents("input.gzd"), "recording");
-}
-
-TEST_F(OutputTest, FailureToOpenIsTold) {
-  EXPECT_EQ(open("missing/a.gzd"), 1);
-  EXPECT_EQ(printed_, "Could not open output file " + path("missing/a.asc") + " \n");
-}
-
-TEST_F(OutputTest, MarksUtf8) {
-  options.utf8 = 1;
-  EXPECT_EQ(open("a.gzd"), 0);
-  EXPECT_EQ(contents("a.asc"), "\xEF\xBB\xBFnew\n");
 }
 
 TEST_F(OutputTest, FailedWritesAreNoticed) {
@@ -186,13 +165,6 @@ TEST_F(OutputTest, LinesOfAnyLengthKeepTheirOrder) {
     }
   EXPECT_EQ(close_output_file(), 0);
   EXPECT_EQ(contents("a.asc"), expected);
-}
-
-TEST_F(OutputTest, WithoutAFileLinesGoToTheConsole) {
-  testing::internal::CaptureStdout();
-  print("time %d\n", 5);
-  std::fflush(stdout);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "time 5\n");
 }
 
 }  // namespace

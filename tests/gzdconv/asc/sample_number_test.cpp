@@ -29,15 +29,6 @@ class SampleNumberTest : public AscTest {
   std::string expected_;
 };
 
-TEST_F(SampleNumberTest, EveryStoredWordWithEveryUsualPrescale) {
-  for (const int prescale : {1, 4, 10, 20, 100}) {
-    for (int word = -32767; word <= 32767; ++word) {
-      add(static_cast<float>(word) / static_cast<float>(prescale));
-    }
-    compare();
-  }
-}
-
 TEST_F(SampleNumberTest, TiesAndNeighboursOfEveryLimit) {
   for (const float limit : {0.0f, 0.05f, 0.25f, 0.75f, 9.95f, 99.95f, 100.0f, 999.95f, 1000.0f,
                             9998.95f, 9999.0f, 9999.95f, 10000.0f, 99998.95f, 99999.0f}) {
@@ -61,18 +52,6 @@ TEST_F(SampleNumberTest, RandomFloats) {
   std::uniform_real_distribution<float> distribution(-99000.0f, 99000.0f);
   for (int i = 0; i < 200000; ++i) add(distribution(random));
   compare();
-}
-
-TEST_F(SampleNumberTest, TheRestGoesToPrintValue) {
-  print_tenths(MISSING_DATA);
-  print_tenths(100000.0f);
-  print_tenths(-2.5e6f);
-  options.extra_decimals = 1;
-  print_tenths(12.25f);
-  options.extra_decimals = 0;
-  options.tabs_only = 1;
-  print_tenths(12.5f);
-  EXPECT_EQ(asc(), "\t   .\t 1.0e+05\t -2.5e+06\t  12.25\t12.5");
 }
 
 }  // namespace

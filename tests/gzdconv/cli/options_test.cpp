@@ -128,15 +128,6 @@ constexpr Flag flags[] = {
     {"-y", &O::overwrite, 1},
 };
 
-TEST_F(OptionsTest, EveryFlagHasItsEffect) {
-  for (const Flag& flag : flags) {
-    EXPECT_EQ(parse({flag.option}), 1) << flag.option;
-    EXPECT_EQ(options.*flag.field, flag.value) << flag.option;
-    EXPECT_EQ(options.arguments_used, std::string(flag.option) + " ");
-    EXPECT_EQ(printed_, "") << flag.option;
-  }
-}
-
 // A line of the usage text as words: its first option, and "1" for each value shown behind it.
 std::vector<std::string> words_of_usage(const std::string& line) {
   std::size_t place = line.find_first_of(" /", 5);
@@ -187,23 +178,6 @@ TEST_F(OptionsTest, WordsThatAreNoOptionsAreNamedOnce) {
   EXPECT_EQ(told_, "");
 }
 
-TEST_F(OptionsTest, NamesStandAnywhereInOrder) {
-  EXPECT_EQ(parse({"a.gzd", "-t", "out", "-p", "dir", "b"}), 1);
-  EXPECT_EQ(names_, (std::vector<std::string>{"a.gzd", "out", "b"}));
-  EXPECT_EQ(options.arguments_used, "-t -p ");
-}
-
-TEST_F(OptionsTest, OppositeChoicesGiveBoth) {
-  for (const auto& pair : {std::pair{"-s", "-e"}, std::pair{"-e", "-s"}}) {
-    parse({pair.first, pair.second});
-    EXPECT_TRUE(options.output_samples && options.output_events) << pair.first;
-  }
-  for (const auto& pair : {std::pair{"-l", "-r"}, std::pair{"-r", "-l"}}) {
-    parse({pair.first, pair.second});
-    EXPECT_TRUE(options.left_eye && options.right_eye) << pair.first;
-  }
-}
-
 TEST_F(OptionsTest, DefaultResolutionsOutOfRangeAreIgnored) {
   parse({"-defres", "26.5", "27"});
   EXPECT_EQ(options.default_res_x, 26.5F);
@@ -239,45 +213,6 @@ TEST_F(OptionsTest, ExtraDecimalsAreClamped) {
   EXPECT_EQ(printed_, "Command line option -fp given -1.. using 1  \n");
 }
 
-TEST_F(OptionsTest, MissingTextIsRightAlignedInSeven) {
-  parse({"-miss", "NaN"});
-  EXPECT_STREQ(missing_string, "    NaN");
-  EXPECT_EQ(printed_, "Command line option: -miss, using missing value=    NaN\n");
-  parse({"-miss", "123456789"});
-  EXPECT_STREQ(missing_string, "1234567");
-}
-
-TEST_F(OptionsTest, TextsAreTakenAsGiven) {
-  parse({"-p", "a\\b/", "-DEBUG", std::string(300, 'd'), "-q", "-d", "run.log"});
-  EXPECT_EQ(options.output_dir, "a/b//");
-  EXPECT_EQ(options.debug, 1);
-  EXPECT_EQ(options.debug_file_name, std::string(255, 'd'));
-  EXPECT_TRUE(quiet);
-  EXPECT_EQ(options.log_file_name, "run.log");
-  EXPECT_EQ(printed_, "Command line option: -d, using log file run.log\n");
-}
-
-TEST_F(OptionsTest, ScreenSetupWantsAllTenNumbers) {
-  parse({"-SEPRES", "1,2,3,4,5,6,7,8,9,10.5"});
-  EXPECT_EQ(options.screen_setup_given, 1);
-  EXPECT_EQ(options.screen_setup[9], 10.5F);
-  parse({"-sepres", "1,2,3"});
-  EXPECT_EQ(options.screen_setup_given, 0);
-  EXPECT_EQ(options.screen_setup[2], 3.0F);
-  EXPECT_EQ(options.screen_setup[3], 150.0F);
-}
-
-TEST_F(OptionsTest, TenFilterTextsAndNoMore) {
-  std::vector<std::string> words;
-  for (int i = 0; i < 10; ++i) words.insert(words.end(), {"-fout", "text" + std::to_string(i)});
-  EXPECT_EQ(parse(words), 1);
-  EXPECT_EQ(options.filter_out_count, 10);
-  EXPECT_EQ(options.filter_out_texts[9], "text9");
-  words.insert(words.end(), {"-fout", "one more"});
-  EXPECT_EQ(parse(words), 0);
-  EXPECT_EQ(printed_, "Reached the maximum number of filter out texts of 10 \n");
-}
-
 TEST_F(OptionsTest, WhatStopsTheRunSaysWhy) {
   const std::pair<std::vector<std::string>, const char*> lines[] = {
       {{"-reparse"}, "Command line option -reparse is disabled!!!\n"},
@@ -298,13 +233,6 @@ TEST_F(OptionsTest, WhatStopsTheRunSaysWhy) {
   }
   EXPECT_EQ(parse({"-p"}), 0);
   EXPECT_TRUE(printed_.starts_with("USAGE: gzdconv  [options] <input .gzd file>\nOPTIONS:\n"));
-}
-
-TEST_F(OptionsTest, UsedArgumentsStopAtTheirLimit) {
-  EXPECT_EQ(parse({"-t" + std::string(505, 'x'), "-vel", "-y"}), 1);
-  EXPECT_EQ(options.arguments_used.size(), 511U);
-  EXPECT_TRUE(options.arguments_used.ends_with("x -ve"));
-  EXPECT_EQ(options.overwrite, 1);
 }
 
 }  // namespace

@@ -106,26 +106,6 @@ TEST_F(VideoFramesTest, NamesThatAreNoRecordings) {
   EXPECT_EQ(openLookupTable((folder + "/trial.GZD").c_str(), 1, 0), 0);
 }
 
-TEST_F(VideoFramesTest, AMissingTableLeavesTheOneBefore) {
-  open_frames({frame(3, 100)});
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(openLookupTable(recording().c_str(), 2, 0), -1);
-  EXPECT_EQ(openLookupTable(recording().c_str(), 2, 1), -1);
-  const std::string name = folder + "/trial2.ett";
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Loading ett file " + name + " \nCannot read file " + name + "\n" +
-                "Loading ett file " + name +
-                " \nOn non Windows, ett file can not be created if it doesn't exist.\n");
-  EXPECT_EQ(getNextFrameTime(), 100);
-}
-
-TEST_F(VideoFramesTest, PipesAndFoldersAreNoTables) {
-  ASSERT_EQ(mkfifo((folder + "/trial2.ett").c_str(), 0600), 0);
-  ASSERT_TRUE(std::filesystem::create_directory(folder + "/trial3.ett"));
-  EXPECT_EQ(openLookupTable(recording().c_str(), 2, 1), -1);
-  EXPECT_EQ(openLookupTable(recording().c_str(), 3, 1), -1);
-}
-
 TEST_F(VideoFramesTest, DamagedTablesLeaveNone) {
   const auto expect_refused = [this](const std::string& bytes, const std::string& reason) {
     open_frames({frame(3, 100)});
@@ -146,14 +126,6 @@ TEST_F(VideoFramesTest, DamagedTablesLeaveNone) {
                  "Read Error. Cannot read record 1! Aborting....");
   expect_refused(little_endian(1, 4) + magic + one.substr(0, 11),
                  "Read Error. Cannot read record 0! Aborting....");
-}
-
-TEST_F(VideoFramesTest, EveryCutOfATableIsRefused) {
-  const std::string whole = table_bytes({frame(1, 10), frame(2, 20), frame(3, 30)});
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    open_bytes(whole.substr(0, length), -1);
-  }
-  open_bytes(whole, 0);
 }
 
 TEST_F(VideoFramesTest, FrameTimesInOrder) {
@@ -189,33 +161,6 @@ TEST_F(VideoFramesTest, FrameNearATime) {
 }
 
 // Whatever the times, a search ends inside the table.
-TEST_F(VideoFramesTest, SearchesInDisorderedTablesEnd) {
-  std::vector<AVIGZDTime> records;
-  std::uint32_t state = 1;
-  for (int i = 0; i < 50; ++i) {
-    AVIGZDTime record;
-    record.frame_word = state = state * 1664525u + 1013904223u;
-    record.entry_time = static_cast<int>(state = state * 1664525u + 1013904223u);
-    record.offset_word = static_cast<std::uint16_t>(state >> 7);
-    records.push_back(record);
-  }
-  AVIGZDTimeLookupTime table(1);
-  FILE* const file = std::tmpfile();
-  const std::string bytes = table_bytes(records);
-  std::fwrite(bytes.data(), 1, bytes.size(), file);
-  std::rewind(file);
-  ASSERT_TRUE(table.read(file));
-  std::fclose(file);
-  for (const AVIGZDTime& record : records) {
-    table.findFrameForGZDTime(record.frameTime());
-    table.findFrameForGZDTime(INT_MIN, INT_MAX, record.frameTime());
-    EXPECT_EQ(table.secfindAVIGZDEntry(record.entry_time, -1)->entry_time, record.entry_time);
-    const AVIGZDTime* const found = table.findAVIGZDEntry(record.entry_time, 0);
-    EXPECT_TRUE(found == nullptr || found->entry_time == record.entry_time);
-  }
-  for (const int time : {INT_MIN, -1, 0, INT_MAX}) table.findFrameForGZDTime(time);
-}
-
 TEST_F(VideoFramesTest, EntriesByExactTimeAndField) {
   const auto entry = [](int number, bool field, int time) {
     return AVIGZDTime(number, field, time, time, false, false);
@@ -244,12 +189,6 @@ TEST_F(VideoFramesTest, EntriesByExactTimeAndField) {
   table.stepBack();
   EXPECT_EQ(number_of(table.getNextEntry()), 2);
   std::fclose(file);
-}
-
-TEST_F(VideoFramesTest, PrintsOneLineARecord) {
-  testing::internal::CaptureStdout();
-  AVIGZDTime(12, true, 5000, 4990, true, false).print(nullptr);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "12\t1\t5000\t4990\t1\t0\n");
 }
 
 // The other session's table is looked for behind a backslash, on every platform.
