@@ -12,6 +12,7 @@ using namespace gzd;
 namespace {
 
 constexpr int MESSAGE = GZD_MESSAGE, SAMPLE = GZD_SAMPLE;
+constexpr UINT64 LAST_STAMP = 2 * UINT64{0xFFFFFFFF} + 1;
 
 // Makes items, and the boundaries that some of them point to.
 class Maker {
@@ -148,8 +149,8 @@ TEST(SortItems, StampsAtBothEndsOfTheirRange) {
     items.push_back(make.boundary(GZD_BLOCK_START, 0));
     items.push_back(make.item(3, 0, i, SIDE_LEFT));
     items.push_back(make.item(4, 0, i, SIDE_RIGHT));
-    items.push_back(make.item(24, ~UINT64{0}, 100 - i));
-    items.push_back(make.item(200, ~UINT64{0}, i));
+    items.push_back(make.item(24, LAST_STAMP, 100 - i));
+    items.push_back(make.item(200, LAST_STAMP, i));
   }
   expect_plain_order(items);
 }
