@@ -201,15 +201,6 @@ TEST(Facts, PreambleText) {
 // ---- trials, bookmarks, camera: that the calls arrive
 // --------------------------------------------
 
-GzdWriter two_blocks() {
-  GzdWriter w(3);
-  for (const UINT32 start : {1000u, 2000u}) {
-    w.startBlock({.time = start}).message(start, "BEGIN").gazeSample(start + 1, 5, 5, 900);
-    w.message(start + 2, "FINISH").endBlock(start + 10);
-  }
-  return w;
-}
-
 // Log and rate are those of the place jumped to, forwards and backwards, to trials and bookmarks.
 TEST(Jumps, TakeLogAndRateWithThem) {
   GzdWriter w(3);

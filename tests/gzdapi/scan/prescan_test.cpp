@@ -63,23 +63,6 @@ class Scanned {
 constexpr ScanOptions FIX{.fixConsistency = true};
 constexpr ScanOptions FAILSAFE{.failsafe = true};
 
-GzdWriter block_of_samples(std::initializer_list<UINT32> times) {
-  GzdWriter w;
-  w.startBlock({.time = *times.begin()});
-  for (const UINT32 time : times) w.gazeSample(time, 1, 1, 900);
-  w.endBlock(*(times.end() - 1) + 1);
-  return w;
-}
-
-// The sample flags of a block whose last sample has this head type.
-UINT16 flags_of_block(unsigned headType, int blockFlags, unsigned sampleFlags) {
-  GzdWriter w;
-  w.startBlock({.time = 1000, .sampleFlags = blockFlags});
-  w.sample({.flags = sampleFlags, .time = 1000, .headType = headType});
-  w.endBlock(1001);
-  return Scanned(w).index.allRecordings[0]->sflags;
-}
-
 // ---- damage
 // --------------------------------------------------------------------------------------
 

@@ -58,12 +58,6 @@ Bytes withHeaderAt(std::size_t size, std::size_t place, UINT16 header) {
   return content;
 }
 
-std::string repeated(const std::string& part, int count) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += part;
-  return all;
-}
-
 // The difference counts from the item before, whatever its header, also where no good position is.
 TEST(Troubleshoot, EveryItemSetsTheTimeThatTheNextIsComparedWith) {
   Scan scan(withHeaderAt(600, 0, 28));

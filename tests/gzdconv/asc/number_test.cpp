@@ -12,14 +12,6 @@ using namespace gzdconv;
 
 namespace {
 
-std::string fixed(double value, int decimals, int width) {
-  char* const start = lpbuffer.cursor();
-  append_fixed(value, decimals, width);
-  std::string text(start, lpbuffer.cursor());
-  lpbuffer.set_cursor(start);
-  return text;
-}
-
 // True when append_fixed writes what printf writes, a NaN without sign; without building strings.
 bool agrees(double value, int decimals, int width) {
   char* const start = lpbuffer.cursor();
