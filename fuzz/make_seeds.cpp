@@ -169,6 +169,10 @@ void add_recordings(const std::map<std::string, Recording>& all, const Bytes& ta
     ++number;
     add("open_walk", name, file, walk_tail(number, 0));
     add("open_walk", name + "_chosen", any_bytes(400, number), walk_tail(number, 1 + 6 * number));
+    Bytes table_tail = bytes_of({0});
+    putText(table_tail, small_log);
+    putBytes(table_tail, bytes_of({static_cast<unsigned>(small_log.size()), number, 37 * number}));
+    add("tables", name, file, table_tail);
     add("index", name, file, index_tail(number % 16, 0));
     add("index", name + "_chosen", any_bytes(400, number), index_tail(number % 4, 1));
     for (const unsigned i : {0U, 5U, 9U})

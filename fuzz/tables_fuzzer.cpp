@@ -4,11 +4,11 @@
 // value; samples are as many as the walk's, at its times; so are events, messages and blocks;
 // samples of blocks and of trials add up to those of the rows.
 #include <array>
+#include <cmath>
 #include <map>
 #include <vector>
 
-#include "fuzz_support.h"
-#include "record_frames.h"
+#include "harness.h"
 #include "tables/element_walk.h"
 #include "tables/reader.h"
 #include "tables/utf8.h"
@@ -120,20 +120,19 @@ Options options_of(fuzz::Tail& tail) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(tables) {
   static fuzz::MemoryFile recording("recording"), log("log");
-  fuzz::Tail tail({data, size});
+  fuzz::Tail tail(input);
   const Options options = options_of(tail);
   const std::size_t batch_rows = 1 + tail.byte() % 64;
   log.set(tail.block(tail.byte()));
-  if (fuzz::is_too_large(tail.rest(), LARGEST_FILLING)) return 0;
-  recording.set(tail.rest());
+  recording.set(fuzz::recording_from(tail));
+  if (fuzz::is_too_large(recording.path(), LARGEST_FILLING)) return;
   gzd_set_extra_message_file(log.path().c_str());
   try {
     Recording opened(recording.path(), options);
     if (opened.element_count() <= LONGEST_WALK) check_tables(opened, batch_rows);
   } catch (const ReadError&) {
-    return 0;
+    return;
   }
-  return 0;
 }

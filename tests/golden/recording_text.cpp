@@ -359,4 +359,8 @@ GzdWriter recording_of_file(const std::string& path) {
   return recording_of(text);
 }
 
+GzdWriter small_recording(const std::string& name) {
+  return recording_of_file(GOLDEN_RECORDINGS "/" + name + ".txt");
+}
+
 }  // namespace golden

@@ -33,6 +33,9 @@ namespace golden {
 gzdsynth::GzdWriter recording_of(std::istream& text);
 gzdsynth::GzdWriter recording_of_file(const std::string& path);
 
+// One of tests/golden/recordings, by its name.
+gzdsynth::GzdWriter small_recording(const std::string& name);
+
 }  // namespace golden
 
 #endif

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <random>
 
-#include "golden/golden_recordings.h"
+#include "golden/recording_text.h"
 #include "tables/reader.h"
 #include "tables/timeline.h"
 #include "tables/trial_rule.h"
@@ -121,10 +121,10 @@ Rows rows_of(Recording& recording, const Request& request) {
   return rows;
 }
 
-class WholeTables : public testing::TestWithParam<golden::GzdWriter (*)()> {
+class WholeTables : public testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
-    GetParam()().save(path_);
+    golden::small_recording(GetParam()).save(path_);
     gzd_set_log_function(reinterpret_cast<void*>(+[](const char*) {}));
   }
   void TearDown() override { std::filesystem::remove(path_); }
@@ -149,13 +149,13 @@ TEST_P(WholeTables, AreTheSameInBatchesOfAnySizeAndByParts) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Golden, WholeTables,
-                         testing::Values(golden::eventKinds, golden::messages, golden::blockShapes,
-                                         golden::positionTypes, golden::targetFlags,
-                                         golden::poseFlags, golden::halfMilliseconds));
+                         testing::Values("event_kinds", "messages", "block_shapes",
+                                         "position_types", "target_flags", "pose_flags",
+                                         "half_milliseconds"));
 
 TEST(TableReader, EndsWithTheNextReaderAndRefusesWhatNoTableHas) {
   const std::string path = testing::TempDir() + "reader_" + std::to_string(::getpid()) + ".gzd";
-  golden::messages().save(path);
+  golden::small_recording("messages").save(path);
   Recording recording(path);
   TableReader first(recording, {.table = Table::messages});
   const TableReader second(recording, {.table = Table::messages});
