@@ -48,15 +48,18 @@ void write_lines(benchmark::State& state) {
   std::vector<FSAMPLE> samples;
   samples.reserve(samples_in_run);
   for (int i = 0; i < samples_in_run; ++i) samples.push_back(make_sample(i));
-  options.tracker_revision = 1;
-  options.current_eye = -1;
-  options.out_file = std::fopen("/dev/null", "w");
-  if (options.out_file == nullptr) return state.SkipWithError("cannot open /dev/null");
-  std::setvbuf(options.out_file, nullptr, _IONBF, 0);
-  begin_sample_block();
+  RunState run;
+  run.format_revision = 1;
+  FILE* const sink = std::fopen("/dev/null", "w");
+  if (sink == nullptr) return state.SkipWithError("cannot open /dev/null");
+  std::setvbuf(sink, nullptr, _IONBF, 0);
+  lpbuffer.begin_file(sink);
+  begin_sample_block(run.block);
   for ([[maybe_unused]] auto step : state)
-    for (FSAMPLE& sample : samples) write_sample(nullptr, block, sample);
-  close_output_file();
+    for (FSAMPLE& sample : samples) write_sample(run, block, sample);
+  lpbuffer.flush();
+  lpbuffer.end_file();
+  std::fclose(sink);
   state.SetItemsProcessed(state.iterations() * samples_in_run);
 }
 

@@ -28,10 +28,6 @@ namespace gzdconv {
 
 namespace {
 
-constexpr int revision_without_markers = 3;
-constexpr int revision_with_pose = 4;
-constexpr int head_target = 2;
-constexpr int head_pose = 3;
 constexpr double half_ms_per_second = 2000.0;
 constexpr double ms_per_second = 1e3;
 
@@ -39,18 +35,6 @@ struct CloseRecording {
   void operator()(GZDFILE* handle) const { gzd_close_file(handle); }
 };
 using RecordingFile = std::unique_ptr<GZDFILE, CloseRecording>;
-
-// Gives an option back the value of the command line, whatever the recording made of it.
-class HeadModeGuard {
- public:
-  HeadModeGuard() : asked_(options.head_data_mode) {}
-  ~HeadModeGuard() { options.head_data_mode = asked_; }
-  HeadModeGuard(const HeadModeGuard&) = delete;
-  HeadModeGuard& operator=(const HeadModeGuard&) = delete;
-
- private:
-  int asked_;
-};
 
 // A text that was not finished does not stay.
 class OutputGuard {
@@ -91,7 +75,6 @@ std::string local_time() {
 
 void print_file_header(GZDFILE* handle, const std::string& input) {
   const int length = gzd_get_preamble_text_length(handle);
-  options.current_ovilo_revision = gzd_get_ovilo_revision(handle);
   if (length <= 0) return;
   std::vector<char> preamble(static_cast<std::size_t>(length) + 1);
   gzd_get_preamble_text(handle, preamble.data(), length + 1);
@@ -103,10 +86,10 @@ void print_file_header(GZDFILE* handle, const std::string& input) {
   if (!quiet) print_preamble_text(input.c_str(), preamble.data());
 }
 
-// The first generation that tells head positions otherwise has no marker fields.
-void refuse_head_markers(GZDFILE* handle) {
-  if (gzd_get_ovilo_revision(handle) != revision_without_markers || !options.head_data_mode) return;
-  options.head_data_mode = 0;
+// Falcon, the first generation with a head target, has no marker fields.
+void refuse_head_markers(RunState& state) {
+  if (state.generation != Generation::falcon || state.block.head_data == HeadData::none) return;
+  state.block.head_data = HeadData::none;
   warn("Warning: OviloFalcon data file. No marker fields available. \n");
 }
 
@@ -140,10 +123,9 @@ unsigned fast_velocity(int sample_type) {
 }
 
 // The velocities that the sample lines of the block will show.
-unsigned needed_velocities() {
+unsigned needed_velocities(int position_type) {
   if (!options.output_velocity || !options.output_samples) return GZD_VELOCITY_NONE;
-  return options.fast_velocity ? fast_velocity(options.sample_type_in_use)
-                               : normal_velocity(options.sample_type_in_use);
+  return options.fast_velocity ? fast_velocity(position_type) : normal_velocity(position_type);
 }
 
 bool is_counted_event(int code) {
@@ -161,11 +143,18 @@ bool is_converted(int code) {
          is_uncounted_event(code);
 }
 
+// What a block tells of the head beats what the command line asks for.
+HeadData head_data_of(Generation generation, const RECORDINGS& record) {
+  if (generation == Generation::osprey) return HeadData::pose;
+  const bool target = generation == Generation::falcon && (record.sflags & SMP_HEAD_DATA) != 0;
+  return target ? HeadData::target : HeadData::none;
+}
+
 // The walk over the elements of one recording, and its counts.
 class Conversion {
  public:
-  Conversion(GZDFILE* handle, const std::string& typed_name, const std::string& input)
-      : handle_(handle), frames_(typed_name, input) {}
+  Conversion(RunState& state, const std::string& typed_name, const std::string& input)
+      : state_(state), handle_(state.recording), frames_(state, typed_name, input) {}
 
   void run();
   void print_summary() const;
@@ -180,13 +169,19 @@ class Conversion {
   ALLF_DATA* fetch() { return gzd_get_float_data(handle_); }
   int session() const { return block_records_ / 2; }
   int period() const;
-  void count_event(const FEVENT& event) { events_ += print_event(event, period()) == 0 ? 1 : 0; }
+  void choose_velocities() {
+    gzd_set_velocity_kinds(handle_, needed_velocities(state_.block.sample_position));
+  }
+  void count_event(const FEVENT& event) {
+    events_ += print_event(state_, event, period()) == 0 ? 1 : 0;
+  }
   void convert_message(const FEVENT& event);
   void convert_recording(const RECORDINGS& record);
   void start_block(const RECORDINGS& record);
   void convert_sample(FSAMPLE& sample);
   void check_gap(const FSAMPLE& sample);
 
+  RunState& state_;
   GZDFILE* handle_;
   FrameLines frames_;
   std::optional<RECORDINGS> current_recording_;
@@ -202,7 +197,7 @@ class Conversion {
 
 void Conversion::run() {
   Progress progress(quiet ? 0 : gzd_get_element_count(handle_));
-  gzd_set_velocity_kinds(handle_, needed_velocities());
+  choose_velocities();
   for (int code; !lpbuffer.failed() && (code = gzd_get_next_data(handle_)) != GZD_END_OF_DATA;) {
     progress.step();
     convert(code);
@@ -223,7 +218,7 @@ void Conversion::convert(int code) {
   else if (is_counted_event(code))
     count_event(record->fe);
   else
-    print_event(record->fe, 0);
+    print_event(state_, record->fe, 0);
 }
 
 int Conversion::period() const {
@@ -247,24 +242,20 @@ void Conversion::convert_message(const FEVENT& event) {
 
 void Conversion::convert_recording(const RECORDINGS& record) {
   ++block_records_;
-  options.current_eye = -1;
   current_recording_.reset();
   if (record.state) start_block(record);
   frames_.forget_frame();
-  print_recording(handle_, record);
+  print_recording(state_, record);
   last_sample_time2_ = -1;
-  gzd_set_velocity_kinds(handle_, needed_velocities());
-  begin_sample_block();
+  choose_velocities();
+  begin_sample_block(state_.block);
 }
 
 void Conversion::start_block(const RECORDINGS& record) {
   current_recording_ = record;
   eyes_ |= record.eye;
   sample_period2_ = whole_period(half_ms_per_second, record.sample_rate);
-  options.head_data_mode = 0;
-  if (options.current_ovilo_revision == revision_with_pose) options.head_data_mode = head_pose;
-  if (options.current_ovilo_revision == revision_without_markers && (record.sflags & SMP_HEAD_DATA))
-    options.head_data_mode = head_target;
+  state_.block.head_data = head_data_of(state_.generation, record);
   if (options.video_frames) frames_.start_block(session());
 }
 
@@ -272,7 +263,7 @@ void Conversion::convert_sample(FSAMPLE& sample) {
   if (options.video_frames) frames_.before_sample(sample.time, last_sample_time2_, session());
   check_gap(sample);
   if (!current_recording_) return;
-  if (write_sample(handle_, *current_recording_, sample) == 0) ++samples_;
+  if (write_sample(state_, *current_recording_, sample) == 0) ++samples_;
 }
 
 void Conversion::check_gap(const FSAMPLE& sample) {
@@ -303,11 +294,14 @@ void Conversion::report_findings(const std::string& input) const {
                                       .c_str());
 }
 
-// Forgets what belongs to the file before.
-void reset_file_state() {
+// Takes `handle` as the recording, and forgets what belongs to the one before.
+void begin_recording(RunState& state, GZDFILE* handle) {
   clear_resolution_sums();
-  options.current_eye = -1;
-  begin_sample_block();
+  state.recording = handle;
+  state.generation = static_cast<Generation>(gzd_get_ovilo_revision(handle));
+  state.sample_header_printed = state.event_header_printed = false;
+  state.block.head_data = options.head_markers ? HeadData::markers : HeadData::none;
+  begin_sample_block(state.block);
 }
 
 // Tells the system's reason for a failure, of what it is about.
@@ -343,8 +337,7 @@ bool is_whole(GZDFILE* handle, int unread, const std::string& input) {
 
 }  // namespace
 
-int process_gzd_file(const std::string& name, const std::string* output_name) {
-  reset_file_state();
+int process_gzd_file(RunState& state, const std::string& name, const std::string* output_name) {
   std::string input, output;
   add_extension(input, name);
   add_extension(output, output_name != nullptr ? *output_name : name);
@@ -352,11 +345,11 @@ int process_gzd_file(const std::string& name, const std::string* output_name) {
   if (!file) return fail_to_open(input, errno);
   const OutputGuard output_guard;
   if (open_output_file(output, input) != 0) return -1;
-  const HeadModeGuard head_mode_guard;
+  begin_recording(state, file.get());
   print_file_header(file.get(), input);
   gzd_get_trial_count(file.get());  // collects the trials before the walk
-  refuse_head_markers(file.get());
-  Conversion conversion(file.get(), name, input);
+  refuse_head_markers(state);
+  Conversion conversion(state, name, input);
   conversion.run();
   const bool whole = is_whole(file.get(), conversion.unread(), input);
   if (!whole && !keeps_its_text(file.get())) return -1;

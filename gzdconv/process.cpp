@@ -40,31 +40,30 @@ void check_message_log(const Job& job) {
   close(file);
 }
 
-int convert(const Job& job) {
+int convert(RunState& state, const Job& job) {
   if (options.load_message_log) check_message_log(job);
-  return process_gzd_file(job.name, job.output_name ? &*job.output_name : nullptr);
+  return process_gzd_file(state, job.name, job.output_name ? &*job.output_name : nullptr);
 }
 
 // Memory that runs out, and a system that fails, cost one file.
-int convert_one(const Job& job) {
+int convert_one(RunState& state, const Job& job) {
   if (!quiet) std::printf("processing file %s \n", shown_text(job.name).c_str());
   int result = -1;
   try {
-    result = convert(job);
+    result = convert(state, job);
   } catch (const std::bad_alloc&) {
     report_problem(job.name.c_str(), std::strerror(ENOMEM));
   } catch (const SystemFailure& failure) {
     report_problem(job.name.c_str(), std::strerror(failure.reason));
   }
-  options.sample_header_printed = 0;
-  options.event_header_printed = 0;
   return result;
 }
 
 int convert_all(const std::vector<Job>& jobs) {
+  RunState state;
   int status = 0;
   for (const Job& job : jobs) {
-    const int result = convert_one(job);
+    const int result = convert_one(state, job);
     if (result == cancelled) {
       std::printf("processing file %s cancelled\n", shown_text(job.name).c_str());
       return 1;

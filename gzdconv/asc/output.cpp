@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
 
-AscFile asc_file;             // of options.out_file
+AscFile asc_file;             // of lpbuffer
 std::string open_input;       // the recording that it is made of
 char overwrite_answer = 'N';  // the last one, for the whole run
 
@@ -135,7 +135,7 @@ void LineBuffer::send_whole_pieces() {
 }
 
 void LineBuffer::send(const char* text, std::size_t length) {
-  FILE* const file = options.out_file != nullptr ? options.out_file : stdout;
+  FILE* const file = file_ != nullptr ? file_ : stdout;
   if (failed_ || length == 0) return;
   errno = 0;
   if (std::fwrite(text, 1, length, file) != length) fail(errno);
@@ -159,7 +159,7 @@ void print(const char* fmt, ...) {
   }
   va_end(again);
   va_end(arguments);
-  if (options.out_file == nullptr) lpbuffer.flush();
+  if (lpbuffer.file() == nullptr) lpbuffer.flush();
 }
 
 std::string output_path(const std::string& name) {
@@ -183,9 +183,9 @@ int open_output_file(const std::string& name, const std::string& input) {
     return refuse(path, "is the text of " + *first + " already");
   if (!may_write(path)) return 1;
   open_input = input;  // before the file is there: this may fail
-  options.out_file = asc_file.open(path);
-  if (options.out_file == nullptr) return fail_to_open(path, errno);
-  lpbuffer.begin_file();
+  FILE* const file = asc_file.open(path);
+  if (file == nullptr) return fail_to_open(path, errno);
+  lpbuffer.begin_file(file);
   if (!options.utf8) return 0;
   lpbuffer.write(utf8_mark);
   lpbuffer.flush();
@@ -193,17 +193,17 @@ int open_output_file(const std::string& name, const std::string& input) {
 }
 
 int close_output_file() {
-  if (options.out_file == nullptr) return 0;
+  if (lpbuffer.file() == nullptr) return 0;
   lpbuffer.flush();
-  options.out_file = nullptr;
+  lpbuffer.end_file();
   if (lpbuffer.failed()) return fail_to_write(lpbuffer.reason());
   remember_text();
   return asc_file.finish() ? 0 : fail_to_write(errno);
 }
 
 void discard_output_file() {
-  if (options.out_file != nullptr) lpbuffer.forget_text();
-  options.out_file = nullptr;
+  if (lpbuffer.file() != nullptr) lpbuffer.forget_text();
+  lpbuffer.end_file();
   lpbuffer.forget_failure();
   asc_file.discard();
 }

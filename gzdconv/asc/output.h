@@ -52,11 +52,16 @@ class LineBuffer {
   // Hands everything to the open output file, or to standard output.
   void flush();
 
-  // To be called when another output file is open: nothing has gone there, nothing has failed.
-  void begin_file() {
+  // Takes `file`, borrowed, as the output file: nothing has gone there, nothing has failed.
+  void begin_file(FILE* file) {
     forget_failure();
+    file_ = file;
     sent_ = 0;
   }
+  // Goes back to standard output.
+  void end_file() { file_ = nullptr; }
+  // The output file, or null.
+  FILE* file() const { return file_; }
 
   // Drops what has not been handed on.
   void forget_text() { cursor_ = bytes_; }
@@ -89,6 +94,7 @@ class LineBuffer {
 
   char bytes_[flush_size + line_room + overshoot];
   char* cursor_ = bytes_;
+  FILE* file_ = nullptr;  // null: standard output
   std::size_t sent_ = 0;  // bytes of the output file so far
   bool failed_ = false;
   int reason_ = 0;

@@ -234,7 +234,7 @@ constexpr Rule rules[] = {
     {word, "G3DSCR", {&O::gaze_3d}, {&O::gaze_3d_screen}},
     {word, "G3DEYE", {&O::gaze_3d}, {&O::gaze_3d_eye}},
     {word, "HR", {&O::head_resolution}},
-    {prefix, "H", {&O::head_data_mode, 1}},
+    {prefix, "H", {&O::head_markers}},
     {word, "INPUT", {&O::output_input}},
     {prefix, "I", {&O::video_frames}},
     {word, "LOGMSG", {&O::load_message_log}},

@@ -1,9 +1,8 @@
-// What the command line asks for, and the working state that the line writers share.
+// What the command line asks for.
 #ifndef GZDCONV_OPTIONS_H
 #define GZDCONV_OPTIONS_H
 
 #include <array>
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,11 +16,10 @@ inline constexpr std::size_t max_option_text = 255;  // of a debug file name or 
 inline constexpr std::size_t max_arguments_used = 511;
 inline constexpr int screen_setup_values = 10;
 
-// The one option record. Flags are 0 or 1. Members marked "state" are set by the conversion.
+// The one option record, constant once the command line has been read. Flags are 0 or 1.
 struct Options {
   int output_events = 1;
   int tabs_only = 0;
-  int event_position_type = GZD_POSITION_GAZE;  // state: of the block's events
   int output_messages = 1;
   int output_resolution = 0;
   float default_res_x = MISSING_DATA;  // units per degree; MISSING_DATA: none
@@ -30,11 +28,9 @@ struct Options {
   int left_events = 1;
   int right_events = 1;
   int output_eye_events = 1;
-  int sample_type_in_use = GZD_POSITION_GAZE;  // state: of the block's samples
   int left_samples = 1;
   int output_velocity = 0;
   int right_samples = 1;
-  int reserved_one = 1;
   int load_message_log = 0;
   int suppress_column_headers = 1;
   int preferred_sample_type = GZD_POSITION_GAZE;
@@ -45,9 +41,8 @@ struct Options {
   int gaze_3d_screen = 0;
   int gaze_3d_eye = 0;
   int video_frames = 0;
-  int head_data_mode = 0;    // state: 0 none, 1 head markers, 2 target, 3 head pose
-  int tracker_revision = 0;  // state: of the file format
-  int extra_decimals = 0;    // 0 to 5
+  int head_markers = 0;    // where the recording does not tell its head data itself
+  int extra_decimals = 0;  // 0 to 5
   int output_average = 0;
   int fast_velocity = 0;
   int left_eye = 1;
@@ -58,8 +53,7 @@ struct Options {
   int verbose = 0;
   int hide_viewer_commands = 0;
   std::optional<std::string> log_file_name;
-  std::string output_dir;    // ends in "/", empty: beside the input
-  FILE* out_file = nullptr;  // state: null sends the lines to standard output
+  std::string output_dir;  // ends in "/", empty: beside the input
   int uncorrected_raw = 0;
   int overwrite = 0;
   int float_time = 0;
@@ -70,7 +64,6 @@ struct Options {
   int utf8 = 0;
   int no_time_check = 0;
   int message_offsets = 0;
-  int current_eye = -1;  // state: -1 new block, 0 ordinary samples, 1 raw samples
   int no_pupil_area_check = 0;
   int debug = 0;
   std::string debug_file_name;
@@ -80,12 +73,9 @@ struct Options {
   std::array<float, screen_setup_values> screen_setup = {700,  760, -200, 150,  200,
                                                          -150, 0,   0,    1023, 767};
   int screen_setup_given = 0;
-  int current_ovilo_revision = 0;  // state: tracker generation
-  std::string arguments_used;      // every option, a blank behind each
+  std::string arguments_used;  // every option, a blank after each
   int head_resolution = 0;
   int pupil_ellipse = 0;
-  int sample_header_printed = 0;  // state, of the file
-  int event_header_printed = 0;   // state, of the file
   int no_head_tracking = 0;
   int no_extended_data = 0;
   int geom_messages = 0;

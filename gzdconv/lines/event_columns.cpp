@@ -71,18 +71,19 @@ void print_href_resolution(Point position) {
   print_resolution(resolution.x, resolution.y);
 }
 
-bool is_href() {
-  return options.event_position_type == GZD_POSITION_HREF;
+bool is_href(int position_type) {
+  return position_type == GZD_POSITION_HREF;
 }
 
-void print_fixation_resolution(const FEVENT& event) {
+void print_fixation_resolution(const FEVENT& event, int position_type) {
   const bool recorded = event.read & EVT_RESOLUTION;
-  if (is_href() && !recorded) {
+  if (is_href(position_type) && !recorded) {
     print_href_resolution(mapped({event.havx, event.havy}));
     return;
   }
   Point resolution{MISSING_DATA, MISSING_DATA};
-  if (recorded) resolution = is_href() ? combined_resolution(event) : mapped_resolution(event);
+  if (recorded)
+    resolution = is_href(position_type) ? combined_resolution(event) : mapped_resolution(event);
   print_resolution(resolution.x, resolution.y);
 }
 
@@ -107,19 +108,20 @@ double gaze_amplitude(Point start, Point end, Point resolution) {
 }
 
 // The average velocity of pupil events counts units in a millisecond.
-double travelled(const FEVENT& event, std::uint32_t duration) {
+double travelled(const FEVENT& event, int position_type, std::uint32_t duration) {
   if (event.avel == MISSING_DATA) return MISSING_DATA;
   const double velocity = event.avel;
-  if (options.event_position_type == GZD_POSITION_PUPIL) return duration * velocity;
+  if (position_type == GZD_POSITION_PUPIL) return duration * velocity;
   return duration / ms_per_second * velocity;
 }
 
-void print_amplitude_and_peak(const FEVENT& event, Point start, Point end, std::uint32_t duration) {
+void print_amplitude_and_peak(const FEVENT& event, int position_type, Point start, Point end,
+                              std::uint32_t duration) {
   if (event.read & EVT_RESOLUTION) {
     print_value(2, gaze_amplitude(start, end, mapped_resolution(event)));
     print_value(0, peak_velocity(event));
   } else if (event.read & EVT_VELOCITY) {
-    print_value(2, travelled(event, duration));
+    print_value(2, travelled(event, position_type, duration));
     print_value(1, event.pvel);
   } else {
     print_resolution(MISSING_DATA, MISSING_DATA);
@@ -131,8 +133,8 @@ float middle(float start, float end) {
   return start == MISSING_DATA || end == MISSING_DATA ? MISSING_DATA : mean(start, end);
 }
 
-void print_saccade_resolution(const FEVENT& event) {
-  if (is_href()) {
+void print_saccade_resolution(const FEVENT& event, int position_type) {
+  if (is_href(position_type)) {
     print_href_resolution({middle(event.hstx, event.henx), middle(event.hsty, event.heny)});
   } else if ((event.read & EVT_RESOLUTION) && !options.fixed_resolution) {
     const Point resolution = mapped_resolution(event);
@@ -192,18 +194,18 @@ void for_extended_columns(Use use) {
 
 }  // namespace
 
-void print_fixation_columns(const FEVENT& event) {
-  if (is_href()) {
+void print_fixation_columns(const FEVENT& event, int position_type) {
+  if (is_href(position_type)) {
     print_point(1, {event.havx, event.havy});
     print_value(0, event.ava);
   }
   print_point(1, mapped({event.gavx, event.gavy}));
   print_value(0, event.ava);
-  if (options.output_resolution) print_fixation_resolution(event);
+  if (options.output_resolution) print_fixation_resolution(event, position_type);
 }
 
-void print_saccade_columns(const FEVENT& event, std::uint32_t duration) {
-  if (is_href()) {
+void print_saccade_columns(const FEVENT& event, int position_type, std::uint32_t duration) {
+  if (is_href(position_type)) {
     const Point start{event.hstx, event.hsty}, end{event.henx, event.heny};
     print_point(0, start);
     print_point(0, end);
@@ -213,8 +215,8 @@ void print_saccade_columns(const FEVENT& event, std::uint32_t duration) {
   const Point start = mapped({event.gstx, event.gsty}), end = mapped({event.genx, event.geny});
   print_point(1, start);
   print_point(1, end);
-  print_amplitude_and_peak(event, start, end, duration);
-  if (options.output_resolution) print_saccade_resolution(event);
+  print_amplitude_and_peak(event, position_type, start, end, duration);
+  if (options.output_resolution) print_saccade_resolution(event, position_type);
 }
 
 void print_extra_header() {

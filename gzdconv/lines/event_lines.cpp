@@ -16,7 +16,6 @@ namespace gzdconv {
 
 namespace {
 
-constexpr int first_extended_generation = 4;
 constexpr int button_count = 8;
 constexpr unsigned changed_shift = 8;  // the high byte tells which buttons changed
 
@@ -28,31 +27,31 @@ char eye_letter(const FEVENT& event) {
   return event.eye == GZD_LEFT_EYE ? 'L' : 'R';
 }
 
-void print_eye_header(const char* name, const char* columns) {
+void print_eye_header(Generation generation, const char* name, const char* columns) {
   print("** COLUMNS %s EVENT\n** type\teye\tstime%s", name, columns);
-  if (options.current_ovilo_revision >= first_extended_generation) print_extra_header();
+  if (generation >= Generation::osprey) print_extra_header();
   print("\n");
 }
 
 // The column names of every kind of event, once a file.
-void print_header(const FEVENT& event) {
-  if (options.event_header_printed || event.type == GZD_MESSAGE) return;
-  options.event_header_printed = 1;
+void print_header(RunState& state, const FEVENT& event) {
+  if (state.event_header_printed || event.type == GZD_MESSAGE) return;
+  state.event_header_printed = true;
   if (options.suppress_column_headers || !options.output_events || !canHeaderDeterminedForEvents())
     return;
   print("** COLUMNS MSG EVENT\n** time\tmessage\n");
   print("** COLUMNS BUTTON EVENT\n** time\tmessage\n");
-  print_eye_header("SFIX", "");
-  print_eye_header("EFIX", "\tetime\tintl\tavgx\tavgy\tavgps");
-  print_eye_header("SBLINK", "");
-  print_eye_header("EBLINK", "\tetime\tintl");
-  print_eye_header("SSACC", "");
-  print_eye_header("ESACC", "\tetime\tintl\tgstx\tgsty\tgenx\tgeny\tavel\tpvel");
+  print_eye_header(state.generation, "SFIX", "");
+  print_eye_header(state.generation, "EFIX", "\tetime\tintl\tavgx\tavgy\tavgps");
+  print_eye_header(state.generation, "SBLINK", "");
+  print_eye_header(state.generation, "EBLINK", "\tetime\tintl");
+  print_eye_header(state.generation, "SSACC", "");
+  print_eye_header(state.generation, "ESACC", "\tetime\tintl\tgstx\tgsty\tgenx\tgeny\tavel\tpvel");
 }
 
 // Without samples the block's mean resolution comes from the events.
-void sum_resolution(const FEVENT& event) {
-  if (options.event_position_type != GZD_POSITION_GAZE || !(event.read & EVT_RESOLUTION) ||
+void sum_resolution(const FEVENT& event, int position_type) {
+  if (position_type != GZD_POSITION_GAZE || !(event.read & EVT_RESOLUTION) ||
       options.output_samples)
     return;
   add_resolution(event.supd_x, event.supd_y);
@@ -129,19 +128,19 @@ void report_reversed_times(const FEVENT& event) {
   }
 }
 
-void print_eye_end(const FEVENT& event, int period) {
+void print_eye_end(const FEVENT& event, int position_type, int period) {
   report_reversed_times(event);
   if (event.type == GZD_END_BLINK) {
     print_end(event, "EBLINK", " ", period);
   } else if (event.type == GZD_END_SACCADE) {
-    print_saccade_columns(event, print_end(event, "ESACC", "  ", period));
+    print_saccade_columns(event, position_type, print_end(event, "ESACC", "  ", period));
   } else {
     print_end(event, "EFIX", "   ", period);
-    print_fixation_columns(event);
+    print_fixation_columns(event, position_type);
   }
 }
 
-void print_eye_event(const FEVENT& event, int period) {
+void print_eye_event(const FEVENT& event, int position_type, int period) {
   switch (event.type) {
     case GZD_START_BLINK:
       print_start(event, "SBLINK", " ");
@@ -153,7 +152,7 @@ void print_eye_event(const FEVENT& event, int period) {
       print_start(event, "SFIX", "   ");
       break;
     default:
-      print_eye_end(event, period);
+      print_eye_end(event, position_type, period);
       break;
   }
   note_start_time(event);
@@ -172,14 +171,15 @@ bool is_eye_printed(const FEVENT& event) {
 
 }  // namespace
 
-int print_event(const FEVENT& event, int period) {
-  print_header(event);
-  sum_resolution(event);
+int print_event(RunState& state, const FEVENT& event, int period) {
+  const int position_type = state.block.event_position;
+  print_header(state, event);
+  sum_resolution(event, position_type);
   if (is_start_event(event) && !options.output_start_events) return 1;
   if (!options.output_events) return 1;
   if (is_eye_event(event)) {
     if (!is_eye_printed(event)) return 1;
-    print_eye_event(event, period);
+    print_eye_event(event, position_type, period);
   } else {
     print_other_event(event);
   }

@@ -73,7 +73,7 @@ void FrameLines::print_frame(int session) const {
   event.time = event.sttime = event.entime = frame_time_;
   event.type = GZD_MESSAGE;
   event.message = reinterpret_cast<LSTRING*>(message.data());
-  print_event(event, 0);
+  print_event(state_, event, 0);
 }
 
 }  // namespace gzdconv

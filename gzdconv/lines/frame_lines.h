@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "run_state.h"
+
 namespace gzdconv {
 
 // Ends the whole run; what() is one line for standard error.
@@ -17,8 +19,8 @@ class FatalError : public std::runtime_error {
 class FrameLines {
  public:
   // `typed_name` is the recording as named on the command line, `input_name` as opened.
-  FrameLines(const std::string& typed_name, const std::string& input_name)
-      : typed_name_(typed_name), input_name_(input_name) {}
+  FrameLines(RunState& state, const std::string& typed_name, const std::string& input_name)
+      : state_(state), typed_name_(typed_name), input_name_(input_name) {}
   ~FrameLines();
   FrameLines(const FrameLines&) = delete;
   FrameLines& operator=(const FrameLines&) = delete;
@@ -38,6 +40,7 @@ class FrameLines {
  private:
   void print_frame(int session) const;
 
+  RunState& state_;
   std::string typed_name_;
   std::string input_name_;
   std::string avi_base_;

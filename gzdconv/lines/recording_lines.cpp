@@ -1,3 +1,4 @@
+// The lines of blocks: START with what the block holds, END with its mean resolution.
 #include "lines/recording_lines.h"
 
 #include "asc/number.h"
@@ -13,16 +14,7 @@ namespace {
 constexpr unsigned position_flags = SMP_PUPIL_POS | SMP_HREF | SMP_GAZE;
 constexpr int resolution_decimals = 2;
 
-enum HeadData { no_head_data, head_markers, head_target, head_pose };
-constexpr int first_pose_revision = 2;
-
-bool has_left(const RECORDINGS& record) {
-  return record.eye == GZD_BLOCK_LEFT || record.eye == GZD_BLOCK_BOTH;
-}
-
-bool has_right(const RECORDINGS& record) {
-  return record.eye == GZD_BLOCK_RIGHT || record.eye == GZD_BLOCK_BOTH;
-}
+constexpr int first_pose_revision = 2;  // of the file format
 
 bool has_samples(const RECORDINGS& record) {
   return record.record_type == GZD_RECORD_SAMPLES || record.record_type == GZD_RECORD_BOTH;
@@ -40,59 +32,61 @@ bool is_position_type(int code) {
   return code == GZD_POSITION_PUPIL || code == GZD_POSITION_HREF || code == GZD_POSITION_GAZE;
 }
 
-void choose_sample_type(unsigned sflags) {
+void choose_sample_type(BlockState& block, unsigned sflags) {
   const int preferred = options.preferred_sample_type;
-  options.sample_type_in_use = select_sample_type(sflags);
-  if (options.sample_type_in_use == preferred && is_position_type(preferred)) return;
+  block.sample_position = select_sample_type(sflags);
+  if (block.sample_position == preferred && is_position_type(preferred)) return;
   report("\rWARNING: preferred sample type %s not available: using %s data\n",
-         parse_type(preferred), parse_type(options.sample_type_in_use));
+         parse_type(preferred), parse_type(block.sample_position));
 }
 
 void print_start_line(const RECORDINGS& record) {
   const bool eyes = options.output_eye_events || options.output_samples;
-  print("START\t%u%s \t%s%s%s%s\n", record.time, text_if(options.float_time, ".0"),
-        text_if(eyes && options.left_eye && options.left_events && has_left(record), "LEFT\t"),
-        text_if(eyes && options.right_eye && options.right_events && has_right(record), "RIGHT\t"),
-        text_if(has_samples(record), "SAMPLES\t"), text_if(has_events(record), "EVENTS"));
+  print(
+      "START\t%u%s \t%s%s%s%s\n", record.time, text_if(options.float_time, ".0"),
+      text_if(eyes && options.left_eye && options.left_events && block_has_left(record), "LEFT\t"),
+      text_if(eyes && options.right_eye && options.right_events && block_has_right(record),
+              "RIGHT\t"),
+      text_if(has_samples(record), "SAMPLES\t"), text_if(has_events(record), "EVENTS"));
 }
 
-void print_rate(const RECORDINGS& record) {
+void print_rate(const RunState& state, const RECORDINGS& record) {
   print("\tRATE\t%7.2f", static_cast<double>(record.sample_rate));
-  if (options.tracker_revision > 0)
+  if (state.format_revision > 0)
     print("\tTRACKING\t%s\tFILTER\t%d", record.recording_mode ? "CR" : "P", record.filter_type);
 }
 
-void print_events_line(const RECORDINGS& record) {
-  options.event_position_type = record.pos_type;
+void print_events_line(RunState& state, const RECORDINGS& record) {
+  state.block.event_position = record.pos_type;
   print("EVENTS\t%s%s%s%s", parse_type(record.pos_type),
-        text_if(options.left_eye && options.left_events && has_left(record), "\tLEFT"),
-        text_if(options.right_eye && options.right_events && has_right(record), "\tRIGHT"),
+        text_if(options.left_eye && options.left_events && block_has_left(record), "\tLEFT"),
+        text_if(options.right_eye && options.right_events && block_has_right(record), "\tRIGHT"),
         text_if(options.output_resolution, "\tRES"));
-  print_rate(record);
+  print_rate(state, record);
   print("\n");
 }
 
-const char* head_part(const RECORDINGS& record) {
-  switch (options.head_data_mode) {
-    case head_markers:
+const char* head_part(const RunState& state, const RECORDINGS& record) {
+  switch (state.block.head_data) {
+    case HeadData::markers:
       return "\tHMARKER";
-    case head_target:
+    case HeadData::target:
       return text_if(record.sflags & SMP_HEAD_DATA, "\tHTARGET");
-    case head_pose:
-      return text_if(options.tracker_revision >= first_pose_revision, "\tHPOSE");
+    case HeadData::pose:
+      return text_if(state.format_revision >= first_pose_revision, "\tHPOSE");
     default:
       return "";
   }
 }
 
-void print_samples_line(const RECORDINGS& record) {
-  choose_sample_type(record.sflags);
-  print("SAMPLES\t%s%s%s%s%s%s", parse_type(options.sample_type_in_use),
-        text_if(options.left_eye && options.left_samples && has_left(record), "\tLEFT"),
-        text_if(options.right_eye && options.right_samples && has_right(record), "\tRIGHT"),
+void print_samples_line(RunState& state, const RECORDINGS& record) {
+  choose_sample_type(state.block, record.sflags);
+  print("SAMPLES\t%s%s%s%s%s%s", parse_type(state.block.sample_position),
+        text_if(options.left_eye && options.left_samples && block_has_left(record), "\tLEFT"),
+        text_if(options.right_eye && options.right_samples && block_has_right(record), "\tRIGHT"),
         text_if(options.output_velocity, "\tVEL"), text_if(options.output_resolution, "\tRES"),
-        head_part(record));
-  print_rate(record);
+        head_part(state, record));
+  print_rate(state, record);
   print("%s%s\n", text_if(options.output_input, "\tINPUT"),
         text_if(options.output_buttons, "\tBUTTONS"));
 }
@@ -110,20 +104,20 @@ void print_mean_resolution() {
 
 }  // namespace
 
-int print_recording(GZDFILE* handle, const RECORDINGS& record) {
-  return record.state ? print_start(record, handle) : print_end(record);
+int print_recording(RunState& state, const RECORDINGS& record) {
+  return record.state ? print_start(state, record) : print_end(record);
 }
 
-int print_start(const RECORDINGS& record, GZDFILE* handle) {
-  options.tracker_revision = gzd_get_revision(handle);
+int print_start(RunState& state, const RECORDINGS& record) {
+  state.format_revision = gzd_get_revision(state.recording);
   if (!options.output_events) {
-    choose_sample_type(record.sflags);
+    choose_sample_type(state.block, record.sflags);
     return 1;
   }
   print_start_line(record);
   print("PRESCALER\t1\nVPRESCALER\t1\nPUPIL\t%s\n", record.pupil_type ? "DIAMETER" : "AREA");
-  if (options.output_eye_events && has_events(record)) print_events_line(record);
-  if (options.output_samples && has_samples(record)) print_samples_line(record);
+  if (options.output_eye_events && has_events(record)) print_events_line(state, record);
+  if (options.output_samples && has_samples(record)) print_samples_line(state, record);
   return 1;
 }
 
@@ -134,6 +128,14 @@ int print_end(const RECORDINGS& record) {
   print_mean_resolution();
   print("\n");
   return 1;
+}
+
+bool block_has_left(const RECORDINGS& block) {
+  return block.eye == GZD_BLOCK_LEFT || block.eye == GZD_BLOCK_BOTH;
+}
+
+bool block_has_right(const RECORDINGS& block) {
+  return block.eye == GZD_BLOCK_RIGHT || block.eye == GZD_BLOCK_BOTH;
 }
 
 int select_sample_type(unsigned sflags) {

@@ -102,8 +102,8 @@ void take_default(FSAMPLE& sample) {
 }
 
 // True for gaze with its own resolution, which needs nothing.
-bool has_complete_resolution(const FSAMPLE& sample) {
-  return options.sample_type_in_use == GZD_POSITION_GAZE && (sample.flags & SMP_RESOLUTION) != 0 &&
+bool has_complete_resolution(const FSAMPLE& sample, int position_type) {
+  return position_type == GZD_POSITION_GAZE && (sample.flags & SMP_RESOLUTION) != 0 &&
          options.gaze_map == 0;
 }
 
@@ -114,8 +114,8 @@ void complete_gaze(FSAMPLE& sample) {
 }
 
 // Apart, so that it costs the usual sample nothing.
-[[gnu::noinline]] void complete_resolution(FSAMPLE& sample) {
-  switch (options.sample_type_in_use) {
+[[gnu::noinline]] void complete_resolution(FSAMPLE& sample, int position_type) {
+  switch (position_type) {
     case GZD_POSITION_HREF:
       complete_href(sample);
       break;
@@ -147,8 +147,8 @@ void add_resolution(double rx, double ry) {
   ppd_count += 1.0;
 }
 
-void updatePPD(FSAMPLE& sample) {
-  if (!has_complete_resolution(sample)) complete_resolution(sample);
+void updatePPD(FSAMPLE& sample, int position_type) {
+  if (!has_complete_resolution(sample, position_type)) complete_resolution(sample, position_type);
   add_resolution(sample.rx, sample.ry);
 }
 

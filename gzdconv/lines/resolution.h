@@ -20,8 +20,9 @@ bool is_usable_resolution(double resolution);
 // Adds a pair to the sums when both values count.
 void add_resolution(double rx, double ry);
 
-// Completes the resolution of `sample` for the sample type in use, and adds it to the sums.
-void updatePPD(FSAMPLE& sample);
+// Completes the resolution of `sample` for samples of `position_type` (GZD_POSITION_), and adds it
+// to the sums.
+void updatePPD(FSAMPLE& sample, int position_type);
 
 // Resolution at a head-referenced position.
 struct Resolution {

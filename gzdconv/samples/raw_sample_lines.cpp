@@ -6,7 +6,7 @@
 #include "asc/output.h"
 #include "asc/sample_time.h"
 #include "cli/options.h"
-#include "samples/sample_columns.h"
+#include "lines/recording_lines.h"
 #include "samples/sample_shape.h"
 
 namespace gzdconv {
@@ -105,20 +105,19 @@ void append_eye_or_missing(GZDFILE* handle, FSAMPLE& sample, int eye, UINT16 eye
 }  // namespace
 
 bool is_raw_sample(const RECORDINGS& block, const FSAMPLE& sample) {
-  const SampleShape shape(block, sample);
-  return (shape.left_present && sample.pa[GZD_LEFT_EYE] < 0.0f) ||
-         (shape.right_present && sample.pa[GZD_RIGHT_EYE] < 0.0f);
+  return (is_left_present(block, sample) && sample.pa[GZD_LEFT_EYE] < 0.0f) ||
+         (is_right_present(block, sample) && sample.pa[GZD_RIGHT_EYE] < 0.0f);
 }
 
-void write_raw_sample(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
-  if (options.current_eye == -1) {
+void write_raw_sample(const RunState& state, const RECORDINGS& block, FSAMPLE& sample) {
+  if (state.block.kind == BlockKind::fresh) {
     columns = columns_of(block, sample);
     append_labels();
   }
   lpbuffer.begin_line();
   lpbuffer.set_cursor(write_sample_time(lpbuffer.cursor(), sample));
-  if (columns.left) append_eye_or_missing(handle, sample, GZD_LEFT_EYE, SMP_LEFT);
-  if (columns.right) append_eye_or_missing(handle, sample, GZD_RIGHT_EYE, SMP_RIGHT);
+  if (columns.left) append_eye_or_missing(state.recording, sample, GZD_LEFT_EYE, SMP_LEFT);
+  if (columns.right) append_eye_or_missing(state.recording, sample, GZD_RIGHT_EYE, SMP_RIGHT);
   lpbuffer.append('\n');
 }
 

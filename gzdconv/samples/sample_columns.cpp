@@ -130,7 +130,7 @@ bool has_pair(const Shape& s) {
   return s.left_printed && s.right_printed;
 }
 bool has_plain_pair(const Shape& s, int position_type) {
-  return has_pair(s) && positions_are_plain() && options.sample_type_in_use == position_type;
+  return has_pair(s) && positions_are_plain() && s.position_type == position_type;
 }
 bool has_other_pair(const Shape& s) {
   for (const int type : {GZD_POSITION_GAZE, GZD_POSITION_HREF, GZD_POSITION_PUPIL})
@@ -224,9 +224,9 @@ constexpr ColumnGroup column_groups[] = {
 
 }  // namespace
 
-void SamplePlan::choose(const RECORDINGS& block, const FSAMPLE& sample) {
+void SamplePlan::choose(const RunState& state, const RECORDINGS& block, const FSAMPLE& sample) {
   static_assert(std::size(column_groups) <= max_columns);
-  const SampleShape shape(block, sample);
+  const SampleShape shape(state, block, sample);
   count_ = 0;
   for (const ColumnGroup& group : column_groups) {
     if (group.applies(shape)) columns_[count_++] = group.write;

@@ -11,6 +11,7 @@
 #include "cli/options.h"
 #include "gzd.h"
 #include "lines/resolution.h"
+#include "run_state.h"
 #include "samples/sample_shape.h"
 
 namespace gzdconv {
@@ -64,7 +65,7 @@ inline EyeData get_sample_data(const FSAMPLE& sample, int eye, int type) {
 
 // A sample while its line is written.
 struct SampleLine {
-  GZDFILE* handle;
+  const RunState& state;
   FSAMPLE& sample;
 };
 
@@ -90,7 +91,7 @@ class SamplePlan {
   bool suits(const FSAMPLE& sample) const { return key_ == shape_key(sample); }
 
   // Makes the plan that of `sample`.
-  void choose(const RECORDINGS& block, const FSAMPLE& sample);
+  void choose(const RunState& state, const RECORDINGS& block, const FSAMPLE& sample);
 
   // Writes the columns at `place`, and returns their end.
   char* write(char* place, SampleLine line) const {

@@ -35,9 +35,9 @@ struct Velocity {
   float x, y;
 };
 
-Velocity velocity_of(const FSAMPLE& s, int eye) {
+Velocity velocity_of(const FSAMPLE& s, int eye, int position_type) {
   const bool fast = options.fast_velocity != 0;
-  switch (options.sample_type_in_use) {
+  switch (position_type) {
     case GZD_POSITION_HREF:
       return fast ? Velocity{s.fhxvel[eye], s.fhyvel[eye]} : Velocity{s.hxvel[eye], s.hyvel[eye]};
     case GZD_POSITION_PUPIL:
@@ -80,7 +80,7 @@ void append_signed_pair(const UINT32 (&pair)[2]) {
 
 template <int eye>
 void append_position(const SampleLine& line) {
-  const EyeData data = get_sample_data(line.sample, eye, options.sample_type_in_use);
+  const EyeData data = get_sample_data(line.sample, eye, line.state.block.sample_position);
   const bool usual = has_usual_form();
   char* place = lpbuffer.cursor();
   place = write_tenths(place, data.x, usual);
@@ -139,12 +139,13 @@ void append_screen_resolution(const SampleLine& line) {
 
 template <int eye>
 void append_velocity(const SampleLine& line) {
-  const EyeData data = get_sample_data(line.sample, eye, options.sample_type_in_use);
+  const int position_type = line.state.block.sample_position;
+  const EyeData data = get_sample_data(line.sample, eye, position_type);
   if (!has_value(data.x) || !has_value(data.y)) {
     append_missing_pair();
     return;
   }
-  const Velocity velocity = velocity_of(line.sample, eye);
+  const Velocity velocity = velocity_of(line.sample, eye, position_type);
   const bool usual = has_usual_form();
   char* place = lpbuffer.cursor();
   place = write_signed_tenths(place, velocity.x, usual);
@@ -173,7 +174,7 @@ void append_average(const SampleLine& line) {
 // Values that cannot be given print as the numbers that stand for them.
 template <int eye>
 void append_uncorrected(const SampleLine& line) {
-  GZDFILE* const file = line.handle;
+  GZDFILE* const file = line.state.recording;
   FSAMPLE* const sample = &line.sample;
   float pupil[2], cr[2], pupil_cr[2];
   UINT32 pupil_box[2], cr_box[2], window[2];

@@ -77,8 +77,8 @@ void append_legends(const SampleShape& shape) {
 
 }  // namespace
 
-void print_sample_header(const RECORDINGS& block, const FSAMPLE& sample) {
-  const SampleShape shape(block, sample);
+void print_sample_header(const RunState& state, const RECORDINGS& block, const FSAMPLE& sample) {
+  const SampleShape shape(state, block, sample);
   lpbuffer.begin_line();
   lpbuffer.append(std::string_view("** COLUMNS\n** time\t"));
   append_column_labels(shape);

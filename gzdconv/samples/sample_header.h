@@ -3,11 +3,12 @@
 #define GZDCONV_SAMPLE_HEADER_H
 
 #include "gzd_data.h"
+#include "run_state.h"
 
 namespace gzdconv {
 
 // Prints the header for samples like this one.
-void print_sample_header(const RECORDINGS& block, const FSAMPLE& sample);
+void print_sample_header(const RunState& state, const RECORDINGS& block, const FSAMPLE& sample);
 
 }  // namespace gzdconv
 

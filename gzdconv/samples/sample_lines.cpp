@@ -13,60 +13,59 @@ namespace gzdconv {
 
 namespace {
 
-constexpr int ordinary_samples = 0;  // of options.current_eye
-constexpr int raw_samples = 1;
-constexpr int head_pose_mode = 3;  // of options.head_data_mode
+constexpr int first_pose_revision = 2;  // of the file format
 
 SamplePlan plan;
 
-bool carries_pose_flags(const FSAMPLE& sample) {
-  return options.head_data_mode == head_pose_mode && options.tracker_revision > 1 &&
+bool carries_pose_flags(const RunState& state, const FSAMPLE& sample) {
+  return state.block.head_data == HeadData::pose && state.format_revision >= first_pose_revision &&
          sample.htype != INT16_MIN;
 }
 
-void begin_file(const RECORDINGS& block, const FSAMPLE& sample) {
-  options.sample_header_printed = 1;
-  printPoseFlags = carries_pose_flags(sample);
+void begin_file(RunState& state, const RECORDINGS& block, const FSAMPLE& sample) {
+  state.sample_header_printed = true;
+  printPoseFlags = carries_pose_flags(state, sample);
   if (options.suppress_column_headers == 0 && canHeaderDeterminedForSamples() != 0) {
-    print_sample_header(block, sample);
+    print_sample_header(state, block, sample);
   }
 }
 
 // Once a block has had an ordinary sample, all that follow are.
-bool write_if_raw(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
+bool write_if_raw(RunState& state, const RECORDINGS& block, FSAMPLE& sample) {
   if (!is_raw_sample(block, sample)) {
-    options.current_eye = ordinary_samples;
+    state.block.kind = BlockKind::ordinary;
     return false;
   }
-  write_raw_sample(handle, block, sample);
-  options.current_eye = raw_samples;
+  write_raw_sample(state, block, sample);
+  state.block.kind = BlockKind::raw;
   return true;
 }
 
 // For a sample that is not like the one before in its block. Returns false for a raw one, which is
 // written.
-bool begin_ordinary_sample(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
-  if (options.sample_header_printed == 0) begin_file(block, sample);
-  if (options.current_eye != ordinary_samples && write_if_raw(handle, block, sample)) return false;
-  plan.choose(block, sample);
+bool begin_ordinary_sample(RunState& state, const RECORDINGS& block, FSAMPLE& sample) {
+  if (!state.sample_header_printed) begin_file(state, block, sample);
+  if (state.block.kind != BlockKind::ordinary && write_if_raw(state, block, sample)) return false;
+  plan.choose(state, block, sample);
   return true;
 }
 
 }  // namespace
 
-void begin_sample_block() {
+void begin_sample_block(BlockState& block) {
+  block.kind = BlockKind::fresh;
   plan.forget();
 }
 
-int write_sample(GZDFILE* handle, const RECORDINGS& block, FSAMPLE& sample) {
+int write_sample(RunState& state, const RECORDINGS& block, FSAMPLE& sample) {
   if (!plan.suits(sample)) [[unlikely]] {
     if (options.output_samples == 0) return 1;
-    if (!begin_ordinary_sample(handle, block, sample)) return 0;
+    if (!begin_ordinary_sample(state, block, sample)) return 0;
   }
-  updatePPD(sample);
+  updatePPD(sample, state.block.sample_position);
   lpbuffer.begin_line();
   char* end = write_sample_time(lpbuffer.cursor(), sample);
-  end = plan.write(end, {handle, sample});
+  end = plan.write(end, {state, sample});
   *end++ = '\n';
   lpbuffer.set_cursor(end);
   return 0;

@@ -6,12 +6,14 @@
 #include <cstdint>
 
 #include "gzd_data.h"
+#include "run_state.h"
 
 namespace gzdconv {
 
 // "Present" eyes are recorded in the sample and belong to the block; "printed" ones are chosen by
 // the options as well.
 struct SampleShape {
+  int position_type;  // GZD_POSITION_
   bool left_present, right_present;
   bool left_printed, right_printed;
   bool binocular_block;
@@ -22,7 +24,7 @@ struct SampleShape {
   bool head_pose, head_tracking;          // marker flags, head rotation and position
   bool extended, head_resolution, ellipse;
 
-  SampleShape(const RECORDINGS& block, const FSAMPLE& sample);
+  SampleShape(const RunState& state, const RECORDINGS& block, const FSAMPLE& sample);
 };
 
 // Samples with equal keys in one block, under the same options, have the same shape.
@@ -32,9 +34,9 @@ inline std::uint32_t shape_key(const FSAMPLE& sample) {
   return (sample.flags & deciding_flags) << 16 | static_cast<std::uint16_t>(sample.htype);
 }
 
-// True when the block holds data of this eye.
-bool block_has_left(const RECORDINGS& block);
-bool block_has_right(const RECORDINGS& block);
+// True when the eye is recorded in the sample and belongs to the block.
+bool is_left_present(const RECORDINGS& block, const FSAMPLE& sample);
+bool is_right_present(const RECORDINGS& block, const FSAMPLE& sample);
 
 }  // namespace gzdconv
 

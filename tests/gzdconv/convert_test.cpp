@@ -44,7 +44,7 @@ class ConvertTest : public testing::Test {
     console_ = testing::internal::GetCapturedStdout();
     told_ = testing::internal::GetCapturedStderr();
     EXPECT_EQ(fake.open_handles, 0);
-    EXPECT_EQ(options.out_file, nullptr);
+    EXPECT_EQ(lpbuffer.file(), nullptr);
     return status;
   }
 

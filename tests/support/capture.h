@@ -18,20 +18,20 @@ class AscTest : public testing::Test {
  protected:
   AscTest() {
     init_options();
-    lpbuffer.forget_failure();
-    options.out_file = open_memstream(&bytes_, &length_);
+    file_ = open_memstream(&bytes_, &length_);
+    lpbuffer.begin_file(file_);
   }
   ~AscTest() override {
     lpbuffer.flush();
-    std::fclose(options.out_file);
-    options.out_file = nullptr;
+    lpbuffer.end_file();
+    std::fclose(file_);
     std::free(bytes_);
   }
 
   // The lines since the last call.
   std::string asc() {
     lpbuffer.flush();
-    std::fflush(options.out_file);
+    std::fflush(file_);
     std::string text(bytes_ + taken_, length_ - taken_);
     taken_ = length_;
     return text;
@@ -47,6 +47,7 @@ class AscTest : public testing::Test {
   }
 
  private:
+  FILE* file_ = nullptr;
   char* bytes_ = nullptr;
   std::size_t length_ = 0;
   std::size_t taken_ = 0;

@@ -142,7 +142,7 @@ TEST_F(OutputTest, IncompleteFilesAreRemoved) {
   print("some");
   // From here on every write to the file fails.
   const int closed = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-  dup2(closed, fileno(options.out_file));
+  dup2(closed, fileno(lpbuffer.file()));
   close(closed);
   testing::internal::CaptureStdout();
   EXPECT_EQ(close_output_file(), -1);

@@ -14,9 +14,7 @@ class OptionsTest : public AscTest {
  protected:
   // Parses a command line, without the program's name, into default options.
   int parse(std::vector<std::string> words) {
-    FILE* const file = options.out_file;
     init_options();
-    options.out_file = file;
     names_.clear();
     std::vector<char*> argv;
     words.insert(words.begin(), "gzdconv");
@@ -72,8 +70,8 @@ constexpr Flag flags[] = {
     {"-g3DEye", &O::gaze_3d_eye, 1},
     {"-g3DEye", &O::gaze_3d_screen, 0},
     {"-hr", &O::head_resolution, 1},
-    {"-hr", &O::head_data_mode, 0},
-    {"-hpos", &O::head_data_mode, 1},
+    {"-hr", &O::head_markers, 0},
+    {"-hpos", &O::head_markers, 1},
     {"-input", &O::output_input, 1},
     {"-input", &O::video_frames, 0},
     {"-i", &O::video_frames, 1},

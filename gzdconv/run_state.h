@@ -1,0 +1,38 @@
+// What a run of the converter remembers from record to record: facts of the recording that is open,
+// and of its block. `convert` owns the changes of file and block, and hands it down to the writers.
+#ifndef GZDCONV_RUN_STATE_H
+#define GZDCONV_RUN_STATE_H
+
+#include "gzd.h"
+
+namespace gzdconv {
+
+// Of trackers, as gzd_get_ovilo_revision numbers them.
+enum class Generation { other = 1, kestrel, falcon, osprey };
+
+// The head columns that samples carry.
+enum class HeadData { none, markers, target, pose };
+
+// What the samples of a block have been so far: none yet, ordinary, or raw ones.
+enum class BlockKind { fresh, ordinary, raw };
+
+// The position types, GZD_POSITION_..., last from one block to the next until that chooses its own.
+struct BlockState {
+  int event_position = GZD_POSITION_GAZE;
+  int sample_position = GZD_POSITION_GAZE;
+  HeadData head_data = HeadData::none;
+  BlockKind kind = BlockKind::fresh;
+};
+
+struct RunState {
+  GZDFILE* recording = nullptr;  // borrowed while a file is converted
+  Generation generation = Generation::other;
+  int format_revision = 0;  // of the recording's file format
+  bool sample_header_printed = false;
+  bool event_header_printed = false;
+  BlockState block;
+};
+
+}  // namespace gzdconv
+
+#endif
