@@ -34,12 +34,6 @@ Column::Column(Type type, std::size_t capacity)
   if (type == Type::text) offsets_.assign(1, 0);
 }
 
-bool Column::is_null(std::size_t row) const {
-  if (type_ == Type::float32) return std::isnan(values<float>()[row]);
-  if (type_ == Type::float64) return std::isnan(values<double>()[row]);
-  return valid_[row] == 0;
-}
-
 std::string_view Column::text(std::size_t row) const {
   const auto begin = static_cast<std::size_t>(offsets_[row]);
   return std::string_view(characters_)

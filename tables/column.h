@@ -30,7 +30,11 @@ class Column {
   Column(Type type, std::size_t capacity);
 
   [[nodiscard]] Type type() const { return type_; }
-  [[nodiscard]] bool is_null(std::size_t row) const;
+  [[nodiscard]] bool is_null(std::size_t row) const {
+    if (type_ == Type::float32) return std::isnan(values<float>()[row]);
+    if (type_ == Type::float64) return std::isnan(values<double>()[row]);
+    return valid_[row] == 0;
+  }
 
   // The first value; valid for as many rows as the batch has. T must be the type of the values.
   template <class T>

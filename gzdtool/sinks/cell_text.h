@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace gzdtool {
@@ -18,19 +19,32 @@ template <class Integer>
   return std::to_chars(to, to + longest_number, value).ptr;
 }
 
+// Writes a number below 1e10 at `to`, and returns the place behind it.
+[[nodiscard]] inline char* write_digits(char* to, std::uint32_t value) {
+  constexpr std::size_t most = 10;
+  char digits[2 * most] = {};  // as many as are copied, wherever they begin
+  char* first = digits + most;
+  do {
+    *--first = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  std::memcpy(to, first, most);
+  return to + (digits + most - first);
+}
+
 // A float32 as the fewest digits that read back as the same value.
 [[nodiscard]] inline char* write_float(char* to, float value) {
   // Tenths of few digits are what trackers record. A decimal number of at most six digits is the
   // shortest text of the float next to it, and below 1e5 no exponent is shorter.
   constexpr float most_tenths = 999999.0F;
-  const float tenths = std::nearbyint(value * 10.0F);
-  const bool is_tenths = std::fabs(tenths) <= most_tenths && tenths / 10.0F == value;
-  if (!is_tenths || tenths == 0.0F) return std::to_chars(to, to + longest_number, value).ptr;
-  const auto whole = static_cast<std::int32_t>(tenths);
+  const float tenths = value * 10.0F;
+  if (!(std::fabs(tenths) <= most_tenths)) return std::to_chars(to, to + longest_number, value).ptr;
+  const auto whole = static_cast<std::int32_t>(tenths + (value < 0 ? -0.5F : 0.5F));
+  const bool is_tenths = whole != 0 && static_cast<float>(whole) / 10.0F == value;
+  if (!is_tenths) return std::to_chars(to, to + longest_number, value).ptr;
   if (whole < 0) *to++ = '-';
-  const std::uint32_t digits =
-      whole < 0 ? 0U - static_cast<std::uint32_t>(whole) : static_cast<std::uint32_t>(whole);
-  to = write_integer(to, digits / 10);
+  const auto digits = static_cast<std::uint32_t>(whole < 0 ? -whole : whole);
+  to = write_digits(to, digits / 10);
   if (digits % 10 != 0) {
     *to++ = '.';
     *to++ = static_cast<char>('0' + digits % 10);
@@ -42,7 +56,7 @@ template <class Integer>
 [[nodiscard]] inline char* write_double(char* to, double value) {
   constexpr double highest_whole = 4e9;
   const bool is_whole = value >= 0 && value <= highest_whole && std::trunc(value) == value;
-  if (is_whole && !std::signbit(value)) return write_integer(to, static_cast<std::uint32_t>(value));
+  if (is_whole && !std::signbit(value)) return write_digits(to, static_cast<std::uint32_t>(value));
   return std::to_chars(to, to + longest_number, value, std::chars_format::fixed).ptr;
 }
 

@@ -20,7 +20,7 @@ using gzdtables::Schema;
 using gzdtables::Type;
 
 constexpr std::size_t buffer_bytes = 1 << 18;
-constexpr std::size_t longest_cell = longest_number + 4;  // and the end of the line
+constexpr std::size_t longest_cell = longest_number + 64;  // and the end of the line
 
 // A buffer in front of a byte sink. Writers of cells move a place in it along; room is asked for
 // once a row, and for texts of any length as they come.
@@ -57,6 +57,32 @@ class Buffer {
   std::unique_ptr<char[]> bytes_;
 };
 
+// A short text that is copied at once, whatever its length: a jump costs more than a few bytes.
+class Snippet {
+ public:
+  explicit Snippet(std::string_view text) : size_(text.size()) {
+    if (size_ <= bytes_.size())
+      text.copy(bytes_.data(), size_);
+    else
+      long_ = text;
+  }
+  [[nodiscard]] std::size_t size() const { return size_; }
+  // Writes to where there is room for it and for `slack` bytes.
+  [[nodiscard]] char* put(char* place) const {
+    if (size_ > bytes_.size()) [[unlikely]]
+      return Buffer::put(place, long_);
+    std::memcpy(place, bytes_.data(), bytes_.size());
+    return place + size_;
+  }
+
+  static constexpr std::size_t slack = 48;
+
+ private:
+  std::array<char, slack> bytes_{};
+  std::size_t size_;
+  std::string long_;
+};
+
 // What a format makes of texts and nulls.
 struct Dialect {
   std::string_view null;
@@ -79,7 +105,7 @@ Dialect dialect_of(Format format) {
 class TextSink final : public TableSink {
  public:
   TextSink(ByteSink& bytes, const TextStyle& style)
-      : style_(style), dialect_(dialect_of(style.format)), buffer_(bytes) {}
+      : style_(style), dialect_(dialect_of(style.format)), buffer_(bytes), null_(dialect_.null) {}
 
   void begin(const Schema& schema, std::string_view recording) override;
   void write(const Batch& batch) override;
@@ -98,8 +124,9 @@ class TextSink final : public TableSink {
   Dialect dialect_;
   Buffer buffer_;
   bool has_begun_ = false;
-  std::vector<std::string> prefixes_;  // what stands in front of each cell
-  std::vector<std::vector<std::string>> choices_;
+  std::vector<Snippet> prefixes_;  // what stands in front of each cell
+  std::vector<std::vector<Snippet>> choices_;
+  Snippet null_, true_{"true"}, false_{"false"};
   std::size_t row_bytes_ = 0;  // of a row at most, texts and what is behind them left out
   std::string scratch_;
 };
@@ -118,28 +145,27 @@ void TextSink::begin(const Schema& schema, std::string_view recording) {
 }
 
 void TextSink::prepare_prefixes(const Schema& schema, std::string_view recording) {
-  prefixes_.clear();
-  for (const Field& field : schema.fields) {
-    std::string prefix = prefixes_.empty() ? "" : std::string(1, dialect_.separator);
-    if (!dialect_.has_header) prefix += escaped(field.name) + ":";
-    prefixes_.push_back(prefix);
-  }
   std::string first;
   if (style_.has_recording_column && dialect_.has_header)
     first = escaped(recording) + dialect_.separator;
   if (style_.has_recording_column && !dialect_.has_header)
     first = "\"recording\":" + escaped(recording) + ",";
   if (!dialect_.has_header) first.insert(0, "{");
-  prefixes_.front().insert(0, first);
+  prefixes_.clear();
   row_bytes_ = 0;
-  for (const std::string& prefix : prefixes_) row_bytes_ += prefix.size() + longest_cell;
+  for (const Field& field : schema.fields) {
+    std::string prefix = prefixes_.empty() ? first : std::string(1, dialect_.separator);
+    if (!dialect_.has_header) prefix += escaped(field.name) + ":";
+    row_bytes_ += prefix.size() + longest_cell;
+    prefixes_.emplace_back(prefix);
+  }
 }
 
 void TextSink::prepare_choices(const Schema& schema) {
   choices_.clear();
   for (const Field& field : schema.fields) {
     auto& texts = choices_.emplace_back();
-    for (const std::string& choice : field.choices) texts.push_back(escaped(choice));
+    for (const std::string& choice : field.choices) texts.emplace_back(escaped(choice));
   }
 }
 
@@ -160,14 +186,8 @@ void TextSink::write(const Batch& batch) {
 
 char* TextSink::write_row(char* place, const Batch& batch, std::size_t row) {
   place = buffer_.reserve(place, row_bytes_);
-  for (std::size_t i = 0; i < batch.columns.size(); ++i) {
-    const Column& column = batch.columns[i];
-    place = Buffer::put(place, prefixes_[i]);
-    if (column.is_null(row))
-      place = Buffer::put(place, dialect_.null);
-    else
-      place = write_value(place, column, i, row);
-  }
+  for (std::size_t i = 0; i < batch.columns.size(); ++i)
+    place = write_value(prefixes_[i].put(place), batch.columns[i], i, row);
   return Buffer::put(place, dialect_.has_header ? "\n" : "}\n");
 }
 
@@ -178,9 +198,10 @@ char* TextSink::write_text(char* place, std::string_view text) {
 }
 
 char* TextSink::write_value(char* place, const Column& column, std::size_t index, std::size_t row) {
+  if (column.is_null(row)) return null_.put(place);
   switch (column.type()) {
     case Type::boolean:
-      return Buffer::put(place, column.values<std::uint8_t>()[row] != 0 ? "true" : "false");
+      return (column.values<std::uint8_t>()[row] != 0 ? true_ : false_).put(place);
     case Type::int32:
       return write_integer(place, column.values<std::int32_t>()[row]);
     case Type::int64:
@@ -194,7 +215,7 @@ char* TextSink::write_value(char* place, const Column& column, std::size_t index
     case Type::float64:
       return write_double(place, column.values<double>()[row]);
     case Type::choice:
-      return Buffer::put(place, choices_[index][column.values<std::uint8_t>()[row]]);
+      return choices_[index][column.values<std::uint8_t>()[row]].put(place);
     case Type::text:
       return write_text(place, column.text(row));
   }
