@@ -99,6 +99,9 @@ void complain(const std::string& text) {
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   gzd_set_log_function(reinterpret_cast<void*>(&log_to_standard_error));
+#ifdef GZD_ORIGIN_GAP  // the library that has these can point its notices elsewhere, too
+  gzd_set_notice_function(&log_to_standard_error);
+#endif
   try {
     return parse_and_run(argc, argv);
   } catch (const gzdtables::UsageError& error) {

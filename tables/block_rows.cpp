@@ -109,7 +109,7 @@ void BlockRows::take_sample(const ElementWalk& walk) {
   const FSAMPLE& sample = walk.element().record->fs;
   if (block_.samples + block_.filled == 0) block_.first = time_of(sample);
   block_.last = time_of(sample);
-  if (walk.origin() != Origin::recording) {
+  if (walk.is_filled(sample)) {
     ++block_.filled;
     return;
   }

@@ -16,9 +16,6 @@ enum Wanted : unsigned {
   want_inputs = 8,
 };
 
-// Where an element's record comes from.
-enum class Origin { recording, filled, log };
-
 struct Element {
   int code = 0;
   const ALLF_DATA* record = nullptr;  // until the next step
@@ -56,10 +53,19 @@ class ElementWalk {
   [[nodiscard]] unsigned eyes() const { return in_block_ ? block_.eye : GZD_BLOCK_BOTH; }
   // The whole milliseconds of a sample period of that block, 0 outside blocks.
   [[nodiscard]] std::int64_t period() const { return in_block_ ? period_ : 0; }
-  // Where the element announced last comes from.
-  [[nodiscard]] Origin origin() const;
+  // Whether the sample announced last was filled in by the library. One with a pupil size was not,
+  // so most need no question.
+  [[nodiscard]] bool is_filled(const FSAMPLE& sample) const {
+    const auto is_size = [](float size) { return size >= 0.0F && size < MISSING_DATA; };
+    const bool has_size =
+        (sample.flags & SMP_PUPIL_SIZE) != 0 && (is_size(sample.pa[0]) || is_size(sample.pa[1]));
+    return !has_size && is_filled();
+  }
+  // Whether the message announced last stands in the experiment's log.
+  [[nodiscard]] bool is_from_log() const;
 
  private:
+  [[nodiscard]] bool is_filled() const;
   [[nodiscard]] bool is_shown(int code) const;
   void leave_element();
   void take_mark();

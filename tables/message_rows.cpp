@@ -42,7 +42,7 @@ class MessageRows final : public RowBuilder {
     if (element.code != GZD_MESSAGE || !accepts(element.record->fe.sttime, element.trial)) return;
     const std::size_t row = rows.begin_row();
     place_.set(row, element);
-    source_.set(row, walk.origin() == Origin::log ? from_log : from_recording);
+    source_.set(row, walk.is_from_log() ? from_log : from_recording);
     append_message(text_, text_of(element.record->fe));
   }
 

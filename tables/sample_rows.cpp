@@ -176,7 +176,7 @@ const FSAMPLE& SampleRows::without_fields(const FSAMPLE& filled) {
 void SampleRows::take(const ElementWalk& walk, Rows& rows) {
   const Element& element = walk.element();
   if (element.code != GZD_SAMPLE || !accepts(time_of(element.record->fs), element.trial)) return;
-  const bool recorded = walk.origin() == Origin::recording;
+  const bool recorded = !walk.is_filled(element.record->fs);
   const FSAMPLE& sample = recorded ? element.record->fs : without_fields(element.record->fs);
   const std::size_t row = rows.begin_row();
   block_.put(row, element.block);

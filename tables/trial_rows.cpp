@@ -90,9 +90,10 @@ void TrialRows::close(const Element& element, Rows& rows) {
 }
 
 void TrialRows::take_sample(const ElementWalk& walk) {
-  if (walk.origin() != Origin::recording) return;
+  const FSAMPLE& sample = walk.element().record->fs;
+  if (walk.is_filled(sample)) return;
   ++trial_.samples;
-  if (walk.block() != nullptr) trial_.loss.take(walk.element().record->fs, *walk.block());
+  if (walk.block() != nullptr) trial_.loss.take(sample, *walk.block());
 }
 
 void TrialRows::take_message(const char* text) {
