@@ -80,7 +80,7 @@ void append_signed_pair(const UINT32 (&pair)[2]) {
 
 template <int eye>
 void append_position(const SampleLine& line) {
-  const EyeData data = get_sample_data(line.sample, eye, line.state.block.sample_position);
+  const EyeData data = eye_data_of(line.sample, eye, line.state.block.sample_position);
   const bool usual = has_usual_form();
   char* place = lpbuffer.cursor();
   place = write_tenths(place, data.x, usual);
@@ -140,7 +140,7 @@ void append_screen_resolution(const SampleLine& line) {
 template <int eye>
 void append_velocity(const SampleLine& line) {
   const int position_type = line.state.block.sample_position;
-  const EyeData data = get_sample_data(line.sample, eye, position_type);
+  const EyeData data = eye_data_of(line.sample, eye, position_type);
   if (!has_value(data.x) || !has_value(data.y)) {
     append_missing_pair();
     return;
@@ -162,7 +162,7 @@ void append_resolution(const SampleLine& line) {
 
 void append_average(const SampleLine& line) {
   const FSAMPLE& sample = line.sample;
-  const EyeData other = get_sample_data(sample, right, GZD_POSITION_GAZE);
+  const EyeData other = eye_data_of(sample, right, GZD_POSITION_GAZE);
   if (!left_counts_for_average(sample) || !has_value(other.x) || !has_value(other.y)) {
     append_missing_pair();
     return;

@@ -3,7 +3,7 @@
 #define GZDCONV_SAMPLE_EYE_COLUMNS_H
 
 #include "asc/sample_number.h"
-#include "samples/sample_columns.h"
+#include "samples/sample_line.h"
 
 namespace gzdconv {
 

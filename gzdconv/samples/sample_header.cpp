@@ -5,7 +5,7 @@
 
 #include "asc/output.h"
 #include "cli/options.h"
-#include "samples/sample_columns.h"
+#include "samples/sample_plan.h"
 #include "samples/sample_shape.h"
 
 namespace gzdconv {

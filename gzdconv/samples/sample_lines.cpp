@@ -6,8 +6,8 @@
 #include "lines/recording_lines.h"
 #include "lines/resolution.h"
 #include "samples/raw_sample_lines.h"
-#include "samples/sample_columns.h"
 #include "samples/sample_header.h"
+#include "samples/sample_plan.h"
 
 namespace gzdconv {
 

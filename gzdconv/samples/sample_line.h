@@ -1,18 +1,12 @@
-// The columns of a sample line, and the plan of those that a run of samples has.
-#ifndef GZDCONV_SAMPLE_COLUMNS_H
-#define GZDCONV_SAMPLE_COLUMNS_H
-
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <limits>
+// What the columns of a sample line share: the sample that is written, its eyes, a column's form.
+#ifndef GZDCONV_SAMPLE_LINE_H
+#define GZDCONV_SAMPLE_LINE_H
 
 #include "asc/output.h"
 #include "cli/options.h"
 #include "gzd.h"
 #include "lines/resolution.h"
 #include "run_state.h"
-#include "samples/sample_shape.h"
 
 namespace gzdconv {
 
@@ -41,7 +35,7 @@ struct EyeData {
 
 // The position of `eye` in coordinates of `type` (GZD_POSITION_), gaze as the display mapping gives
 // it. A lost pupil has no position, unless options.no_pupil_area_check is set.
-inline EyeData get_sample_data(const FSAMPLE& sample, int eye, int type) {
+inline EyeData eye_data_of(const FSAMPLE& sample, int eye, int type) {
   EyeData data = {MISSING_DATA, MISSING_DATA, sample.pa[eye]};
   if (sample.pa[eye] == 0.0f && options.no_pupil_area_check == 0) return data;
   switch (type) {
@@ -69,7 +63,7 @@ struct SampleLine {
   FSAMPLE& sample;
 };
 
-// Writes the columns of one group at `place`, in the line buffer at or behind its cursor, each with
+// Writes the columns of one group at `place`, in the line buffer at or after its cursor, each with
 // its own tab in front. Returns the end.
 using SampleColumn = char* (*)(char* place, SampleLine line);
 
@@ -80,38 +74,6 @@ char* appended(char* place, SampleLine line) {
   append(line);
   return lpbuffer.cursor();
 }
-
-// The columns chosen for a run of samples of one shape.
-class SamplePlan {
- public:
-  // Forgets the choice. Due whenever block or options may have changed.
-  void forget() { key_ = no_key; }
-
-  // True when the plan is one for samples of this shape.
-  bool suits(const FSAMPLE& sample) const { return key_ == shape_key(sample); }
-
-  // Makes the plan that of `sample`.
-  void choose(const RunState& state, const RECORDINGS& block, const FSAMPLE& sample);
-
-  // Writes the columns at `place`, and returns their end.
-  char* write(char* place, SampleLine line) const {
-    const SampleColumn* const end = columns_.data() + count_;
-    for (const SampleColumn* column = columns_.data(); column != end; ++column)
-      place = (*column)(place, line);
-    return place;
-  }
-
- private:
-  static constexpr std::uint64_t no_key = std::numeric_limits<std::uint64_t>::max();
-  static constexpr std::size_t max_columns = 64;
-
-  std::uint64_t key_ = no_key;
-  std::array<SampleColumn, max_columns> columns_{};
-  std::size_t count_ = 0;
-};
-
-// Appends the labels of the columns of samples of this shape, a tab behind each.
-void append_column_labels(const SampleShape& shape);
 
 }  // namespace gzdconv
 

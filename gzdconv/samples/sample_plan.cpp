@@ -1,6 +1,6 @@
 // The table of column groups, in the order of the line: which samples have the group, what writes
 // it, and its labels. Plan and header are both read off it.
-#include "samples/sample_columns.h"
+#include "samples/sample_plan.h"
 
 #include <array>
 #include <charconv>
