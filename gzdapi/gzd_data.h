@@ -84,6 +84,45 @@ extern "C" {
 #define SMP_HALF_MS 0x0002       /* half a millisecond behind its integer time */
 #define SMP_IS_SAMPLE 0x0001     /* set in every sample record on disk */
 
+/* ---- `errors` of samples: what the tracker tells of the eyes -------------------------------- */
+
+#define GZD_STATUS_INTERPOLATED 0x1000   /* the sample is interpolated */
+#define GZD_STATUS_RIGHT_RECOVERY 0x0800 /* the corneal reflection of the right eye comes back */
+#define GZD_STATUS_LEFT_RECOVERY 0x0400  /* the same of the left eye */
+#define GZD_STATUS_RIGHT_MISSING 0x0200  /* the right eye has no corneal reflection */
+#define GZD_STATUS_LEFT_MISSING 0x0100   /* the left eye has none */
+#define GZD_STATUS_CALIBRATION 0x0002    /* calibration warning, of samples with a head pose */
+
+/* ---- `htype` of samples: what `hdata` holds ------------------------------------------------- */
+
+#define GZD_HTYPE_TARGET_ONE_EYE 182     /* a head target, seen by the camera of one eye */
+#define GZD_HTYPE_TARGET_TWO_EYES 183    /* the same for two eyes */
+#define GZD_HTYPE_SECOND_CR_ONE_EYE 196  /* a second corneal reflection of one eye */
+#define GZD_HTYPE_SECOND_CR_TWO_EYES 200 /* the same of two eyes */
+
+/* ---- the fourth word of a head target; the seventh has the last four of the second eye ------- */
+
+#define GZD_TARGET_MISSING 0x4000       /* no target is seen */
+#define GZD_TARGET_EXTREME_ANGLE 0x2000 /* it is turned too far */
+#define GZD_TARGET_NEAR_EYE 0x1000      /* it is too near to an eye */
+#define GZD_TARGET_TOO_CLOSE 0x0800     /* it is too close to the camera */
+#define GZD_TARGET_TOO_FAR 0x0400       /* it is too far from the camera */
+#define GZD_TARGET_TOP 0x0080           /* it is at the top edge of the image */
+#define GZD_TARGET_BOTTOM 0x0040        /* at the bottom edge */
+#define GZD_TARGET_LEFT 0x0020          /* at the left edge */
+#define GZD_TARGET_RIGHT 0x0010         /* at the right edge */
+#define GZD_TARGET_EYE_TOP 0x0008       /* the eye is at the top edge */
+#define GZD_TARGET_EYE_BOTTOM 0x0004    /* at the bottom edge */
+#define GZD_TARGET_EYE_LEFT 0x0002      /* at the left edge */
+#define GZD_TARGET_EYE_RIGHT 0x0001     /* at the right edge */
+
+/* ---- `headMarkerFlags` of samples ----------------------------------------------------------- */
+
+#define GZD_HEAD_MARKER_IMU_ONLY 0x0008 /* head pose from the inertial sensor only */
+#define GZD_HEAD_MARKER_AGE3 0x0004     /* markers are three samples old */
+#define GZD_HEAD_MARKER_MISSING 0x0002  /* markers missing */
+#define GZD_HEAD_MARKER_WARNING 0x0001  /* marker warning */
+
 /* ---- `read` of events: the fields that the record held -------------------------------------- */
 
 #define EVT_START_TIME 0x0001 /* start time */

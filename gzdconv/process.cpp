@@ -1,8 +1,5 @@
 #include "process.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -14,6 +11,7 @@
 
 #include "asc/output.h"
 #include "cli/console.h"
+#include "cli/files.h"
 #include "cli/options.h"
 #include "convert.h"
 #include "run_files.h"
@@ -35,9 +33,7 @@ class LogFileGuard {
 // A message log that cannot be read counts as none; why it cannot is told.
 void check_message_log(const Job& job) {
   const std::string log = message_log_of(job);
-  const int file = open(log.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return report_reason(log, errno);
-  close(file);
+  if (const int reason = why_not_readable(log)) report_reason(log, reason);
 }
 
 int convert(RunState& state, const Job& job) {

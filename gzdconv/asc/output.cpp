@@ -1,8 +1,5 @@
 #include "asc/output.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cctype>
 #include <cerrno>
 #include <cstdarg>
@@ -29,14 +26,6 @@ char overwrite_answer = 'N';  // the last one, for the whole run
 // The texts of this run, and the recordings that they were made of.
 std::map<FileId, std::string> finished_texts;
 
-// The probe does not wait for a writer when a pipe has that name.
-bool is_readable(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return false;
-  close(file);
-  return true;
-}
-
 // The first character of a line, in capitals; 'N' at the end of input.
 char read_answer() {
   const int first = std::getchar();
@@ -51,7 +40,7 @@ void ask_to_overwrite(const std::string& path) {
 }
 
 bool may_write(const std::string& path) {
-  if (options.overwrite || !is_readable(path) || overwrite_answer == 'A') return true;
+  if (options.overwrite || why_not_readable(path) != 0 || overwrite_answer == 'A') return true;
   ask_to_overwrite(path);
   return overwrite_answer == 'A' || overwrite_answer == 'Y';
 }

@@ -15,7 +15,7 @@ namespace {
 using std::string_view;
 
 constexpr string_view recording_start = "MORVEN_TECH_";
-constexpr string_view table_magic("\x00\x10\x5A\xAE", 4);  // behind the number of records
+constexpr string_view table_magic("\x00\x10\x5A\xAE", 4);  // after the number of records
 constexpr std::size_t table_magic_place = 4;
 constexpr string_view asc_start = "** CONVERTED FROM ";
 constexpr string_view utf8_mark = "\xEF\xBB\xBF";
@@ -76,6 +76,24 @@ bool is_same_place(const std::string& one, const std::string& other) {
   if (is_same_file(one, other)) return true;
   return name_in_directory(one) == name_in_directory(other) &&
          is_same_directory(directory_of(one), directory_of(other));
+}
+
+File open_regular(const std::string& name) {
+  const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return nullptr;
+  struct stat status {};
+  errno = 0;
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+    if (FILE* const file = fdopen(descriptor, "rb")) return File(file);
+  }
+  const int reason = S_ISDIR(status.st_mode) ? EISDIR : errno;
+  close(descriptor);
+  errno = reason;
+  return nullptr;
+}
+
+int why_not_readable(const std::string& path) {
+  return Descriptor(path, O_RDONLY) >= 0 ? 0 : errno;
 }
 
 int why_not_writable(const std::string& path) {

@@ -1,9 +1,11 @@
-// What the file system knows of a name, without opening anything for writing.
+// What the file system knows of a name, without opening anything to change it.
 #ifndef GZDCONV_FILES_H
 #define GZDCONV_FILES_H
 
 #include <sys/types.h>
 
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -21,6 +23,18 @@ bool is_same_file(const std::string& one, const std::string& other);
 
 // The same, also of a file that would be made: one name in one directory.
 bool is_same_place(const std::string& one, const std::string& other);
+
+struct CloseFile {
+  void operator()(FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<FILE, CloseFile>;
+
+// Opens an ordinary file for reading. Null for anything else; errno then has the reason, or 0. A
+// pipe of that name does not hold up the run, here and below.
+File open_regular(const std::string& name);
+
+// Why a file of that name cannot be read, a value of errno; 0 when it can.
+int why_not_readable(const std::string& path);
 
 // Why a file of that name cannot be written, a value of errno; 0 when it can.
 int why_not_writable(const std::string& path);

@@ -13,7 +13,6 @@ namespace gzdconv {
 
 namespace {
 
-constexpr double href_distance = 15000.0;
 constexpr double degrees_per_radian = 57.296;  // of saccade angles
 constexpr double ms_per_second = 1e3;
 constexpr int resolution_decimals = 2;

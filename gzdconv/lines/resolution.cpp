@@ -16,11 +16,11 @@ double ppd_count = 0.0;
 namespace {
 
 constexpr double margin_factor = 0.95;
-constexpr double href_distance_squared = 2.25e8;  // of 15000 units
+constexpr double href_distance_squared = href_distance * href_distance;
 constexpr double degrees_per_radian = 57.2958;
 constexpr double lowest_resolution = 0.01;  // both ends excluded
 constexpr double highest_resolution = 1.0e4;
-constexpr float smallest_pupil = 15.0F;  // of an eye that counts
+constexpr float smallest_pupil = 15.0F;  // of an eye that is seen
 constexpr std::size_t display_keyword = sizeof "DISPLAY_COORDS" - 1;
 constexpr std::size_t area_keyword = sizeof "DISPLAY_AREA_COORDS" - 1;
 
@@ -35,7 +35,7 @@ struct Edges {
   int left, top, right, bottom;
 };
 
-// Reads the four numbers behind a keyword of `offset` characters that begins `text`.
+// Reads the four numbers after a keyword of `offset` characters that begins `text`.
 bool read_edges(const char* text, std::size_t offset, Edges& edges) {
   if (strnlen(text, offset) < offset) return false;
   return std::sscanf(text + offset, " %d %d %d %d", &edges.left, &edges.top, &edges.right,
@@ -63,7 +63,7 @@ bool is_mapped(float value) {
 class HrefMean {
  public:
   void add_eye(const FSAMPLE& sample, int eye) {
-    if (!(sample.flags & SMP_HREF) || has_small_pupil(sample, eye)) return;
+    if (!(sample.flags & SMP_HREF) || has_lost_pupil(sample, eye)) return;
     add(sample.hx[eye], x_, x_count_);
     add(sample.hy[eye], y_, y_count_);
   }
@@ -72,10 +72,6 @@ class HrefMean {
   float y() const { return y_ / static_cast<float>(y_count_); }
 
  private:
-  static bool has_small_pupil(const FSAMPLE& sample, int eye) {
-    return (sample.flags & SMP_PUPIL_SIZE) && !options.no_pupil_area_check &&
-           sample.pa[eye] < smallest_pupil;
-  }
   static void add(float value, float& sum, int& count) {
     if (value == MISSING_DATA || value == NOT_RECORDED) return;
     sum += value;
@@ -113,7 +109,7 @@ void complete_gaze(FSAMPLE& sample) {
   sample.ry = getMappedPPDY(sample.ry);
 }
 
-// Apart, so that it costs the usual sample nothing.
+// Out of line: the way of the usual sample stays short.
 [[gnu::noinline]] void complete_resolution(FSAMPLE& sample, int position_type) {
   switch (position_type) {
     case GZD_POSITION_HREF:
@@ -131,6 +127,11 @@ void complete_gaze(FSAMPLE& sample) {
 }
 
 }  // namespace
+
+bool has_lost_pupil(const FSAMPLE& sample, int eye) {
+  return (sample.flags & SMP_PUPIL_SIZE) && !options.no_pupil_area_check &&
+         sample.pa[eye] < smallest_pupil;
+}
 
 void clear_resolution_sums() {
   ppd_x = ppd_y = ppd_count = 0.0;

@@ -1,4 +1,4 @@
-// Angular resolution: the sums behind the mean of a block, and the mapping of gaze from the
+// Angular resolution: the sums of the mean of a block, and the mapping of gaze from the
 // tracked area to the display.
 #ifndef GZDCONV_RESOLUTION_H
 #define GZDCONV_RESOLUTION_H
@@ -7,6 +7,13 @@
 #include "gzd_data.h"
 
 namespace gzdconv {
+
+// The distance, in head-referenced units, of the plane of head-referenced positions from the eye.
+inline constexpr double href_distance = 15000.0;
+
+// True for a pupil too small to be seen, whose eye does not count for a mean of both. Never with
+// options.no_pupil_area_check.
+bool has_lost_pupil(const FSAMPLE& sample, int eye);
 
 // Sums of the accepted resolutions since the last END line, and their number.
 extern double ppd_x, ppd_y, ppd_count;
@@ -30,7 +37,7 @@ struct Resolution {
 };
 Resolution head_referenced_resolution(double hx, double hy);
 
-// Read the sizes behind the keyword that begins `text`; other text makes them unknown. Null is
+// Read the sizes after the keyword that begins `text`; other text makes them unknown. Null is
 // ignored.
 void parseDisplayCoords(const char* text);
 void parseDisplayAreaCoords(const char* text);

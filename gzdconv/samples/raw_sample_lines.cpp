@@ -16,10 +16,6 @@ namespace {
 constexpr int position_decimals = 3;
 constexpr int area_decimals = 0;
 
-// `htype` of samples with a second corneal reflection.
-constexpr INT16 second_cr_of_one_eye = 196;
-constexpr INT16 second_cr_of_two_eyes = 200;
-
 // The columns of the block, fixed by its first raw sample.
 struct RawColumns {
   bool left, right, second_cr;
@@ -27,9 +23,10 @@ struct RawColumns {
 RawColumns columns = {};
 
 RawColumns columns_of(const RECORDINGS& block, const FSAMPLE& sample) {
-  return {block_has_left(block) && options.left_eye != 0 && options.left_samples != 0,
-          block_has_right(block) && options.right_eye != 0 && options.right_samples != 0,
-          sample.htype == second_cr_of_one_eye || sample.htype == second_cr_of_two_eyes};
+  return {
+      block_has_left(block) && options.left_eye != 0 && options.left_samples != 0,
+      block_has_right(block) && options.right_eye != 0 && options.right_samples != 0,
+      sample.htype == GZD_HTYPE_SECOND_CR_ONE_EYE || sample.htype == GZD_HTYPE_SECOND_CR_TWO_EYES};
 }
 
 void append_labels() {

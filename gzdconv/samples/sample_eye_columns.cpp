@@ -16,7 +16,6 @@ namespace {
 constexpr int left = GZD_LEFT_EYE;
 constexpr int right = GZD_RIGHT_EYE;
 constexpr int resolution_decimals = 2;
-constexpr float lost_pupil = 15.0f;  // below it the left eye does not count for the average
 
 void append_missing_pair() {
   print_tenths(MISSING_DATA);
@@ -48,10 +47,8 @@ Velocity velocity_of(const FSAMPLE& s, int eye, int position_type) {
 }
 
 bool left_counts_for_average(const FSAMPLE& sample) {
-  const bool lost = options.no_pupil_area_check == 0 && (sample.flags & SMP_PUPIL_SIZE) != 0 &&
-                    sample.pa[left] < lost_pupil;
-  return !lost && (sample.flags & SMP_GAZE) != 0 && has_value(sample.gx[left]) &&
-         has_value(sample.gy[left]);
+  return !has_lost_pupil(sample, left) && (sample.flags & SMP_GAZE) != 0 &&
+         has_value(sample.gx[left]) && has_value(sample.gy[left]);
 }
 
 void append_camera_pair(const float (&pair)[2]) {
@@ -101,7 +98,7 @@ bool is_ready_size(float size) {
   return has_ready_tenths(size) && std::bit_cast<std::uint32_t>(size) != 0;
 }
 
-// Apart, so that it costs the usual line nothing.
+// Out of line: the way of the usual line stays short.
 [[gnu::noinline]] char* write_unusual_positions(char* place, SampleLine line) {
   return appended<append_both_positions>(place, line);
 }

@@ -20,13 +20,21 @@ struct FlagMark {
 };
 
 constexpr FlagMark target_marks[] = {
-    {0x4000, 'M'}, {0x2000, 'A'}, {0x1000, 'N'}, {0x0800, 'C'}, {0x0400, 'F'},
-    {0x0080, 'T'}, {0x0040, 'B'}, {0x0020, 'L'}, {0x0010, 'R'},   // the target at an edge
-    {0x0008, 'T'}, {0x0004, 'B'}, {0x0002, 'L'}, {0x0001, 'R'}};  // the first eye at an edge
+    {GZD_TARGET_MISSING, 'M'},   {GZD_TARGET_EXTREME_ANGLE, 'A'}, {GZD_TARGET_NEAR_EYE, 'N'},
+    {GZD_TARGET_TOO_CLOSE, 'C'}, {GZD_TARGET_TOO_FAR, 'F'},       {GZD_TARGET_TOP, 'T'},
+    {GZD_TARGET_BOTTOM, 'B'},    {GZD_TARGET_LEFT, 'L'},          {GZD_TARGET_RIGHT, 'R'},
+    {GZD_TARGET_EYE_TOP, 'T'},   {GZD_TARGET_EYE_BOTTOM, 'B'},    {GZD_TARGET_EYE_LEFT, 'L'},
+    {GZD_TARGET_EYE_RIGHT, 'R'}};
 
-constexpr FlagMark second_eye_marks[] = {{8, 'T'}, {4, 'B'}, {2, 'L'}, {1, 'R'}};
+constexpr FlagMark second_eye_marks[] = {{GZD_TARGET_EYE_TOP, 'T'},
+                                         {GZD_TARGET_EYE_BOTTOM, 'B'},
+                                         {GZD_TARGET_EYE_LEFT, 'L'},
+                                         {GZD_TARGET_EYE_RIGHT, 'R'}};
 
-constexpr FlagMark head_marker_marks[] = {{8, 'X'}, {4, 'X'}, {2, 'X'}, {1, 'X'}};
+constexpr FlagMark head_marker_marks[] = {{GZD_HEAD_MARKER_IMU_ONLY, 'X'},
+                                          {GZD_HEAD_MARKER_AGE3, 'X'},
+                                          {GZD_HEAD_MARKER_MISSING, 'X'},
+                                          {GZD_HEAD_MARKER_WARNING, 'X'}};
 
 template <std::size_t count>
 void append_marks(unsigned word, const FlagMark (&marks)[count]) {

@@ -47,15 +47,15 @@ constexpr StatusText make_status(unsigned word, bool pose, bool left_eye, bool r
   std::size_t length = 0;
   const auto put = [&](char c) { text[length++] = c; };
   put('\t');
-  put(mark(word, 0x1000, 'I'));
-  if (pose) put(mark(word, 0x0002, 'W'));
+  put(mark(word, GZD_STATUS_INTERPOLATED, 'I'));
+  if (pose) put(mark(word, GZD_STATUS_CALIBRATION, 'W'));
   if (left_eye) {
-    put(mark(word, 0x0100, 'C'));
-    put(mark(word, 0x0400, 'R'));
+    put(mark(word, GZD_STATUS_LEFT_MISSING, 'C'));
+    put(mark(word, GZD_STATUS_LEFT_RECOVERY, 'R'));
   }
   if (right_eye) {
-    put(mark(word, 0x0200, 'C'));
-    put(mark(word, 0x0800, 'R'));
+    put(mark(word, GZD_STATUS_RIGHT_MISSING, 'C'));
+    put(mark(word, GZD_STATUS_RIGHT_RECOVERY, 'R'));
   }
   return text;
 }

@@ -7,13 +7,9 @@ namespace gzdconv {
 
 namespace {
 
-// Kinds of head-target data, in `htype`.
-constexpr INT16 target_of_one_eye = 182;
-constexpr INT16 target_of_two_eyes = 183;
-
 bool has_target(const FSAMPLE& sample) {
   return (sample.flags & SMP_HEAD_DATA) != 0 &&
-         (sample.htype == target_of_one_eye || sample.htype == target_of_two_eyes);
+         (sample.htype == GZD_HTYPE_TARGET_ONE_EYE || sample.htype == GZD_HTYPE_TARGET_TWO_EYES);
 }
 
 }  // namespace
@@ -48,7 +44,7 @@ SampleShape::SampleShape(const RunState& state, const RECORDINGS& block, const F
       target(options.output_target != 0 && state.block.head_data == HeadData::target &&
              has_target(sample)),
       target_flags(target && options.output_flags != 0),
-      second_eye(target_flags && binocular_block && sample.htype == target_of_two_eyes),
+      second_eye(target_flags && binocular_block && sample.htype == GZD_HTYPE_TARGET_TWO_EYES),
       head_pose((sample.flags & SMP_EXTENDED) != 0),
       head_tracking(head_pose && options.no_head_tracking == 0),
       extended(head_pose && options.no_extended_data == 0),

@@ -1,9 +1,5 @@
 #include "video/video_frames.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
@@ -12,6 +8,7 @@
 #include <string_view>
 
 #include "cli/console.h"
+#include "cli/files.h"
 #include "video/frame_table.h"
 
 namespace gzdconv {
@@ -23,11 +20,6 @@ const AVIGZDTime* lastreturn = nullptr;  // into the loaded table
 
 constexpr std::size_t extension_length = 4;  // ".gzd"
 
-struct CloseFile {
-  void operator()(FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, CloseFile>;
-
 bool is_gzd_name(std::string_view name) {
   constexpr std::string_view ending = "gzd";
   if (name.size() <= extension_length) return false;
@@ -36,22 +28,6 @@ bool is_gzd_name(std::string_view name) {
     if (std::tolower(static_cast<unsigned char>(tail[i])) != ending[i]) return false;
   }
   return true;
-}
-
-// Regular files only; without blocking, so that a pipe of that name does not hold up the run. Null
-// when there is none; errno then has the reason, or 0.
-File open_regular(const std::string& name) {
-  const int descriptor = open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) return nullptr;
-  struct stat status {};
-  errno = 0;
-  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-    if (FILE* const file = fdopen(descriptor, "rb")) return File(file);
-  }
-  const int reason = S_ISDIR(status.st_mode) ? EISDIR : errno;
-  close(descriptor);
-  errno = reason;
-  return nullptr;
 }
 
 void announce(const char* action, const std::string& table_name) {
