@@ -1,3 +1,4 @@
+// The run: command line, banner, then one job after the other.
 #include "process.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The names of a command line as jobs, and the check that no side file of the run is in their way.
 #include "run_files.h"
 
 #include <string_view>

@@ -14,7 +14,7 @@ struct Job {
   std::optional<std::string> output_name;
 };
 
-// A name behind a recording that is no recording's name is its output name.
+// A name after a recording that is no recording's name is its output name.
 std::vector<Job> jobs_of(const std::vector<std::string>& names);
 
 // Where the library looks for the message log of a recording.

@@ -1,3 +1,4 @@
+// Sends lines to the ASC file or standard output, and decides which file may be written.
 #include "asc/output.h"
 
 #include <cctype>

@@ -25,7 +25,7 @@ class LineBuffer {
  public:
   // Pieces of this size, and at offsets of this size, cost the system a quarter less than others.
   static constexpr std::size_t flush_size = 131072;
-  static constexpr std::size_t line_room = 32768;  // guaranteed behind begin_line()
+  static constexpr std::size_t line_room = 32768;  // guaranteed after begin_line()
 
   // Makes room for a line of up to `line_room` bytes.
   void begin_line() {
@@ -39,7 +39,7 @@ class LineBuffer {
   }
   void append_unsigned(std::uint64_t value);
 
-  // Direct access for number writers: write behind cursor(), then hand back the new end.
+  // Direct access for number writers: write from cursor() on, then hand back the new end.
   char* cursor() { return cursor_; }
   void set_cursor(char* end) {
     assert(end >= bytes_ && end <= bytes_ + sizeof bytes_);
@@ -106,7 +106,7 @@ extern LineBuffer lpbuffer;
 // Text of any length.
 void print(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
-// The path of the ASC file for `name`: moved to options.output_dir, "asc" behind its last ".".
+// The path of the ASC file for `name`: moved to options.output_dir, "asc" after its last ".".
 std::string output_path(const std::string& name);
 
 // Forgets the answers and the texts of the run before.

@@ -1,3 +1,4 @@
+// The tables of digits and the slower ways of the numbers of samples.
 #include "asc/sample_number.h"
 
 #include <iterator>
@@ -36,7 +37,7 @@ constexpr Quads make_heads() {
   return heads;
 }
 
-// "45.6" behind other digits.
+// "45.6" after other digits.
 constexpr Quads make_tails() {
   Quads tails{};
   for (std::size_t n = 0; n < std::size(tails.of); ++n)

@@ -68,7 +68,8 @@ inline char* write_ready_tenths(char* place, float value) {
 class ReadyPair {
  public:
   explicit ReadyPair(const float (&values)[2]) {
-    // Loaded as one piece of eight bytes, and with company, or the compiler takes them apart.
+    // Loaded as one piece of eight bytes, into a vector of four with two lanes unused, or the
+    // compiler works on each value alone.
     double pair;
     std::memcpy(&pair, values, sizeof pair);
     const auto four = __builtin_convertvector(Floats4(Doubles2{pair, 0.0}), Doubles4);
@@ -90,7 +91,7 @@ class ReadyPair {
   Doubles2 sums_;
 };
 
-// Writes at `place`, in the line buffer at or behind its cursor, what print_value(1, value)
+// Writes at `place`, in the line buffer at or after its cursor, what print_value(1, value)
 // appends; NOT_RECORDED prints as missing. `usual` is has_usual_form(). Returns the end.
 inline char* write_tenths(char* place, float value, bool usual) {
   return usual && has_ready_tenths(value) ? write_ready_tenths(place, value)

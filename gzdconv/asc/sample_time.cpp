@@ -1,3 +1,4 @@
+// The times that need all their digits anew.
 #include "asc/sample_time.h"
 
 #include <charconv>

@@ -27,7 +27,7 @@ class TimeDigits {
       if (time < 100) return write_short(place, time);
       keep(time);
     }
-    // What is stored may alias these.
+    // Read first: for all the compiler knows, the stores below may reach these members.
     const std::size_t length = length_;
     const auto& last_two = digit_pairs[time - base_];
     std::memcpy(place, text_, sizeof text_);

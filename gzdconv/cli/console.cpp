@@ -1,3 +1,4 @@
+// Banner, progress, warnings and failures on the console and in the log file.
 #include "cli/console.h"
 
 #include <unistd.h>

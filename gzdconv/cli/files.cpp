@@ -1,3 +1,4 @@
+// Asks the system about files by their names and first bytes.
 #include "cli/files.h"
 
 #include <fcntl.h>

@@ -26,7 +26,7 @@ class Arguments {
  public:
   Arguments(int argc, char** argv) : program_(argv[0]), rest_(argv + 1, argv + argc) {}
 
-  // The next argument, or null behind the last.
+  // The next argument, or null after the last.
   const char* next() {
     if (rest_.empty()) return nullptr;
     const char* const argument = rest_.front();
@@ -61,7 +61,7 @@ constexpr Rule handled(Match match, std::string_view text, Handler handler) {
   return {match, text, {}, {}, handler};
 }
 
-// The value of an option that every option word may lack at the end of the line.
+// The value of an option. It may be missing, when the option is the last word of the line.
 const char* take_value(Arguments& arguments, const char* option) {
   const char* const value = arguments.next();
   if (value == nullptr) std::printf("Command line option %s: -mising value \n", option);

@@ -1,3 +1,4 @@
+// The names of all options, and the check of words that are none of them.
 #include "cli/option_words.h"
 
 #include <strings.h>

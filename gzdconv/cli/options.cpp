@@ -1,3 +1,4 @@
+// The options of the run, and their defaults.
 #include "cli/options.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Small work on names: extensions, paths, tokens.
 #include "cli/text.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The text of the help.
 #include <cstdio>
 
 #include "cli/console.h"

@@ -1,3 +1,4 @@
+// Names as a terminal can show them.
 #include "cli/visible_text.h"
 
 #include <bit>

@@ -1,3 +1,4 @@
+// Rotations, transforms, lines and planes of three-dimensional gaze.
 #include "gaze3d/head_geometry.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Fixation, saccade and head columns: what is printed of an event, and what is computed for it.
 #include "lines/event_columns.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The columns behind the times of an eye event's line.
+// The columns after the times of an eye event's line.
 #ifndef GZDCONV_EVENT_COLUMNS_H
 #define GZDCONV_EVENT_COLUMNS_H
 

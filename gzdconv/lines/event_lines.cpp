@@ -1,3 +1,4 @@
+// One line for each event, by its kind; before the first one the header.
 #include "lines/event_lines.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// The start times of eye events, held against those that their ends tell.
 #include "lines/event_pairs.h"
 
 #include <cstdint>

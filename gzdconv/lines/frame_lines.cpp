@@ -1,3 +1,4 @@
+// Steps through the frames of a block's video as its samples go by.
 #include "lines/frame_lines.h"
 
 #include <cstddef>
@@ -23,7 +24,7 @@ std::string video_base(const std::string& name) {
   return base;
 }
 
-// Room for an LSTRING that holds `text`, its text behind the length.
+// Room for an LSTRING that holds `text`, its text after the length.
 std::vector<std::uint16_t> make_message(const std::string& text) {
   std::vector<std::uint16_t> room((sizeof(LSTRING) + text.size()) / sizeof(std::uint16_t) + 1);
   const auto length = static_cast<std::uint16_t>(text.size() + 1);

@@ -1,3 +1,4 @@
+// Which messages the options leave out, by how their texts begin.
 #include "lines/message_filter.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ std::string_view drop_digits(std::string_view text) {
   return text;
 }
 
-// `text` behind a leading time offset.
+// `text` after a leading time offset.
 std::string_view skip_offset(std::string_view text) {
   text = trim_lstring(text);
   if (text.starts_with('-')) text.remove_prefix(1);
@@ -25,7 +26,7 @@ bool is_viewer_command(std::string_view text) {
   return text.starts_with("!V") || text.starts_with("!EG");
 }
 
-// A prefix with nothing behind it is no geometry message.
+// A prefix with nothing after it is no geometry message.
 bool is_geometry(std::string_view text) {
   for (const std::string_view prefix : {"!GEOM", "!MIPI", "!IMU"})
     if (text.starts_with(prefix) && text.size() > prefix.size()) return true;
@@ -41,7 +42,7 @@ bool is_filtered_out(std::string_view text) {
 
 }  // namespace
 
-// The text goes on behind its one declared character, so the way to it is by bytes.
+// The text goes on after its one declared character, so the way to it is by bytes.
 const char* message_text(const FEVENT& event) {
   if (event.message == nullptr) return nullptr;
   return reinterpret_cast<const char*>(event.message) + offsetof(LSTRING, c);

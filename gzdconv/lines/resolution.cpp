@@ -1,3 +1,4 @@
+// Sums of resolution, resolution from positions, and the mapping between tracked area and display.
 #include "lines/resolution.h"
 
 #include <cmath>

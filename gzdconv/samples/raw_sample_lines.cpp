@@ -1,3 +1,4 @@
+// Raw lines: columns fixed by the first of a block, each asked of the library.
 #include "samples/raw_sample_lines.h"
 
 #include <string_view>

@@ -1,3 +1,4 @@
+// Positions, velocities, resolutions and camera data of the eyes as columns.
 #include "samples/sample_eye_columns.h"
 
 #include <bit>

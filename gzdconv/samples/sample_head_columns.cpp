@@ -1,3 +1,4 @@
+// Words, flags and poses of the head as columns.
 #include "samples/sample_head_columns.h"
 
 #include <cstddef>

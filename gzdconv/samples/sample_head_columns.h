@@ -12,7 +12,7 @@ inline constexpr int head_decimals = 3;
 // The eight words of the head markers.
 void append_markers(const SampleLine& line);
 
-// Position and distance of the head target, behind a blank; its flag characters, behind another;
+// Position and distance of the head target, after a blank; its flag characters, after another;
 // and those of the second eye.
 void append_target(const SampleLine& line);
 void append_target_flags(const SampleLine& line);

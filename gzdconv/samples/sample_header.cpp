@@ -1,3 +1,4 @@
+// Labels, and the legends of the flags that the labels name.
 #include "samples/sample_header.h"
 
 #include <string>

@@ -1,3 +1,4 @@
+// A line by its plan; the plan, the header and raw samples when something changes.
 #include "samples/sample_lines.h"
 
 #include "asc/output.h"

@@ -1,3 +1,4 @@
+// Decides from options, block and sample which columns a sample has.
 #include "samples/sample_shape.h"
 
 #include "cli/options.h"

@@ -1,3 +1,4 @@
+// Reads a frame table, and finds its records by time.
 #include "video/frame_table.h"
 
 #include <algorithm>
@@ -134,7 +135,7 @@ const AVIGZDTime* AVIGZDTimeLookupTime::findFrameForGZDTime(int lo, int hi, int 
   hi = std::min(hi, count());
   while (lo <= hi) {
     const int mid = lo + (hi - lo) / 2;
-    if (!holds(mid)) {  // `hi` starts one behind the last record
+    if (!holds(mid)) {  // `hi` starts one after the last record
       hi = mid - 1;
       continue;
     }

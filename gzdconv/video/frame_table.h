@@ -55,18 +55,18 @@ class AVIGZDTimeLookupTime {
   const AVIGZDTime* findFrameForGZDTime(int lo, int hi, int time) const;
   const AVIGZDTime* findFrameForGZDTime(int time) const;
 
-  // The record with exactly this entry time, or null: the first of them, or the one behind it when
+  // The record with exactly this entry time, or null: the first of them, or the one after it when
   // only that has the wanted field flag (0, 1 or any_field). secfind looks at every record.
   const AVIGZDTime* binfindAVIGZDEntry(int lo, int hi, int time, int field) const;
   const AVIGZDTime* findAVIGZDEntry(int time, int field) const;
   const AVIGZDTime* secfindAVIGZDEntry(int time, int field) const;
 
-  // The record at the cursor, which moves on; null behind the last one.
+  // The record at the cursor, which moves on; null after the last one.
   const AVIGZDTime* getNextEntry();
   void stepBack();
 
   // The next frame in order, two records of one frame taken together: the one with the smaller
-  // frame time. Null behind the last one.
+  // frame time. Null after the last one.
   const AVIGZDTime* getNextFrame();
 
   // Names are cut to 19 characters, paths to 1023.

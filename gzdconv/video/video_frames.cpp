@@ -1,3 +1,4 @@
+// The one frame table that is loaded, by the session of the recording.
 #include "video/video_frames.h"
 
 #include <cctype>

@@ -21,7 +21,7 @@ void closeLookupTable();
 int findFrameNumberForGZDTime(int session, int time);
 int findFrameNumberForGZDTimeInCurrentLookupTable(int time);
 
-// The time (ms) of the next frame in order, or -1 behind the last one and without a table.
+// The time (ms) of the next frame in order, or -1 after the last one and without a table.
 int getNextFrameTime();
 
 // The number of the frame whose time getNextFrameTime() gave last, or -1 when it gave none.
