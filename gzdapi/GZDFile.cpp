@@ -13,6 +13,7 @@
 
 #include "base/config.h"
 #include "repair/consistency.h"
+#include "repair/soundness.h"
 #include "stream/temporary_file.h"
 
 namespace gzd {
@@ -121,6 +122,8 @@ void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples)
     throw GZDException("File could not be read again").because(systemError());
   }
   index.findBoundaries();
+  examine_blocks(index, loadSamples != 0);
+  find_unpaired_events(index);
   reader.indexIsFinal(repair);
 }
 
@@ -171,6 +174,21 @@ void GZDFile::shift(ALLF_DATA& record, int type) {
 
 UINT32 GZDFile::elementCount() const {
   return index.size() + static_cast<UINT32>(std::max(messageLog.getNumOfLogMsg(), 0));
+}
+
+int GZDFile::elementOrigin() const {
+  if (merge.isFromLog()) return GZD_ORIGIN_LOG;
+  if (walk.currentData == 0 || walk.currentData > index.size()) return GZD_ORIGIN_NONE;
+  const GZDItem item = index.gzdItemList[walk.currentData - 1];
+  if (!item.isDummy()) return GZD_ORIGIN_RECORD;
+  return item.isSample() ? GZD_ORIGIN_GAP : GZD_ORIGIN_REPAIR;
+}
+
+void GZDFile::rewind() {
+  walk = Walk();
+  merge.startAnew();
+  timeShift.forgetFirst();
+  reader.startAnew();
 }
 
 int GZDFile::currentType() const {

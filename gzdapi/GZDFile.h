@@ -56,6 +56,10 @@ class GZDFile : public _GZDFILE {
 
   [[nodiscard]] UINT32 elementCount() const;
   [[nodiscard]] UINT32 elementIndex() const { return walk.currentData; }
+  // Where the element just announced comes from: GZD_ORIGIN_.
+  [[nodiscard]] int elementOrigin() const;
+  // Back to before the first element.
+  void rewind();
   // The type of the recording's element at the current position; 0 when there is none.
   [[nodiscard]] int currentType() const;
   // The kind of a record that this file has handed out; 0 when it is not one.
@@ -67,6 +71,7 @@ class GZDFile : public _GZDFILE {
   [[nodiscard]] int getOviloRevision() const { return preamble.ovilo_revision; }
   [[nodiscard]] int filterLevel() const { return state.ffilter; }
   [[nodiscard]] int inputType() const { return index.inputType; }
+  [[nodiscard]] const Findings& findings() const { return index.findings; }
   // The block that the walk is in, or null.
   [[nodiscard]] const Recording* lastRecording() const { return walk.lastRecording; }
 

@@ -157,6 +157,10 @@ void gzd_set_log_function(void* lfcn) {
   set_log_function(reinterpret_cast<LogFunction>(lfcn));
 }
 
+void gzd_set_notice_function(void (*function)(const char* notice)) {
+  set_notice_function(function);
+}
+
 const char* gzd_get_version() {
   return GZD_VERSION_TEXT;
 }
@@ -185,6 +189,14 @@ unsigned int gzd_get_element_count(GZDFILE* ef) {
 
 unsigned int gzd_get_element_index(GZDFILE* ef) {
   return of(ef).elementIndex();
+}
+
+int gzd_get_element_origin(GZDFILE* ef) {
+  return of(ef).elementOrigin();
+}
+
+void gzd_rewind(GZDFILE* ef) {
+  of(ef).rewind();
 }
 
 FEVENT* gzd_get_event(ALLF_DATA* allfdata) {
@@ -273,6 +285,19 @@ int get_filter_level_for_sample(GZDFILE* ef) {
 
 int gzd_get_input_data_availibity(GZDFILE* ef) {
   return of(ef).inputType();
+}
+
+// ---- findings -----------------------------------------------------------------------------------
+
+unsigned int gzd_get_finding_count(GZDFILE* ef) {
+  return static_cast<unsigned int>(of(ef).findings().size());
+}
+
+int gzd_get_finding(GZDFILE* ef, unsigned int n, GZD_FINDING* finding) {
+  const Findings& findings = of(ef).findings();
+  if (finding == nullptr || n >= findings.size()) return -1;
+  *finding = findings.at(n);
+  return 0;
 }
 
 // ---- trials

@@ -115,6 +115,10 @@ GZD_API int gzd_set_extra_message_file(const char* fname);
    middle of other calls: it must not call a function with the handle that is being worked on. */
 GZD_API void gzd_set_log_function(void* lfcn);
 
+/* Sets the function that receives the few notices that are told always and not logged; the text is
+   finished, with its own newline, and lives as long as the call. Null restores standard output. */
+GZD_API void gzd_set_notice_function(void (*function)(const char* notice));
+
 /* Formats a message and hands it to the log function, or writes it to standard output, no newline
    added. Returns 0. A finished message of 499 characters and more ends the process with a line on
    standard error. The library's own messages are clipped where a name or an identifier would make
@@ -166,6 +170,15 @@ GZD_API unsigned int gzd_get_element_count(GZDFILE* ef);
 /* One-based position of the element last announced; 0 before the first. */
 GZD_API unsigned int gzd_get_element_index(GZDFILE* ef);
 
+/* Where the element last announced comes from: GZD_ORIGIN_. A sample that the library filled in
+   looks like one whose values are missing, and an event that it inserted like one without values;
+   this tells. */
+GZD_API int gzd_get_element_origin(GZDFILE* ef);
+
+/* Goes back to before the first element: walking from there gives what it gave after opening. No
+   trial is current; trials, bookmarks and what was set for the file stay. */
+GZD_API void gzd_rewind(GZDFILE* ef);
+
 /* A record as an event (messages, buttons and input included), a sample or a recording record;
    null when it is of another kind. The kind of a record that an open file has handed out is known;
    any other pointer is judged by the `type` of an event. */
@@ -216,6 +229,17 @@ GZD_API int get_filter_level_for_sample(GZDFILE* ef);
 
 /* Bit 0: the recording holds input events; bit 1: its samples hold input values. */
 GZD_API int gzd_get_input_data_availibity(GZDFILE* ef);
+
+/* ---- findings ----------------------------------------------------------------------------------
+ */
+
+/* Number of findings: what was cut, damaged, missing, repaired or odd in the recording, as far as
+   reading it and the checks of the level it was opened with have seen. All are made by opening. */
+GZD_API unsigned int gzd_get_finding_count(GZDFILE* ef);
+
+/* Copies finding `n` (from 0, in the order in which they were found) to `finding`. Returns 0, or -1
+   when there is no such finding or `finding` is null. */
+GZD_API int gzd_get_finding(GZDFILE* ef, unsigned int n, GZD_FINDING* finding);
 
 /* ---- trials
  * ---------------------------------------------------------------------------------------- */

@@ -125,11 +125,21 @@ extern "C" {
 
 /* ---- `read` of events: the fields that the record held -------------------------------------- */
 
-#define EVT_START_TIME 0x0001 /* start time */
-#define EVT_END_TIME 0x0040   /* end time */
-#define EVT_VELOCITY 0x0100   /* any of the velocities */
-#define EVT_RESOLUTION 0x0200 /* any of the resolutions */
-#define EVT_HEAD_POSE 0x4000  /* head in space, eye in head, head rotation and position */
+#define EVT_START_TIME 0x0001       /* start time; also resolution, pupil or velocity there */
+#define EVT_END_VALUES 0x0002       /* resolution, pupil size or velocity at the end */
+#define EVT_AVERAGE_VALUES 0x0004   /* mean pupil size, average or peak velocity */
+#define EVT_START_POSITION 0x0008   /* position at the start, of the kinds below */
+#define EVT_END_POSITION 0x0010     /* position at the end */
+#define EVT_AVERAGE_POSITION 0x0020 /* mean position */
+#define EVT_END_TIME 0x0040         /* end time */
+#define EVT_PUPIL_SIZE 0x0080       /* any of the pupil sizes */
+#define EVT_VELOCITY 0x0100         /* any of the velocities */
+#define EVT_RESOLUTION 0x0200       /* any of the resolutions */
+#define EVT_PUPIL_POS 0x0400        /* any of the positions is a raw pupil position */
+#define EVT_HREF 0x0800             /* any of them is head-referenced */
+#define EVT_GAZE 0x1000             /* any of them is a gaze position */
+#define EVT_FLAGS 0x2000            /* flags word */
+#define EVT_HEAD_POSE 0x4000        /* head in space, eye in head, head rotation and position */
 
 /* ---- `record_type` and `state` of recording records ----------------------------------------- */
 
@@ -150,6 +160,93 @@ extern "C" {
 #define GZD_VELOCITY_FAST_HREF 0x10 /* the faster estimate, of head-referenced positions */
 #define GZD_VELOCITY_FAST_RAW 0x20  /* the faster estimate, of raw pupil positions */
 #define GZD_VELOCITY_ALL 0x3F       /* all six kinds */
+
+/* ---- where elements come from (gzd_get_element_origin) --------------------------------------- */
+
+#define GZD_ORIGIN_NONE 0   /* no element has been announced */
+#define GZD_ORIGIN_RECORD 1 /* a record of the recording */
+#define GZD_ORIGIN_GAP 2    /* a sample that the library filled in where none was recorded */
+#define GZD_ORIGIN_REPAIR 3 /* an event that the library's repairs inserted */
+#define GZD_ORIGIN_LOG 4    /* a message of the experiment's log */
+
+/* ---- findings (gzd_get_finding) ---------------------------------------------------------------
+ */
+
+/* What a finding tells, with what its members mean beyond GZD_FINDING. Findings marked (repair) are
+   made at GZD_CONSISTENCY_REPAIR only, those marked (check) from GZD_CONSISTENCY_CHECK on, those
+   marked (fail-safe) with GZD_OPEN_FAILSAFE. */
+enum GZD_FINDING_KIND {
+  /* (fail-safe) The file ends without the closing tag of its records: reading stopped at `place`,
+     behind the last whole record. `count`: bytes from there to the end. `start`, `end`: the time of
+     the last element before. */
+  GZD_FINDING_CUT = 1,
+  /* (fail-safe) The record at `place` cannot be: reading stopped there. Members as above. */
+  GZD_FINDING_DAMAGE = 2,
+  /* (fail-safe) The system could not read on: reading stopped at `place`. `detail`: its reason, a
+     value of errno. Members as above. */
+  GZD_FINDING_READ_ERROR = 3,
+  /* Bytes behind the closing tag of the records, from `place` on, were not read. `count`: how many.
+     `start`, `end`: the time of the last element before. */
+  GZD_FINDING_UNREAD = 4,
+  /* Records from `place` on lie behind the library's limit of 2 GB and were not read. Members as
+     above. */
+  GZD_FINDING_TOO_LARGE = 5,
+
+  /* (repair) Samples were missing between those at `start` and `end`; `count` were filled in. */
+  GZD_FINDING_GAP_FILLED = 6,
+  /* (repair) Samples are missing between those at `start` and `end`, too many to be filled in.
+     `count`: how many. Also before the first sample of a block that begins at `start`. */
+  GZD_FINDING_GAP_LEFT = 7,
+  /* (repair) Samples were missing between the start of a block and its first sample, at `end`;
+     `count` were filled in. */
+  GZD_FINDING_BLOCK_START_FILLED = 8,
+  /* (repair) The first samples of a block, up to `end`, do not follow each other as its rate says;
+     the rate is believed. `detail`: their distance in half-milliseconds. */
+  GZD_FINDING_PERIOD_MISMATCH = 9,
+  /* (repair) `count` samples follow the one before sooner than the rate says. No times. */
+  GZD_FINDING_PERIODS_SHORTER = 10,
+  /* (repair) `count` samples follow the one before later than the rate says. No times. */
+  GZD_FINDING_PERIODS_LONGER = 11,
+  /* (check) `count` samples from `start` to `end` lie in no block; they were dropped. */
+  GZD_FINDING_SAMPLES_DROPPED = 12,
+  /* The last sample of a block, at `start`, lies more than two sample periods before the block's
+     end, at `end`; `start` is the block's own where it has no sample. `count`: periods between. */
+  GZD_FINDING_SAMPLES_END_EARLY = 13,
+
+  /* (check) The end of a block and the start of the next, both at `start`, changed places because
+     samples stood between them. */
+  GZD_FINDING_BOUNDARIES_SWAPPED = 14,
+  /* The block at `start` names no rate that the library knows: 250 Hz is taken. `detail`: the rate
+     that it names, cut to an integer; 0 when it names none. */
+  GZD_FINDING_RATE_ASSUMED = 15,
+  /* (check) `count` messages from `start` on, written for the block that follows, were moved behind
+     the end of theirs, at `end`. */
+  GZD_FINDING_MESSAGES_MOVED = 16,
+
+  /* (check) An eye event recorded at `start` was given the time `end`. `detail`: its type. */
+  GZD_FINDING_EVENT_RETIMED = 17,
+  /* (check) A start of blink was inserted at `start`. */
+  GZD_FINDING_BLINK_START_INSERTED = 18,
+  /* (repair) Two blinks inside one saccade were made one: the first ended at `start`, the second
+     began at `end`. */
+  GZD_FINDING_BLINKS_MERGED = 19,
+  /* A start of an eye event at `start` without an end, or an end without a start. `detail`: its
+     type. */
+  GZD_FINDING_UNPAIRED_EVENT = 20,
+  /* A fixation that starts at `start` ends before that, at `end`. */
+  GZD_FINDING_FIXATION_ENDS_FIRST = 21,
+  /* (fail-safe) An event without a type or a time was skipped. `detail`: its type. */
+  GZD_FINDING_EVENT_SKIPPED = 22,
+  /* An event holds a field of a code that the library does not know; what follows it in the record
+     may be wrong. `detail`: the code. */
+  GZD_FINDING_UNKNOWN_FIELD = 23,
+  /* An event of a kind that the library cannot fetch. `detail`: its type. */
+  GZD_FINDING_UNKNOWN_KIND = 24,
+  /* A later piece of a long message without its first piece was dropped. */
+  GZD_FINDING_MESSAGE_PIECE_DROPPED = 25,
+
+  GZD_FINDING_KINDS = 26 /* behind the last kind */
+};
 
 /* ---- records ----------------------------------------------------------------------------------
  */
@@ -283,6 +380,21 @@ typedef struct {
 typedef struct {
   unsigned int id; /* index of the element */
 } BOOKMARK;
+
+/* Something that reading, checks or repairs have found. Of each kind the first 1000 are kept; the
+   last of these takes in those that follow: it adds up their `count`, and its `end` is the largest
+   of theirs. */
+typedef struct {
+  int kind;      /* GZD_FINDING_KIND; a newer library may tell kinds unknown to this header */
+  int eye;       /* the eyes concerned: GZD_BLOCK_; GZD_BLOCK_NO_EYE when that is not told */
+  int detail;    /* as told at the kind, else 0 */
+  UINT32 merged; /* findings that this one stands for: 1, or more for the last of its kind */
+  INT64 count;   /* things concerned (samples, messages, bytes), as told at the kind, else 1 */
+  INT64 place;   /* of the record concerned: bytes from the beginning of the file, for compressed
+                    recordings of the inflated records; -1 when there is none */
+  double start, end; /* ms, exact, never shifted; the same of what happens at one time, -1 of what
+                        has none */
+} GZD_FINDING;
 
 /* How to open a file. */
 typedef struct {

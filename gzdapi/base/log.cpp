@@ -18,10 +18,11 @@ constexpr int MESSAGE_CAPACITY = 500;
 constexpr std::size_t LONGEST_NUMBER = 20;
 
 LogFunction logfcn = nullptr;
+NoticeFunction noticefcn = nullptr;
 
-void hand_on(const char* message) {
-  if (logfcn != nullptr) {
-    logfcn(message);
+void hand_on(const char* message, void (*receiver)(const char*)) {
+  if (receiver != nullptr) {
+    receiver(message);
   } else {
     std::fputs(message, stdout);
   }
@@ -31,6 +32,19 @@ void hand_on(const char* message) {
 
 void set_log_function(LogFunction function) {
   logfcn = function;
+}
+
+void set_notice_function(NoticeFunction function) {
+  noticefcn = function;
+}
+
+void print_notice(const char* fmt, ...) {
+  char notice[MESSAGE_CAPACITY];
+  std::va_list arguments;
+  va_start(arguments, fmt);
+  std::vsnprintf(notice, sizeof notice, fmt, arguments);
+  va_end(arguments);
+  hand_on(notice, noticefcn);
 }
 
 // Named by gzd.h, so of no namespace.
@@ -46,7 +60,7 @@ extern "C" GZD_API int print_log(const char* fmt, ...) {
                  MESSAGE_CAPACITY - 2);
     std::abort();
   }
-  hand_on(message);
+  hand_on(message, logfcn);
   return 0;
 }
 
@@ -58,7 +72,7 @@ void log_clipped(const char* fmt, ...) {
   va_end(arguments);
   const bool isClipped = length >= MESSAGE_CAPACITY;
   if (isClipped && std::string_view(fmt).ends_with('\n')) message[MESSAGE_CAPACITY - 2] = '\n';
-  hand_on(message);
+  hand_on(message, logfcn);
 }
 
 NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
@@ -78,7 +92,7 @@ void NumberLine::log(INT64 number) {
     end[after.size()] = '\0';
     numberEnd = end;
   }
-  hand_on(message.data());
+  hand_on(message.data(), logfcn);
 }
 
 }  // namespace gzd

@@ -21,6 +21,13 @@ void set_log_function(LogFunction function);
 // print_log for texts that a caller or the system chose, names and the like: what is too long for a
 // message is clipped, a newline at its end stays.
 void log_clipped(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+using NoticeFunction = void (*)(const char* notice);
+
+// Sets the receiver of notices for the whole process; null restores standard output.
+void set_notice_function(NoticeFunction function);
+
+// Formats a notice, which is told whether or not messages are logged; cut to 499 characters.
+void print_notice(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
 // A line around one number, made without print_log's cost: for findings that a damaged recording
 // can hold by the million. The texts are short, and must outlive the line.

@@ -34,6 +34,11 @@ class GZDItem {
 
   // Of the record's body, just behind its tag word; 0 for boundaries.
   [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile} - 1; }
+  // Of the record with its tag word; -1 for entries without one.
+  [[nodiscard]] INT64 getRecordPlace() const {
+    constexpr INT64 TAG = sizeof(UINT16);
+    return getFilePos() >= TAG ? getFilePos() - TAG : INT64{-1};
+  }
   [[nodiscard]] int getItemType() const { return mDetailType & 0xFF; }
   [[nodiscard]] UINT16 getDetailedType() const { return mDetailType; }
   // The tag word of an event's record. A sample's stands in front of its record.

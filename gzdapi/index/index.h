@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/findings.h"
 #include "index/item_list.h"
 #include "record/Recording.h"
 #include "record/stream_state.h"
@@ -29,6 +30,8 @@ struct Index {
   std::map<INT64, std::vector<GZDItem>> msg_item_list;
   // Ascending places; the first one is 0.
   std::vector<ParameterEpoch> parameterEpochs;
+
+  Findings findings;
 
   // Which windows of the list time_order found, or left, in their final order; empty when that is
   // not known.
@@ -75,6 +78,23 @@ struct Index {
     return allRecordings.empty() ? nullptr : allRecordings.back().get();
   }
 };
+
+// What is found of one entry that has a record.
+inline Finding finding_of(int kind, const GZDItem& item) {
+  return {.kind = kind,
+          .eye = item.getSide(),
+          .detail = item.getItemType(),
+          .place = item.getRecordPlace(),
+          .start = found_at(item.getTimeStamp()),
+          .end = found_at(item.getTimeStamp())};
+}
+
+// That of an eye event which a repair has moved away from the stamp `before`.
+inline Finding retimed(const GZDItem& item, UINT64 before) {
+  Finding finding = finding_of(GZD_FINDING_EVENT_RETIMED, item);
+  finding.start = found_at(before);
+  return finding;
+}
 
 }  // namespace gzd
 

@@ -28,6 +28,10 @@ Reader::Reader(InputStream& stream, const StreamState& streamState, const Index&
 void Reader::indexIsFinal(bool pairEvents) {
   timesFollowRepairs = pairEvents;
   pairing = pairEvents ? EventPairing::build(index) : EventPairing();
+  startAnew();
+}
+
+void Reader::startAnew() {
   stretch = Stretch();
   run = Run();
   model = DummyModel();

@@ -29,6 +29,8 @@ class Reader : public SampleSource {
   // To be called when the index has its final order. With `pairEvents` the times of eye events
   // follow the repairs.
   void indexIsFinal(bool pairEvents);
+  // Forgets what was read: what comes next is read as if it were the first.
+  void startAnew();
 
   // The record of the entry at `itemIndex`, valid until the next call; null, logged, for an entry
   // that cannot be read. `reports`: fields of an event that are not known go to the console.

@@ -9,7 +9,10 @@ namespace gzd {
 // The first record handed out decides whether the times of a file are shifted.
 class TimeShift {
  public:
-  explicit TimeShift(bool disabled) : disableTimeFix(disabled) {}
+  explicit TimeShift(bool disabled) : neverShifts(disabled), disableTimeFix(disabled) {}
+
+  // The next record handed out decides anew.
+  void forgetFirst() { *this = TimeShift(neverShifts); }
 
   // True when no time of the file will be shifted.
   [[nodiscard]] bool isOff() const { return disableTimeFix; }
@@ -28,6 +31,7 @@ class TimeShift {
   void shift(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime);
   bool decide(UINT32 first, UINT32 maxTime, const char* announcement);
 
+  bool neverShifts;
   bool disableTimeFix;
   UINT32 firsttime = 0;  // of the first record handed out; 0 until there was one
 };

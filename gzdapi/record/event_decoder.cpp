@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -264,8 +263,9 @@ bool read_field(EventRecord& record, int code) {
       break;
     default:
       if (record.state.reportsUnknownFields) {
-        std::printf("ERROR: Do not know how to handle %d\n", code);
+        print_notice("ERROR: Do not know how to handle %d\n", code);
       }
+      record.state.unknown_field = code;
       break;
   }
   return true;
@@ -295,12 +295,14 @@ void use_rate(StreamState& state, FEVENT& e) {
   }
   if (e.entime != 0) {
     e.avel = static_cast<float>(e.entime * RATE_UNIT);
-    state.sam_per_sec = is_known_rate(e.avel) ? e.avel : DEFAULT_RATE;
+    state.rate_assumed = !is_known_rate(e.avel);
+    state.sam_per_sec = state.rate_assumed ? DEFAULT_RATE : e.avel;
   } else if (state.sam_per_sec != 500.0f) {
     if (state.sam_per_sec > 500.0f) {
       print_log("Possible miss handle! sample per second is %f resetting to 250 \n",
                 static_cast<double>(state.sam_per_sec));
     }
+    state.rate_assumed = true;
     state.sam_per_sec = DEFAULT_RATE;
   }
   use_packed_settings(state, e.eupd_x);
@@ -389,6 +391,8 @@ void read_tag(UINT16 tag, FEVENT& e) {
 int decode_event(InputStream& in, StreamState& state, UINT16 tag, MessageText& text,
                  FEVENT& event) {
   event = FEVENT{};
+  state.unknown_field = 0;
+  state.rate_assumed = false;
   read_tag(tag, event);
   EventRecord record{in, state, text, event, starts_block(event.type)};
   while (const int code = in.getByte()) {

@@ -38,6 +38,11 @@ struct StreamState {
   INT16 crmode = 0;
   INT16 ffilter = 0;
   INT16 lfilter = 0;
+
+  // Of the event decoded last: the code of a field that is not known, 0 for none; whether a rate
+  // was taken that the record does not name.
+  int unknown_field = 0;
+  bool rate_assumed = false;
 };
 
 }  // namespace gzd

@@ -62,6 +62,9 @@ class BlinkMerge {
       ++eye.blinks;
       return;
     }
+    Finding merged = finding_of(GZD_FINDING_BLINKS_MERGED, items[*eye.lastEnd]);
+    merged.end = found_at(items.stampAt(place));
+    index.findings.add(merged);
     edits.remove(*eye.lastEnd);
     edits.remove(place);
     eye.merged = true;

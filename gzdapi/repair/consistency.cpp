@@ -63,7 +63,11 @@ class OutsideEvents {
   }
 
   void retime(UINT32 place, UINT64 stamp) {
-    index.gzdItemList.change(place, [=](GZDItem& item) { item.setFixedTimeStamp(stamp); });
+    index.gzdItemList.change(place, [this, stamp](GZDItem& item) {
+      const UINT64 before = item.getTimeStamp();
+      item.setFixedTimeStamp(stamp);
+      index.findings.add(retimed(item, before));
+    });
   }
 
   void examineOutside(UINT32 place, const GZDItem& item) {
@@ -117,7 +121,7 @@ class BlockWalk {
     examineSamples(behind, index.size());
     if (edits.apply(items))
       index.itemsChanged();
-    else if (retimed)
+    else if (anyRetimed)
       index.stampsChanged();
   }
   [[nodiscard]] bool boundariesChangedPlaces() const { return changedPlaces; }
@@ -140,7 +144,9 @@ class BlockWalk {
   }
 
   void examineSamples(UINT32 begin, UINT32 end) {
-    for (UINT32 place = begin; place < end && !inside; ++place) straySample(place);
+    UINT32 place = begin;
+    while (place < end && !inside && straySample(place)) ++place;
+    if (place > begin) noteStrays(begin, place);
   }
 
   [[nodiscard]] Remembered remember(UINT32 place) const { return {place, place + growth}; }
@@ -155,15 +161,25 @@ class BlockWalk {
     }
   }
 
-  void straySample(UINT32 place) {
+  void noteStrays(UINT32 begin, UINT32 end) {
+    index.findings.add({.kind = GZD_FINDING_SAMPLES_DROPPED,
+                        .count = INT64{end} - begin,
+                        .place = items[begin].getRecordPlace(),
+                        .start = found_at(items.stampAt(begin)),
+                        .end = found_at(items.stampAt(end - 1))});
+  }
+
+  // Returns whether the sample is dropped.
+  bool straySample(UINT32 place) {
     if (lastEnd && lastStart &&
         items[*lastEnd].getTimeStamp() == items[*lastStart].getTimeStamp()) {
       moveEndBeforeStart();
-      return;
+      return false;
     }
     strayLine.log(static_cast<int>(timeOf(items[place])));
     edits.remove(place);
     --growth;
+    return true;
   }
 
   // The end, which is the newer of the two, goes to the start's place; all between moves up.
@@ -173,6 +189,9 @@ class BlockWalk {
     if (pending && pending->place > *lastStart && pending->place < *lastEnd) ++pending->number;
     inside = true;
     changedPlaces = true;
+    Finding swap = finding_of(GZD_FINDING_BOUNDARIES_SWAPPED, items[*lastStart]);
+    swap.detail = 0;
+    index.findings.add(swap);
   }
 
   void endBlink(UINT32 place) {
@@ -218,8 +237,11 @@ class BlockWalk {
     print_log("matching EBLINK found for SBLINK index %d for %lu fix order %d to %lu \n",
               static_cast<int>(remember(place).number), static_cast<unsigned long>(timeOf(start)),
               static_cast<int>(pending->number), static_cast<unsigned long>(timeOf(end)));
-    items.change(place, [&](GZDItem& item) { item.setFixedTimeStamp(end.getTimeStamp()); });
-    retimed = true;
+    items.change(place, [&](GZDItem& item) {
+      item.setFixedTimeStamp(end.getTimeStamp());
+      index.findings.add(retimed(item, start.getTimeStamp()));
+    });
+    anyRetimed = true;
     pending.reset();
   }
 
@@ -235,9 +257,10 @@ class BlockWalk {
   // The block begins inside a blink: its end has no start.
   void insertStart(BlinkState& eye, UINT32 place) {
     items.change(pending->place, [](GZDItem& end) { end.markBlinkMerged(); });
-    edits.insertBefore(place,
-                       GZDItem(POSITION_OF_DUMMY, GZD_START_BLINK, items[pending->place].getSide(),
-                               TAG_OF_INSERTED, items[*lastStart].getTimeStamp()));
+    const GZDItem start(POSITION_OF_DUMMY, GZD_START_BLINK, items[pending->place].getSide(),
+                        TAG_OF_INSERTED, items[*lastStart].getTimeStamp());
+    edits.insertBefore(place, start);
+    index.findings.add(finding_of(GZD_FINDING_BLINK_START_INSERTED, start));
     ++growth;
     pending.reset();
     eye.endSeen = false;
@@ -247,7 +270,7 @@ class BlockWalk {
   Index& index;
   ItemList& items;
   const bool repair;
-  bool retimed = false;
+  bool anyRetimed = false;
   NumberLine strayLine{"WARNING: GZD FILE MAY BE CORRUPTED. Sample at ",
                        " found without start recording. Skipping this sample \n"};
   NumberLine loneEndLine{"found EBLINK  with no SBLINK ", " \n"};

@@ -4,7 +4,8 @@
 #include "repair/fixation_repair.h"
 
 #include <algorithm>
-#include <cstdio>
+
+#include "base/log.h"
 
 namespace gzd {
 
@@ -13,7 +14,7 @@ namespace {
 UINT64 start_of_newest_recording(const Index& index) {
   const Recording* newest = index.newestRecording();
   if (newest != nullptr) return newest->getTime() >> 1;
-  std::printf("ERROR: No start rec \n");
+  print_notice("ERROR: No start rec \n");
   return 0;
 }
 
@@ -22,15 +23,15 @@ int as_int(UINT64 value) {
 }
 
 void report(const char* what, UINT64 position, const GZDItem& start, UINT64 endStamp) {
-  std::printf("%s: SFIX later than endfix sfix_index=%lld sfix.sttime=%lld efix.entime=%lld\n",
-              what, static_cast<long long>(position),
-              static_cast<long long>(start.getTimeStamp() >> 1),
-              static_cast<long long>(endStamp >> 1));
+  print_notice("%s: SFIX later than endfix sfix_index=%lld sfix.sttime=%lld efix.entime=%lld\n",
+               what, static_cast<long long>(position),
+               static_cast<long long>(start.getTimeStamp() >> 1),
+               static_cast<long long>(endStamp >> 1));
 }
 
 }  // namespace
 
-void FixationRepair::follow(const FEVENT& event, const Index& index) {
+void FixationRepair::follow(const FEVENT& event, Index& index) {
   const int eye = event.eye == GZD_LEFT_EYE ? 0 : 1;
   if (event.type == GZD_START_FIXATION) {
     lastStart[eye] = event.sttime;
@@ -40,10 +41,14 @@ void FixationRepair::follow(const FEVENT& event, const Index& index) {
   anyEndBeforeStart |= event.entime < latestStart[eye];
   if (event.entime >= lastStart[eye]) return;
   const UINT64 recordingStart = start_of_newest_recording(index);
-  std::printf(
+  print_notice(
       "ORIGINAL SFIX time is later than end fix time sfix.sttime=%d efix.entime=%d efix.sttime=%d "
       "rec_start_time=%d\n",
       as_int(event.entime), as_int(lastStart[eye]), as_int(event.sttime), as_int(recordingStart));
+  index.findings.add({.kind = GZD_FINDING_FIXATION_ENDS_FIRST,
+                      .eye = eye == GZD_LEFT_EYE ? GZD_BLOCK_LEFT : GZD_BLOCK_RIGHT,
+                      .start = found_at(stamp_of_time(lastStart[eye])),
+                      .end = found_at(stamp_of_time(event.entime))});
   if (start_fix_time_stamp_fix.size() < MAX_ROWS) {
     start_fix_time_stamp_fix.push_back({lastStart[eye], event.sttime, recordingStart});
   }
@@ -64,24 +69,27 @@ void FixationRepair::repair(Index& index) const {
       start = {place, item.getTimeStamp()};
     } else if (item.getItemType() == GZD_END_FIXATION && item.getTimeStamp() < start.stamp) {
       items.change(start.place, [&](GZDItem& fixation) {
-        repairStart(fixation, start.place, item.getTimeStamp());
+        const UINT64 before = fixation.getTimeStamp();
+        if (!repairStart(fixation, start.place, item.getTimeStamp())) return;
+        index.findings.add(retimed(fixation, before));
       });
     }
   }
   index.stampsChanged();
 }
 
-void FixationRepair::repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const {
+bool FixationRepair::repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const {
   const UINT64 time = start.getTimeStamp() >> 1;
   start.setFixedTimeStamp(start.getTimeStamp());
   report("FIXING", position, start, endStamp);
   const auto row = std::find_if(start_fix_time_stamp_fix.begin(), start_fix_time_stamp_fix.end(),
                                 [time](const SuspiciousFixation& s) { return s.start == time; });
-  if (row == start_fix_time_stamp_fix.end()) return;
+  if (row == start_fix_time_stamp_fix.end()) return false;
   const bool inside = row->recordingStart == 0 || row->recordingStart <= row->startOfEnd;
   start.setFixedTimeStamp(2 * (inside ? row->startOfEnd : row->recordingStart));
   report(inside ? "FIXED (A - Inside of recoding block)" : "FIXED (A - Outside of recoding block)",
          position, start, endStamp);
+  return true;
 }
 
 }  // namespace gzd

@@ -19,7 +19,7 @@ class FixationRepair {
  public:
   // Follows the fixation records while the file is scanned, and reports those that end before they
   // start.
-  void follow(const FEVENT& event, const Index& index);
+  void follow(const FEVENT& event, Index& index);
 
   // Gives the starts of those fixations, in file order still, an earlier stamp.
   void repair(Index& index) const;
@@ -27,8 +27,8 @@ class FixationRepair {
  private:
   static constexpr std::size_t MAX_ROWS = 100;
 
-  // What becomes of the start at `position` whose end has `endStamp`.
-  void repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const;
+  // What becomes of the start at `position` whose end has `endStamp`. Returns whether it is mended.
+  bool repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const;
 
   UINT32 lastStart[2] = {0, 0};  // ms, by eye
   UINT32 latestStart[2] = {0, 0};

@@ -25,7 +25,7 @@ GZDItem dummy_sample(UINT64 stamp) {
 
 }  // namespace
 
-void SampleClock::findPeriod(INT64 stamp, float sampleRate) {
+void SampleClock::findPeriod(Index& index, INT64 stamp, float sampleRate) {
   const INT64 observed = stamp - previousStamp();
   if (observed > LONGEST_PERIOD || observed <= 0) return;
   period = observed;
@@ -37,12 +37,16 @@ void SampleClock::findPeriod(INT64 stamp, float sampleRate) {
       expected, static_cast<int>(observed), static_cast<int>(previousStamp()),
       static_cast<int>(stamp));
   period = expected;
+  index.findings.add({.kind = GZD_FINDING_PERIOD_MISMATCH,
+                      .detail = static_cast<int>(observed),
+                      .start = previousStamp(),
+                      .end = stamp});
 }
 
 void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRate,
                              DummyBudget& budget) {
   const INT64 stamp = static_cast<INT64>(unsignedStamp);
-  if (!knowsPeriod()) findPeriod(stamp, sampleRate);
+  if (!knowsPeriod()) findPeriod(index, stamp, sampleRate);
   if (!knowsPeriod() || stamp - previousStamp() <= period) return;
 
   const int missing = static_cast<INT32>(stamp - 2 * last) / static_cast<INT32>(period);
@@ -50,13 +54,23 @@ void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRat
   print_log("Missing (%llu-%llu) samples. Calculating speriod \n",
             printable(static_cast<UINT64>(last)), printable(unsignedStamp >> 1));
   std::fflush(nullptr);
+  Finding gap = {.kind = GZD_FINDING_GAP_LEFT,
+                 .count = (stamp - previousStamp() - 1) / period,
+                 .start = previousStamp(),
+                 .end = stamp};
   if (missing > DummyBudget::LONGEST_GAP || !budget.allows(missing - 1)) {
     print_log("Missing samples are over 10000, skip it without addimg missing samples\n ");
+    index.findings.add(gap);
     return;
   }
   for (INT64 k = 1; k < missing; ++k) {
     index.gzdItemList.push_back(dummy_sample(static_cast<UINT64>(previousStamp() + k * period)));
   }
+  if (missing > 1) {
+    gap.kind = GZD_FINDING_GAP_FILLED;
+    gap.count = missing - 1;
+  }
+  if (gap.count > 0) index.findings.add(gap);
 }
 
 // ---- block starts
@@ -66,7 +80,8 @@ namespace {
 
 class BlockStartPadding {
  public:
-  explicit BlockStartPadding(DummyBudget& dummyBudget) : budget(dummyBudget) {}
+  BlockStartPadding(DummyBudget& dummyBudget, Findings& found)
+      : budget(dummyBudget), findings(found) {}
 
   // Pads between the block starts since the last sample and `sample`: the dummies, in ascending
   // order, go to `dummies`.
@@ -90,7 +105,10 @@ class BlockStartPadding {
         "SampleRate=%.1f  Missing Sample count=%d\n",
         printable(start.getTime() >> 1), printable(firstStamp >> 1), diff,
         static_cast<double>(start.sample_rate), count);
-    if (!budget.allows(count)) return;
+    const bool allowed = budget.allows(count);
+    if (count > 0)
+      note(start, allowed ? GZD_FINDING_BLOCK_START_FILLED : GZD_FINDING_GAP_LEFT, count);
+    if (!allowed) return;
     const UINT64 sampleStamp = firstStamp;
     const UINT64 period = static_cast<UINT64>(stamps_per_sample(start.sample_rate));
     for (int k = 1; k <= count; ++k) {
@@ -100,7 +118,16 @@ class BlockStartPadding {
     }
   }
 
+  void note(const Recording& start, int kind, int count) {
+    findings.add({.kind = kind,
+                  .eye = start.eye,
+                  .count = count,
+                  .start = found_at(start.getTime()),
+                  .end = found_at(firstStamp)});
+  }
+
   DummyBudget& budget;
+  Findings& findings;
   UINT64 firstStamp = 0;
 };
 
@@ -124,7 +151,7 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
   };
   std::vector<Insertion> insertions;
   std::vector<const Recording*> waiting;
-  BlockStartPadding padding(budget);
+  BlockStartPadding padding(budget, index.findings);
   std::size_t added = 0;
   const std::vector<Landmark>& landmarks = index.landmarks();
   for (std::size_t i = 0; i < landmarks.size(); ++i) {
@@ -209,13 +236,19 @@ class PeriodCount {
 
 }  // namespace
 
-void report_sample_periods(const Index& index) {
+void report_sample_periods(Index& index) {
   PeriodCount count(index);
   count.run();
   constexpr const char* COUNT_LINE =
       "%u inter-sample periods were %s than expected from the sampling rate\n";
-  if (count.shorter != 0) print_log(COUNT_LINE, count.shorter, "shorter");
-  if (count.longer != 0) print_log(COUNT_LINE, count.longer, "longer");
+  if (count.shorter != 0) {
+    print_log(COUNT_LINE, count.shorter, "shorter");
+    index.findings.add({.kind = GZD_FINDING_PERIODS_SHORTER, .count = count.shorter});
+  }
+  if (count.longer != 0) {
+    print_log(COUNT_LINE, count.longer, "longer");
+    index.findings.add({.kind = GZD_FINDING_PERIODS_LONGER, .count = count.longer});
+  }
 }
 
 }  // namespace gzd

@@ -64,7 +64,7 @@ class SampleClock {
     return knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period;
   }
   void examineGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget);
-  void findPeriod(INT64 stamp, float sampleRate);
+  void findPeriod(Index& index, INT64 stamp, float sampleRate);
   [[nodiscard]] bool knowsPeriod() const { return period >= 1 && period <= 8; }
 
   INT64 last = UNKNOWN;  // ms
@@ -77,7 +77,7 @@ void pad_block_starts(Index& index, DummyBudget& budget);
 
 // Logs samples outside blocks and how many steps between samples are shorter or longer than the
 // rate says. The index is in time order.
-void report_sample_periods(const Index& index);
+void report_sample_periods(Index& index);
 
 }  // namespace gzd
 

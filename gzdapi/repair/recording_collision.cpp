@@ -34,8 +34,8 @@ bool boundariesCollide(const Index& index) {
 
 class ConfigurationMove {
  public:
-  ConfigurationMove(ItemList& list, const MessageReader& reader)
-      : items(list), messageText(reader) {}
+  ConfigurationMove(Index& list, const MessageReader& reader)
+      : items(list.gzdItemList), findings(list.findings), messageText(reader) {}
 
   // Returns whether anything moved.
   bool run() {
@@ -64,6 +64,8 @@ class ConfigurationMove {
   }
 
   void putDownBehind(UINT32 blockEnd) {
+    if (collected.empty()) return;
+    note(blockEnd);
     for (const UINT32 place : collected) {
       edits.remove(place);
       edits.insertBefore(blockEnd + 1, items[place]);
@@ -71,7 +73,16 @@ class ConfigurationMove {
     collected.clear();
   }
 
+  void note(UINT32 blockEnd) {
+    Finding moved = finding_of(GZD_FINDING_MESSAGES_MOVED, items[collected.front()]);
+    moved.detail = 0;
+    moved.count = static_cast<INT64>(collected.size());
+    moved.end = found_at(items.stampAt(blockEnd));
+    findings.add(moved);
+  }
+
   ItemList& items;
+  Findings& findings;
   const MessageReader& messageText;
   IndexEdits edits;
   std::vector<UINT32> collected;
@@ -82,7 +93,7 @@ class ConfigurationMove {
 
 void moveCollidingConfigurations(Index& index, const MessageReader& messageText) {
   if (!boundariesCollide(index)) return;
-  if (ConfigurationMove(index.gzdItemList, messageText).run()) index.itemsChanged();
+  if (ConfigurationMove(index, messageText).run()) index.itemsChanged();
 }
 
 }  // namespace gzd

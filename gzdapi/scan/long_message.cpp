@@ -41,7 +41,10 @@ void MessageGrouping::add(Index& index, const GZDItem& item, std::string_view te
       index.gzdItemList.push_back(item);
       break;
     case MessagePiece::Continuation:
-      if (openGroup != nullptr) openGroup->push_back(item);
+      if (openGroup != nullptr)
+        openGroup->push_back(item);
+      else
+        index.findings.add(finding_of(GZD_FINDING_MESSAGE_PIECE_DROPPED, item));
       break;
     case MessagePiece::Whole:
       index.gzdItemList.push_back(item);

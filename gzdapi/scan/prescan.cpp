@@ -38,6 +38,8 @@ constexpr std::size_t ENTRIES_FOR_ESTIMATE = 16384;
 // The estimate goes no higher, whatever the records before it look like.
 constexpr double MOST_ENTRIES_PER_BYTE = 1.0 / 8.0;
 
+constexpr float LARGEST_RATE_TOLD = 1e9f;
+
 enum InputType { INPUT_EVENTS = 1, INPUT_IN_SAMPLES = 2 };
 
 // Large pages make touching the index for the first time several times cheaper. Advice only.
@@ -109,12 +111,13 @@ class Scan {
   void run() {
     while (!ended) {
       if (readRegularSamples()) continue;
+      recordStart = file.getFilePos();
       const NextRecord kind = nextRecord();
       trace.follow(file, kind);
       const INT64 position = file.getFilePos();
       switch (kind) {
         case NextRecord::End:
-          ended = true;
+          endAtTag();
           break;
         case NextRecord::Event:
           readEvent(position);
@@ -125,20 +128,49 @@ class Scan {
       }
     }
     trace.finish(file);
+    if (endsAtLimit && !hasStopped) stopAt(GZD_FINDING_TOO_LARGE, file.getFilePos());
     finish();
   }
 
  private:
   NextRecord nextRecord() {
     if (!options.failsafe) return next_combfile_item(file, state);
+    bool behindClosingTag = false;
     try {
       const NextRecord kind = next_combfile_item(file, state);
-      return kind == NextRecord::End ? next_combfile_item(file, state) : kind;
+      if (kind != NextRecord::End) return kind;
+      behindClosingTag = true;
+      recordStart = file.getFilePos();
+      return next_combfile_item(file, state);
     } catch (const GZDException& error) {
       log_clipped("Error reading items %s \n", error.getMessage());
       sortItems(index);
+      stopAt(behindClosingTag ? GZD_FINDING_UNREAD : GZD_FINDING_CUT, recordStart);
       return NextRecord::End;
     }
+  }
+
+  // What lies behind the closing tag is not read.
+  void endAtTag() {
+    ended = true;
+    if (!hasStopped) stopAt(GZD_FINDING_UNREAD, file.getFilePos());
+  }
+
+  // Notes that nothing is read from `place` on.
+  void stopAt(int kind, INT64 place) {
+    hasStopped = true;
+    const INT64 left = std::max<INT64>(fileSize - place, 0);
+    if (kind == GZD_FINDING_UNREAD && left == 0) return;
+    const int reason = kind == GZD_FINDING_UNREAD ? 0 : file.getReadError().reason;
+    const std::size_t entries = index.gzdItemList.size();
+    const INT64 time =
+        entries != 0 ? found_at(index.gzdItemList.stampAt(entries - 1)) : Finding::NONE;
+    index.findings.add({.kind = reason != 0 ? GZD_FINDING_READ_ERROR : kind,
+                        .detail = reason,
+                        .count = left,
+                        .place = place,
+                        .start = time,
+                        .end = time});
   }
 
   void noteTimes(UINT32 firstTime, UINT32 lastTime) {
@@ -153,7 +185,7 @@ class Scan {
     print_log(
         "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files up "
         "to 2 GB. Data after the 2 GB limit will be discarded.\n");
-    ended = true;
+    ended = endsAtLimit = true;
   }
 
   // Ends the scan at a record that cannot be read, or throws.
@@ -162,6 +194,7 @@ class Scan {
     if (!options.failsafe) throw GZDException("%s", message);
     print_log("Unexpected file read error while reading %s; simulating end reached. \n", kind);
     ended = true;
+    stopAt(file.eof() ? GZD_FINDING_CUT : GZD_FINDING_DAMAGE, recordStart);
   }
 
   // ---- events ----
@@ -174,14 +207,27 @@ class Scan {
     if (result < 0) return failToRead(1, "event", "Error reading event - type(preScan)");
     noteTimes(event.sttime, event.entime);
     if (is_block_start(event.type)) noteParameters(position);
+    if (state.unknown_field != 0) note(GZD_FINDING_UNKNOWN_FIELD, state.unknown_field);
+    if (state.rate_assumed) note(GZD_FINDING_RATE_ASSUMED, static_cast<int>(rateNamed()));
     if (options.failsafe && event.type == 0) {
       print_log("Unexpected event type tag 0. Skipping event \n");
+      note(GZD_FINDING_EVENT_SKIPPED, event.type);
     } else if (is_boundary(event.type)) {
       indexBoundary();
     } else if (options.loadEvents && position <= LARGEST_POSITION) {
       indexEvent(position, tag);
     }
   }
+
+  // Notes what is found of the event at hand.
+  void note(int kind, int detail) {
+    const INT64 stamp = found_at(stamp_of_time(event.sttime));
+    index.findings.add(
+        {.kind = kind, .detail = detail, .place = recordStart, .start = stamp, .end = stamp});
+  }
+
+  // The rate in the record at hand, of a block's start.
+  [[nodiscard]] float rateNamed() const { return std::clamp(event.avel, 0.0f, LARGEST_RATE_TOLD); }
 
   void noteParameters(INT64 position) {
     if (index.parameterEpochs.back().parameters == state.parameters) return;
@@ -218,8 +264,10 @@ class Scan {
     const int type = event.type;
     if (options.failsafe && event.sttime == 0 && isTimedByStart(type)) {
       print_log("Unexpected time stamp 0. Skipping event \n");
+      note(GZD_FINDING_EVENT_SKIPPED, type);
       return;
     }
+    if (!is_known_event_type(type)) note(GZD_FINDING_UNKNOWN_KIND, type);
     if (type <= GZD_END_PARSE || type == GZD_RECORDING) return;
     if (type == GZD_INPUT) index.inputType |= INPUT_EVENTS;
     fixations.follow(event, index);
@@ -347,6 +395,9 @@ class Scan {
   bool hasRawSamples = false;
   bool anyRecord = false;
   bool hasEstimate = false;
+  INT64 recordStart = 0;  // where the tag of the record at hand stands
+  bool endsAtLimit = false;
+  bool hasStopped = false;  // before the end of the file
   bool ended = false;
 };
 

@@ -55,6 +55,13 @@ class LogMerge {
     walk.lastRecording = index.blockAt(place);
     placeLog(-1, -1);
   }
+  // As before the first step.
+  void startAnew() {
+    rewind();
+    readLogId = -1;
+    insertC = InsertCase();
+    examinedElement = NO_ELEMENT;
+  }
 
   // The place in the log, for those who walk ahead and come back.
   struct Position {

@@ -188,7 +188,7 @@ void MessageLog::readSyncLine(std::string_view line, INT64 linePos) {
   const auto order = word ? fields.integer() : std::nullopt;
   const auto timeOfTracker = order ? fields.number() : std::nullopt;
   if (!timeOfTracker) {
-    std::printf("ERROR: incorrect TRACKER_TIME format\n");
+    print_notice("ERROR: incorrect TRACKER_TIME format\n");
     return;
   }
   vt.push_back({static_cast<int>(vl.size()), *order, *timeOfTracker, *timeOfLog});

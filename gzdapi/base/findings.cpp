@@ -1,0 +1,40 @@
+#include "base/findings.h"
+
+#include <algorithm>
+
+namespace gzd {
+
+namespace {
+
+double time_of(INT64 stamp) {
+  return stamp == Finding::NONE ? -1.0 : static_cast<double>(stamp) / 2.0;
+}
+
+void take_in(Finding& last, const Finding& next) {
+  ++last.merged;
+  last.count += next.count;
+  last.end = std::max({last.end, next.start, next.end});
+}
+
+}  // namespace
+
+void Findings::add(const Finding& finding) {
+  Kept& kind = kept[static_cast<std::size_t>(finding.kind)];
+  if (kind.count == MOST_OF_A_KIND) return take_in(list[kind.last], finding);
+  list.push_back(finding);
+  kind = {kind.count + 1, list.size() - 1};
+}
+
+GZD_FINDING Findings::at(std::size_t place) const {
+  const Finding& f = list[place];
+  return {.kind = f.kind,
+          .eye = f.eye,
+          .detail = f.detail,
+          .merged = f.merged,
+          .count = f.count,
+          .place = f.place,
+          .start = time_of(f.start),
+          .end = time_of(f.end)};
+}
+
+}  // namespace gzd

@@ -1,0 +1,85 @@
+#include "repair/soundness.h"
+
+#include <array>
+#include <optional>
+
+namespace gzd {
+
+namespace {
+
+constexpr INT64 LONGEST_PAUSE = 2;  // sample periods between the last sample and the block's end
+
+class BlockExamination {
+ public:
+  explicit BlockExamination(Index& entries) : index(entries) {}
+
+  void run() {
+    UINT32 behind = 0;  // the place behind the landmark before
+    for (const Landmark mark : index.landmarks()) {
+      if (behind < mark.place) newest = found_at(index.gzdItemList.stampAt(mark.place - 1));
+      behind = mark.place + 1;
+      const GZDItem item = index.gzdItemList[mark];
+      if (item.isRecordingStart()) {
+        begin(*item.getRecording());
+      } else if (item.isRecording() && block != nullptr) {
+        end(item.getTimeStamp());
+      }
+    }
+  }
+
+ private:
+  // Samples and events of one block may each have a start of their own.
+  void begin(const Recording& start) {
+    if ((start.sflags & (SMP_LEFT | SMP_RIGHT)) == 0) return;
+    block = &start;
+    newest = found_at(start.getTime());
+  }
+
+  void end(UINT64 stamp) {
+    const Recording& start = *block;
+    block = nullptr;
+    const INT64 period = stamps_per_sample(start.sample_rate);
+    const INT64 pause = found_at(stamp) - newest;
+    if (period < 1 || pause <= LONGEST_PAUSE * period) return;
+    index.findings.add({.kind = GZD_FINDING_SAMPLES_END_EARLY,
+                        .eye = start.eye,
+                        .count = pause / period,
+                        .start = newest,
+                        .end = found_at(stamp)});
+  }
+
+  Index& index;
+  const Recording* block = nullptr;  // the one at hand, if it announces samples
+  INT64 newest = 0;                  // stamp of its newest sample, or of its start
+};
+
+}  // namespace
+
+void examine_blocks(Index& index, bool samplesLoaded) {
+  if (samplesLoaded) BlockExamination(index).run();
+}
+
+void find_unpaired_events(Index& index) {
+  constexpr std::size_t PAIRS = 6;  // three kinds, two eyes
+  std::array<std::optional<GZDItem>, PAIRS> open;
+  const auto note = [&index](const GZDItem& item) {
+    index.findings.add(finding_of(GZD_FINDING_UNPAIRED_EVENT, item));
+  };
+  for (const Landmark mark : index.landmarks()) {
+    const GZDItem item = index.gzdItemList[mark];
+    if (!item.isEyeEvent()) continue;
+    const int kind = (item.getItemType() - GZD_START_BLINK) / 2;
+    std::optional<GZDItem>& start = open[static_cast<std::size_t>(2 * kind + item.getEye())];
+    const bool isPaired = item.isStartEvent() != start.has_value();
+    if (!isPaired) note(start ? *start : item);
+    if (item.isStartEvent())
+      start = item;
+    else
+      start.reset();
+  }
+  for (const std::optional<GZDItem>& start : open) {
+    if (start) note(*start);
+  }
+}
+
+}  // namespace gzd

@@ -1,0 +1,235 @@
+// What a client can learn of a recording beyond its records: findings, where elements come from,
+// notices; and the walk from the beginning once more.
+#include "base/findings.h"
+
+#include <fstream>
+
+#include "support/recording_fixture.h"
+
+using namespace gzd;
+
+namespace {
+
+using gzdsynth::Bytes;
+using gzdsynth::EventRecord;
+using gzdsynth::GzdWriter;
+
+// "kind eye detail count @place start-end", a line each; the place from the first record on, "-"
+// without one.
+std::string findings_of(const Bytes& bytes, int flags) {
+  const auto header = static_cast<INT64>(GzdWriter(3).header().size());
+  const CapturedLog quiet;
+  std::string text;
+  standard_output_of([&] {
+    OpenRecording file(bytes, flags);
+    GZD_FINDING f;
+    for (unsigned i = 0; gzd_get_finding(file, i, &f) == 0; ++i) {
+      char line[200];
+      const std::string place = f.place < 0 ? "-" : std::to_string(f.place - header);
+      std::snprintf(line, sizeof line, "%d %d %d %lld @%s %g-%g\n", f.kind, f.eye, f.detail,
+                    static_cast<long long>(f.count), place.c_str(), f.start, f.end);
+      text += line;
+    }
+    EXPECT_EQ(gzd_get_finding(file, gzd_get_finding_count(file), &f), -1);
+  });
+  return text;
+}
+
+// A block of 1000 Hz, 1000 to 1010 ms, without the samples from `from` up to `to`.
+GzdWriter block(UINT32 from = 0, UINT32 to = 0, UINT32 begin = 1000, UINT32 end = 1010) {
+  GzdWriter w(3);
+  w.startBlock({.time = begin});
+  for (UINT32 time = begin; time < end; ++time) {
+    if (time < from || time >= to) w.gazeSample(time, 10, 20, 900);
+  }
+  return w;
+}
+
+TEST(Findings, TellWhatWasFoundWhereAndWhen) {
+  constexpr int CHECK = GZD_CONSISTENCY_CHECK;
+  constexpr int REPAIR = GZD_CONSISTENCY_REPAIR;
+  constexpr int FAILSAFE = GZD_OPEN_FAILSAFE;
+  const auto event = [](unsigned type, UINT32 start, UINT32 end = 0) {
+    EventRecord e(type, GZD_RIGHT_EYE);
+    e.start(start);
+    return end != 0 ? e.end(end) : e;
+  };
+  const auto at = [](const GzdWriter& w) { return " @" + std::to_string(w.bodySize()) + " "; };
+  const struct {
+    const char* what;
+    Bytes recording;
+    int flags;
+    std::string expected;
+  } cases[] = {
+      {"sound", block().endBlock(1010).bytes(), REPAIR, ""},
+      {"sound, fail-safe", block().endBlock(1010).bytes(), REPAIR | FAILSAFE, ""},
+      {"cut", block().endTag(false).bytes(), FAILSAFE, "1 0 0 0" + at(block()) + "1009-1009\n"},
+      {"cut in a record", block().raw({0x20, 0x00, 33}).endTag(false).bytes(), FAILSAFE,
+       "1 0 0 3" + at(block()) + "1009-1009\n"},
+      {"damage", block().raw({0x18, 0x00, 94, 0xFF, 0xFF}).bytes(), FAILSAFE,
+       "2 0 0 7" + at(block()) + "1009-1009\n"},
+      {"unread", block().endBlock(1010).raw({0, 0, 1, 2}).bytes(), 0,
+       "4 0 0 4 @" + std::to_string(block().endBlock(1010).bodySize() + 2) + " 1010-1010\n"},
+      {"gap", block(1003, 1006).endBlock(1010).bytes(), REPAIR, "6 0 0 3 @- 1002-1006\n"},
+      {"long gap", block(1003, 12000, 1000, 12010).endBlock(12010).bytes(), REPAIR,
+       "7 0 0 10997 @- 1002-12000\n11 0 0 1 @- -1--1\n"},
+      {"late first sample", block(1000, 1004).endBlock(1010).bytes(), REPAIR,
+       "8 1 0 4 @- 1000-1004\n"},
+      {"another period",
+       block(1001, 1002).gazeSample(1012, 1, 1, 900).gazeSample(1014, 1, 1, 900).bytes(), REPAIR,
+       "6 0 0 2 @- 1009-1012\n6 0 0 1 @- 1012-1014\n11 0 0 1 @- -1--1\n"},
+      {"a period that is not the rate's",
+       GzdWriter(3)
+           .startBlock({.time = 1000})
+           .gazeSample(1000, 1, 1, 900)
+           .gazeSample(1002, 1, 1, 900)
+           .gazeSample(1004, 1, 1, 900)
+           .bytes(),
+       REPAIR, "9 0 4 1 @- 1002-1004\n6 0 0 1 @- 1002-1004\n11 0 0 1 @- -1--1\n"},
+      {"samples outside",
+       block().endBlock(1010).gazeSample(1012, 1, 1, 1).gazeSample(1013, 1, 1, 1).bytes(), CHECK,
+       "12 0 0 2" + at(block().endBlock(1010)) + "1012-1013\n"},
+      {"samples end early", block(1006, 1010).endBlock(1010).bytes(), 0, "13 1 0 5 @- 1005-1010\n"},
+      {"no sample at all", block(1000, 1010).endBlock(1010).bytes(), 0, "13 1 0 10 @- 1000-1010\n"},
+      {"unknown rate", GzdWriter(3).startSamples({.time = 1000, .rate = 333}).bytes(), 0,
+       "15 0 333 1 @0 1000-1000\n"},
+      {"events outside",
+       block().endBlock(1010).event(event(5, 1008)).event(event(6, 1008, 1015)).bytes(), CHECK,
+       "17 2 6 1" + at(block().endBlock(1010).event(event(5, 1008))) + "1015-1010\n"},
+      {"blink without start",
+       block().event(event(4, 1002, 1004)).event(event(3, 1006)).endBlock(1010).bytes(), REPAIR,
+       "18 2 3 1 @- 1000-1000\n20 2 3 1" + at(block().event(event(4, 1002, 1004))) + "1006-1006\n"},
+      {"unpaired saccade",
+       block().event(event(5, 1003)).event(event(5, 1004)).event(event(6, 1004, 1006)).bytes(), 0,
+       "20 2 5 1" + at(block()) + "1003-1003\n"},
+      {"fixation that ends first",
+       block().event(event(7, 1006)).event(event(8, 1002, 1004)).bytes(), 0,
+       "21 2 0 1 @- 1006-1004\n20 2 8 1" + at(block().event(event(7, 1006))) +
+           "1004-1004\n20 2 7 1" + at(block()) + "1006-1006\n"},
+      {"event without time", block().event(EventRecord(3)).bytes(), FAILSAFE,
+       "22 0 3 1" + at(block()) + "0-0\n"},
+      {"unknown field and kind",
+       block().event(EventRecord(11).start(1005)).raw({0x18, 0, 200, 0}).bytes(), 0,
+       "24 0 11 1" + at(block()) + "1005-1005\n23 0 200 1" +
+           at(block().event(EventRecord(11).start(1005))) + "0-0\n"},
+      {"piece of a message", block().message(1003, "!V LONGMS_CONT 1_x").bytes(), 0,
+       "25 0 24 1" + at(block()) + "1003-1003\n"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(findings_of(c.recording, c.flags), c.expected) << c.what;
+  }
+}
+
+TEST(Findings, AreBounded) {
+  Findings findings;
+  constexpr UINT32 MOST = Findings::MOST_OF_A_KIND;
+  for (UINT32 i = 0; i < 2 * MOST; ++i) {
+    findings.add({.kind = GZD_FINDING_GAP_FILLED, .count = 2, .start = 10 * i, .end = 10 * i + 1});
+  }
+  findings.add({.kind = GZD_FINDING_CUT, .place = 7});
+  ASSERT_EQ(findings.size(), MOST + 1u);
+  const GZD_FINDING last = findings.at(MOST - 1);
+  EXPECT_EQ(last.merged, MOST + 1);
+  EXPECT_EQ(last.count, 2 * (MOST + 1));
+  EXPECT_EQ(last.start, 5.0 * (MOST - 1));
+  EXPECT_EQ(last.end, 5.0 * (2 * MOST - 1) + 0.5);
+  EXPECT_EQ(findings.at(MOST).place, 7);
+}
+
+// ---- the walk
+// ------------------------------------------------------------------------------------
+
+// A recording with its message log beside it, a gap, and a blink that gets a start.
+class WholeWalk : public testing::Test {
+ protected:
+  void SetUp() override {
+    GzdWriter w = block(1003, 1005);
+    w.event(EventRecord(4).start(1002).end(1006)).event(EventRecord(3).start(1008)).endBlock(1010);
+    const std::string path = scratch.save("r.gzd", w.bytes());
+    std::ofstream(scratch.file("tq_messages.log"))
+        << "1 TRACKER_TIME 1 1000.0\n7 TRIAL\nQuit logger\n";
+    const CapturedLog quiet;
+    int rv;
+    file = gzd_open_file(path.c_str(), GZD_CONSISTENCY_REPAIR,
+                         GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG, 1, &rv);
+    ASSERT_NE(file, nullptr);
+  }
+  void TearDown() override { gzd_close_file(file); }
+
+  // At most `steps` elements, each as "code/origin:time".
+  std::string walk(unsigned steps) {
+    std::string text;
+    while (steps-- > 0) {
+      const int code = gzd_get_next_data(file);
+      if (code == GZD_END_OF_DATA) break;
+      const ALLF_DATA* const record = gzd_get_float_data(file);
+      const UINT32 time = code == GZD_SAMPLE      ? record->fs.time
+                          : code == GZD_RECORDING ? record->rec.time
+                                                  : record->fe.sttime;
+      text += std::to_string(code) + "/" + std::to_string(gzd_get_element_origin(file)) + ":" +
+              std::to_string(time) + " ";
+      if (code == GZD_SAMPLE) text.append(reinterpret_cast<const char*>(record), sizeof(FSAMPLE));
+    }
+    return text;
+  }
+
+  ScratchDirectory scratch;
+  GZDFILE* file = nullptr;
+};
+
+TEST_F(WholeWalk, ElementsTellWhereTheyComeFrom) {
+  EXPECT_EQ(gzd_get_element_origin(file), GZD_ORIGIN_NONE);
+  gzd_set_velocity_kinds(file, GZD_VELOCITY_NONE);
+  std::string origins;
+  while (const int code = gzd_get_next_data(file)) {
+    origins += std::to_string(code) + "/" + std::to_string(gzd_get_element_origin(file)) + " ";
+  }
+  EXPECT_EQ(origins,
+            "30/1 3/3 200/1 200/1 200/1 200/2 200/2 200/1 24/4 200/1 4/1 200/1 3/1 200/1 200/1 "
+            "30/1 ");
+}
+
+TEST_F(WholeWalk, BeginsAnewWhereverItStood) {
+  const std::string whole = walk(100);
+  for (unsigned steps = 0; steps < 18; ++steps) {
+    gzd_rewind(file);
+    EXPECT_EQ(gzd_get_element_index(file), 0u);
+    EXPECT_EQ(gzd_get_float_data(file), nullptr);
+    EXPECT_EQ(gzd_get_sample_per_second(file), 0.0f);
+    EXPECT_TRUE(whole.starts_with(walk(steps)));
+    gzd_rewind(file);
+    EXPECT_EQ(walk(100), whole) << steps;
+  }
+  EXPECT_EQ(gzd_get_trial_count(file), 1);
+  ASSERT_EQ(gzd_jump_to_trial(file, 0), 0);
+  gzd_rewind(file);
+  TRIAL trial;
+  EXPECT_EQ(gzd_get_trial_header(file, &trial), -1);
+  EXPECT_EQ(walk(100), whole);
+}
+
+TEST(Rewind, TheFirstRecordDecidesAboutTimesAnew) {
+  OpenRecording file(block(0, 0, 2000000000, 2000000004).endBlock(2000000004));
+  const CapturedLog quiet;
+  const std::string whole = file.describe();
+  EXPECT_EQ(whole, "[0 s0 s1 s2 s3 ]4");
+  gzd_rewind(file);
+  EXPECT_EQ(file.describe(), whole);
+}
+
+std::string noticed;
+void receive_notice(const char* notice) {
+  noticed += notice;
+}
+
+TEST(Notices, GoWhereTheClientWants) {
+  const Bytes recording = block().raw({0x18, 0, 200, 0}).bytes();
+  const std::string notice = "ERROR: Do not know how to handle 200\n";
+  EXPECT_EQ(standard_output_of([&] { OpenRecording file(recording); }), notice);
+  gzd_set_notice_function(receive_notice);
+  EXPECT_EQ(standard_output_of([&] { OpenRecording file(recording); }), "");
+  gzd_set_notice_function(nullptr);
+  EXPECT_EQ(noticed, notice);
+}
+
+}  // namespace
