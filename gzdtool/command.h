@@ -32,6 +32,9 @@ class Command {
 
   // Declares options and arguments, which parsing writes into this object.
   virtual void declare(CLI::App& app) = 0;
+  // Whether words behind "--" are the verb's own, and those words.
+  [[nodiscard]] virtual bool has_rest() const { return false; }
+  virtual void take_rest(std::vector<std::string> /*words*/) {}
   // Returns an exit status. Throws gzdtables::UsageError for a command line that makes no sense.
   [[nodiscard]] virtual int run() = 0;
 
@@ -43,9 +46,15 @@ class Command {
 [[nodiscard]] std::vector<std::unique_ptr<Command>> all_commands();
 
 // The verbs of each file.
+void append_info_command(std::vector<std::unique_ptr<Command>>& commands);
+void append_check_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_table_commands(std::vector<std::unique_ptr<Command>>& commands);
+void append_convert_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_export_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_schema_command(std::vector<std::unique_ptr<Command>>& commands);
+
+// Version, commit and libraries, a line each.
+[[nodiscard]] std::string version_text();
 
 // A line on standard error, with the program's name in front.
 void complain(const std::string& text);

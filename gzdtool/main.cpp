@@ -7,6 +7,7 @@
 
 #include "command.h"
 #include "gzd.h"
+#include "recording_options.h"
 #include "sinks/byte_sink.h"
 #include "tables/schema.h"
 
@@ -14,10 +15,6 @@ namespace {
 
 using gzdtool::Command;
 using Commands = std::vector<std::unique_ptr<Command>>;
-
-void log_to_standard_error(const char* message) {
-  std::fputs(message, stderr);
-}
 
 std::string quoted_with_nearest(const std::string& word, const std::vector<std::string>& known) {
   const std::string near = gzdtables::nearest(word, known);
@@ -57,11 +54,24 @@ int run(const Commands& commands, const CLI::App& app) {
   return gzdtool::exit_usage;
 }
 
+// Cuts the words behind "--" off for a verb that has a use for them. Returns how many are left.
+int without_rest(const Commands& commands, int argc, char** argv) {
+  if (argc < 2) return argc;
+  for (const auto& command : commands) {
+    if (command->name() != argv[1] || !command->has_rest()) continue;
+    char** const mark = std::find(argv + 2, argv + argc, std::string_view("--"));
+    if (mark == argv + argc) return argc;
+    command->take_rest(std::vector<std::string>(mark + 1, argv + argc));
+    return static_cast<int>(mark - argv);
+  }
+  return argc;
+}
+
 int parse_and_run(int argc, char** argv) {
   const Commands commands = gzdtool::all_commands();
   CLI::App app("What is in a GZD recording, as tables.", "gzdtool");
   app.require_subcommand(1);
-  app.set_version_flag("--version", gzd_get_version());
+  app.set_version_flag("--version", gzdtool::version_text());
   for (const auto& command : commands) {
     CLI::App* const verb = app.add_subcommand(command->name(), command->summary());
     verb->allow_extras();
@@ -69,7 +79,7 @@ int parse_and_run(int argc, char** argv) {
   }
   if (argc > 1 && argv[1][0] != '-') refuse_unknown_verb(commands, argv[1]);
   try {
-    app.parse(argc, argv);
+    app.parse(without_rest(commands, argc, argv), argv);
   } catch (const CLI::Success& asked) {
     return app.exit(asked);
   } catch (const CLI::ParseError& error) {
@@ -84,9 +94,12 @@ namespace gzdtool {
 
 std::vector<std::unique_ptr<Command>> all_commands() {
   Commands commands;
+  append_info_command(commands);
+  append_check_command(commands);
   append_table_commands(commands);
   append_export_command(commands);
   append_schema_command(commands);
+  append_convert_command(commands);
   return commands;
 }
 
@@ -98,10 +111,7 @@ void complain(const std::string& text) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  gzd_set_log_function(reinterpret_cast<void*>(&log_to_standard_error));
-#ifdef GZD_ORIGIN_GAP  // the library that has these can point its notices elsewhere, too
-  gzd_set_notice_function(&log_to_standard_error);
-#endif
+  gzdtool::log_to_standard_error();
   try {
     return parse_and_run(argc, argv);
   } catch (const gzdtables::UsageError& error) {

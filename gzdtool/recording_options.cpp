@@ -2,6 +2,8 @@
 #include "recording_options.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstring>
 
 #include "tables/schema.h"
 
@@ -12,6 +14,20 @@ namespace {
 constexpr const char* trials = "Trials";
 constexpr const char* reading = "Reading";
 
+std::string& kept_log() {
+  static std::string log;
+  return log;
+}
+
+void keep(const char* message) {
+  constexpr std::size_t most = 1 << 16;
+  if (kept_log().size() < most) kept_log() += message;
+}
+
+void tell_at_once(const char* message) {
+  std::fputs(message, stderr);
+}
+
 std::pair<std::string, std::string> variable_of(const std::string& text) {
   const std::size_t equals = text.find('=');
   if (equals == std::string::npos)
@@ -21,16 +37,20 @@ std::pair<std::string, std::string> variable_of(const std::string& text) {
 
 }  // namespace
 
-void RecordingOptions::declare(CLI::App& app) {
-  app_ = &app;
+void RecordingOptions::declare_basic(CLI::App& app) {
   app.add_flag("--no-repair", no_repair_, "Take the recording as it is")->group(reading);
-  app.add_flag("--failsafe", failsafe_, "Read a damaged recording up to the damage")
-      ->group(reading);
   app.add_flag("--message-offsets", message_offsets_,
                "A number at the start of a message is an offset of its time")
       ->group(reading);
   app.add_flag("--message-log", message_log_,
                "Merge tq_messages.log, the experiment's log in the recording's folder")
+      ->group(reading);
+}
+
+void RecordingOptions::declare(CLI::App& app) {
+  app_ = &app;
+  declare_basic(app);
+  app.add_flag("--failsafe", failsafe_, "Read a damaged recording up to the damage")
       ->group(reading);
   app.add_option("--trial-start", trial_start_, "Messages that contain TEXT open a trial")
       ->type_name("TEXT")
@@ -52,11 +72,40 @@ gzdtables::Options RecordingOptions::options() const {
   options.failsafe = failsafe_;
   options.message_offsets = message_offsets_;
   options.message_log = message_log_;
-  if (app_->count("--trial-start") > 0) options.trials.start = trial_start_;
-  if (app_->count("--trial-end") > 0) options.trials.end = trial_end_;
+  if (app_ != nullptr && app_->count("--trial-start") > 0) options.trials.start = trial_start_;
+  if (app_ != nullptr && app_->count("--trial-end") > 0) options.trials.end = trial_end_;
   for (const std::string& text : variables_) options.trials.variables.push_back(variable_of(text));
   gzdtables::check_options(options);
   return options;
+}
+
+KeptLog::KeptLog() {
+  gzd_set_log_function(reinterpret_cast<void*>(&keep));
+}
+
+KeptLog::~KeptLog() {
+  clear();
+  log_to_standard_error();
+}
+
+void KeptLog::tell() {
+  std::fputs(kept_log().c_str(), stderr);
+  clear();
+}
+
+void KeptLog::clear() {
+  kept_log().clear();
+}
+
+void log_to_standard_error() {
+  gzd_set_log_function(reinterpret_cast<void*>(&tell_at_once));
+  gzd_set_notice_function(&tell_at_once);
+}
+
+std::string sentence_of(const gzdtables::ReadError& error) {
+  std::string text = error.what();
+  if (error.reason() != 0) text.append(": ").append(std::strerror(error.reason()));
+  return text;
 }
 
 std::string name_of_recording(const std::string& path) {

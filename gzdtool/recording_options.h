@@ -15,7 +15,9 @@ namespace gzdtool {
 
 class RecordingOptions {
  public:
+  // All of them, or without those of trials and --failsafe.
   void declare(CLI::App& app);
+  void declare_basic(CLI::App& app);
   // Throws gzdtables::UsageError.
   [[nodiscard]] gzdtables::Options options() const;
 
@@ -23,8 +25,26 @@ class RecordingOptions {
   bool no_repair_ = false, failsafe_ = false, message_offsets_ = false, message_log_ = false;
   std::string trial_start_, trial_end_;
   std::vector<std::string> variables_;  // NAME=REGEX
-  const CLI::App* app_ = nullptr;
+  const CLI::App* app_ = nullptr;       // of all options
 };
+
+// The library's log, kept back while this lives; findings tell the same. `tell` prints what was
+// kept to standard error, for a recording that cannot be opened.
+class KeptLog {
+ public:
+  KeptLog();
+  ~KeptLog();
+  KeptLog(const KeptLog&) = delete;
+  KeptLog& operator=(const KeptLog&) = delete;
+  static void tell();
+  static void clear();
+};
+
+// The library's messages to standard error, from now on.
+void log_to_standard_error();
+
+// An error with the system's part in it.
+[[nodiscard]] std::string sentence_of(const gzdtables::ReadError& error);
 
 // The name that a recording goes by in tables and file names: its file name without folder and
 // ".gzd".

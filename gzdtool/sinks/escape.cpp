@@ -113,6 +113,10 @@ void append_csv(std::string& to, std::string_view text, bool is_for_terminal) {
   to.push_back('"');
 }
 
+void append_shown(std::string& to, std::string_view text) {
+  to.append(shown_on_terminal(text));
+}
+
 void append_json(std::string& to, std::string_view text, bool) {
   to.push_back('"');
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -19,6 +19,9 @@ void append_csv(std::string& to, std::string_view text, bool is_for_terminal);
 // A string of JSON, quotes included. Control characters are always escaped.
 void append_json(std::string& to, std::string_view text, bool is_for_terminal);
 
+// Words for people: control characters as \xHH always.
+void append_shown(std::string& to, std::string_view text);
+
 }  // namespace gzdtool
 
 #endif
