@@ -100,6 +100,7 @@ std::vector<std::unique_ptr<Command>> all_commands() {
   append_export_command(commands);
   append_schema_command(commands);
   append_convert_command(commands);
+  append_bids_command(commands);
   return commands;
 }
 

@@ -81,6 +81,7 @@ gzdtables::Options RecordingOptions::options() const {
 
 KeptLog::KeptLog() {
   gzd_set_log_function(reinterpret_cast<void*>(&keep));
+  gzd_set_notice_function(&keep);
 }
 
 KeptLog::~KeptLog() {

@@ -22,8 +22,8 @@ struct Kind {
 constexpr std::array<Kind, GZD_FINDING_KINDS> kinds{{
     {"unknown", "something was found"},
     {"cut", "the file ends inside its records", "bytes", Times::at_start},
-    {"damage", "the file is damaged, reading stopped", "bytes not read", Times::at_start},
-    {"read_error", "the system could not read on", "bytes not read", Times::at_start},
+    {"damage", "the file is damaged, reading stopped", "bytes", Times::at_start},
+    {"read_error", "the system could not read on", "bytes", Times::at_start},
     {"unread", "data behind the end of the records were not read", "bytes", Times::at_start},
     {"too_large", "records behind the limit of 2 GB were not read", "bytes", Times::at_start},
     {"gap_filled", "samples are missing, and were filled in", "samples"},
@@ -89,6 +89,12 @@ std::string eye_words(std::string_view eye) {
   return eye == "both" ? "both eyes" : std::string(eye) + " eye";
 }
 
+// "1 sample", "2 samples".
+std::string counted(std::int64_t count, std::string_view unit) {
+  if (count == 1) unit.remove_suffix(1);
+  return with_commas(static_cast<double>(count)) + " " + std::string(unit);
+}
+
 std::string time_words(const Finding& finding) {
   const Times times = kind_of(finding.kind).times;
   if (times == Times::none || !finding.start) return "";
@@ -133,9 +139,7 @@ std::string sentence_of(const Finding& finding) {
   if (!sentence.empty()) sentence += ": ";
   sentence += words_of(finding);
   const std::string_view unit = kind_of(finding.kind).unit;
-  if (!unit.empty())
-    sentence +=
-        " (" + with_commas(static_cast<double>(finding.count)) + " " + std::string(unit) + ")";
+  if (!unit.empty()) sentence += " (" + counted(finding.count, unit) + ")";
   if (!finding.note.empty()) sentence += ", " + finding.note;
   if (finding.place) sentence += ", at byte " + with_commas(static_cast<double>(*finding.place));
   if (finding.merged > 1)

@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# verbs_test.sh GZDTOOL GOLDEN_RECORDINGS GZDSYNTH HERE: info, check, export, convert and bids on small
+# recordings. What info and check tell is kept in verbs.expected; GZD_UPDATE=1 writes it anew.
+set -euo pipefail
+tool=$1 golden=$2 synth=$3 here=$4
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+cd "$scratch"
+fail() { echo "FAILED: $*" >&2 && exit 1; }
+
+"$synth" --duration 4 --trials 2 sound.gzd
+"$synth" --duration 4 --rate 500 --eyes left --gap 30 --stray-samples --unpaired-blinks lossy.gzd
+"$synth" --duration 4 --generation 4 --cut 4001 cut.gzd
+for name in messages block_shapes blink_repairs block_repairs odd_values; do "$golden" "$name" "$name.gzd"; done
+head -c 20 sound.gzd >broken.gzd
+
+# ---- info and check ----
+report() {
+  local file status
+  for file in sound lossy cut messages block_shapes blink_repairs block_repairs odd_values broken; do
+    for verb in info "info --json" check "check --json"; do
+      status=0
+      # shellcheck disable=SC2086
+      "$tool" $verb $file.gzd 2>err || status=$?
+      echo "$verb: $status$([[ ! -s err ]] || echo ", words on standard error")"
+    done
+  done
+}
+[[ -z ${GZD_UPDATE:-} ]] || report >"$here/verbs.expected"
+report | diff "$here/verbs.expected" - || fail "info or check tell something else"
+
+# ---- export ----
+export_all() { "$tool" export sound.gzd lossy.gzd --output-dir tables --columns all "$@"; }
+export_all
+[[ $(find tables -type f | wc -l) -eq 14 ]] || fail "files of export"
+"$tool" samples --columns all sound.gzd 2>/dev/null | cmp - tables/sound_samples.tsv
+python3 - "$(sha256sum <lossy.gzd | cut -d ' ' -f 1)" <<'P'
+import json, sys
+side = json.load(open("tables/lossy.json"))
+assert side["sha256"] == sys.argv[1] and side["repairs"]["samples_filled"] > 0
+for name, table in side["tables"].items():
+    lines = open("tables/" + table["file"]).read().split("\n")
+    assert lines[0].split("\t") == [c["name"] for c in table["columns"]], name
+    assert len(lines) - 2 == table["rows"], name
+P
+before=$(stat -c %Y.%y tables/lossy_samples.tsv)
+rm tables/lossy_blocks.tsv
+export_all 2>words
+[[ $(stat -c %Y.%y tables/lossy_samples.tsv) == "$before" && -s tables/lossy_blocks.tsv ]] ||
+  fail "not only what was missing was written"
+grep -q "sound.gzd: done before" words || fail "a finished recording was exported again"
+export_all --eye left
+head -n 1 tables/sound_samples.tsv | grep -q right_x && fail "other options, old tables"
+
+# ---- a run that is killed leaves whole files or none ----
+mkdir many
+for seed in $(seq 12); do "$synth" --duration 20 --seed "$seed" "many/$seed.gzd"; done
+for pause in 0.01 0.05 0.1 0.2; do
+  rm -rf texts out texts.ndjson
+  "$tool" convert -j 2 many/*.gzd --output-dir texts --report texts.ndjson & killed=$!
+  "$tool" export many/*.gzd --output-dir out --table samples,events >/dev/null & other=$!
+  sleep "$pause"
+  kill -KILL "$killed" "$other" 2>/dev/null || true
+  wait "$killed" "$other" 2>/dev/null || true
+  [[ ! -e texts.ndjson || $(wc -l <texts.ndjson) -eq 12 ]] || fail "a report of half a run"
+  for file in out/*_samples.tsv; do
+    [[ ! -e $file ]] || [[ $(wc -l <"$file") -eq 20001 ]] || fail "half a table: $file"
+  done
+done
+sleep 0.5 # converters end with the run that started them
+for file in texts/*.asc; do
+  [[ ! -e $file ]] || [[ $(tail -n 1 "$file") == *TRIAL_RESULT* ]] || fail "half a text: $file"
+done
+
+# ---- convert ----
+"$tool" convert -j 2 many/*.gzd --output-dir texts --report all.ndjson -- -res
+[[ $(find texts -name "*.asc" | wc -l) -eq 12 && $(wc -l <all.ndjson) -eq 12 ]] || fail "texts of convert"
+printf '%s\0' many/3.gzd many/none.gzd many/1.gzd |
+  "$tool" convert --files-from - --output-dir texts --report - 2>words >again.ndjson && fail "no failure"
+cut -d '"' -f 4,8 again.ndjson | diff - <(printf '%s\n' 'many/3.gzd"skipped' 'many/none.gzd"failed' 'many/1.gzd"skipped')
+refused() { ! "$tool" convert sound.gzd -- "$@" 2>words || fail "took $*"; }
+refused -bogus
+refused -p texts
+refused other.gzd
+[[ ! -e sound.asc ]] || fail "a refused run converted"
+
+# ---- bids ----
+echo '{"ScreenSize": [0.4, 0.3], "ScreenDistance": 0.6}' >lab.json
+"$tool" bids sound.gzd lossy.gzd --output-dir set --subject 01 --task read --lab lab.json 2>words
+grep -q "not told by recording or --lab: Manufacturer" words || fail "what is missing was not named"
+python3 "$here/bids_structure.py" set
