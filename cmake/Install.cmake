@@ -10,6 +10,9 @@ set(GZD_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STR
     "Where the completion for zsh is installed")
 
 install(TARGETS gzdconv gzdsynth RUNTIME COMPONENT converter)
+if(TARGET gzdtool)
+  install(TARGETS gzdtool RUNTIME COMPONENT converter)
+endif()
 install(FILES completions/gzdconv.bash RENAME gzdconv COMPONENT converter
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES completions/_gzdconv DESTINATION ${GZD_ZSH_COMPLETION_DIR} COMPONENT converter)

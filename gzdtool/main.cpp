@@ -67,6 +67,16 @@ int without_rest(const Commands& commands, int argc, char** argv) {
   return argc;
 }
 
+// "help VERB" is the verb's --help, "help" the program's.
+std::vector<std::string> with_help_as_option(int argc, char** argv) {
+  std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  if (words.empty() || words.front() != "help") return words;
+  words.erase(words.begin());
+  words.resize(std::min<std::size_t>(words.size(), 1));
+  words.emplace_back("--help");
+  return words;
+}
+
 int parse_and_run(int argc, char** argv) {
   const Commands commands = gzdtool::all_commands();
   CLI::App app("What is in a GZD recording, as tables.", "gzdtool");
@@ -77,9 +87,11 @@ int parse_and_run(int argc, char** argv) {
     verb->allow_extras();
     command->declare(*verb);
   }
-  if (argc > 1 && argv[1][0] != '-') refuse_unknown_verb(commands, argv[1]);
+  std::vector<std::string> words = with_help_as_option(without_rest(commands, argc, argv), argv);
+  if (!words.empty() && words.front()[0] != '-') refuse_unknown_verb(commands, words.front());
+  std::reverse(words.begin(), words.end());  // as the parser takes them
   try {
-    app.parse(without_rest(commands, argc, argv), argv);
+    app.parse(words);
   } catch (const CLI::Success& asked) {
     return app.exit(asked);
   } catch (const CLI::ParseError& error) {
