@@ -72,6 +72,29 @@ std::string_view eyes_of(const RECORDINGS& block) {
   return block.eye <= GZD_BLOCK_BOTH ? names.at(block.eye) : "";
 }
 
+double time_of_element(int code, const ALLF_DATA& record) {
+  if (code == GZD_SAMPLE) return time_of(record.fs);
+  if (code == GZD_RECORDING) return record.rec.time;
+  return is_ended_event(code) ? record.fe.entime : record.fe.sttime;
+}
+
+std::int64_t* counter_of(ElementCounts& counts, int code) {
+  switch (code) {
+    case GZD_END_FIXATION:
+      return &counts.fixations;
+    case GZD_END_SACCADE:
+      return &counts.saccades;
+    case GZD_END_BLINK:
+      return &counts.blinks;
+    case GZD_BUTTON:
+      return &counts.buttons;
+    case GZD_INPUT:
+      return &counts.inputs;
+    default:
+      return nullptr;
+  }
+}
+
 class FactsWalk {
  public:
   FactsWalk(Recording& recording, Facts& facts)
@@ -83,12 +106,14 @@ class FactsWalk {
   void run();
 
  private:
+  int next();
+  bool count_unfetched(int code);
   void count_sample();
   void take(int code);
   void take_recording(const RECORDINGS& record);
   void take_message(const FEVENT& message);
   void note_time(double time);
-  void note_time_of_last_sample();
+  void note_time_of_last();
 
   Recording& recording_;
   GZDFILE* file_;
@@ -97,68 +122,61 @@ class FactsWalk {
   BlockFacts* block_ = nullptr;
   std::optional<double> first_, last_;
   std::uint64_t step_ = 0;
-  std::uint64_t unfetched_sample_ = 0;  // step of a sample behind what was fetched last, or 0
+  std::uint64_t unfetched_ = 0;  // step of the last element behind what was fetched last, or 0
 };
 
 void FactsWalk::run() {
   static_cast<void>(recording_.begin_walk());
-  while (const int code = gzd_get_next_data(file_)) {
+  while (const int code = next()) {
     ++step_;
-    if (code == GZD_SAMPLE && first_)
-      count_sample();
+    if (first_ && count_unfetched(code))
+      unfetched_ = step_;
     else
       take(code);
   }
-  if (unfetched_sample_ != 0) note_time_of_last_sample();
+  if (unfetched_ != 0) note_time_of_last();
   if (first_) facts_.duration = *last_ - *first_;
+}
+
+// The code of the next element that is no recorded sample, nearly all being that.
+int FactsWalk::next() {
+  if (!first_ || has_filled_) return gzd_get_next_data(file_);
+  std::int64_t samples = 0;
+  int code = 0;
+  while ((code = gzd_get_next_data(file_)) == GZD_SAMPLE) ++samples;
+  if (samples == 0) return code;
+  facts_.elements.samples += samples;
+  if (block_ != nullptr) block_->samples += samples;
+  step_ += static_cast<std::uint64_t>(samples);
+  unfetched_ = step_;
+  return code;
+}
+
+// Counts an element whose record need not be seen; false for any other.
+bool FactsWalk::count_unfetched(int code) {
+  if (code == GZD_SAMPLE)
+    count_sample();
+  else if (std::int64_t* const counter = counter_of(facts_.elements, code))
+    ++*counter;
+  return code != GZD_RECORDING && code != GZD_MESSAGE;
 }
 
 void FactsWalk::count_sample() {
   const bool is_filled = has_filled_ && gzd_get_element_origin(file_) == GZD_ORIGIN_GAP;
-  std::int64_t& count = is_filled ? facts_.repairs.samples_filled : facts_.elements.samples;
-  ++count;
+  ++(is_filled ? facts_.repairs.samples_filled : facts_.elements.samples);
   if (block_ != nullptr) ++(is_filled ? block_->filled : block_->samples);
-  unfetched_sample_ = step_;
 }
 
 void FactsWalk::take(int code) {
   const ALLF_DATA* const record = gzd_get_float_data(file_);
   if (record == nullptr && gzd_get_system_error(file_) == 0) return;  // of an unknown kind
   if (record == nullptr) throw ReadError("an element could not be read again");
-  unfetched_sample_ = 0;
-  ElementCounts& counts = facts_.elements;
-  switch (code) {
-    case GZD_SAMPLE:
-      note_time(time_of(record->fs));
-      count_sample();
-      unfetched_sample_ = 0;
-      return;
-    case GZD_RECORDING:
-      note_time(record->rec.time);
-      return take_recording(record->rec);
-    case GZD_MESSAGE:
-      ++counts.messages;
-      take_message(record->fe);
-      break;
-    case GZD_BUTTON:
-      ++counts.buttons;
-      break;
-    case GZD_INPUT:
-      ++counts.inputs;
-      break;
-    case GZD_END_FIXATION:
-      ++counts.fixations;
-      break;
-    case GZD_END_SACCADE:
-      ++counts.saccades;
-      break;
-    case GZD_END_BLINK:
-      ++counts.blinks;
-      break;
-    default:
-      break;
-  }
-  note_time(is_ended_event(code) ? record->fe.entime : record->fe.sttime);
+  unfetched_ = 0;
+  note_time(time_of_element(code, *record));
+  if (code == GZD_RECORDING) return take_recording(record->rec);
+  if (code != GZD_MESSAGE) return static_cast<void>(count_unfetched(code));
+  ++facts_.elements.messages;
+  take_message(record->fe);
 }
 
 void FactsWalk::take_recording(const RECORDINGS& record) {
@@ -196,13 +214,13 @@ void FactsWalk::note_time(double time) {
   last_ = time;
 }
 
-// The walk ended with a sample: goes there once more.
-void FactsWalk::note_time_of_last_sample() {
+// The walk ended with elements that were not fetched: goes to the last of them once more.
+void FactsWalk::note_time_of_last() {
   static_cast<void>(recording_.begin_walk());
-  for (std::uint64_t step = 0; step < unfetched_sample_; ++step)
-    if (gzd_get_next_data(file_) == GZD_END_OF_DATA) return;
+  int code = 0;
+  for (std::uint64_t step = 0; step < unfetched_; ++step) code = gzd_get_next_data(file_);
   const ALLF_DATA* const record = gzd_get_float_data(file_);
-  if (record != nullptr) note_time(time_of(record->fs));
+  if (record != nullptr) note_time(time_of_element(code, *record));
 }
 
 void count_repairs(Facts& facts) {
