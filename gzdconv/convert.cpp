@@ -22,6 +22,7 @@
 #include "lines/message_filter.h"
 #include "lines/recording_lines.h"
 #include "lines/resolution.h"
+#include "losses.h"
 #include "samples/sample_lines.h"
 
 namespace gzdconv {
@@ -345,6 +346,7 @@ int process_gzd_file(RunState& state, const std::string& name, const std::string
   if (!file) return fail_to_open(input, errno);
   const OutputGuard output_guard;
   if (open_output_file(output, input) != 0) return -1;
+  report_losses(file.get(), input);
   begin_recording(state, file.get());
   print_file_header(file.get(), input);
   gzd_get_trial_count(file.get());  // collects the trials before the walk

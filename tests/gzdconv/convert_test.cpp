@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -109,6 +110,31 @@ TEST_F(ConvertTest, TooLongVideoNameEndsTheRun) {
   testing::internal::GetCapturedStdout();
   testing::internal::GetCapturedStderr();
   EXPECT_EQ(fake.open_handles, 0);
+}
+
+TEST_F(ConvertTest, TellsWhatTheTextLacks) {
+  fake.findings = {
+      {GZD_FINDING_GAP_FILLED, 0, 0, 1, 3, -1, 1, 2},
+      {GZD_FINDING_SAMPLES_END_EARLY, 0, 0, 1, 9, -1, 1000.5, 1200},
+      {GZD_FINDING_SAMPLES_END_EARLY, 0, 0, 3, 9, -1, 200000000, 200000010},
+      {GZD_FINDING_UNREAD, 0, 0, 1, 4096, 70000, -1, -1},
+      {GZD_FINDING_CUT, 0, 0, 1, 3, 70001, -1, -1},
+      {GZD_FINDING_DAMAGE, 0, 0, 1, 9, 70002, -1, -1},
+      {GZD_FINDING_READ_ERROR, 0, EIO, 1, 9, 70003, -1, -1},
+  };
+  asc();
+  EXPECT_EQ(
+      told_,
+      "gzdconv: a.gzd: no samples from 1000.5 ms to the end of the block at 1200 ms\n"
+      "gzdconv: a.gzd: no samples from 200000000 ms to the end of the block at 200000010 ms, "
+      "and in 2 more blocks\n"
+      "gzdconv: a.gzd: 4096 bytes behind the closing tag, from byte 70000 on, were not read\n"
+      "gzdconv: a.gzd: the records end without their closing tag: reading stopped at byte "
+      "70001, 3 bytes before the end\n"
+      "gzdconv: a.gzd: a record cannot be read: reading stopped at byte 70002, 9 bytes before "
+      "the end\n"
+      "gzdconv: a.gzd: the file cannot be read on: reading stopped at byte 70003, 9 bytes "
+      "before the end\n");
 }
 
 }  // namespace

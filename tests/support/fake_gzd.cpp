@@ -46,6 +46,12 @@ const char* gzd_get_failed_place(GZDFILE* /*ef*/) {
   return nullptr;
 }
 
+int gzd_get_finding(GZDFILE* /*ef*/, unsigned int n, GZD_FINDING* finding) {
+  if (n >= fake.findings.size()) return -1;
+  *finding = fake.findings[n];
+  return 0;
+}
+
 int gzd_get_system_error(GZDFILE* /*ef*/) {
   return fake.system_error;
 }

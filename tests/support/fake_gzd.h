@@ -22,6 +22,7 @@ struct FakeRecording {
   int ovilo_revision = 3;
   int system_error = 0;
   std::vector<FakeElement> elements;
+  std::vector<GZD_FINDING> findings;
 
   // What the converter did.
   std::string name;
