@@ -18,7 +18,7 @@ class MemoryStream : public InputStream {
     MemoryStream::seek(0);
   }
 
-  int getFileSize() override { return static_cast<int>(bytes.size()); }
+  INT64 getFileSize() override { return static_cast<INT64>(bytes.size()); }
   void seek(INT64 offset) override {
     cursor = windowStart + offset;
     hitEnd = false;

@@ -92,7 +92,7 @@ typedef struct _GZDFILE GZDFILE;
  * a regular file, not a recording, or damaged (GZD_OPEN_FAILSAFE opens it all the same). The
  * reason has then gone to the log function, and errno is the system's part in it, or 0.
  *
- * Cost: linear in the file; memory of 8 bytes a sample and up to 40 bytes any other element.
+ * Cost: linear in the file; memory of 8 bytes a sample and 16 bytes an event; of blocks some more.
  */
 GZD_API GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
                                int* rv) GZD_MUST_CHECK;

@@ -22,6 +22,7 @@ class GZDItem {
   static constexpr UINT16 RIGHT_INSIDE_BLINK = 0x2000;
   static constexpr UINT16 TIME_CHANGED = 0x1000;
   static constexpr UINT16 BLINK_MERGED = 0x2000;
+  static constexpr int MARK_SHIFT = 12;
 
   GZDItem() = default;
   GZDItem(INT64 position, int type, UINT16 side, UINT16 tag, UINT64 stamp)
@@ -70,6 +71,13 @@ class GZDItem {
   }
   [[nodiscard]] bool isSampleInsideBlink(int eye) const {
     return (mDetailType & (eye == GZD_LEFT_EYE ? LEFT_INSIDE_BLINK : RIGHT_INSIDE_BLINK)) != 0;
+  }
+
+  // The two bits above type and side.
+  [[nodiscard]] unsigned getMarks() const { return mDetailType >> MARK_SHIFT & 3u; }
+  void setMarks(unsigned marks) {
+    mDetailType =
+        static_cast<UINT16>((mDetailType & ~(3u << MARK_SHIFT)) | (marks & 3u) << MARK_SHIFT);
   }
 
   [[nodiscard]] bool isSample() const { return getItemType() == GZD_SAMPLE; }

@@ -31,6 +31,8 @@ struct Index {
   // Ascending places; the first one is 0.
   std::vector<ParameterEpoch> parameterEpochs;
 
+  UINT64 pieceCount = 0;  // in msg_item_list
+
   Findings findings;
 
   // Which windows of the list time_order found, or left, in their final order; empty when that is
@@ -45,7 +47,7 @@ struct Index {
   int inputType = 0;   // bit 0: input events, bit 1: input values in samples
 
   // The entries that are no samples, ascending.
-  [[nodiscard]] const std::vector<Landmark>& landmarks() const { return gzdItemList.landmarks(); }
+  [[nodiscard]] ItemList::Landmarks landmarks() const { return gzdItemList.landmarks(); }
   // To be called when entries were moved, added or removed.
   void itemsChanged() {
     gzdItemList.changed();
@@ -72,6 +74,14 @@ struct Index {
     return isItsEnd && gzdItemList[*(next - 2)].isRecordingStart()
                ? gzdItemList[*(next - 2)].getRecording()
                : nullptr;
+  }
+  // Of memory that it takes, allocations included.
+  [[nodiscard]] UINT64 bytes() const {
+    constexpr UINT64 ALLOCATION = 16;
+    constexpr UINT64 BOUNDARY = sizeof(Recording) + ALLOCATION + 2 * sizeof(void*);
+    constexpr UINT64 GROUP = 128;
+    return gzdItemList.bytes() + BOUNDARY * allRecordings.size() + GROUP * msg_item_list.size() +
+           2 * sizeof(GZDItem) * pieceCount + 2 * sizeof(ParameterEpoch) * parameterEpochs.size();
   }
   // The newest boundary, or null.
   [[nodiscard]] Recording* newestRecording() const {

@@ -1,13 +1,9 @@
 #include "index/item_list.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace gzd {
-
-void ItemList::reserve(std::size_t count) {
-  entries.reserve(count);
-  if (!empty()) marks.reserve(marks.size() * count / size());
-}
 
 void ItemList::push_back(const GZDItem& item) {
   const Packed entry = pack(item);
@@ -17,55 +13,123 @@ void ItemList::push_back(const GZDItem& item) {
   } else if (item.isSample()) {
     rising = false;
   } else if (marksKnown) {
-    marks.push_back({static_cast<UINT32>(size() - 1), static_cast<UINT32>(others.size() - 1)});
+    const UINT64 bit = UINT64{1} << (size() - 1) % BITS;
+    putMarks((size() - 1) / BITS, bit, bit);
   }
 }
 
+// ---- words --------------------------------------------------------------------------------------
+
 ItemList::Packed ItemList::pack(const GZDItem& item) {
   constexpr UINT16 BLINKS = GZDItem::LEFT_INSIDE_BLINK | GZDItem::RIGHT_INSIDE_BLINK;
-  if ((item.getDetailedType() & ~BLINKS) == GZD_SAMPLE) {
-    const UINT64 stamp = item.getTimeStamp();
-    if (base == NO_BASE) base = stamp - std::min(stamp, STAMPS_BEFORE_FIRST);
-    if (fits(item.getFilePos(), stamp)) {
-      Packed entry = plain(item.getFilePos(), stamp);
-      if (item.isSampleInsideBlink(GZD_LEFT_EYE)) entry.word |= IN_LEFT_BLINK;
-      if (item.isSampleInsideBlink(GZD_RIGHT_EYE)) entry.word |= IN_RIGHT_BLINK;
-      return entry;
-    }
+  const UINT64 stamp = item.getTimeStamp();
+  UINT64& itsBase = item.isSample() ? base : eventBase;
+  if (itsBase == NO_BASE && !item.isRecording()) {
+    itsBase = stamp - std::min(stamp, STAMPS_BEFORE_FIRST);
+  }
+  if ((item.getDetailedType() & ~BLINKS) == GZD_SAMPLE && fits(item.getFilePos(), stamp)) {
+    Packed entry = plain(item.getFilePos(), stamp);
+    if (item.isSampleInsideBlink(GZD_LEFT_EYE)) entry.word |= IN_LEFT_BLINK;
+    if (item.isSampleInsideBlink(GZD_RIGHT_EYE)) entry.word |= IN_RIGHT_BLINK;
+    return entry;
+  }
+  if (isSmallEvent(item) && events.size() < EVENTS) {
+    events.emplace_back(item.getFilePos(), item.getLastTag());
+    return packSmallEvent(item, events.size() - 1);
   }
   others.push_back(item);
-  return {UINT64{others.size() - 1} << OTHER_SHIFT | OTHER};
+  return {UINT64{others.size() - 1} << OTHER_SHIFT | WHOLE | OTHER};
+}
+
+GZDItem ItemList::Event::item(UINT64 stamp) const {
+  const INT64 position = INT64{positionHigh} << 16 | positionLow;
+  const int type = tag >> 8 & 0x3F;
+  const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
+  const bool isRight = (tag >> 8 & 0xC0) == 0x40;
+  const UINT16 side = !isEyeEvent ? SIDE_NONE : isRight ? SIDE_RIGHT : SIDE_LEFT;
+  return {position, type, side, tag, stamp};
+}
+
+GZDItem ItemList::unpackEvent(Packed entry) const {
+  GZDItem item = events[eventNumber(entry)].item(eventStampOf(entry));
+  item.setMarks(static_cast<unsigned>(entry.word >> MARK_SHIFT));
+  return item;
+}
+
+// Whether what an event's word and its place and tag can hold is all of it.
+bool ItemList::isSmallEvent(const GZDItem& item) const {
+  if (item.isSample() || item.isRecording() || item.isDummy()) return false;
+  const UINT64 stamp = item.getTimeStamp();
+  GZDItem held = Event(item.getFilePos(), item.getLastTag()).item(stamp);
+  held.setMarks(item.getMarks());
+  return stamp - eventBase < STAMPS && held.getDetailedType() == item.getDetailedType();
+}
+
+ItemList::Packed ItemList::packSmallEvent(const GZDItem& item, std::size_t number) const {
+  return {(item.getTimeStamp() - eventBase) << STAMP_SHIFT | UINT64{number} << EVENT_SHIFT |
+          UINT64{item.getMarks()} << MARK_SHIFT | OTHER};
 }
 
 void ItemList::set(std::size_t place, const GZDItem& item) {
   const Packed entry = entries[place];
-  if (isPlain(entry)) {
+  if (isEvent(entry)) {
+    entries[place] = isSmallEvent(item) ? packSmallEvent(item, eventNumber(entry)) : pack(item);
+  } else if (isPlain(entry)) {
     entries[place] = pack(item);
     rising &= item.getTimeStamp() == stampOf(entry);
     if (!isPlain(entries[place])) changed();
   } else {
-    others[entry.word >> OTHER_SHIFT] = item;
+    others[static_cast<std::size_t>(entry.word >> OTHER_SHIFT)] = item;
   }
 }
 
 // ---- landmarks ----------------------------------------------------------------------------------
 
-// Calls `visit` with the landmarks from place `first` up to `last`. Returns whether the samples
-// among them rise; from `riseFrom` on others would.
-template <class Visit>
-bool ItemList::visitLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom,
-                              Visit visit) const {
+// Of the bits of a word those of `mask` become those of `landmarks`.
+void ItemList::putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const {
+  if (number >= marks.size()) {
+    if (landmarks == 0) return;
+    marks.resize(number + 1);
+  }
+  marks[number] = (marks[number] & ~mask) | landmarks;
+}
+
+std::size_t ItemList::nextLandmark(std::size_t place, std::size_t end) const {
+  std::size_t number = place / BITS;
+  if (place >= end || number >= marks.size()) return end;
+  UINT64 word = marks[number] & ~UINT64{0} << place % BITS;
+  const std::size_t behind = std::min((end + BITS - 1) / BITS, marks.size());
+  while (word == 0) {
+    if (++number >= behind) return end;
+    word = marks[number];
+  }
+  return std::min(number * BITS + static_cast<std::size_t>(std::countr_zero(word)), end);
+}
+
+bool ItemList::areLandmarks(std::size_t first, std::size_t last) const {
+  while (first < last && nextLandmark(first, last) == first) ++first;
+  return first == last;
+}
+
+bool ItemList::markLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom) const {
   bool rise = true;
   riseFrom = 0;
+  UINT64 seen = 0, found = 0;  // bits of the word at hand
   for (std::size_t place = first; place < last; ++place) {
     const Packed entry = entries[place];
+    const UINT64 bit = UINT64{1} << place % BITS;
+    seen |= bit;
     if (isPlain(entry)) {
       rise &= stampOf(entry) >= riseFrom;
       riseFrom = stampOf(entry) + 1;
-    } else if (otherOf(entry).isSample()) {
+    } else if (isSampleAt(place)) {
       rise = false;
     } else {
-      visit(Landmark{static_cast<UINT32>(place), static_cast<UINT32>(entry.word >> OTHER_SHIFT)});
+      found |= bit;
+    }
+    if (place % BITS == BITS - 1 || place + 1 == last) {
+      putMarks(place / BITS, seen, found);
+      seen = found = 0;
     }
   }
   return rise;
@@ -73,37 +137,41 @@ bool ItemList::visitLandmarks(std::size_t first, std::size_t last, UINT64& riseF
 
 void ItemList::findLandmarks() const {
   marks.clear();
-  rising = visitLandmarks(0, size(), risingFrom, [this](Landmark mark) { marks.push_back(mark); });
+  rising = markLandmarks(0, size(), risingFrom);
   marksKnown = true;
-}
-
-std::size_t ItemList::landmarksBefore(std::size_t place) const {
-  const auto isBefore = [](Landmark mark, std::size_t wanted) { return mark.place < wanted; };
-  const auto found = std::lower_bound(landmarks().begin(), landmarks().end(), place, isBefore);
-  return static_cast<std::size_t>(found - marks.begin());
 }
 
 void ItemList::orderChanged(std::size_t first, std::size_t last) {
   if (!marksKnown) return;
-  // There are as many as before.
-  auto mark = marks.begin() + static_cast<std::ptrdiff_t>(landmarksBefore(first));
   UINT64 riseFrom;
-  rising &= visitLandmarks(first, last, riseFrom, [&](Landmark found) { *mark++ = found; });
+  rising &= markLandmarks(first, last, riseFrom);
 }
 
-void ItemList::moveBack(std::size_t from, std::size_t to, std::size_t mark) {
+void ItemList::moveBack(std::size_t from, std::size_t to) {
   Packed* const place = entries.data() + to;
   const Packed entry = entries[from];
   std::copy_backward(place, place + (from - to), place + (from - to) + 1);
   *place = entry;
+  if (isPlain(entry)) rising &= areLandmarks(to, from);  // it has passed no sample
+  rotateMarks(to, from);
+}
 
-  std::size_t passed = mark;
-  while (passed > 0 && marks[passed - 1].place >= to) ++marks[--passed].place;
-  if (isPlain(entry)) rising &= mark - passed == from - to;  // it has passed no sample
-  if (isPlain(entry) || mark == marks.size() || marks[mark].place != from) return;
-  const Landmark moved = {static_cast<UINT32>(to), marks[mark].number};
-  std::copy_backward(marks.data() + passed, marks.data() + mark, marks.data() + mark + 1);
-  marks[passed] = moved;
+// The bits from `to` up to `from` move up by one; that at `from` takes the place of the first.
+void ItemList::rotateMarks(std::size_t to, std::size_t from) {
+  marks.resize(std::max(marks.size(), from / BITS + 1));
+  UINT64 moved = marks[from / BITS] >> from % BITS & 1;
+  for (std::size_t number = to / BITS; number <= from / BITS; ++number) {
+    UINT64 kept = 0;
+    std::size_t begin = 0;
+    if (number == to / BITS) {
+      begin = to % BITS;
+      kept = (UINT64{1} << begin) - 1;
+    }
+    if (number == from / BITS) kept |= ~UINT64{1} << from % BITS;
+    const UINT64 before = marks[number];
+    marks[number] = (before & kept) | (((before & ~kept) << 1 | moved << begin) & ~kept);
+    moved = before >> (BITS - 1);
+  }
 }
 
 }  // namespace gzd

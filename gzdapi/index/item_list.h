@@ -1,12 +1,14 @@
 // The entries of the index, in order.
 //
 // Nearly all are samples, so that a sample's entry is one word of 8 bytes: whether either eye is
-// inside a blink, its place in the file, and its stamp above a base that suits the file. An entry
-// that does not fit (any event, a stamp far from the others) lies in a list of its own, and its
-// word tells where. Entries are handed out by value.
+// inside a blink, its place in the file, and its stamp above a base that suits the file. An event's
+// word holds its stamp and marks, and the number of its place in the file and its tag, which lie
+// apart: 14 bytes in all. An entry that does not fit (a boundary, an inserted event, a stamp far
+// from the others) lies whole in a list of its own, and its word tells where. Entries are handed
+// out by value.
 //
-// The list knows its landmarks, the entries that are no samples: few, so that what concerns them
-// alone need not touch the whole list.
+// The list knows its landmarks, the entries that are no samples, by one bit an entry: few, so that
+// what concerns them alone need not touch the whole list.
 #ifndef GZDAPI_ITEM_LIST_H
 #define GZDAPI_ITEM_LIST_H
 
@@ -19,11 +21,9 @@
 
 namespace gzd {
 
-// An entry that is no sample: its place in the list, and its number among the entries that did not
-// fit into a word.
+// An entry that is no sample: its place in the list.
 struct Landmark {
   UINT32 place;
-  UINT32 number;
 };
 
 class ItemList {
@@ -55,21 +55,58 @@ class ItemList {
     std::size_t place;
   };
 
+  // The landmarks, ascending.
+  class Landmarks {
+   public:
+    class Iterator {
+     public:
+      using iterator_category = std::input_iterator_tag;
+      using value_type = Landmark;
+      using difference_type = std::ptrdiff_t;
+      using pointer = void;
+      using reference = Landmark;
+
+      Iterator(const ItemList& owner, std::size_t from)
+          : list(&owner), place(owner.nextLandmark(from, owner.size())) {}
+      Landmark operator*() const { return {static_cast<UINT32>(place)}; }
+      Iterator& operator++() { return *this = {*list, place + 1}; }
+      bool operator==(const Iterator& other) const { return place == other.place; }
+
+     private:
+      const ItemList* list;
+      std::size_t place;
+    };
+
+    explicit Landmarks(const ItemList& owner) : list(owner) {}
+    [[nodiscard]] Iterator begin() const { return {list, 0}; }
+    [[nodiscard]] Iterator end() const { return {list, list.size()}; }
+
+   private:
+    const ItemList& list;
+  };
+
   [[nodiscard]] std::size_t size() const { return entries.size(); }
+  // Of memory that the entries take.
+  [[nodiscard]] UINT64 bytes() const {
+    return sizeof(Packed) * entries.size() + sizeof(Event) * events.size() +
+           sizeof(GZDItem) * others.size();
+  }
   [[nodiscard]] bool empty() const { return entries.empty(); }
   [[nodiscard]] std::size_t capacity() const { return entries.capacity(); }
-  // Makes room for `count` entries in all, as many of them landmarks as so far.
-  void reserve(std::size_t count);
+  // Makes room for `count` entries in all.
+  void reserve(std::size_t count) { entries.reserve(count); }
   [[nodiscard]] Iterator begin() const { return {*this, 0}; }
   [[nodiscard]] Iterator end() const { return {*this, size()}; }
 
   [[nodiscard]] GZDItem operator[](std::size_t place) const { return unpack(entries[place]); }
   [[nodiscard]] UINT64 stampAt(std::size_t place) const {
     const Packed entry = entries[place];
-    return isPlain(entry) ? stampOf(entry) : otherOf(entry).getTimeStamp();
+    if (isPlain(entry)) return stampOf(entry);
+    return isEvent(entry) ? eventStampOf(entry) : otherOf(entry).getTimeStamp();
   }
   [[nodiscard]] bool isSampleAt(std::size_t place) const {
-    return isPlain(entries[place]) || otherOf(entries[place]).isSample();
+    const Packed entry = entries[place];
+    return isPlain(entry) || (!isEvent(entry) && otherOf(entry).isSample());
   }
 
   void push_back(const GZDItem& item);
@@ -91,15 +128,16 @@ class ItemList {
   }
 
   // ---- landmarks ----
-  // In ascending order. They stay until entries are added, moved or removed.
-  [[nodiscard]] const std::vector<Landmark>& landmarks() const {
+  // They stay until entries are added, moved or removed.
+  [[nodiscard]] Landmarks landmarks() const {
     if (!marksKnown) findLandmarks();
-    return marks;
+    return Landmarks(*this);
   }
   // A landmark's entry.
-  [[nodiscard]] const GZDItem& operator[](Landmark mark) const { return others[mark.number]; }
-  // The number of landmarks before a place.
-  [[nodiscard]] std::size_t landmarksBefore(std::size_t place) const;
+  [[nodiscard]] GZDItem operator[](Landmark mark) const { return (*this)[mark.place]; }
+  // The first landmark from a place on, `end` when there is none before that place. Only while
+  // landmarks() would have nothing to find.
+  [[nodiscard]] std::size_t nextLandmark(std::size_t place, std::size_t end) const;
   // Whether the stamps of the samples rise from each to the next. False also when one of them did
   // not fit into a word.
   [[nodiscard]] bool samplesRise() const {
@@ -107,9 +145,9 @@ class ItemList {
     return rising;
   }
 
-  // Moves the entry at `from` back to `to`, before those that stood there. `mark` is the number of
-  // landmarks before `from`.
-  void moveBack(std::size_t from, std::size_t to, std::size_t mark);
+  // Moves the entry at `from` back to `to`, before those that stood there. The landmarks are to be
+  // known, and are so afterwards.
+  void moveBack(std::size_t from, std::size_t to);
   // To be called when entries were added, moved or removed as they are kept.
   void changed() { marksKnown = false; }
   // To be called when the entries from `first` up to `last` were given another order.
@@ -117,6 +155,7 @@ class ItemList {
 
   // ---- entries as they are kept ----
   [[nodiscard]] GZDItem unpack(Packed entry) const {
+    if (isEvent(entry)) return unpackEvent(entry);
     if (!isPlain(entry)) return otherOf(entry);
     GZDItem item(positionOf(entry), GZD_SAMPLE, SIDE_NONE, 0, stampOf(entry));
     if ((entry.word & IN_LEFT_BLINK) != 0) item.markSampleInsideBlink(GZD_LEFT_EYE);
@@ -129,8 +168,12 @@ class ItemList {
   [[nodiscard]] const std::vector<Packed>& packed() const { return entries; }
 
  private:
-  // From the lowest bit: kind, marks, place in the file plus 1 (0 for none), stamp less the base.
+  // From the lowest bit:
+  //   sample   0, two marks, place in the file plus 1 (31 bits, 0 for none), stamp less the base
+  //   event    01, two marks, number of the event (30 bits), stamp less the events' base
+  //   other    11, number of the other
   static constexpr UINT64 OTHER = 1;
+  static constexpr UINT64 WHOLE = 2;
   static constexpr UINT64 IN_LEFT_BLINK = 2;
   static constexpr UINT64 IN_RIGHT_BLINK = 4;
   static constexpr int POSITION_SHIFT = 3;
@@ -140,16 +183,46 @@ class ItemList {
   static constexpr UINT64 STAMPS = UINT64{1} << (64 - STAMP_SHIFT);  // 149 hours
   static constexpr UINT64 STAMPS_BEFORE_FIRST = STAMPS / 16;
   static constexpr UINT64 NO_BASE = ~UINT64{0} / 2;  // no sample's stamp lies that far up
-  static constexpr int OTHER_SHIFT = 1;
+  static constexpr int MARK_SHIFT = 2;
+  static constexpr int EVENT_SHIFT = 4;
+  static constexpr UINT64 EVENTS = UINT64{1} << (STAMP_SHIFT - EVENT_SHIFT);
+  static constexpr int OTHER_SHIFT = 2;
+  static constexpr std::size_t BITS = 64;  // of a word of landmarks
+
+  // What of an event does not fit into its word.
+  class Event {
+   public:
+    Event(INT64 position, UINT16 tagWord)
+        : positionHigh(static_cast<UINT16>(position >> 16)),
+          positionLow(static_cast<UINT16>(position)),
+          tag(tagWord) {}
+    [[nodiscard]] GZDItem item(UINT64 stamp) const;
+
+   private:
+    UINT16 positionHigh;
+    UINT16 positionLow;
+    UINT16 tag;
+  };
+  static_assert(sizeof(Event) == 6);
 
   static bool isPlain(Packed entry) { return (entry.word & OTHER) == 0; }
+  static bool isEvent(Packed entry) { return (entry.word & (OTHER | WHOLE)) == OTHER; }
+  static std::size_t eventNumber(Packed entry) {
+    return static_cast<std::size_t>(entry.word >> EVENT_SHIFT & (EVENTS - 1));
+  }
+  [[nodiscard]] UINT64 eventStampOf(Packed entry) const {
+    return eventBase + (entry.word >> STAMP_SHIFT);
+  }
+  [[nodiscard]] GZDItem unpackEvent(Packed entry) const;
+  [[nodiscard]] bool isSmallEvent(const GZDItem& item) const;
+  [[nodiscard]] Packed packSmallEvent(const GZDItem& item, std::size_t number) const;
   static INT64 positionOf(Packed entry) {
     return static_cast<INT64>(entry.word >> POSITION_SHIFT & ((UINT64{1} << POSITION_BITS) - 1)) -
            1;
   }
   [[nodiscard]] UINT64 stampOf(Packed entry) const { return base + (entry.word >> STAMP_SHIFT); }
   [[nodiscard]] const GZDItem& otherOf(Packed entry) const {
-    return others[entry.word >> OTHER_SHIFT];
+    return others[static_cast<std::size_t>(entry.word >> OTHER_SHIFT)];
   }
   [[nodiscard]] bool fits(INT64 position, UINT64 stamp) const {
     return position < POSITIONS && stamp - base < STAMPS;
@@ -162,15 +235,21 @@ class ItemList {
     rising &= stamp >= risingFrom;
     risingFrom = stamp + 1;
   }
-  template <class Visit>
-  bool visitLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom, Visit visit) const;
+  // Marks the landmarks from place `first` up to `last`, as they are. Returns whether the samples
+  // among them rise; from `riseFrom` on others would.
+  bool markLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom) const;
+  void putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const;
+  [[nodiscard]] bool areLandmarks(std::size_t first, std::size_t last) const;
+  void rotateMarks(std::size_t to, std::size_t from);
   void findLandmarks() const;
 
   std::vector<Packed> entries;
-  std::deque<GZDItem> others;  // grows without being copied
+  std::deque<Event> events;  // grow without being copied
+  std::deque<GZDItem> others;
   UINT64 base = NO_BASE;
+  UINT64 eventBase = NO_BASE;
 
-  mutable std::vector<Landmark> marks;
+  mutable std::vector<UINT64> marks;  // a bit a place; 0 behind the end
   mutable bool marksKnown = true;
   mutable bool rising = true;
   mutable UINT64 risingFrom = 0;  // samples added from here on go on rising

@@ -13,30 +13,22 @@ constexpr std::size_t MOVES_PER_ENTRY = 8;
 
 }  // namespace
 
-StrictOrder::Strides::Strides(const ItemList& list, std::size_t first, std::size_t windowEnd)
-    : marks(list.landmarks()),
-      samplesRise(list.samplesRise()),
-      last(windowEnd),
-      mark(list.landmarksBefore(first)) {}
-
-std::size_t StrictOrder::Strides::goTo(std::size_t place) {
-  while (mark < marks.size() && marks[mark].place < place) ++mark;
+std::size_t StrictOrder::Strides::from(std::size_t place) const {
   if (!samplesRise) return place;
-  const std::size_t next =
-      mark < marks.size() ? std::min<std::size_t>(marks[mark].place, last) : last;
+  const std::size_t next = items.nextLandmark(place, last);
   return next > place ? next - 1 : place;
 }
 
 bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
-  Strides strides(items, first, last);
-  std::size_t run = strides.goTo(first);
+  const Strides strides(items, last);
+  std::size_t run = strides.from(first);
   UINT64 stamp = items.stampAt(run);
   for (std::size_t place = run + 1; place != last; ++place) {
     const UINT64 next = items.stampAt(place);
     if (next == stamp) continue;
     if (next < stamp) return false;
     if (place - run > 1 && !runIsStrict(run, place)) return false;
-    run = place = strides.goTo(place);
+    run = place = strides.from(place);
     stamp = items.stampAt(run);
   }
   return last - run == 1 || runIsStrict(run, last);
@@ -64,10 +56,10 @@ bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
   std::size_t moves = MOVES_PER_ENTRY * (last - first);
   lowestPlace = last;
   moved.clear();
-  Strides strides(items, first, last);
-  std::size_t newest = strides.goTo(first);
+  const Strides strides(items, last);
+  std::size_t newest = strides.from(first);
   for (std::size_t entry = newest + 1; entry != last; ++entry) {
-    const std::size_t risen = strides.goTo(entry);
+    const std::size_t risen = strides.from(entry);
     if (items.stampAt(entry) > items.stampAt(entry - 1)) {
       entry = risen;
       continue;
@@ -77,7 +69,7 @@ bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
     moves -= entry - place;
     if (place == entry) continue;
     lowestPlace = std::min(lowestPlace, place);
-    items.moveBack(entry, place, strides.landmark());
+    items.moveBack(entry, place);
     moved.push_back({entry, place});
   }
   return true;

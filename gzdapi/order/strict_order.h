@@ -36,18 +36,16 @@ class StrictOrder {
   // Goes through a window from landmark to landmark.
   class Strides {
    public:
-    Strides(const ItemList& list, std::size_t first, std::size_t windowEnd);
-    // Goes to `place`, which is not before the last one gone to. Returns the last of the samples
-    // that are known to rise from there on; `place` itself when it is no sample.
-    std::size_t goTo(std::size_t place);
-    // The number of landmarks before the place gone to.
-    [[nodiscard]] std::size_t landmark() const { return mark; }
+    Strides(const ItemList& list, std::size_t windowEnd)
+        : items(list), samplesRise(list.samplesRise()), last(windowEnd) {}
+    // The last of the samples that are known to rise from `place` on; `place` itself when it is no
+    // sample.
+    [[nodiscard]] std::size_t from(std::size_t place) const;
 
    private:
-    const std::vector<Landmark>& marks;
+    const ItemList& items;
     const bool samplesRise;
     const std::size_t last;
-    std::size_t mark;
   };
 
   bool insertAll(std::size_t first, std::size_t last);

@@ -153,14 +153,12 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
   std::vector<const Recording*> waiting;
   BlockStartPadding padding(budget, index.findings);
   std::size_t added = 0;
-  const std::vector<Landmark>& landmarks = index.landmarks();
-  for (std::size_t i = 0; i < landmarks.size(); ++i) {
-    const GZDItem& item = index.gzdItemList[landmarks[i]];
+  for (const Landmark mark : index.landmarks()) {
+    const GZDItem item = index.gzdItemList[mark];
     if (awaits_samples(item)) waiting.push_back(item.getRecording());
-    const std::size_t behind = landmarks[i].place + std::size_t{1};
-    const std::size_t nextLandmark =
-        i + 1 < landmarks.size() ? landmarks[i + 1].place : index.gzdItemList.size();
-    if (waiting.empty() || behind == nextLandmark) continue;
+    const std::size_t behind = mark.place + std::size_t{1};
+    const bool isBeforeSample = behind < index.size() && index.gzdItemList.isSampleAt(behind);
+    if (waiting.empty() || !isBeforeSample) continue;
     padding.pad(waiting, index.gzdItemList[behind].getTimeStamp());
     waiting.clear();
     if (padding.dummies.empty()) continue;

@@ -41,10 +41,12 @@ void MessageGrouping::add(Index& index, const GZDItem& item, std::string_view te
       index.gzdItemList.push_back(item);
       break;
     case MessagePiece::Continuation:
-      if (openGroup != nullptr)
+      if (openGroup != nullptr) {
         openGroup->push_back(item);
-      else
+        ++index.pieceCount;
+      } else {
         index.findings.add(finding_of(GZD_FINDING_MESSAGE_PIECE_DROPPED, item));
+      }
       break;
     case MessagePiece::Whole:
       index.gzdItemList.push_back(item);

@@ -10,6 +10,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -35,8 +36,10 @@ constexpr INT64 LAST_POSITION = 2147400000;
 
 // Entries before the first estimate of how many there will be.
 constexpr std::size_t ENTRIES_FOR_ESTIMATE = 16384;
-// The estimate goes no higher, whatever the records before it look like.
+// The first estimate goes no higher, whatever the records before it look like.
 constexpr double MOST_ENTRIES_PER_BYTE = 1.0 / 8.0;
+// Nor is room made for more entries at once.
+constexpr std::size_t LARGEST_ROOM = std::size_t{1} << 29;
 
 constexpr float LARGEST_RATE_TOLD = 1e9f;
 
@@ -70,7 +73,7 @@ class DebugTrace {
     out.reset(std::fopen(fileName, "w"));
     if (!out) return;
     d.debugFile = out.get();
-    d.gzd_file_size = file.getFileSize();
+    d.gzd_file_size = static_cast<int>(file.getFileSize());
     std::fprintf(out.get(), "%s file size %d \n", "Start of debug ", d.gzd_file_size);
   }
 
@@ -110,6 +113,7 @@ class Scan {
 
   void run() {
     while (!ended) {
+      checkSize();
       if (readRegularSamples()) continue;
       recordStart = file.getFilePos();
       const NextRecord kind = nextRecord();
@@ -350,19 +354,34 @@ class Scan {
     clock.advance(newestSample.time);
   }
 
-  // Once, when the size of the records shows how many entries there will be: growing step by step
-  // would hold the index twice. Dummies take no bytes and tell nothing.
+  // When the size of the records shows how many entries there will be: growing step by step would
+  // hold the index twice. Dummies take no bytes and tell nothing.
   void makeRoom(INT64 position) {
-    const std::size_t count =
-        index.gzdItemList.size() - static_cast<std::size_t>(DummyBudget::ALL_GAPS - dummies.left);
-    if (hasEstimate || count < ENTRIES_FOR_ESTIMATE || fileSize <= position) return;
+    const std::size_t size = index.gzdItemList.size();
+    if (size < roomForEntries || fileSize <= position) return;
+    const std::size_t count = size - static_cast<std::size_t>(DummyBudget::ALL_GAPS - dummies.left);
+    const double mostPerByte = hasEstimate ? 1.0 : MOST_ENTRIES_PER_BYTE;
     hasEstimate = true;
     const double entriesPerByte =
-        std::min(static_cast<double>(count) / static_cast<double>(position), MOST_ENTRIES_PER_BYTE);
-    const double entries = static_cast<double>(fileSize) * entriesPerByte * 1.05;
-    index.gzdItemList.reserve(static_cast<std::size_t>(entries));
-    ask_for_huge_pages(index.gzdItemList.packed().data(),
-                       index.gzdItemList.capacity() * sizeof(ItemList::Packed));
+        std::min(static_cast<double>(count) / static_cast<double>(position), mostPerByte);
+    const auto estimate =
+        static_cast<std::size_t>(static_cast<double>(fileSize) * entriesPerByte * 1.05);
+    reserve(std::clamp(estimate, size + size / 4, std::max(LARGEST_ROOM, size + size / 4)));
+  }
+
+  void reserve(std::size_t entries) {
+    ItemList& items = index.gzdItemList;
+    items.reserve(entries);
+    roomForEntries = items.capacity();
+    ask_for_huge_pages(items.packed().data(), items.capacity() * sizeof(ItemList::Packed));
+  }
+
+  // Throws for an index that no machine should be asked to hold.
+  void checkSize() const {
+    if (index.bytes() <= options.largestIndex) return;
+    throw GZDException("The index of this recording would take more than %u MB of memory",
+                       static_cast<unsigned>(options.largestIndex >> 20))
+        .because({.reason = ENOMEM});
   }
 
   // ---- the whole index ----
@@ -395,6 +414,7 @@ class Scan {
   bool hasRawSamples = false;
   bool anyRecord = false;
   bool hasEstimate = false;
+  std::size_t roomForEntries = ENTRIES_FOR_ESTIMATE;
   INT64 recordStart = 0;  // where the tag of the record at hand stands
   bool endsAtLimit = false;
   bool hasStopped = false;  // before the end of the file

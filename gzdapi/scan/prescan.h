@@ -13,11 +13,13 @@ struct ScanOptions {
   bool fixConsistency = false;  // fill gaps, mend fixations, report periods
   bool loadEvents = true;
   bool loadSamples = true;
-  const char* debugFileName = nullptr;  // trace to this file, or null
+  UINT64 largestIndex = UINT64{4} << 30;  // bytes; a larger one is refused
+  const char* debugFileName = nullptr;    // trace to this file, or null
 };
 
 // Scans the stream from its position on. `state` comes out as the last record left it. Outside
-// fail-safe mode a read error throws GZDException, logged first.
+// fail-safe mode a read error throws GZDException, logged first; an index that is too large does
+// always.
 void preScan(InputStream& file, StreamState& state, const ScanOptions& options, Index& index);
 
 }  // namespace gzd

@@ -142,11 +142,10 @@ void FileInputStream::setUp() {
   readAhead = SMALLEST_READ;
 }
 
-int FileInputStream::getFileSize() {
+INT64 FileInputStream::getFileSize() {
   std::fseek(file.get(), 0, SEEK_END);
-  const long size = std::ftell(file.get());
   fileOffset = -1;
-  return static_cast<int>(size);
+  return std::ftell(file.get());
 }
 
 void FileInputStream::seek(INT64 offset) {

@@ -21,8 +21,8 @@ class InputStream {
   InputStream& operator=(const InputStream&) = delete;
   virtual ~InputStream() = default;
 
-  // Size in bytes, cut to 32 bits. The position stays.
-  virtual int getFileSize() = 0;
+  // Size in bytes. The position stays.
+  virtual INT64 getFileSize() = 0;
   // Moves to a byte offset from the start; past the end is allowed, reads there come up short.
   virtual void seek(INT64 offset) = 0;
 
@@ -121,7 +121,7 @@ class FileInputStream : public InputStream {
   // written to its end.
   explicit FileInputStream(FILE* in, SystemError error = {});
 
-  int getFileSize() override;
+  INT64 getFileSize() override;
   void seek(INT64 offset) override;
 
   // The file itself, at the stream's position. It stays the stream's; after using it, seek. Throws

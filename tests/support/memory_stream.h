@@ -24,7 +24,7 @@ class MemoryStream : public InputStream {
     windowStart = cursor = limit = bytes.data();
   }
 
-  int getFileSize() override { return static_cast<int>(bytes.size()); }
+  INT64 getFileSize() override { return static_cast<INT64>(bytes.size()); }
 
   void seek(INT64 offset) override {
     hitEnd = false;

@@ -86,4 +86,57 @@ TEST(ItemList, ChangesStayWithTheEntry) {
   for (std::size_t i = 0; i < items.size(); ++i) expect_entry(list[i], items[items.size() - 1 - i]);
 }
 
+void expectLandmarks(const ItemList& list) {
+  std::vector<UINT32> expected, actual;
+  for (UINT32 place = 0; place < list.size(); ++place)
+    if (!list[place].isSample()) expected.push_back(place);
+  for (const Landmark mark : list.landmarks()) actual.push_back(mark.place);
+  EXPECT_EQ(actual, expected);
+}
+
+TEST(ItemList, LandmarksMoveWithTheEntries) {
+  constexpr std::size_t COUNT = 150;  // more than two words of landmarks
+  ItemList list;
+  for (std::size_t i = 0; i < COUNT; ++i) {
+    const auto position = static_cast<INT64>(i);
+    list.push_back(i % 3 == 1 ? GZDItem(position, GZD_MESSAGE, SIDE_NONE, 0, FIRST + i)
+                              : sample(position, FIRST + i));
+  }
+  std::vector<GZDItem> items = itemsOf(list);
+  EXPECT_TRUE(list.samplesRise());
+  for (std::size_t from = 1; from < COUNT; ++from) {
+    const std::size_t to = from * 7 % (from + 1);
+    list.moveBack(from, to);
+    const auto begin = items.begin();
+    std::rotate(begin + static_cast<std::ptrdiff_t>(to), begin + static_cast<std::ptrdiff_t>(from),
+                begin + static_cast<std::ptrdiff_t>(from) + 1);
+    for (std::size_t i = 0; i < COUNT; ++i) expect_entry(list[i], items[i]);
+    expectLandmarks(list);
+  }
+  list.changed();
+  EXPECT_FALSE(list.samplesRise());
+  list.push_back(sample(1, FIRST));
+  expectLandmarks(list);
+}
+
+TEST(ItemList, AnEventTakesAtMostSixteenBytes) {
+  constexpr UINT16 TAGS[] = {0x03C0, 0x44C0, 0x0780, 0x1800, 0x1900, 0x1C00, 0x0B00};
+  ItemList list;
+  std::vector<GZDItem> items;
+  for (std::size_t i = 0; i < 70'000; ++i) {
+    const UINT16 tag = TAGS[i % std::size(TAGS)];
+    const int type = tag >> 8 & 0x3F;
+    const UINT16 side = type > GZD_END_FIXATION ? SIDE_NONE
+                        : tag >> 14 == 1        ? SIDE_RIGHT
+                                                : SIDE_LEFT;
+    items.emplace_back(static_cast<INT64>(60'000 * i), type, side, tag,
+                       FIRST + 15'000 * i % (1 << 30));
+    if (i % 5 == 0 && type < GZD_MESSAGE) items.back().setFixedTimeStamp(FIRST + i);
+    if (i % 3 == 0 && type == GZD_END_BLINK) items.back().markBlinkMerged();
+    list.push_back(items.back());
+  }
+  EXPECT_LE(list.bytes(), 16 * items.size());
+  for (std::size_t i = 0; i < items.size(); ++i) expect_entry(list[i], items[i]);
+}
+
 }  // namespace

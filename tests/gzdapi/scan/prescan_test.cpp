@@ -81,4 +81,19 @@ TEST(Scan, FailsafeTakesNoTimesFromWhatCannotBeRead) {
   }
 }
 
+TEST(Scan, RefusesAnIndexThatIsTooLarge) {
+  GzdWriter samples, events, pieces;
+  pieces.message(1, "!V LONGMS_ST 1_x");
+  for (UINT32 i = 0; i < 2000; ++i) {
+    samples.gazeSample(i, 1, 1, 900);
+    events.button(i, 1);
+    pieces.message(1, "!V LONGMS_CONT 1_x");
+  }
+  for (const GzdWriter* w : {&samples, &events, &pieces}) {
+    EXPECT_EQ(Scanned(*w, {.largestIndex = 100'000}).error, "");
+    EXPECT_EQ(Scanned(*w, {.failsafe = true, .largestIndex = 10'000}).error,
+              "The index of this recording would take more than 0 MB of memory");
+  }
+}
+
 }  // namespace
