@@ -21,7 +21,7 @@ install(TARGETS gzdapi gzdapi_static EXPORT gzdapiTargets
         LIBRARY COMPONENT library NAMELINK_COMPONENT development
         ARCHIVE COMPONENT development
         INCLUDES DESTINATION ${header_dir})
-install(FILES gzdapi/gzd.h gzdapi/gzd_data.h gzdapi/gzdtypes.h
+install(FILES gzdapi/gzd.h gzdapi/gzd.hpp gzdapi/gzd_data.h gzdapi/gzdtypes.h
         DESTINATION ${header_dir} COMPONENT development)
 
 # install_page PAGE COMPONENT: a page of the manual, once the build makes it.

@@ -3,21 +3,10 @@
 //
 //     find_samples trial.gzd
 #include <cstdio>
-#include <memory>
 
-#include "gzd.h"
+#include "gzd.hpp"
 
 namespace {
-
-struct CloseFile {
-  void operator()(GZDFILE* file) const { gzd_close_file(file); }
-};
-using File = std::unique_ptr<GZDFILE, CloseFile>;
-
-File open(const char* name) {
-  int error = 0;
-  return File(gzd_open_file(name, GZD_CONSISTENCY_REPAIR, GZD_LOAD_EVENTS, 1, &error));
-}
 
 void print_eye(const char* name, const FSAMPLE& sample, int eye) {
   if (sample.gx[eye] == MISSING_DATA || sample.gx[eye] == NOT_RECORDED)
@@ -62,7 +51,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: find_samples FILE.gzd\n");
     return 2;
   }
-  const File file = open(argv[1]);
+  const gzd::File file = gzd::File::open(argv[1]);
   if (!file) return 1;
   gzd_set_velocity_kinds(file.get(), GZD_VELOCITY_NONE);
   const int count = gzd_get_trial_count(file.get());

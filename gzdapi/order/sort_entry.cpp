@@ -17,13 +17,17 @@ constexpr std::size_t index_of(SortClass sortClass) {
 constexpr std::array<SortClass, 256> make_classes_of_types() {
   std::array<SortClass, 256> classes{};
   std::fill(classes.begin(), classes.end(), SortClass::Other);
-  for (const std::size_t type : {9, 10, 25, 28}) classes[type] = SortClass::FileOrdered;
-  for (std::size_t type = 1; type <= 2; ++type)
-    classes[type] = SortClass{static_cast<byte>(index_of(SortClass::StartParse) + type - 1)};
-  for (std::size_t type = 5; type <= 8; ++type)
-    classes[type] = SortClass{static_cast<byte>(index_of(SortClass::StartSaccade) + type - 5)};
-  for (std::size_t type = 15; type <= 18; ++type)
-    classes[type] = SortClass{static_cast<byte>(index_of(SortClass::StartSamples) + type - 15)};
+  for (const int type : {GZD_FIXATION_UPDATE, GZD_BREAK_PARSE, GZD_BUTTON, GZD_INPUT})
+    classes[static_cast<std::size_t>(type)] = SortClass::FileOrdered;
+  for (std::size_t type = GZD_START_PARSE; type <= GZD_END_PARSE; ++type)
+    classes[type] =
+        SortClass{static_cast<byte>(index_of(SortClass::StartParse) + type - GZD_START_PARSE)};
+  for (std::size_t type = GZD_START_SACCADE; type <= GZD_END_FIXATION; ++type)
+    classes[type] =
+        SortClass{static_cast<byte>(index_of(SortClass::StartSaccade) + type - GZD_START_SACCADE)};
+  for (std::size_t type = GZD_START_SAMPLES; type <= GZD_END_EVENTS; ++type)
+    classes[type] =
+        SortClass{static_cast<byte>(index_of(SortClass::StartSamples) + type - GZD_START_SAMPLES)};
   classes[GZD_START_BLINK] = SortClass::StartBlink;
   classes[GZD_END_BLINK] = SortClass::EndBlink;
   classes[GZD_MESSAGE] = SortClass::Message;

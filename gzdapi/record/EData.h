@@ -14,8 +14,9 @@ constexpr int MESSAGE_RECORD_CAPACITY = 498;
 
 // True for the event types that can be handed out.
 constexpr bool is_known_event_type(int type) {
-  return (type >= 1 && type <= 10) || (type >= GZD_START_SAMPLES && type <= GZD_END_EVENTS) ||
-         type == GZD_MESSAGE || type == GZD_BUTTON || type == GZD_INPUT;
+  return (type >= GZD_START_PARSE && type <= GZD_BREAK_PARSE) ||
+         (type >= GZD_START_SAMPLES && type <= GZD_END_EVENTS) || type == GZD_MESSAGE ||
+         type == GZD_BUTTON || type == GZD_INPUT;
 }
 
 // A message text of one record, laid out as an LSTRING: length, characters, NULs to the end.

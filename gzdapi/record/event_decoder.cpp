@@ -5,34 +5,26 @@
 #include "record/event_decoder.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdlib>
 #include <string>
 
 #include "base/log.h"
+#include "record/event_fields.h"
 
 namespace gzd {
 
 namespace {
 
-constexpr INT16 STORED_MISSING = -32768;
 constexpr double SMALLEST_PRESCALE = 0.1;
 constexpr double RATE_UNIT = 1.0 / 65536.0;  // the rate is stored as 16.16 fixed point
 constexpr float DEFAULT_RATE = 250.0f;
-
-// A binary message that holds a head pose: its length and its second and third byte.
-constexpr int HEAD_POSE_LENGTH = 147;
-constexpr byte HEAD_POSE_SIZE_BYTE = 146;
-constexpr byte HEAD_POSE_KIND_BYTE = 2;
-constexpr std::size_t HEAD_POSE_PREFIX = 3;
 
 // Limits of a time offset at the start of a message.
 constexpr int MAX_OFFSET_BLANKS = 20;
 constexpr int MAX_OFFSET_DIGITS = 7;
 constexpr int MAX_OFFSET = 999;
-
-constexpr int EYE_MASK = 0xC0;
-constexpr int EYE_RIGHT = 0x40;
 
 // One decoding: the record's parts at hand, and which prescales it brought.
 struct EventRecord {
@@ -130,145 +122,135 @@ bool read_message(EventRecord& record) {
 // ---- fields
 // ------------------------------------------------------------------------------------------
 
-void read_resolution_at_end(EventRecord& record) {
+using ReadField = bool (*)(EventRecord&);
+
+template <UINT32 FEVENT::*Time>
+bool read_time(EventRecord& record) {
+  record.event.*Time = static_cast<UINT32>(record.in.getInt());
+  return true;
+}
+
+template <UINT16 FEVENT::*Word>
+bool read_word(EventRecord& record) {
+  record.event.*Word = static_cast<UINT16>(record.in.getWord());
+  return true;
+}
+
+template <float (EventRecord::*Value)(), float FEVENT::*Member>
+bool read_one(EventRecord& record) {
+  record.event.*Member = (record.*Value)();
+  return true;
+}
+
+template <float (EventRecord::*Value)(), float FEVENT::*X, float FEVENT::*Y>
+bool read_pair(EventRecord& record) {
+  record.event.*X = (record.*Value)();
+  record.event.*Y = (record.*Value)();
+  return true;
+}
+
+// A raw position goes to the members of gaze, and to one or two of head-referenced ones as well.
+template <float FEVENT::*X, float FEVENT::*Y, float FEVENT::*AlsoX, float FEVENT::*AlsoY>
+bool read_raw_pair(EventRecord& record) {
+  FEVENT& e = record.event;
+  e.*X = e.*AlsoX = record.raw();
+  e.*Y = e.*AlsoY = record.raw();
+  return true;
+}
+
+bool read_resolution_at_end(EventRecord& record) {
   // Records that start a block keep packed settings here, not a resolution.
   const auto value = [&] { return record.startsBlock ? record.raw() : record.gaze(); };
   record.event.eupd_x = value();
   record.event.eupd_y = value();
+  return true;
 }
 
-void read_buttons(EventRecord& record) {
+bool read_buttons(EventRecord& record) {
   const INT16 word = record.in.getWord();
   record.event.buttons = static_cast<UINT16>(word);
-  if (!record.startsBlock) return;
+  if (!record.startsBlock) return true;
   record.state.parameters.pupil_prescale = static_cast<float>(word);
   record.hasPupilPrescale = true;
+  return true;
 }
 
-void read_peak_velocity(EventRecord& record) {
+bool read_peak_velocity(EventRecord& record) {
   if (record.startsBlock) {
     record.state.parameters.head_prescale = record.raw();
     record.hasHeadPrescale = true;
   } else {
     record.event.pvel = record.velocity();
-    record.event.read |= 0x0104;
-  }
-}
-
-// Reads the value behind a field code. Returns false for a message that cannot be.
-bool read_field(EventRecord& record, int code) {
-  FEVENT& e = record.event;
-  const auto mark = [&e](int bits) { e.read = static_cast<UINT16>(e.read | bits); };
-  switch (code) {
-    case 33:
-      e.sttime = static_cast<UINT32>(record.in.getInt());
-      mark(0x0001);
-      break;
-    case 40:  // y replaces x in hstx; hsty is not touched
-      e.gstx = e.hstx = record.raw();
-      e.gsty = e.hstx = record.raw();
-      mark(0x0408);
-      break;
-    case 41:
-      e.hstx = record.rawOrMissing();
-      e.hsty = record.rawOrMissing();
-      mark(0x0808);
-      break;
-    case 42:
-      e.gstx = record.gaze();
-      e.gsty = record.gaze();
-      mark(0x1008);
-      break;
-    case 43:
-      e.supd_x = record.gaze();
-      e.supd_y = record.gaze();
-      mark(0x0201);
-      break;
-    case 48:
-      e.sta = record.raw();
-      mark(0x0081);
-      break;
-    case 51:
-      e.svel = record.velocity();
-      mark(0x0101);
-      break;
-    case 65:
-      e.entime = static_cast<UINT32>(record.in.getInt());
-      mark(0x0040);
-      break;
-    case 72:  // y replaces x in henx; heny is not touched
-      e.genx = e.henx = record.raw();
-      e.geny = e.henx = record.raw();
-      mark(0x0410);
-      break;
-    case 73:
-      e.henx = record.rawOrMissing();
-      e.heny = record.rawOrMissing();
-      mark(0x0810);
-      break;
-    case 74:
-      e.genx = record.gaze();
-      e.geny = record.gaze();
-      mark(0x1010);
-      break;
-    case 75:
-      read_resolution_at_end(record);
-      mark(0x0202);
-      break;
-    case 81:
-      e.ena = record.raw();
-      mark(0x0082);
-      break;
-    case 83:
-      e.evel = record.velocity();
-      mark(0x0102);
-      break;
-    case 85:
-      e.input = static_cast<UINT16>(record.in.getWord());
-      break;
-    case 86:
-      read_buttons(record);
-      break;
-    case 94:
-      return read_message(record);
-    case 104:  // y goes to hstx, a field of the start; havy is not touched
-      e.gavx = e.havx = record.raw();
-      e.gavy = e.hstx = record.raw();
-      mark(0x0420);
-      break;
-    case 105:
-      e.havx = record.rawOrMissing();
-      e.havy = record.rawOrMissing();
-      mark(0x0820);
-      break;
-    case 106:
-      e.gavx = record.gaze();
-      e.gavy = record.gaze();
-      mark(0x1020);
-      break;
-    case 114:
-      e.ava = record.raw();
-      mark(0x0084);
-      break;
-    case 115:
-      e.avel = record.velocity();
-      mark(0x0104);
-      break;
-    case 147:
-      read_peak_velocity(record);
-      break;
-    case 180:
-      e.flags = static_cast<UINT16>(record.in.getWord());
-      mark(0x2000);
-      break;
-    default:
-      if (record.state.reportsUnknownFields) {
-        print_notice("ERROR: Do not know how to handle %d\n", code);
-      }
-      record.state.unknown_field = code;
-      break;
+    record.event.read |= EVT_AVERAGE_VALUES | EVT_VELOCITY;
   }
   return true;
+}
+
+struct Field {
+  EventField code;
+  ReadField read;
+  UINT16 readBits;  // what `read` tells of it
+};
+
+using E = FEVENT;
+constexpr auto RAW = &EventRecord::raw;
+constexpr auto HREF = &EventRecord::rawOrMissing;
+constexpr auto GAZE = &EventRecord::gaze;
+constexpr auto VELOCITY = &EventRecord::velocity;
+
+// In raw positions of start and end y replaces x in hstx and henx, and hsty and heny are not
+// touched; that of the mean goes to hstx, a member of the start.
+constexpr Field FIELDS[] = {
+    {FIELD_START_TIME, read_time<&E::sttime>, EVT_START_TIME},
+    {FIELD_START_RAW, read_raw_pair<&E::gstx, &E::gsty, &E::hstx, &E::hstx>,
+     EVT_PUPIL_POS | EVT_START_POSITION},
+    {FIELD_START_HREF, read_pair<HREF, &E::hstx, &E::hsty>, EVT_HREF | EVT_START_POSITION},
+    {FIELD_START_GAZE, read_pair<GAZE, &E::gstx, &E::gsty>, EVT_GAZE | EVT_START_POSITION},
+    {FIELD_START_RESOLUTION, read_pair<GAZE, &E::supd_x, &E::supd_y>,
+     EVT_RESOLUTION | EVT_START_TIME},
+    {FIELD_START_PUPIL, read_one<RAW, &E::sta>, EVT_PUPIL_SIZE | EVT_START_TIME},
+    {FIELD_START_VELOCITY, read_one<VELOCITY, &E::svel>, EVT_VELOCITY | EVT_START_TIME},
+    {FIELD_END_TIME, read_time<&E::entime>, EVT_END_TIME},
+    {FIELD_END_RAW, read_raw_pair<&E::genx, &E::geny, &E::henx, &E::henx>,
+     EVT_PUPIL_POS | EVT_END_POSITION},
+    {FIELD_END_HREF, read_pair<HREF, &E::henx, &E::heny>, EVT_HREF | EVT_END_POSITION},
+    {FIELD_END_GAZE, read_pair<GAZE, &E::genx, &E::geny>, EVT_GAZE | EVT_END_POSITION},
+    {FIELD_END_RESOLUTION, read_resolution_at_end, EVT_RESOLUTION | EVT_END_VALUES},
+    {FIELD_END_PUPIL, read_one<RAW, &E::ena>, EVT_PUPIL_SIZE | EVT_END_VALUES},
+    {FIELD_END_VELOCITY, read_one<VELOCITY, &E::evel>, EVT_VELOCITY | EVT_END_VALUES},
+    {FIELD_INPUT, read_word<&E::input>, 0},
+    {FIELD_BUTTONS, read_buttons, 0},
+    {FIELD_MESSAGE, read_message, 0},
+    {FIELD_AVERAGE_RAW, read_raw_pair<&E::gavx, &E::gavy, &E::havx, &E::hstx>,
+     EVT_PUPIL_POS | EVT_AVERAGE_POSITION},
+    {FIELD_AVERAGE_HREF, read_pair<HREF, &E::havx, &E::havy>, EVT_HREF | EVT_AVERAGE_POSITION},
+    {FIELD_AVERAGE_GAZE, read_pair<GAZE, &E::gavx, &E::gavy>, EVT_GAZE | EVT_AVERAGE_POSITION},
+    {FIELD_AVERAGE_PUPIL, read_one<RAW, &E::ava>, EVT_PUPIL_SIZE | EVT_AVERAGE_VALUES},
+    {FIELD_AVERAGE_VELOCITY, read_one<VELOCITY, &E::avel>, EVT_VELOCITY | EVT_AVERAGE_VALUES},
+    {FIELD_PEAK_VELOCITY, read_peak_velocity, 0},
+    {FIELD_FLAGS, read_word<&E::flags>, EVT_FLAGS},
+};
+
+// The row of each code; null for a code that is not known.
+constexpr std::array<const Field*, 256> make_fields_by_code() {
+  std::array<const Field*, 256> rows{};
+  for (const Field& field : FIELDS) rows[field.code] = &field;
+  return rows;
+}
+constexpr std::array<const Field*, 256> FIELDS_BY_CODE = make_fields_by_code();
+
+// Reads the value after a field code. Returns false for a message that cannot be.
+bool read_field(EventRecord& record, int code) {
+  const Field* const field = FIELDS_BY_CODE[static_cast<std::size_t>(code)];
+  if (field == nullptr) {
+    if (record.state.reportsUnknownFields) {
+      print_notice("ERROR: Do not know how to handle %d\n", code);
+    }
+    record.state.unknown_field = code;
+    return true;
+  }
+  record.event.read = static_cast<UINT16>(record.event.read | field->readBits);
+  return field->read(record);
 }
 
 // ---- what the types make of it
@@ -381,9 +363,9 @@ void use_by_type(EventRecord& record) {
 
 void read_tag(UINT16 tag, FEVENT& e) {
   const int high = tag >> 8;
-  e.type = static_cast<INT16>(high & 0x3F);
-  e.eye = (high & EYE_MASK) == EYE_RIGHT ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
-  e.parsedby = tag & 0xFE;
+  e.type = static_cast<INT16>(high & TAG_TYPE_MASK);
+  e.eye = (high & TAG_EYE_MASK) == TAG_EYE_RIGHT ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
+  e.parsedby = tag & TAG_PARSED_BY_MASK;
 }
 
 }  // namespace

@@ -2,11 +2,10 @@
 #ifndef GZDAPI_SAMPLE_VALUES_H
 #define GZDAPI_SAMPLE_VALUES_H
 
-#include "gzd_data.h"
+#include "record/stream_state.h"
 
 namespace gzd {
 
-constexpr INT16 STORED_MISSING = -32768;
 constexpr INT32 NEVER_STORED = 0x10000;    // no word has this value
 constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscaled
 

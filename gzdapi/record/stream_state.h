@@ -6,6 +6,9 @@
 
 namespace gzd {
 
+// What a stored word holds for a value that is not there.
+constexpr INT16 STORED_MISSING = -32768;
+
 // Divisors of stored integers, set by the start records of a block.
 struct DecodingParameters {
   float gaze_prescale = 1.0f;

@@ -1,9 +1,12 @@
 #!/bin/sh
-# exports_test.sh LIBRARY HEADER: the library exports the functions that the header declares with
-# GZD_API, no more and no fewer; and this check notices one too many and one too few.
+# exports_test.sh LIBRARY HEADER ARCHIVE: the shared library exports the functions that the header
+# declares with GZD_API, no more and no fewer, and this check notices one too many and one too few.
+# The static one shows besides them only what stands in namespace gzd, so that no class of a
+# client's takes the place of one of the library's.
 set -eu
 library=$1
 header=$2
+archive=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -42,4 +45,12 @@ declared_in "$work/fewer.h" >"$work/fewer"
 } >"$work/more.h"
 declared_in "$work/more.h" >"$work/more"
 [ -n "$(differences "$work/more" "$work/exported")" ] || fail "a missing export went unnoticed"
+
+# Templates of the standard library may be shared, and tables of the compiler's.
+nm -C -g --defined-only "$archive" | sed -n 's/^[0-9a-f]* [A-Za-z] //p' |
+  grep -vE '^(std::|__gnu_cxx::|DW\.ref\.)|gzd::' | sort -u >"$work/shown"
+[ -z "$(differences "$work/declared" "$work/shown")" ] || {
+  differences "$work/declared" "$work/shown"
+  fail "declared but not in $archive (<), or shown by it outside namespace gzd (>)"
+}
 exit $status

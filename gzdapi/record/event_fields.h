@@ -1,0 +1,55 @@
+// The format of event records: the one-byte codes in front of the values, and what is special in
+// the words behind them.
+#ifndef GZDAPI_EVENT_FIELDS_H
+#define GZDAPI_EVENT_FIELDS_H
+
+#include <cstddef>
+
+#include "gzd_data.h"
+
+namespace gzd {
+
+// Records that start a block put settings into some fields; these are named in brackets.
+enum EventField : byte {
+  FIELD_END = 0,  // of the record
+  FIELD_START_TIME = 33,
+  FIELD_START_RAW = 40,
+  FIELD_START_HREF = 41,
+  FIELD_START_GAZE = 42,
+  FIELD_START_RESOLUTION = 43,
+  FIELD_START_PUPIL = 48,  // [gaze prescale]
+  FIELD_START_VELOCITY = 51,
+  FIELD_END_TIME = 65,  // [rate, 16.16 fixed point]
+  FIELD_END_RAW = 72,
+  FIELD_END_HREF = 73,
+  FIELD_END_GAZE = 74,
+  FIELD_END_RESOLUTION = 75,  // [packed filter and tracking mode, kind of pupil size]
+  FIELD_END_PUPIL = 81,       // [velocity prescale]
+  FIELD_END_VELOCITY = 83,
+  FIELD_INPUT = 85,    // [flags word of events]
+  FIELD_BUTTONS = 86,  // [pupil prescale]
+  FIELD_MESSAGE = 94,
+  FIELD_AVERAGE_RAW = 104,
+  FIELD_AVERAGE_HREF = 105,
+  FIELD_AVERAGE_GAZE = 106,
+  FIELD_AVERAGE_PUPIL = 114,  // [divisor of samples]
+  FIELD_AVERAGE_VELOCITY = 115,
+  FIELD_PEAK_VELOCITY = 147,  // [head prescale]
+  FIELD_FLAGS = 180,          // [SMP_ bits of samples, flags word of events]
+};
+
+// The tag of an event: type and eye in the high byte, the kind of its positions in the low one.
+constexpr int TAG_TYPE_MASK = 0x3F;
+constexpr int TAG_EYE_MASK = 0xC0;
+constexpr int TAG_EYE_RIGHT = 0x40;
+constexpr int TAG_PARSED_BY_MASK = 0xFE;
+
+// A binary message that holds a head pose: its length and its second and third byte.
+constexpr int HEAD_POSE_LENGTH = 147;
+constexpr byte HEAD_POSE_SIZE_BYTE = 146;
+constexpr byte HEAD_POSE_KIND_BYTE = 2;
+constexpr std::size_t HEAD_POSE_PREFIX = 3;
+
+}  // namespace gzd
+
+#endif
