@@ -73,8 +73,7 @@ void set_message_log_path(const char* path) {
     plogMsgFile.reset();
 }
 
-// ---- opening
-// -------------------------------------------------------------------------------------------------
+// ---- opening ------------------------------------------------------------------------------------
 
 GZDFile::GZDFile(const char* path, int flags, int loadEvents, int loadSamples, const CONFIG* config)
     : file((update_default_config(config),
@@ -127,8 +126,7 @@ void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples)
   reader.indexIsFinal(repair);
 }
 
-// ---- failures
-// --------------------------------------------------------------------------------------------------
+// ---- failures -----------------------------------------------------------------------------------
 
 SystemError GZDFile::systemError() const {
   if (firstError.reason != 0) return firstError;
@@ -148,8 +146,7 @@ const char* GZDFile::failedPlace() const {
   }
 }
 
-// ---- the walk
-// --------------------------------------------------------------------------------------------------
+// ---- the walk -----------------------------------------------------------------------------------
 
 ALLF_DATA* GZDFile::copyOfLogRecord() {
   logRecord = merge.logRecord();

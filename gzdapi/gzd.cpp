@@ -126,8 +126,7 @@ CameraSetup camera_at(GZDFILE* gzd, const FSAMPLE* sam) {
 
 }  // namespace
 
-// ---- opening, closing, logging
-// ---------------------------------------------------------------------------------
+// ---- opening, closing, logging ------------------------------------------------------------------
 
 GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
                        int* rv) {
@@ -165,8 +164,7 @@ const char* gzd_get_version() {
   return GZD_VERSION_TEXT;
 }
 
-// ---- walking
-// ---------------------------------------------------------------------------------------------------
+// ---- walking ------------------------------------------------------------------------------------
 
 int gzd_get_next_data(GZDFILE* ef) {
   return guarded(ef, GZD_END_OF_DATA,
@@ -241,8 +239,7 @@ void gzd_set_velocity_kinds(GZDFILE* ef, unsigned int kinds) {
   of(ef).setVelocityKinds(kinds);
 }
 
-// ---- file facts
-// ------------------------------------------------------------------------------------------------
+// ---- file facts ---------------------------------------------------------------------------------
 
 int gzd_get_preamble_text(GZDFILE* ef, char* buffer, int length) {
   if (length < 1) return 0;
@@ -300,8 +297,7 @@ int gzd_get_finding(GZDFILE* ef, unsigned int n, GZD_FINDING* finding) {
   return 0;
 }
 
-// ---- trials
-// ----------------------------------------------------------------------------------------------------
+// ---- trials -------------------------------------------------------------------------------------
 
 int gzd_set_trial_identifier(GZDFILE* ef, char* start, char* end) {
   return guarded(ef, 0, [=](GZDFile& file) {
@@ -348,8 +344,7 @@ int gzd_get_trial_header(GZDFILE* ef, TRIAL* trial) {
   return guarded(ef, -1, [=](GZDFile& file) { return file.getTrials().getTrialHeaders(trial); });
 }
 
-// ---- bookmarks
-// -------------------------------------------------------------------------------------------------
+// ---- bookmarks ----------------------------------------------------------------------------------
 
 int gzd_set_bookmark(GZDFILE* ef, BOOKMARK* bm) {
   return guarded(ef, -1, [=](GZDFile& file) { return file.getBookmarks().setBookMark(bm); });
@@ -371,8 +366,7 @@ int gzd_goto_previous_bookmark(GZDFILE* ef) {
   return of(ef).getBookmarks().gotoPreviousBookMark();
 }
 
-// ---- raw camera data
-// -------------------------------------------------------------------------------------------
+// ---- raw camera data ----------------------------------------------------------------------------
 
 UINT32 gzd_get_uncorrected_pupil_area(GZDFILE*, FSAMPLE* sam, int eye) {
   return uncorrected_pupil_area(*sam, eye);
@@ -414,8 +408,7 @@ void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv) {
   pupil_cr(camera_at(gzd, sam), *sam, eye, rv);
 }
 
-// ---- pixels per degree
-// -----------------------------------------------------------------------------------------
+// ---- pixels per degree --------------------------------------------------------------------------
 
 int gzd_compute_physical_setup(float simulation_screen_distance,
                                float simulation_screen_distance_bot, float screen_phys_l,

@@ -58,8 +58,7 @@ struct _GZDFILE;
 /* An open recording. Callers never look inside. */
 typedef struct _GZDFILE GZDFILE;
 
-/* ---- opening, closing, logging ----------------------------------------------------------------
- */
+/* ---- opening, closing, logging --------------------------------------------------------------- */
 
 /* `consistency` of the open functions: take the file as it is. */
 #define GZD_CONSISTENCY_NONE 0
@@ -128,8 +127,7 @@ GZD_API int print_log(const char* fmt, ...) GZD_PRINTF(1, 2);
 /* The library's version, platform and build date; a constant. */
 GZD_API const char* gzd_get_version(void);
 
-/* ---- walking ------------------------------------------------------------------------------------
- */
+/* ---- walking --------------------------------------------------------------------------------- */
 
 /* Steps to the next element in time order, messages of the experiment's log merged in. Returns its
    code: GZD_SAMPLE, GZD_RECORDING or an event's type; GZD_END_OF_DATA when nothing is left. A code
@@ -230,8 +228,7 @@ GZD_API int get_filter_level_for_sample(GZDFILE* ef);
 /* Bit 0: the recording holds input events; bit 1: its samples hold input values. */
 GZD_API int gzd_get_input_data_availibity(GZDFILE* ef);
 
-/* ---- findings ----------------------------------------------------------------------------------
- */
+/* ---- findings -------------------------------------------------------------------------------- */
 
 /* Number of findings: what was cut, damaged, missing, repaired or odd in the recording, as far as
    reading it and the checks of the level it was opened with have seen. All are made by opening. */

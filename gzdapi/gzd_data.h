@@ -169,8 +169,7 @@ extern "C" {
 #define GZD_ORIGIN_REPAIR 3 /* an event that the library's repairs inserted */
 #define GZD_ORIGIN_LOG 4    /* a message of the experiment's log */
 
-/* ---- findings (gzd_get_finding) ---------------------------------------------------------------
- */
+/* ---- findings (gzd_get_finding) -------------------------------------------------------------- */
 
 /* What a finding tells, with what its members mean beyond GZD_FINDING. Findings marked (repair) are
    made at GZD_CONSISTENCY_REPAIR only, those marked (check) from GZD_CONSISTENCY_CHECK on, those
@@ -248,8 +247,7 @@ enum GZD_FINDING_KIND {
   GZD_FINDING_KINDS = 26 /* behind the last kind */
 };
 
-/* ---- records ----------------------------------------------------------------------------------
- */
+/* ---- records --------------------------------------------------------------------------------- */
 
 /* A text with its length. `c` is the first character; the text goes on behind it in memory and is
    followed by a NUL. `len` stops at 32767, the text of a long message does not. */

@@ -10,8 +10,7 @@ bool is_present(float value) {
   return value != MISSING_DATA;
 }
 
-// ---- older trackers
-// ------------------------------------------------------------------------------------
+// ---- older trackers -----------------------------------------------------------------------------
 
 // The step between two neighbours, over one interval.
 float single_step(float from, float to, float racc, float sampleRate) {
@@ -23,8 +22,7 @@ float over_two_intervals(const float* middle, float racc, float sampleRate) {
   return (middle[1] - middle[-1]) * sampleRate * 0.5f / racc;
 }
 
-// ---- newer trackers
-// ------------------------------------------------------------------------------------
+// ---- newer trackers -----------------------------------------------------------------------------
 
 float mean_of_2(const float* x) {
   return (x[0] + x[1]) * 0.5f;

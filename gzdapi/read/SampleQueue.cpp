@@ -41,8 +41,7 @@ SampleQueue::SampleQueue(const Index& openIndex, SampleSource& sampleSource)
   clear();
 }
 
-// ---- contents
-// --------------------------------------------------------------------------------------------
+// ---- contents -----------------------------------------------------------------------------------
 
 void SampleQueue::clear() {
   front = sqsize = 0;
@@ -87,8 +86,7 @@ void SampleQueue::shiftQueue() {
   runGoesBack = true;
 }
 
-// ---- look-up
-// ---------------------------------------------------------------------------------------------
+// ---- look-up ------------------------------------------------------------------------------------
 
 int SampleQueue::getOldSample(UINT64 stamp) const {
   if (sqsize == 0) return -1;
@@ -149,8 +147,7 @@ int SampleQueue::findSample(UINT32 wanted) {
   return slot;
 }
 
-// ---- reading ahead
-// ---------------------------------------------------------------------------------------
+// ---- reading ahead ------------------------------------------------------------------------------
 
 bool SampleQueue::continuesRun(UINT64 from, UINT64 to) const {
   const INT64 rise = static_cast<INT64>(to) - static_cast<INT64>(from);
@@ -230,8 +227,7 @@ void SampleQueue::takeOver(UINT32 entry) {
   keepNewest(incoming, entry);
 }
 
-// ---- velocities
-// ------------------------------------------------------------------------------------------
+// ---- velocities ---------------------------------------------------------------------------------
 
 // Sees to it that the positions that these kinds need are at hand.
 void SampleQueue::followPositions(unsigned kinds) {

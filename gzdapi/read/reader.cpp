@@ -23,7 +23,15 @@ constexpr int LARGEST_LSTRING_LENGTH = 32767;
 }  // namespace
 
 Reader::Reader(InputStream& stream, const StreamState& streamState, const Index& items)
-    : file(stream), state(streamState), index(items), queue(items, *this) {}
+    : file(stream),
+      state(streamState),
+      index(items),
+      queue(items, *this),
+      stretches(items),
+      dummies(items, stretches, [this](UINT32 recorded, Sample& sample) {
+        readQueueSample(recorded, sample);
+        return layout_tag(goToSample(index.gzdItemList[recorded]));
+      }) {}
 
 void Reader::indexIsFinal(bool pairEvents) {
   timesFollowRepairs = pairEvents;
@@ -32,15 +40,15 @@ void Reader::indexIsFinal(bool pairEvents) {
 }
 
 void Reader::startAnew() {
-  stretch = Stretch();
-  run = Run();
-  model = DummyModel();
+  stretches.forget();
+  run = SampleRun();
+  dummies.forget();
   queue.clear();
 }
 
 ALLF_DATA* Reader::getFloatData(UINT32 itemIndex, bool reports) {
   state.reportsUnknownFields = reports;
-  run = Run();  // the window may be about to move
+  run = SampleRun();  // the window may be about to move
   if (itemIndex >= index.size() || failed) return nullptr;
   try {
     recordType = index.gzdItemList[itemIndex].getItemType();
@@ -112,11 +120,10 @@ const SampleLayout& Reader::layoutFor(UINT16 tag) {
   return layout;
 }
 
-// ---- samples
-// -----------------------------------------------------------------------------------------------
+// ---- samples ------------------------------------------------------------------------------------
 
 void Reader::readSample(UINT32 itemIndex, GZDItem item) {
-  const Recording* const block = stretchAt(itemIndex).block;
+  const Recording* const block = stretches.at(itemIndex).block;
   const bool usesQueue = velocityKinds != GZD_VELOCITY_NONE;
   const bool hasVelocities =
       usesQueue && block != nullptr && static_cast<int>(block->sample_rate) > 0;
@@ -133,7 +140,8 @@ void Reader::readSample(UINT32 itemIndex, GZDItem item) {
     print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
               static_cast<long>(fData.fs.time));
   }
-  if (presetTag != 0 && !layout.hasBlocks && !usesQueue && block != nullptr) beginRun();
+  if (presetTag != 0 && !layout.hasBlocks && !usesQueue && block != nullptr)
+    beginRun(stretches.at(itemIndex));
 }
 
 // Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
@@ -147,7 +155,7 @@ bool Reader::readLikeTheOneBefore(GZDItem item) {
 }
 
 // Makes the run that of the sample just read: its stretch, as far as window and epoch go.
-void Reader::beginRun() {
+void Reader::beginRun(const Stretch& stretch) {
   const InputStream::HeldBytes held = file.held();
   const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin);
   const INT64 end = std::min(held.offset + held.length - INT64{LONGEST_FIXED_PART} + 1, epochEnd);
@@ -216,7 +224,7 @@ void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
     sample.flags = flags_at(load_be16(record), item.getTimeStamp());
   } else if (item.isDummy()) {
     sample.presetFor = 0;
-    makeDummy(itemIndex, sample);
+    dummies.make(itemIndex, sample);
   } else {
     readQueueSampleAnew(item, sample);
   }
@@ -224,82 +232,11 @@ void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
 }
 
 int Reader::stampsPerSampleAt(UINT32 itemIndex) {
-  const Recording* const block = stretchAt(itemIndex).block;
+  const Recording* const block = stretches.at(itemIndex).block;
   return block != nullptr ? stamps_per_sample(block->sample_rate) : 0;
 }
 
-const Reader::Stretch& Reader::stretchAt(UINT32 itemIndex) {
-  if (itemIndex >= stretch.begin && itemIndex < stretch.end) return stretch;
-  const std::vector<UINT32>& boundaries = index.boundaries;
-  const auto next = std::upper_bound(boundaries.begin(), boundaries.end(), itemIndex);
-  stretch.end = next == boundaries.end() ? index.size() : *next;
-  stretch.begin = next == boundaries.begin() ? 0 : *(next - 1);
-  stretch.block = nullptr;
-  if (next == boundaries.begin()) return stretch;
-  const GZDItem opening = index.gzdItemList[*(next - 1)];
-  if (opening.isRecordingStart()) stretch.block = opening.getRecording();
-  return stretch;
-}
-
-// ---- dummies
-// -----------------------------------------------------------------------------------------------
-
-// The nearest recorded sample before a dummy in its block, else behind it; NONE when there is none.
-UINT32 Reader::recordedSampleNear(UINT32 itemIndex) {
-  if (itemIndex >= model.first && itemIndex <= model.last) return model.recorded;
-  const UINT32 begin = stretchAt(itemIndex).begin;
-  const UINT32 end = stretch.end;
-  const auto isRecorded = [this](UINT32 i) {
-    return index.gzdItemList[i].isSample() && !index.gzdItemList[i].isDummy();
-  };
-  for (UINT32 i = itemIndex; i > begin; --i) {
-    if (i == model.last) {
-      model.last = itemIndex;
-      return model.recorded;
-    }
-    if (isRecorded(i - 1)) {
-      model.first = i;
-      model.last = itemIndex;
-      return i - 1;
-    }
-  }
-  const auto found = [&] {
-    for (UINT32 i = itemIndex + 1; i < end; ++i) {
-      if (isRecorded(i)) return i;
-    }
-    return NONE;
-  }();
-  model.first = begin;
-  model.last = itemIndex;
-  return found;
-}
-
-// Makes what all dummies modelled on one recorded sample have in common.
-void Reader::makeModel(UINT32 recorded) {
-  model.recorded = recorded;
-  model.isMade = false;
-  model.dummy.clear();
-  if (recorded == NONE) {
-    model.tag = 0;
-    make_dummy_sample(model.tag, nullptr, model.dummy);
-  } else {
-    Sample sample;
-    readQueueSample(recorded, sample);
-    model.tag = layout_tag(goToSample(index.gzdItemList[recorded]));
-    make_dummy_sample(model.tag, &sample, model.dummy);
-  }
-  model.isMade = true;
-}
-
-void Reader::makeDummy(UINT32 itemIndex, FSAMPLE& sample) {
-  const UINT32 recorded = recordedSampleNear(itemIndex);
-  if (!model.isMade || recorded != model.recorded) makeModel(recorded);
-  sample = model.dummy;
-  sample.flags = flags_at(model.tag, index.gzdItemList.stampAt(itemIndex));
-}
-
-// ---- events
-// ------------------------------------------------------------------------------------------------
+// ---- events -------------------------------------------------------------------------------------
 
 void Reader::decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event) {
   goTo(item.getFilePos());

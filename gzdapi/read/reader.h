@@ -9,6 +9,9 @@
 
 #include "index/index.h"
 #include "read/SampleQueue.h"
+#include "read/dummy_samples.h"
+#include "read/sample_run.h"
+#include "read/stretches.h"
 #include "record/EData.h"
 #include "record/sample_layout.h"
 #include "record/stream_state.h"
@@ -39,7 +42,7 @@ class Reader : public SampleSource {
   // any other entry.
   ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
     const ItemList& items = index.gzdItemList;
-    if (itemIndex - run.firstItem >= run.items || !items.isSampleAt(itemIndex)) return nullptr;
+    if (!run.holds(itemIndex) || !items.isSampleAt(itemIndex)) return nullptr;
     const INT64 place = items[itemIndex].getFilePos();
     const UINT64 stamp = items.stampAt(itemIndex);
     const byte* const body = run.recordAt(place);
@@ -67,58 +70,20 @@ class Reader : public SampleSource {
   void setVelocityKinds(unsigned kinds) {
     velocityKinds = kinds & GZD_VELOCITY_ALL;
     presetTag = 0;
-    run = Run();
+    run = SampleRun();
   }
 
   void readQueueSample(UINT32 itemIndex, Sample& sample) override;
   int stampsPerSampleAt(UINT32 itemIndex) override;
 
  private:
-  // Entries between two recording entries, and their block, null outside blocks.
-  struct Stretch {
-    UINT32 begin = 0;
-    UINT32 end = 0;
-    const Recording* block = nullptr;
-  };
-
-  // Where samples like the one read last need no more than to be decoded: entries of a block, with
-  // records whole in the stream's window, whose velocities nobody wants.
-  struct Run {
-    UINT32 firstItem = 0;
-    UINT32 items = 0;
-    INT64 firstPlace = 0;  // of records in the file
-    INT64 places = 0;
-    const byte* bytes = nullptr;  // at the first place
-
-    // The record's body at a place in the file; null when it is not in the run.
-    [[nodiscard]] const byte* recordAt(INT64 place) const {
-      const auto ahead = static_cast<UINT64>(place - firstPlace);
-      return ahead < static_cast<UINT64>(places) ? bytes + ahead : nullptr;
-    }
-  };
-
-  // Entries that the reader made itself: dummies and the recorded sample each is modelled on.
-  struct DummyModel {
-    UINT32 first = NONE;  // all dummies from here
-    UINT32 last = 0;      // up to here have the same one
-    UINT32 recorded = NONE;
-    bool isMade = false;
-    UINT16 tag = 0;
-    Sample dummy;  // but for its place in time
-  };
-  static constexpr UINT32 NONE = 0xFFFFFFFFu;
-
   int readItem(UINT32 itemIndex);
   bool readLikeTheOneBefore(GZDItem item);
-  // The tag of an odd stamp's sample tells that it lies half a millisecond behind its time.
-  static UINT16 flags_at(UINT16 tag, UINT64 stamp) {
-    return static_cast<UINT16>(tag | ((stamp & 1) != 0 ? SMP_HALF_MS : 0));
-  }
   void setPlaceInTime(UINT16 tag, UINT64 stamp) {
     fData.fs.time = time_of_stamp(stamp);
     fData.fs.flags = flags_at(tag, stamp);
   }
-  void beginRun();
+  void beginRun(const Stretch& stretch);
   void readSample(UINT32 itemIndex, GZDItem item);
   bool readSampleDirectly(GZDItem item);
   // The record of a sample, from its tag on, when it can be decoded where it lies into a sample
@@ -145,10 +110,6 @@ class Reader : public SampleSource {
   void goTo(INT64 position);
   UINT16 goToSample(const GZDItem& item);
   const SampleLayout& layoutFor(UINT16 tag);
-  const Stretch& stretchAt(UINT32 itemIndex);
-  void makeModel(UINT32 recorded);
-  void makeDummy(UINT32 itemIndex, FSAMPLE& sample);
-  [[nodiscard]] UINT32 recordedSampleNear(UINT32 itemIndex);
 
   InputStream& file;
   StreamState state;
@@ -156,19 +117,19 @@ class Reader : public SampleSource {
   bool timesFollowRepairs = false;
   EventPairing pairing;
   SampleQueue queue;
+  Stretches stretches;
+  DummySamples dummies;
   unsigned velocityKinds = GZD_VELOCITY_ALL;
 
   // Between these places the parameters in force hold.
   INT64 epochBegin = 0;
   INT64 epochEnd = -1;
-  Stretch stretch;
-  DummyModel model;
 
   ALLF_DATA fData{};
   int recordType = 0;
   bool failed = false;
   UINT16 presetTag = 0;  // fData is a sample preset for this layout tag; 0 when it is not
-  Run run;
+  SampleRun run;
   SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none
   FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
   UINT16 queuePresetTag = 0;

@@ -14,6 +14,12 @@ inline UINT16 eye_flag(int eye) {
   return static_cast<UINT16>(eye == GZD_LEFT_EYE ? SMP_LEFT : SMP_RIGHT);
 }
 
+// The flags of a sample: the tag of one at an odd stamp tells that it lies half a millisecond after
+// its time.
+inline UINT16 flags_at(UINT16 tag, UINT64 stamp) {
+  return static_cast<UINT16>(tag | ((stamp & 1) != 0 ? SMP_HALF_MS : 0));
+}
+
 // The position of one eye in one coordinate system (GZD_POSITION_), MISSING_DATA where there is
 // none. Returns 0 when the sample does not hold that eye, else 1.
 inline int get_sample_data(const FSAMPLE& s, float* x, float* y, int eye, int type) {

@@ -55,8 +55,7 @@ bool starts_block(int type) {
   return type == GZD_START_SAMPLES || type == GZD_START_EVENTS;
 }
 
-// ---- message text
-// ----------------------------------------------------------------------------------
+// ---- message text -------------------------------------------------------------------------------
 
 void read_head_pose(LString source, FEVENT& e) {
   for (float* value : {&e.headInSpaceX_start,
@@ -119,8 +118,7 @@ bool read_message(EventRecord& record) {
   return true;
 }
 
-// ---- fields
-// ------------------------------------------------------------------------------------------
+// ---- fields -------------------------------------------------------------------------------------
 
 using ReadField = bool (*)(EventRecord&);
 
@@ -253,8 +251,7 @@ bool read_field(EventRecord& record, int code) {
   return field->read(record);
 }
 
-// ---- what the types make of it
-// --------------------------------------------------------------------------
+// ---- what the types make of it ------------------------------------------------------------------
 
 bool is_known_rate(float rate) {
   return rate == 250.0f || rate == 500.0f || rate == 1000.0f || rate == 2000.0f;

@@ -58,8 +58,7 @@ inline bool has(UINT16 tag, unsigned bits) {
   return (tag & bits) != 0;
 }
 
-// ---- the fixed part, value by value
-// -------------------------------------------------------------
+// ---- the fixed part, value by value -------------------------------------------------------------
 
 UINT32 read_time(InputStream& in, UINT32 previousTime, const SampleLayout& layout) {
   if (layout.timeLength == 1) return previousTime + in.getByte();
@@ -104,8 +103,7 @@ void read_fixed_part(InputStream& in, const SampleLayout& layout, FSAMPLE& sampl
   if (layout.headData != 0) read_head_data(in, sample);
 }
 
-// ---- chains of blocks
-// ----------------------------------------------------------------------------
+// ---- chains of blocks ---------------------------------------------------------------------------
 
 void skip_bytes(InputStream& in, std::size_t count) {
   if (in.peek(count) != nullptr) {
@@ -250,8 +248,7 @@ void skip_blocks(InputStream& in) {
   }
 }
 
-// ---- the scan's view
-// -------------------------------------------------------------------------------
+// ---- the scan's view ----------------------------------------------------------------------------
 
 void glance_near_the_end(InputStream& in, StreamState& state, const SampleLayout& layout,
                          SampleGlance& glance) {

@@ -73,8 +73,7 @@ void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRat
   if (gap.count > 0) index.findings.add(gap);
 }
 
-// ---- block starts
-// ------------------------------------------------------------------------------------
+// ---- block starts -------------------------------------------------------------------------------
 
 namespace {
 
@@ -182,8 +181,7 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
   index.itemsChanged();
 }
 
-// ---- statistics
-// ----------------------------------------------------------------------------------------
+// ---- statistics ---------------------------------------------------------------------------------
 
 namespace {
 

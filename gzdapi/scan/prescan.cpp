@@ -67,7 +67,6 @@ bool is_block_start(int type) {
 class DebugTrace {
  public:
   DebugTrace(InputStream& file, const char* fileName) {
-    d.sampleRate = 4;
     d.data_dump_size = 200;
     if (fileName == nullptr) return;
     out.reset(std::fopen(fileName, "w"));
@@ -91,12 +90,8 @@ class DebugTrace {
   }
 
  private:
-  struct Closer {
-    void operator()(FILE* f) const { std::fclose(f); }
-  };
-
   DebugParaT d;
-  std::unique_ptr<FILE, Closer> out;
+  FileHandle out;
 };
 
 class Scan {

@@ -13,8 +13,7 @@ constexpr int DEBUG_DUMP_SIZE = 200;
 
 // What the trace of one scan remembers.
 struct DebugParaT {
-  int prevPos = 0;     // position of the current item's body
-  int sampleRate = 4;  // not used here
+  int prevPos = 0;  // position of the current item's body
   int totalOvItem = 0;
   int totalEvents = 0;
   int totalSamples = 0;

@@ -1,7 +1,5 @@
 #include "stream/MVIO.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -23,15 +21,6 @@ constexpr std::size_t BUFFER_SIZE = HISTORY + 2 * LARGEST_READ;
 
 [[noreturn]] void throw_end_of_file(const InputStream& stream) {
   throw GZDException("End of file Exception").because(stream.getReadError());
-}
-
-// Null when it cannot be opened or is no regular file; errno then has the reason, or 0.
-FILE* open_regular_file(const char* path) {
-  struct stat facts;
-  if (stat(path, &facts) != 0) return nullptr;
-  if (S_ISREG(facts.st_mode)) return std::fopen(path, "rb");
-  errno = S_ISDIR(facts.st_mode) ? EISDIR : 0;
-  return nullptr;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "base/GZDException.h"
 #include "base/big_endian.h"
+#include "base/file_handle.h"
 #include "gzd_data.h"
 
 namespace gzd {
@@ -132,15 +133,11 @@ class FileInputStream : public InputStream {
   bool refill(std::size_t count) override;
 
  private:
-  struct Closer {
-    void operator()(FILE* f) const { std::fclose(f); }
-  };
-
   void setUp();
   void readUpTo(INT64 offset);
   std::size_t readInto(byte* target, std::size_t count);
 
-  std::unique_ptr<FILE, Closer> file;
+  FileHandle file;
   std::unique_ptr<byte[]> buffer;
   INT64 fileOffset = 0;       // where the FILE stands
   std::size_t readAhead = 0;  // size of the next read

@@ -70,15 +70,11 @@ int find_encoding(string_view text) {
   return text.find("Netvia") != text.npos ? 1 : -1;
 }
 
-struct FileCloser {
-  void operator()(FILE* f) const { std::fclose(f); }
-};
-
 // What cannot be inflated for another reason than memory shows up later, as a record stream that
 // ends early.
 std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   using Place = SystemError::Place;
-  std::unique_ptr<FILE, FileCloser> inflated(open_temporary_file());
+  FileHandle inflated(open_temporary_file());
   if (!inflated) {
     throw GZDException("Failed to create temp file \n").because({errno, Place::TemporaryDirectory});
   }

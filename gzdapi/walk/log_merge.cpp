@@ -13,12 +13,8 @@ namespace gzd {
 
 namespace {
 
-constexpr UINT64 TOLERANCE = 2;       // ms
-constexpr UINT64 SYNC_TOLERANCE = 1;  // ms
+constexpr UINT64 TOLERANCE = 2;  // ms
 constexpr UINT64 TIME_BEHIND_ALL = std::numeric_limits<INT64>::max();
-
-constexpr int SYNC_IN_RECORDING = 1;
-constexpr int SYNC_IN_LOG = 2;
 
 bool isSync(std::string_view text) {
   return text.find(SYNC_MARK) != std::string_view::npos;
@@ -87,8 +83,6 @@ int LogMerge::mergeSimultaneous(UINT64 time) {
     ++logIdx;
     return deliver(walk.currentData);
   }
-  if (inRecording) noteSync(SYNC_IN_RECORDING, time);
-  if (inLog) noteSync(SYNC_IN_LOG, logTime);
   const bool logFirst = logTime <= time;
   if (logFirst && inLog) {
     ++logIdx;
@@ -99,15 +93,6 @@ int LogMerge::mergeSimultaneous(UINT64 time) {
     return MERGE_GOES_ON;
   }
   return logFirst ? deliverLogMessage() : deliver(walk.currentData);
-}
-
-// Notes a sync message of one stream, or settles the one noted for the other stream.
-void LogMerge::noteSync(int ownCase, UINT64 time) {
-  const bool otherPending = insertC.caseNo != 0 && insertC.caseNo != ownCase;
-  const UINT64 apart = insertC.time > time ? insertC.time - time : time - insertC.time;
-  const bool settled = otherPending && apart <= SYNC_TOLERANCE;
-  insertC = {settled ? 0 : ownCase, settled ? insertC.time : time, walk.currentData,
-             static_cast<UINT32>(logIdx)};
 }
 
 // Many messages of the log may lie within the tolerance of one element: its text is read once.

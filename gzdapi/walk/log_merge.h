@@ -12,14 +12,6 @@
 
 namespace gzd {
 
-// A sync message that was met in one stream only.
-struct InsertCase {
-  int caseNo = 0;  // 0 none pending, 1 met in the recording, 2 met in the log
-  UINT64 time = 0;
-  UINT32 gzdIdx = 0;
-  UINT32 logIdx = 0;
-};
-
 class LogMerge {
  public:
   // Gives the text of the element at an index, empty when it is no message; valid until the next
@@ -59,7 +51,6 @@ class LogMerge {
   void startAnew() {
     rewind();
     readLogId = -1;
-    insertC = InsertCase();
     examinedElement = NO_ELEMENT;
   }
 
@@ -68,17 +59,15 @@ class LogMerge {
     int logIdx;
     int readLogId;
     bool isFromLogFile;
-    InsertCase insertC;
     UINT32 examinedElement;
     bool examinedIsSync;
   };
   [[nodiscard]] Position position() const {
-    return {logIdx, readLogId, isFromLogFile, insertC, examinedElement, examinedIsSync};
+    return {logIdx, readLogId, isFromLogFile, examinedElement, examinedIsSync};
   }
   void restore(const Position& place) {
     placeLog(place.logIdx, place.readLogId);
     isFromLogFile = place.isFromLogFile;
-    insertC = place.insertC;
     examinedElement = place.examinedElement;
     examinedIsSync = place.examinedIsSync;
   }
@@ -111,7 +100,6 @@ class LogMerge {
   static constexpr int MERGE_GOES_ON = -1;
   int mergeSimultaneous(UINT64 time);
   int mergeAtLastElement();
-  void noteSync(int ownCase, UINT64 time);
   [[nodiscard]] bool elementIsSync();
   std::string_view readLogText();
 
@@ -123,7 +111,6 @@ class LogMerge {
   int logIdx = 0;      // the message of the log that comes next; negative: to be found
   int readLogId = -1;  // `logIdx` behind the message that was read for the element just announced
   bool isFromLogFile = false;
-  InsertCase insertC;
   static constexpr UINT32 NO_ELEMENT = 0xFFFFFFFFu;
   UINT32 examinedElement = NO_ELEMENT;  // the element last asked whether it is a sync message
   bool examinedIsSync = false;

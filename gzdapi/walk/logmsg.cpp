@@ -8,8 +8,6 @@
 
 #include "walk/logmsg.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -105,12 +103,6 @@ class FieldReader {
   std::string_view rest;
 };
 
-FILE* openRegularFile(const char* path) {
-  struct stat facts;
-  if (stat(path, &facts) != 0 || !S_ISREG(facts.st_mode)) return nullptr;
-  return std::fopen(path, "rt");
-}
-
 // The line without its end: a newline, with the carriage return before it.
 std::string_view withoutLineEnd(std::string_view line) {
   if (line.ends_with('\n')) {
@@ -136,7 +128,7 @@ void MessageLog::setEyeLogFileName(const char* name) {
 
 int MessageLog::openEyeLogFile() {
   errno = 0;
-  xinfile.reset(openRegularFile(eyeLogFileName.c_str()));
+  xinfile = open_regular_file(eyeLogFileName.c_str());
   if (!xinfile) {
     // One that is there is not taken for none when the system runs out of something.
     if (errno == ENOMEM || errno == EMFILE || errno == ENFILE || errno == EIO)
@@ -210,9 +202,6 @@ void MessageLog::addMessage(double time, INT64 textPos) {
 
 void MessageLog::finish() {
   loadEYELOG = !vt.empty();
-  vtIdx = vt.empty() ? -1 : 0;
-  curTrackerIdx = vt.empty() ? -1 : vt[0].startIdx;
-  nextTrackerIdx = vt.size() > 1 ? vt[1].startIdx : -1;
 }
 
 const char* MessageLog::getEyeLogMsg(int number) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/GZDException.h"
+#include "base/file_handle.h"
 #include "gzd_data.h"
 #include "record/EData.h"
 
@@ -65,10 +66,6 @@ class MessageLog {
   [[nodiscard]] std::string_view text() const { return messageText; }
 
  private:
-  struct Closer {
-    void operator()(FILE* f) const { std::fclose(f); }
-  };
-
   // The reading of the log.
   enum class Ending { Complete, Incomplete, Unreadable };
   Ending readLines();
@@ -81,14 +78,11 @@ class MessageLog {
   void fillRecord(UINT64 time);
 
   std::string eyeLogFileName;
-  std::unique_ptr<FILE, Closer> xinfile;
+  FileHandle xinfile;
   std::vector<TrackerT> vt;
   std::vector<LogMsg> vl;
   bool loadEYELOG = false;
   int numOfLogMsg = 0;
-  int vtIdx = -1;
-  int curTrackerIdx = -1;
-  int nextTrackerIdx = -1;
 
   SystemError readError;
   int recordHolds = -1;  // the message in the record

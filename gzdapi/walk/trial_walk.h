@@ -38,8 +38,6 @@ class TrialWalk {
   // The end of the walk. Returns false when the walk is to stay at its end.
   bool finish();
 
-  [[nodiscard]] bool inTrial() const { return trialStartFound; }
-
  private:
   [[nodiscard]] bool trialIsOpen() const { return !trialEndFound && !trials.empty(); }
   [[nodiscard]] bool lastLacksBlock() const {

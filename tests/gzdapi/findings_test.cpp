@@ -136,8 +136,7 @@ TEST(Findings, AreBounded) {
   EXPECT_EQ(findings.at(MOST).place, 7);
 }
 
-// ---- the walk
-// ------------------------------------------------------------------------------------
+// ---- the walk -----------------------------------------------------------------------------------
 
 // A recording with its message log beside it, a gap, and a blink that gets a start.
 class WholeWalk : public testing::Test {

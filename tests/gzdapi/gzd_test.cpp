@@ -38,8 +38,7 @@ std::string refusal_of(const std::string& path, int consistency = 0) {
   return log.take();
 }
 
-// ---- opening and closing
-// -------------------------------------------------------------------------
+// ---- opening and closing ------------------------------------------------------------------------
 
 TEST(Open, WhatIsNotARegularFile) {
   const ScratchDirectory scratch;
@@ -150,8 +149,7 @@ TEST(Open, TheVersionIsAConstant) {
   EXPECT_STREQ(gzd_get_version(), GZD_PROJECT_VERSION " Linux   standalone Jul 15 2026");
 }
 
-// ---- walking
-// -------------------------------------------------------------------------------------
+// ---- walking ------------------------------------------------------------------------------------
 
 TEST(Walk, RecordsOfNoFileAreJudgedByTheirType) {
   ALLF_DATA record{};
@@ -175,8 +173,7 @@ TEST(Walk, TwoFilesAtOnce) {
   EXPECT_EQ(a.nextOf(GZD_SAMPLE)->fs.time, 1000u);
 }
 
-// ---- facts
-// ---------------------------------------------------------------------------------------
+// ---- facts --------------------------------------------------------------------------------------
 
 TEST(Facts, PreambleText) {
   GzdWriter bare;
@@ -198,8 +195,7 @@ TEST(Facts, PreambleText) {
   EXPECT_EQ(text[0], '#');
 }
 
-// ---- trials, bookmarks, camera: that the calls arrive
-// --------------------------------------------
+// ---- trials, bookmarks, camera: that the calls arrive -------------------------------------------
 
 // Log and rate are those of the place jumped to, forwards and backwards, to trials and bookmarks.
 TEST(Jumps, TakeLogAndRateWithThem) {

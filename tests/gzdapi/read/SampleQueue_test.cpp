@@ -89,8 +89,7 @@ void fill(SampleQueue& queue, std::initializer_list<UINT64> stamps) {
   for (const UINT64 stamp : stamps) queue.addSample(sample_at(stamp), entry++);
 }
 
-// ---- contents and look-up
-// ------------------------------------------------------------------------
+// ---- contents and look-up -----------------------------------------------------------------------
 
 TEST(SampleQueue, TakesRisingStampsOnly) {
   Track track;
@@ -175,8 +174,7 @@ TEST(SampleQueue, LookUpIsArithmetic) {
   EXPECT_EQ(queue.getOldSample(100), -1);
 }
 
-// ---- reading ahead
-// -------------------------------------------------------------------------------
+// ---- reading ahead ------------------------------------------------------------------------------
 
 // The entry whose sample the queue gives for another; the largest number for none.
 UINT32 entry_for(SampleQueue& queue, UINT32 wanted) {
@@ -265,8 +263,7 @@ TEST(SampleQueue, AnUnreadableSampleIsAnErrorToWhoeverReadsOn) {
   EXPECT_THROW(queue.getSample(1), GZDException);
 }
 
-// ---- resolutions and kinds
-// -----------------------------------------------------------------------
+// ---- resolutions and kinds ----------------------------------------------------------------------
 
 class Velocities : public testing::Test {
  protected:

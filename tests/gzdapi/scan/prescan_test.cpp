@@ -63,8 +63,7 @@ class Scanned {
 constexpr ScanOptions FIX{.fixConsistency = true};
 constexpr ScanOptions FAILSAFE{.failsafe = true};
 
-// ---- damage
-// --------------------------------------------------------------------------------------
+// ---- damage -------------------------------------------------------------------------------------
 
 // What an unreadable record holds says nothing of the file's times.
 TEST(Scan, FailsafeTakesNoTimesFromWhatCannotBeRead) {

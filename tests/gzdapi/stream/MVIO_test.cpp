@@ -81,8 +81,7 @@ TEST(InputStream, ALineWithANulCountsUpToItAndIsTakenWhole) {
   EXPECT_EQ(in.getByte(), 'e');
 }
 
-// ---- files
-// ---------------------------------------------------------------------------------------
+// ---- files --------------------------------------------------------------------------------------
 
 Bytes numbered(std::size_t count) {
   Bytes bytes(count);
@@ -139,7 +138,6 @@ TEST(FileInputStream, PlacesOutsideTheFileComeUpShort) {
   EXPECT_EQ(in.getByte(), 3);
 }
 
-// ---- texts and messages
-// --------------------------------------------------------------------------
+// ---- texts and messages -------------------------------------------------------------------------
 
 }  // namespace
