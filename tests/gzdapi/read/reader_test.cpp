@@ -36,7 +36,7 @@ void add_block(GzdWriter& w, UINT32 start, int count, double rate, unsigned flag
     s.py = {i * 3 % 300, i * 11 % 300};
     s.hx = s.px;
     s.hy = s.py;
-    s.gx = {3000 + i * i % 500, 2000 + i};
+    s.gx = {3000 + i % 500 * (i % 500) % 500, 2000 + i};
     s.gy = {1000 - i, 500 + i * 13 % 90};
     s.rx = 300;
     s.ry = 310;
