@@ -142,9 +142,10 @@ class Walk {
   }
 
   void print_bookmarks() {
-    const int ends[] = {gzd_goto_next_bookmark(file_),        gzd_goto_previous_bookmark(file_),
-                        gzd_free_bookmark(file_, &marks_[0]), gzd_goto_bookmark(file_, &marks_[0]),
-                        gzd_goto_next_bookmark(file_),        gzd_free_bookmark(file_, nullptr)};
+    const int ends[] = {
+        gzd_goto_next_bookmark(file_),           gzd_goto_previous_bookmark(file_),
+        gzd_free_bookmark(file_, marks_.data()), gzd_goto_bookmark(file_, marks_.data()),
+        gzd_goto_next_bookmark(file_),           gzd_free_bookmark(file_, nullptr)};
     std::printf("bookmarks");
     for (const int end : ends) std::printf(" %d", end);
     std::printf(", now at %u\n", gzd_get_element_index(file_));
