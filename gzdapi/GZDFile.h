@@ -32,6 +32,9 @@ class GZDFile : public _GZDFILE {
   int getNextDataMergeWithLog() {
     return reader.hasFailed() ? GZD_END_OF_DATA : merge.getNextDataMergeWithLog();
   }
+  // The same for nearly every element, quickly: whether the next one is a sample, which is then
+  // announced. False, with nothing done, for anything else.
+  bool stepToSample() noexcept { return !reader.hasFailed() && merge.stepToSample(); }
   // The record of the element just announced, its times not shifted; null when there is none.
   ALLF_DATA* getFloatData() {
     return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);

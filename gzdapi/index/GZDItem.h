@@ -75,10 +75,6 @@ class GZDItem {
 
   // The two bits above type and side.
   [[nodiscard]] unsigned getMarks() const { return mDetailType >> MARK_SHIFT & 3u; }
-  void setMarks(unsigned marks) {
-    mDetailType =
-        static_cast<UINT16>((mDetailType & ~(3u << MARK_SHIFT)) | (marks & 3u) << MARK_SHIFT);
-  }
 
   [[nodiscard]] bool isSample() const { return getItemType() == GZD_SAMPLE; }
   [[nodiscard]] bool isRecording() const { return getItemType() == GZD_RECORDING; }

@@ -1,7 +1,6 @@
 #include "index/item_list.h"
 
 #include <algorithm>
-#include <bit>
 
 namespace gzd {
 
@@ -34,35 +33,15 @@ ItemList::Packed ItemList::pack(const GZDItem& item) {
     return entry;
   }
   if (isSmallEvent(item) && events.size() < EVENTS) {
-    events.emplace_back(item.getFilePos(), item.getLastTag());
+    events.add(item.getFilePos(), item.getLastTag());
     return packSmallEvent(item, events.size() - 1);
   }
   others.push_back(item);
   return {UINT64{others.size() - 1} << OTHER_SHIFT | WHOLE | OTHER};
 }
 
-GZDItem ItemList::Event::item(UINT64 stamp) const {
-  const INT64 position = INT64{positionHigh} << 16 | positionLow;
-  const int type = tag >> 8 & 0x3F;
-  const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
-  const bool isRight = (tag >> 8 & 0xC0) == 0x40;
-  const UINT16 side = !isEyeEvent ? SIDE_NONE : isRight ? SIDE_RIGHT : SIDE_LEFT;
-  return {position, type, side, tag, stamp};
-}
-
-GZDItem ItemList::unpackEvent(Packed entry) const {
-  GZDItem item = events[eventNumber(entry)].item(eventStampOf(entry));
-  item.setMarks(static_cast<unsigned>(entry.word >> MARK_SHIFT));
-  return item;
-}
-
-// Whether what an event's word and its place and tag can hold is all of it.
 bool ItemList::isSmallEvent(const GZDItem& item) const {
-  if (item.isSample() || item.isRecording() || item.isDummy()) return false;
-  const UINT64 stamp = item.getTimeStamp();
-  GZDItem held = Event(item.getFilePos(), item.getLastTag()).item(stamp);
-  held.setMarks(item.getMarks());
-  return stamp - eventBase < STAMPS && held.getDetailedType() == item.getDetailedType();
+  return SmallEvents::canHold(item) && item.getTimeStamp() - eventBase < STAMPS;
 }
 
 ItemList::Packed ItemList::packSmallEvent(const GZDItem& item, std::size_t number) const {
@@ -94,16 +73,12 @@ void ItemList::putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const
   marks[number] = (marks[number] & ~mask) | landmarks;
 }
 
-std::size_t ItemList::nextLandmark(std::size_t place, std::size_t end) const {
-  std::size_t number = place / BITS;
-  if (place >= end || number >= marks.size()) return end;
-  UINT64 word = marks[number] & ~UINT64{0} << place % BITS;
+std::size_t ItemList::landmarkBehindWord(std::size_t number, std::size_t end) const {
   const std::size_t behind = std::min((end + BITS - 1) / BITS, marks.size());
-  while (word == 0) {
-    if (++number >= behind) return end;
-    word = marks[number];
+  while (++number < behind) {
+    if (marks[number] != 0) return std::min(number * BITS + firstBit(marks[number]), end);
   }
-  return std::min(number * BITS + static_cast<std::size_t>(std::countr_zero(word)), end);
+  return end;
 }
 
 bool ItemList::areLandmarks(std::size_t first, std::size_t last) const {

@@ -12,12 +12,15 @@
 #ifndef GZDAPI_ITEM_LIST_H
 #define GZDAPI_ITEM_LIST_H
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <deque>
 #include <iterator>
 #include <vector>
 
 #include "index/GZDItem.h"
+#include "index/small_events.h"
 
 namespace gzd {
 
@@ -88,8 +91,7 @@ class ItemList {
   [[nodiscard]] std::size_t size() const { return entries.size(); }
   // Of memory that the entries take.
   [[nodiscard]] UINT64 bytes() const {
-    return sizeof(Packed) * entries.size() + sizeof(Event) * events.size() +
-           sizeof(GZDItem) * others.size();
+    return sizeof(Packed) * entries.size() + events.bytes() + sizeof(GZDItem) * others.size();
   }
   [[nodiscard]] bool empty() const { return entries.empty(); }
   [[nodiscard]] std::size_t capacity() const { return entries.capacity(); }
@@ -108,6 +110,9 @@ class ItemList {
     const Packed entry = entries[place];
     return isPlain(entry) || (!isEvent(entry) && otherOf(entry).isSample());
   }
+
+  // Whether the entry is a sample that fits into a word: nearly every one.
+  [[nodiscard]] bool isPlainAt(std::size_t place) const { return isPlain(entries[place]); }
 
   void push_back(const GZDItem& item);
   // A recorded sample outside blinks.
@@ -137,7 +142,12 @@ class ItemList {
   [[nodiscard]] GZDItem operator[](Landmark mark) const { return (*this)[mark.place]; }
   // The first landmark from a place on, `end` when there is none before that place. Only while
   // landmarks() would have nothing to find.
-  [[nodiscard]] std::size_t nextLandmark(std::size_t place, std::size_t end) const;
+  [[nodiscard]] std::size_t nextLandmark(std::size_t place, std::size_t end) const {
+    const std::size_t number = place / BITS;
+    if (place >= end || number >= marks.size()) return end;
+    const UINT64 word = marks[number] >> place % BITS;
+    return word != 0 ? std::min(place + firstBit(word), end) : landmarkBehindWord(number, end);
+  }
   // Whether the stamps of the samples rise from each to the next. False also when one of them did
   // not fit into a word.
   [[nodiscard]] bool samplesRise() const {
@@ -155,8 +165,7 @@ class ItemList {
 
   // ---- entries as they are kept ----
   [[nodiscard]] GZDItem unpack(Packed entry) const {
-    if (isEvent(entry)) return unpackEvent(entry);
-    if (!isPlain(entry)) return otherOf(entry);
+    if (!isPlain(entry)) return isEvent(entry) ? unpackEvent(entry) : otherOf(entry);
     GZDItem item(positionOf(entry), GZD_SAMPLE, SIDE_NONE, 0, stampOf(entry));
     if ((entry.word & IN_LEFT_BLINK) != 0) item.markSampleInsideBlink(GZD_LEFT_EYE);
     if ((entry.word & IN_RIGHT_BLINK) != 0) item.markSampleInsideBlink(GZD_RIGHT_EYE);
@@ -189,22 +198,6 @@ class ItemList {
   static constexpr int OTHER_SHIFT = 2;
   static constexpr std::size_t BITS = 64;  // of a word of landmarks
 
-  // What of an event does not fit into its word.
-  class Event {
-   public:
-    Event(INT64 position, UINT16 tagWord)
-        : positionHigh(static_cast<UINT16>(position >> 16)),
-          positionLow(static_cast<UINT16>(position)),
-          tag(tagWord) {}
-    [[nodiscard]] GZDItem item(UINT64 stamp) const;
-
-   private:
-    UINT16 positionHigh;
-    UINT16 positionLow;
-    UINT16 tag;
-  };
-  static_assert(sizeof(Event) == 6);
-
   static bool isPlain(Packed entry) { return (entry.word & OTHER) == 0; }
   static bool isEvent(Packed entry) { return (entry.word & (OTHER | WHOLE)) == OTHER; }
   static std::size_t eventNumber(Packed entry) {
@@ -213,7 +206,11 @@ class ItemList {
   [[nodiscard]] UINT64 eventStampOf(Packed entry) const {
     return eventBase + (entry.word >> STAMP_SHIFT);
   }
-  [[nodiscard]] GZDItem unpackEvent(Packed entry) const;
+  [[nodiscard]] GZDItem unpackEvent(Packed entry) const {
+    const auto itsMarks = static_cast<unsigned>(entry.word >> MARK_SHIFT & 3);
+    return events.item(eventNumber(entry), eventStampOf(entry), itsMarks);
+  }
+  // Whether an entry fits into a word and what SmallEvents holds.
   [[nodiscard]] bool isSmallEvent(const GZDItem& item) const;
   [[nodiscard]] Packed packSmallEvent(const GZDItem& item, std::size_t number) const;
   static INT64 positionOf(Packed entry) {
@@ -238,14 +235,19 @@ class ItemList {
   // Marks the landmarks from place `first` up to `last`, as they are. Returns whether the samples
   // among them rise; from `riseFrom` on others would.
   bool markLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom) const;
+  static std::size_t firstBit(UINT64 word) {
+    return static_cast<std::size_t>(std::countr_zero(word));
+  }
+  // The same behind a word of landmarks.
+  [[nodiscard]] std::size_t landmarkBehindWord(std::size_t number, std::size_t end) const;
   void putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const;
   [[nodiscard]] bool areLandmarks(std::size_t first, std::size_t last) const;
   void rotateMarks(std::size_t to, std::size_t from);
   void findLandmarks() const;
 
   std::vector<Packed> entries;
-  std::deque<Event> events;  // grow without being copied
-  std::deque<GZDItem> others;
+  SmallEvents events;
+  std::deque<GZDItem> others;  // grows without being copied
   UINT64 base = NO_BASE;
   UINT64 eventBase = NO_BASE;
 

@@ -42,7 +42,7 @@ class Reader : public SampleSource {
   // any other entry.
   ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
     const ItemList& items = index.gzdItemList;
-    if (!run.holds(itemIndex) || !items.isSampleAt(itemIndex)) return nullptr;
+    if (!run.holds(itemIndex) || !items.isPlainAt(itemIndex)) return nullptr;
     const INT64 place = items[itemIndex].getFilePos();
     const UINT64 stamp = items.stampAt(itemIndex);
     const byte* const body = run.recordAt(place);

@@ -31,6 +31,15 @@ class LogMerge {
     return getNextDataWLogInternal();
   }
 
+  // Steps to the next element when it is a sample and no log is merged; else does nothing. Returns
+  // whether it has.
+  bool stepToSample() noexcept {
+    const UINT32 next = walk.currentData;
+    if (log.isLoaded() || next >= index.size() || !index.gzdItemList.isPlainAt(next)) return false;
+    walk.currentData = next + 1;
+    return true;
+  }
+
   // True when the element just announced is a message of the log.
   [[nodiscard]] bool isFromLog() const { return isFromLogFile; }
   // Its record; only while isFromLog(). It stays until the next step.
@@ -76,8 +85,8 @@ class LogMerge {
   // Announces the element at index i.
   int deliver(UINT32 i) {
     if (i >= index.size()) return GZD_END_OF_DATA;
-    const GZDItem item = index.gzdItemList[i];
     walk.currentData = i + 1;
+    const GZDItem item = index.gzdItemList[i];
     if (!item.isRecording()) return item.getItemType();
     walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
     return GZD_RECORDING;

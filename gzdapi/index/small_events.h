@@ -1,0 +1,71 @@
+// Places in the file and tags of events, six bytes each: what of an event its word in the index
+// does not hold. Type and side are told by the tag.
+#ifndef GZDAPI_SMALL_EVENTS_H
+#define GZDAPI_SMALL_EVENTS_H
+
+#include <array>
+#include <vector>
+
+#include "index/GZDItem.h"
+
+namespace gzd {
+
+class SmallEvents {
+ public:
+  [[nodiscard]] std::size_t size() const { return count; }
+  [[nodiscard]] UINT64 bytes() const { return sizeof(Event) * count; }
+
+  void add(INT64 position, UINT16 tag) {
+    if (count % CHUNK == 0) chunks.emplace_back().reserve(CHUNK);
+    chunks.back().push_back(made(position, tag));
+    ++count;
+  }
+  [[nodiscard]] GZDItem item(std::size_t number, UINT64 stamp, unsigned marks) const {
+    return itemOf(chunks[number / CHUNK][number % CHUNK], stamp, marks);
+  }
+  // Whether all of an entry but its stamp and its marks can be told by place and tag.
+  [[nodiscard]] static bool canHold(const GZDItem& item) {
+    if (item.isSample() || item.isRecording() || item.isDummy()) return false;
+    const GZDItem held = itemOf(made(item.getFilePos(), item.getLastTag()), 0, item.getMarks());
+    return held.getDetailedType() == item.getDetailedType();
+  }
+
+ private:
+  static constexpr std::size_t CHUNK = 16384;
+
+  struct Event {
+    UINT16 positionHigh;
+    UINT16 positionLow;
+    UINT16 tag;
+  };
+  static_assert(sizeof(Event) == 6);
+
+  static Event made(INT64 position, UINT16 tag) {
+    return {static_cast<UINT16>(position >> 16), static_cast<UINT16>(position), tag};
+  }
+  static GZDItem itemOf(Event event, UINT64 stamp, unsigned marks) {
+    const INT64 position = INT64{event.positionHigh} << 16 | event.positionLow;
+    const unsigned type = DETAILED_TYPES[event.tag >> 8] | marks << GZDItem::MARK_SHIFT;
+    return {position, static_cast<int>(type), SIDE_NONE, event.tag, stamp};
+  }
+
+  // By the upper byte of a tag.
+  static constexpr std::array<UINT16, 256> DETAILED_TYPES = [] {
+    std::array<UINT16, 256> types{};
+    for (unsigned high = 0; high < types.size(); ++high) {
+      const unsigned type = high & 0x3F;
+      const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
+      const bool isRight = (high & 0xC0) == 0x40;
+      const unsigned side = !isEyeEvent ? SIDE_NONE : isRight ? SIDE_RIGHT : SIDE_LEFT;
+      types[high] = static_cast<UINT16>(type | side << 8);
+    }
+    return types;
+  }();
+
+  std::vector<std::vector<Event>> chunks;  // grow without being copied
+  std::size_t count = 0;
+};
+
+}  // namespace gzd
+
+#endif
