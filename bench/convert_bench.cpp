@@ -4,10 +4,12 @@
 //   2. proves the text: limit's lines are the converter's, compressed input gives the same text;
 //   3. races, always in turns: every kind of conversion to every kind of output against limit,
 //      compressed input against its parts, opening alone, sizes against each other;
-//   4. prints medians, ratios, peak memory, and the table of targets.
+//   4. prints medians, ratios, peak memory, and the table of targets;
+//   5. races what other devices record, and other options, against the default conversion.
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -17,6 +19,7 @@
 #include "bench_recordings.h"
 #include "checks.h"
 #include "child.h"
+#include "devices.h"
 #include "race.h"
 #include "targets.h"
 
@@ -29,6 +32,7 @@ struct Settings {
   int minutes = 60;
   int rounds = 5;
   bool keep = false;
+  bool only_devices = false;
   std::string scratch = fs::temp_directory_path();
   std::string gzdconv = BENCH_GZDCONV;
 };
@@ -37,6 +41,7 @@ constexpr const char* usage_text =
     "Usage: convert [options]\n"
     "  --minutes N     size of the main recording (60); others follow from it\n"
     "  --rounds N      measurements of each (5)\n"
+    "  --devices       other devices and options only\n"
     "  --quick         2 minutes, 1 round: to see that it works\n"
     "  --scratch DIR   where recordings and files on disk go (the temporary directory)\n"
     "  --gzdconv PATH  converter to measure (the one built along)\n"
@@ -104,6 +109,7 @@ class Bench {
   void run();
 
  private:
+  void run_usual();
   [[nodiscard]] const Sink& null() const { return sinks_[0]; }
   [[nodiscard]] const Sink& on_disk() const { return sinks_[2]; }
 
@@ -318,6 +324,12 @@ void print_circumstances(const Settings& settings) {
 
 void Bench::run() {
   print_circumstances(settings_);
+  if (!settings_.only_devices) run_usual();
+  race_devices(disk_.path(), settings_.gzdconv, std::max(1, settings_.minutes / 4),
+               settings_.rounds);
+}
+
+void Bench::run_usual() {
   recordings_ = make_recordings(disk_.path(), settings_.minutes);
   check();
   print_head();
@@ -347,6 +359,8 @@ bool parse(const Words& arguments, Settings& settings) {
       settings.rounds = positive(value());
     else if (word == "--quick")
       settings.minutes = 2, settings.rounds = 1;
+    else if (word == "--devices")
+      settings.only_devices = true;
     else if (word == "--scratch")
       settings.scratch = value();
     else if (word == "--gzdconv")

@@ -11,12 +11,19 @@ const char* verdict(bool meets_must, bool meets_aim) {
   return meets_must ? "must reached" : "MISSED";
 }
 
-// A row where less is better. `unit` follows each figure.
+}  // namespace
+
+void print_targets_head() {
+  std::printf("\n| %-58s | must | aim | measured | |\n|---|---|---|---|---|\n", "work");
+}
+
 void print_most(const char* work, double must, double aim, double value, int decimals,
                 const char* unit) {
   std::printf("| %-58s | %*.*f %s | %*.*f %s | %*.*f %s | %s |\n", work, 6, decimals, must, unit, 6,
               decimals, aim, unit, 7, decimals, value, unit, verdict(value <= must, value <= aim));
 }
+
+namespace {
 
 void print_least(const char* work, double must, double aim, double value, const char* unit) {
   std::printf("| %-58s | %6.0f %s | %6.0f %s | %7.0f %s | %s |\n", work, must, unit, aim, unit,
@@ -26,7 +33,7 @@ void print_least(const char* work, double must, double aim, double value, const 
 }  // namespace
 
 void print_targets(const Measured& m) {
-  std::printf("\n| %-58s | must | aim | measured | |\n|---|---|---|---|---|\n", "work");
+  print_targets_head();
   print_most("default conversion to /dev/null, against limit", 8, 5, m.null_against_limit, 2, "x");
   print_most("the same to a file on disk", 2.5, 1.6, m.file_against_limit, 2, "x");
   print_least("text per second and core, to /dev/null", 700, 1100, m.text_rate, "MB/s");

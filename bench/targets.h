@@ -14,6 +14,11 @@ struct Measured {
   double open_against_default = 0;
 };
 
+// A table of targets: its head, and a row where less is better. `unit` follows each figure.
+void print_targets_head();
+void print_most(const char* work, double must, double aim, double value, int decimals,
+                const char* unit);
+
 void print_targets(const Measured& measured);
 
 #endif
