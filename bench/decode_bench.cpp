@@ -19,7 +19,7 @@ constexpr unsigned left_eye = binocular & ~unsigned{SMP_RIGHT};
 std::vector<byte> samples_of(unsigned flags) {
   std::vector<byte> bytes;
   for (int i = 0; i < samples_in_stream; ++i) {
-    gzdsynth::putSample(bytes, {.flags = flags,
+    gzdsynth::put_sample(bytes, {.flags = flags,
                                 .step = 1,
                                 .gx = {4978 + i % 50, 5068 - i % 40},
                                 .gy = {3112 + i % 30, 3110 + i % 20},

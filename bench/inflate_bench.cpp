@@ -25,7 +25,7 @@ gzdsynth::Bytes body() {
   for (int i = 0; i < sample_count; ++i) {
     noise = noise * 1103515245u + 12345u;
     const int n = static_cast<int>(noise >> 16 & 15u);
-    gzdsynth::putSample(bytes, {.flags = SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE,
+    gzdsynth::put_sample(bytes, {.flags = SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE,
                                 .step = 1,
                                 .gx = {5000 + n},
                                 .gy = {3000 + (n ^ 5)},
@@ -44,13 +44,13 @@ void inflate_body(benchmark::State& state) {
   for ([[maybe_unused]] auto step : state) {
     std::rewind(in.get());
     std::rewind(out.get());
-    if (do_uncompress(in.get(), out.get()) != UNCOMPRESS_OK)
+    if (do_uncompress(in.get(), out.get()) != uncompress_ok)
       return state.SkipWithError("inflation failed");
   }
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(plain.size()));
 }
 
-BENCHMARK(inflate_body)->Unit(benchmark::kMillisecond);
+BENCHMARK(inflate_body)->Unit(benchmark::millisecond);
 
 }  // namespace
 

@@ -41,7 +41,7 @@ class Filling {
  public:
   Filling(GzdWriter& writer, std::uint64_t size) : w(writer), size_(size) {}
 
-  [[nodiscard]] bool wants_more() const { return w.bodySize() < size_; }
+  [[nodiscard]] bool wants_more() const { return w.body_size() < size_; }
   void sample(std::uint32_t time) {
     w.sample({.time = time, .gx = {5120}, .gy = {3840}, .pa = {900}});
   }
@@ -60,51 +60,51 @@ class Filling {
 
 void sound_samples(Filling& f) {
   std::uint32_t time = first_time;
-  f.w.startBlock({.time = time});
+  f.w.start_block({.time = time});
   for (; f.wants_more(); ++time) f.sample(time);
-  f.w.endBlock(time);
+  f.w.end_block(time);
 }
 
 void stray_samples(Filling& f) {
   std::uint32_t time = first_time;
   for (; f.wants_more(); ++time) f.sample(time);
-  f.w.startBlock({.time = time}).endBlock(time + 1);
+  f.w.start_block({.time = time}).end_block(time + 1);
 }
 
 void sound_blinks(Filling& f) {
   std::uint32_t time = first_time;
-  f.w.startBlock({.time = time});
+  f.w.start_block({.time = time});
   for (; f.wants_more(); time += 2) {
     f.blink(GZD_START_BLINK, time);
     f.blink(GZD_END_BLINK, time + 1);
   }
-  f.w.endBlock(time);
+  f.w.end_block(time);
 }
 
 void blink_starts(Filling& f) {
   std::uint32_t time = first_time;
-  f.w.startBlock({.time = time});
+  f.w.start_block({.time = time});
   for (; f.wants_more(); ++time) f.blink(GZD_START_BLINK, time);
-  f.w.endBlock(time);
+  f.w.end_block(time);
 }
 
 void blink_ends(Filling& f) {
   std::uint32_t time = first_time;
-  f.w.startBlock({.time = time});
+  f.w.start_block({.time = time});
   for (; f.wants_more(); ++time) f.blink(GZD_END_BLINK, time);
-  f.w.endBlock(time);
+  f.w.end_block(time);
 }
 
 // Each block has the end of a blink and of a fixation before their starts.
 void swapped_events(Filling& f) {
   std::uint32_t time = first_time;
   for (; f.wants_more(); time += 20) {
-    f.w.startBlock({.time = time});
+    f.w.start_block({.time = time});
     f.blink(GZD_END_BLINK, time + 2);
     f.w.event(EventRecord(GZD_END_FIXATION).start(time + 1).end(time + 3));
     f.blink(GZD_START_BLINK, time + 4);
     f.w.event(EventRecord(GZD_START_FIXATION).start(time + 5));
-    f.w.endBlock(time + 10);
+    f.w.end_block(time + 10);
   }
 }
 
@@ -112,37 +112,37 @@ void swapped_events(Filling& f) {
 void many_blocks(Filling& f) {
   std::uint32_t time = first_time;
   for (; f.wants_more(); time += 4) {
-    f.w.startBlock({.time = time});
+    f.w.start_block({.time = time});
     f.w.message(time, "RECCFG CR 1000");
     f.w.message(time + 1, "second");
     f.sample(time + 1);
-    f.w.endBlock(time + 2);
+    f.w.end_block(time + 2);
   }
 }
 
 void long_messages(Filling& f) {
   const std::string text(3000, 'x');
   std::uint32_t time = first_time;
-  f.w.startBlock({.time = time});
-  for (int id = 1; f.wants_more(); ++id, ++time) f.w.longMessage(time, id, text);
-  f.w.endBlock(time);
+  f.w.start_block({.time = time});
+  for (int id = 1; f.wants_more(); ++id, ++time) f.w.long_message(time, id, text);
+  f.w.end_block(time);
 }
 
 // Pieces that all belong to one message.
 void endless_message(Filling& f) {
-  f.w.startBlock({.time = first_time});
-  f.w.longMessage(first_time, 1, "begin " + std::string(900, 'x'));
+  f.w.start_block({.time = first_time});
+  f.w.long_message(first_time, 1, "begin " + std::string(900, 'x'));
   while (f.wants_more()) f.w.message(first_time, "!V LONGMS_CONT 1_" + std::string(450, 'y'));
-  f.w.endBlock(first_time + 1);
+  f.w.end_block(first_time + 1);
 }
 
 void huge_gaps(Filling& f) {
   constexpr std::uint32_t samples_between = 400, gap = 4000;
   std::uint32_t time = first_time;
-  f.w.startBlock({.time = time});
+  f.w.start_block({.time = time});
   for (std::uint32_t i = 1; f.wants_more(); ++i, time += i % samples_between == 0 ? gap : 1)
     f.sample(time);
-  f.w.endBlock(time);
+  f.w.end_block(time);
 }
 
 // Blocks whose first samples are missing.
@@ -150,35 +150,35 @@ void late_starts(Filling& f) {
   constexpr std::uint32_t samples_in_block = 100, delay = 300;
   std::uint32_t time = first_time;
   while (f.wants_more()) {
-    f.w.startBlock({.time = time});
+    f.w.start_block({.time = time});
     for (std::uint32_t i = 0; i < samples_in_block; ++i) f.sample(time + delay + i);
     time += delay + samples_in_block;
-    f.w.endBlock(time);
+    f.w.end_block(time);
     time += 100;
   }
 }
 
 void same_time(Filling& f) {
-  f.w.startBlock({.time = first_time});
+  f.w.start_block({.time = first_time});
   while (f.wants_more()) f.w.button(first_time + 1, 0x0101);
-  f.w.endBlock(first_time + 2);
+  f.w.end_block(first_time + 2);
 }
 
 // A start and an end of blink of different eyes come before each other.
 void endless_circle(Filling& f) {
-  f.w.startBlock({.time = first_time});
+  f.w.start_block({.time = first_time});
   while (f.wants_more()) {
     f.w.event(EventRecord(GZD_START_BLINK, GZD_LEFT_EYE).start(first_time));
     f.w.event(EventRecord(GZD_END_BLINK, GZD_RIGHT_EYE).start(first_time).end(first_time));
   }
-  f.w.endBlock(first_time + 2);
+  f.w.end_block(first_time + 2);
 }
 
 // Every window has to be sorted.
 void time_running_back(Filling& f) {
-  f.w.startBlock({.time = first_time});
+  f.w.start_block({.time = first_time});
   for (std::uint32_t time = 2'000'000'000; f.wants_more(); --time) f.sample(time);
-  f.w.endBlock(2'000'000'001);
+  f.w.end_block(2'000'000'001);
 }
 
 struct Trouble {
@@ -204,7 +204,7 @@ constexpr Trouble troubles[] = {
 
 void write_recording(const std::string& path, void (*fill)(Filling&), std::uint64_t size) {
   GzdWriter writer(3);
-  writer.streamTo(path);
+  writer.stream_to(path);
   Filling filling(writer, size);
   fill(filling);
   writer.finish();

@@ -10,7 +10,7 @@ using namespace gzd;
 
 namespace {
 
-constexpr int samples_in_run = SampleQueue::CAPACITY;
+constexpr int samples_in_run = SampleQueue::series_capacity;
 constexpr int old_tracker = 2;
 constexpr int new_tracker = 3;
 constexpr int half_milliseconds = 2000;

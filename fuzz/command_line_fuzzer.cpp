@@ -17,14 +17,14 @@ using namespace gzdconv;
 
 namespace {
 
-constexpr std::uint64_t LARGEST_FILLING = 20000;
-constexpr std::size_t MOST_WORDS = 12;
-constexpr std::size_t LONGEST_WORD = 60;
+constexpr std::uint64_t largest_filling = 20000;
+constexpr std::size_t most_words = 12;
+constexpr std::size_t longest_word = 60;
 
 // From here on a byte stands for a word of its own, of as many letters as its low four bits say.
-constexpr std::size_t OWN_WORD = 160;
+constexpr std::size_t own_word = 160;
 
-constexpr const char* WORDS =
+constexpr const char* option_words =
     "-a -b -cl -c -defres -eh -e -ftime -failsafe -fout -fp -f -geom -gazemap -g3dscr -g3deye -hr "
     "-h -input -i -logmsg -l -miss -ned -neye -ne -nflags -nht -nl -nmsg -npa_check -nr -nst -ns "
     "-ntime_check -nt -nv -o -pe -q -reparse -res -r -sfhmf -scenecam -setres -sepres -sg -sh -sp "
@@ -33,7 +33,7 @@ constexpr const char* WORDS =
     "700,760,-200,150,200,-150,0,0,1023,767 !V MSG no.gzd -";
 
 std::vector<std::string> known_words() {
-  std::istringstream words(WORDS);
+  std::istringstream words(option_words);
   return {std::istream_iterator<std::string>(words), {}};
 }
 
@@ -70,7 +70,7 @@ std::ptrdiff_t count_descriptors() {
 
 // Words cannot leave the scratch directory, and are too short to outgrow a log message.
 std::string harmless(std::string_view word) {
-  std::string text(word.substr(0, LONGEST_WORD));
+  std::string text(word.substr(0, longest_word));
   for (char& c : text)
     if (c == '/' || c == '\\' || c == '\0') c = '_';
   return text;
@@ -79,9 +79,9 @@ std::string harmless(std::string_view word) {
 std::vector<std::string> words_from(fuzz::Tail& tail) {
   static const std::vector<std::string> known = known_words();
   std::vector<std::string> words = {"gzdconv"};
-  for (std::size_t count = tail.byte() % MOST_WORDS; count > 0; --count) {
+  for (std::size_t count = tail.byte() % most_words; count > 0; --count) {
     const std::size_t choice = tail.byte();
-    const bool listed = choice < OWN_WORD;
+    const bool listed = choice < own_word;
     words.push_back(listed ? known[choice % known.size()]
                            : harmless(fuzz::text_of(tail.block(choice % 16))));
   }
@@ -150,7 +150,7 @@ FUZZ_TARGET(command_line) {
   const fuzz::Input table = tail.block(tail.byte());
   scratch.empty();
   write_file("rec.gzd", fuzz::recording_from(tail));
-  if (noAnswers == nullptr || fuzz::is_too_large("rec.gzd", LARGEST_FILLING)) return;
+  if (noAnswers == nullptr || fuzz::is_too_large("rec.gzd", largest_filling)) return;
   write_file("tq_messages.log", log);
   write_file("rec0.ett", table);
   check_run(words);

@@ -11,8 +11,8 @@ using namespace gzdconv;
 
 namespace {
 
-constexpr std::size_t HEAD_BYTES = 8, RECORD_BYTES = 12;
-constexpr std::int64_t TOLERANCE = 30;  // ms
+constexpr std::size_t head_bytes = 8, RECORD_BYTES = 12;
+constexpr std::int64_t time_tolerance = 30;  // ms
 
 bool read_table(AVIGZDTimeLookupTime& table, fuzz::Input bytes) {
   static fuzz::MemoryFile content("table");
@@ -23,7 +23,7 @@ bool read_table(AVIGZDTimeLookupTime& table, fuzz::Input bytes) {
 }
 
 bool is_near(const AVIGZDTime& record, int time) {
-  return std::abs(std::int64_t{time} - record.frameTime()) <= TOLERANCE;
+  return std::abs(std::int64_t{time} - record.frameTime()) <= time_tolerance;
 }
 
 // What a look at every record tells.
@@ -80,7 +80,7 @@ FUZZ_TARGET(frame_table) {
   AVIGZDTimeLookupTime table(0), fresh(0), other(0);
   const bool whole = read_table(table, tail.rest());
   const std::size_t bytes = static_cast<std::size_t>(table.count()) * RECORD_BYTES;
-  FUZZ_REQUIRE(whole ? tail.rest().size() >= HEAD_BYTES + bytes : bytes == 0);
+  FUZZ_REQUIRE(whole ? tail.rest().size() >= head_bytes + bytes : bytes == 0);
   FUZZ_REQUIRE(read_table(fresh, tail.rest()) == whole && read_table(other, tail.rest()) == whole);
   check_searches(fresh, look_at_all(table, time), time, field);
   check_frames(other);

@@ -15,12 +15,12 @@ namespace fuzz {
 
 namespace {
 
-constexpr std::size_t LONGEST_LOG_MESSAGE = 499;
-constexpr unsigned MOST_ELEMENTS = 60000;
-constexpr std::uint64_t LONGEST_FILLED_GAP = 10000;
+constexpr std::size_t longest_log_message = 499;
+constexpr unsigned most_elements = 60000;
+constexpr std::uint64_t longest_filled_gap = 10000;
 
 void check_log_message(const char* message) {
-  FUZZ_REQUIRE(message != nullptr && std::strlen(message) <= LONGEST_LOG_MESSAGE);
+  FUZZ_REQUIRE(message != nullptr && std::strlen(message) <= longest_log_message);
 }
 
 std::map<std::string, Target>& all_targets() {
@@ -77,7 +77,7 @@ std::vector<std::uint8_t> recording_from(Tail& tail) {
   if (how % 2 == 0) return {tail.rest().begin(), tail.rest().end()};
   gzdsynth::GzdWriter writer(static_cast<int>(how / 2 % 5));
   writer.compressed(false);
-  if (how >= 200) writer.magic(gzdsynth::Magic::kOspZip);
+  if (how >= 200) writer.magic(gzdsynth::Magic::OspZip);
   RandomRecords records(writer, [&](std::size_t below) { return tail.byte() % below; });
   while (!tail.rest().empty()) records.add();
   return writer.bytes();
@@ -89,7 +89,7 @@ bool is_too_large(const std::string& path, std::uint64_t mostFilling) {
       gzd_open_file(path.c_str(), GZD_OPEN_FAILSAFE | GZD_OPEN_NO_TIME_SHIFT, 1, 1, &rv);
   if (file == nullptr) return false;
   gzd_set_velocity_kinds(file, GZD_VELOCITY_NONE);
-  std::uint64_t filling = gzd_get_element_count(file) > MOST_ELEMENTS ? mostFilling + 1 : 0;
+  std::uint64_t filling = gzd_get_element_count(file) > most_elements ? mostFilling + 1 : 0;
   std::uint64_t last = 0;
   while (filling <= mostFilling && gzd_get_next_data(file) != GZD_END_OF_DATA) {
     ALLF_DATA* const record = gzd_get_float_data(file);
@@ -98,7 +98,7 @@ bool is_too_large(const std::string& path, std::uint64_t mostFilling) {
     if (sample == nullptr && block == nullptr) continue;
     const std::uint64_t time = sample != nullptr ? sample->time : block->time;
     const std::uint64_t apart = time > last ? time - last : last - time;
-    filling += std::min(2 * apart, LONGEST_FILLED_GAP);
+    filling += std::min(2 * apart, longest_filled_gap);
     last = time;
   }
   gzd_close_file(file);

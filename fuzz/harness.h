@@ -101,7 +101,8 @@ using File = std::unique_ptr<FILE, CloseFile>;
 class ByteStream : public MemoryStream {
  public:
   ByteStream(Input content, bool narrow)
-      : MemoryStream({content.begin(), content.end()}, ALL, ALL), narrow_(narrow) {}
+      : MemoryStream({content.begin(), content.end()}, whole_content, whole_content),
+        narrow_(narrow) {}
 
  protected:
   bool refill(std::size_t count) override {

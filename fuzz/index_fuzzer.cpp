@@ -18,13 +18,13 @@ using namespace gzd;
 
 namespace {
 
-constexpr std::uint64_t LARGEST_FILLING = 100000;
-constexpr std::size_t SORTED_WHOLE = 20000;
+constexpr std::uint64_t largest_filling = 100000;
+constexpr std::size_t sorted_whole = 20000;
 
 using Items = std::vector<GZDItem>;
 
 void check_order(const Items& items) {
-  for (std::size_t i = 1; i < items.size() && items.size() <= SORTED_WHOLE; ++i)
+  for (std::size_t i = 1; i < items.size() && items.size() <= sorted_whole; ++i)
     FUZZ_REQUIRE(items[i - 1].getTimeStamp() <= items[i].getTimeStamp());
 }
 
@@ -74,7 +74,7 @@ void check_no_sample_outside(const Items& items) {
     if (item.isRecording()) inside = item.isRecordingStart();
     const UINT64 stamp = item.getTimeStamp();
     const bool excused = collide || starts.contains(stamp) || ends.contains(stamp);
-    if (item.isSample() && items.size() <= SORTED_WHOLE) FUZZ_REQUIRE(inside || excused);
+    if (item.isSample() && items.size() <= sorted_whole) FUZZ_REQUIRE(inside || excused);
   }
 }
 
@@ -114,7 +114,7 @@ FUZZ_TARGET(index) {
   fuzz::Tail choices(tail.block(16));
   const std::vector<std::uint8_t> recording = fuzz::recording_from(tail);
   file.set(recording);
-  if (fuzz::is_too_large(file.path(), LARGEST_FILLING)) return;
+  if (fuzz::is_too_large(file.path(), largest_filling)) return;
   const std::size_t head = fuzz::text_of(recording).find("\nENDP:\n");
   const fuzz::Input records =
       fuzz::Input(recording).subspan(head == std::string_view::npos ? 0 : head + 7);
@@ -127,16 +127,16 @@ FUZZ_TARGET(index) {
     FUZZ_REQUIRE(!options.failsafe);
     return;
   }
-  if (!options.fixConsistency) check_order(itemsOf(index.gzdItemList));
+  if (!options.fixConsistency) check_order(items_of(index.gzdItemList));
   check_entries(index, records.size(), options.fixConsistency);
   Reader reader(stream, state, index);
   reader.useState(state);
-  const auto lasting = lasting_entries(itemsOf(index.gzdItemList));
+  const auto lasting = lasting_entries(items_of(index.gzdItemList));
   checkConsistency(index, options.fixConsistency,
                    [&](UINT32 item) { return reader.messageText(item); });
   reader.indexIsFinal(options.fixConsistency);
-  FUZZ_REQUIRE(lasting_entries(itemsOf(index.gzdItemList)) == lasting);
-  check_no_sample_outside(itemsOf(index.gzdItemList));
+  FUZZ_REQUIRE(lasting_entries(items_of(index.gzdItemList)) == lasting);
+  check_no_sample_outside(items_of(index.gzdItemList));
   check_entries(index, records.size(), options.fixConsistency);
   check_look_ups(reader, index, choices);
 }

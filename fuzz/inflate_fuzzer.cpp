@@ -40,7 +40,7 @@ Inflated inflate_at_once(fuzz::Input bytes) {
   const int result = inflate(&stream, Z_SYNC_FLUSH);
   text.resize(stream.total_out);
   inflateEnd(&stream);
-  return {result == Z_STREAM_END ? UNCOMPRESS_OK : UNCOMPRESS_DATA_ERROR, text};
+  return {result == Z_STREAM_END ? uncompress_ok : uncompress_data_error, text};
 }
 
 void check_round_trip(fuzz::Input bytes, std::size_t cut) {
@@ -49,10 +49,10 @@ void check_round_trip(fuzz::Input bytes, std::size_t cut) {
   if (compress2(packed.data(), &length, bytes.data(), bytes.size(), 1) != Z_OK) std::abort();
   packed.resize(length);
   const Inflated whole = inflate_by_library(packed);
-  FUZZ_REQUIRE(whole.result == UNCOMPRESS_OK && whole.text == fuzz::text_of(bytes));
+  FUZZ_REQUIRE(whole.result == uncompress_ok && whole.text == fuzz::text_of(bytes));
   packed.resize(cut % packed.size());
   const Inflated part = inflate_by_library(packed);
-  FUZZ_REQUIRE(part.result == UNCOMPRESS_DATA_ERROR);
+  FUZZ_REQUIRE(part.result == uncompress_data_error);
   FUZZ_REQUIRE(fuzz::text_of(bytes).starts_with(part.text));
 }
 
@@ -67,6 +67,6 @@ FUZZ_TARGET(inflate) {
   const Inflated theirs = inflate_at_once(tail.rest());
   FUZZ_REQUIRE(ours.result == theirs.result);
   // Of a damaged stream, the piece inflated when the damage was met is left away.
-  const bool whole = ours.result == UNCOMPRESS_OK;
+  const bool whole = ours.result == uncompress_ok;
   FUZZ_REQUIRE(whole ? ours.text == theirs.text : theirs.text.starts_with(ours.text));
 }

@@ -22,14 +22,14 @@ std::filesystem::path seeds;
 
 // `tail` is what the target takes off the end of its input.
 void add(const std::string& target, const std::string& name, Bytes bytes, const Bytes& tail = {}) {
-  putBytes(bytes, tail);
+  put_bytes(bytes, tail);
   std::filesystem::create_directories(seeds / target);
-  saveBytes(bytes, seeds / target / name);
+  save_bytes(bytes, seeds / target / name);
 }
 
 Bytes bytes_of(std::initializer_list<unsigned> values) {
   Bytes bytes;
-  for (const unsigned value : values) putByte(bytes, value);
+  for (const unsigned value : values) put_byte(bytes, value);
   return bytes;
 }
 
@@ -39,7 +39,7 @@ Bytes bytes_of(std::string_view text) {
 
 Bytes any_bytes(unsigned count, unsigned seed) {
   Bytes bytes;
-  for (unsigned i = 0; i < count; ++i) putByte(bytes, (i + 99 * seed) * 2654435761U >> 20);
+  for (unsigned i = 0; i < count; ++i) put_byte(bytes, (i + 99 * seed) * 2654435761U >> 20);
   return bytes;
 }
 
@@ -80,7 +80,7 @@ std::map<std::string, Recording> recordings(const std::filesystem::path& descrip
   packed.rawPacked = packed.raw = true;
   packed.gaze = false;
   for (const auto& [name, settings] : sessions) {
-    GzdWriter writer = sessionWriter(settings);
+    GzdWriter writer = session_writer(settings);
     Session(settings, writer).run();
     keep("session_" + name, writer);
   }
@@ -94,21 +94,21 @@ constexpr std::string_view small_log =
 // What follows the recording, or the choices that stand for one, in inputs of two targets.
 Bytes index_tail(unsigned options, unsigned how) {
   Bytes tail = bytes_of({how});
-  putBytes(tail, any_bytes(16, options));
-  putBytes(tail, bytes_of({1, 1, options}));
+  put_bytes(tail, any_bytes(16, options));
+  put_bytes(tail, bytes_of({1, 1, options}));
   return tail;
 }
 
 Bytes walk_tail(unsigned number, unsigned how) {
   constexpr unsigned consistencies[] = {2, 0, 1, 6, 10, 18, 4};
   Bytes tail = bytes_of({how});
-  putBytes(tail, any_bytes(64, number));
+  put_bytes(tail, any_bytes(64, number));
   const bool merges = number % 3 == 0;
   if (merges) {
-    putText(tail, small_log);
-    putByte(tail, static_cast<unsigned>(small_log.size()));
+    put_text(tail, small_log);
+    put_byte(tail, static_cast<unsigned>(small_log.size()));
   }
-  putBytes(tail, bytes_of({number % 6, number % 64, merges ? 7U : 5U,
+  put_bytes(tail, bytes_of({number % 6, number % 64, merges ? 7U : 5U,
                            consistencies[number % std::size(consistencies)]}));
   return tail;
 }
@@ -118,27 +118,27 @@ Bytes walk_tail(unsigned number, unsigned how) {
 Bytes command_tail(const std::vector<std::string>& words, const Bytes& table, unsigned how) {
   constexpr unsigned own_text = 160;  // and the length
   Bytes tail = bytes_of({how});
-  putBytes(tail, table);
-  putByte(tail, static_cast<unsigned>(table.size()));
-  putText(tail, small_log);
-  putBytes(tail, bytes_of({static_cast<unsigned>(small_log.size()), 0}));
+  put_bytes(tail, table);
+  put_byte(tail, static_cast<unsigned>(table.size()));
+  put_text(tail, small_log);
+  put_bytes(tail, bytes_of({static_cast<unsigned>(small_log.size()), 0}));
   for (auto word = words.rbegin(); word != words.rend(); ++word) {
-    putText(tail, *word);
-    putByte(tail, own_text + static_cast<unsigned>(word->size()));
+    put_text(tail, *word);
+    put_byte(tail, own_text + static_cast<unsigned>(word->size()));
   }
-  putByte(tail, static_cast<unsigned>(words.size()));
+  put_byte(tail, static_cast<unsigned>(words.size()));
   return tail;
 }
 
 void add_companions(Bytes& table) {
   const SessionSettings settings = session(3);
-  GzdWriter writer = sessionWriter(settings);
+  GzdWriter writer = session_writer(settings);
   const std::vector<TrialSpan> trials = Session(settings, writer).run();
-  add("message_log", "session", bytes_of(messageLogText(trials)));
+  add("message_log", "session", bytes_of(message_log_text(trials)));
   add("message_log", "small", bytes_of(small_log));
   Bytes tail = bytes_of({1});
-  putInt(tail, trials.front().start + 40);
-  table = frameTable(trials.front());
+  put_int(tail, trials.front().start + 40);
+  table = frame_table_bytes(trials.front());
   add("frame_table", "session", table, tail);
   // Of so few frames that its length fits into a byte.
   constexpr std::size_t head = 8, record = 12, frames = 20;
@@ -170,8 +170,8 @@ void add_recordings(const std::map<std::string, Recording>& all, const Bytes& ta
     add("open_walk", name, file, walk_tail(number, 0));
     add("open_walk", name + "_chosen", any_bytes(400, number), walk_tail(number, 1 + 6 * number));
     Bytes table_tail = bytes_of({0});
-    putText(table_tail, small_log);
-    putBytes(table_tail, bytes_of({static_cast<unsigned>(small_log.size()), number, 37 * number}));
+    put_text(table_tail, small_log);
+    put_bytes(table_tail, bytes_of({static_cast<unsigned>(small_log.size()), number, 37 * number}));
     add("tables", name, file, table_tail);
     add("index", name, file, index_tail(number % 16, 0));
     add("index", name + "_chosen", any_bytes(400, number), index_tail(number % 4, 1));

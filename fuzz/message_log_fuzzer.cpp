@@ -10,17 +10,17 @@ using namespace gzd;
 
 namespace {
 
-constexpr std::size_t RECORD_TEXT = 260;
+constexpr std::size_t record_text = 260;
 
 std::string read_message(MessageLog& log, int number) {
   const std::string line = log.getEyeLogMsg(number);
   const FEVENT& event = log.record().fe;
   const std::string text(log.text());
   const UINT64 time = log.messages()[static_cast<std::size_t>(number)].time;
-  FUZZ_REQUIRE(time <= LARGEST_LOG_TIME && line.starts_with(std::to_string(time)));
+  FUZZ_REQUIRE(time <= largest_log_time && line.starts_with(std::to_string(time)));
   FUZZ_REQUIRE(event.type == GZD_MESSAGE && event.entime == 0);
   FUZZ_REQUIRE(event.sttime == static_cast<UINT32>(time) && event.message != nullptr);
-  FUZZ_REQUIRE(event.message->len == static_cast<INT16>(std::min(text.size(), RECORD_TEXT)));
+  FUZZ_REQUIRE(event.message->len == static_cast<INT16>(std::min(text.size(), record_text)));
   FUZZ_REQUIRE(std::string_view(text).starts_with(text_of(event.message)));
   FUZZ_REQUIRE(text.find('\n') == std::string::npos);
   return line + text;

@@ -18,8 +18,8 @@ using namespace gzd;
 
 namespace {
 
-constexpr std::size_t MOST_LOOKUPS = 64;
-constexpr std::uint64_t LARGEST_FILLING = 100000;
+constexpr std::size_t most_lookups = 64;
+constexpr std::uint64_t largest_filling = 100000;
 
 struct Settings {
   int consistency, loadEvents, loadSamples;
@@ -107,7 +107,7 @@ struct Walked {
 
 Walked walk(GZDFILE* file, const Settings& settings) {
   Walked walked;
-  const std::size_t count = gzd_get_element_count(file), stride = 1 + count / MOST_LOOKUPS;
+  const std::size_t count = gzd_get_element_count(file), stride = 1 + count / most_lookups;
   for (;;) {
     BOOKMARK mark{0};
     const std::size_t place = walked.steps.size();
@@ -190,7 +190,7 @@ void check_trials(GZDFILE* file, std::size_t elements, fuzz::Tail& choices) {
   const unsigned before = gzd_get_element_index(file);
   FUZZ_REQUIRE(gzd_jump_to_trial(file, count) == -1 && gzd_jump_to_trial(file, -1) == -1);
   FUZZ_REQUIRE(gzd_get_element_index(file) == before);
-  for (std::size_t n = 0; n < MOST_LOOKUPS / 2 && count > 0; ++n)
+  for (std::size_t n = 0; n < most_lookups / 2 && count > 0; ++n)
     check_trial(file, choices.word() % count, count, elements);
   FUZZ_REQUIRE(gzd_get_trial_count(file) == count);
 }
@@ -204,7 +204,7 @@ void set_up_display(fuzz::Tail& choices) {
 }
 
 void check_raw_data(GZDFILE* file) {
-  for (std::size_t n = 0; n < MOST_LOOKUPS; ++n) {
+  for (std::size_t n = 0; n < most_lookups; ++n) {
     const int code = gzd_get_next_data(file);
     if (code == GZD_END_OF_DATA) return;
     ALLF_DATA* const record = gzd_get_float_data(file);
@@ -226,7 +226,7 @@ FUZZ_TARGET(open_walk) {
   const Settings settings(tail);
   fuzz::Tail choices(tail.block(64));
   recording.set(fuzz::recording_from(tail));
-  if (fuzz::is_too_large(recording.path(), LARGEST_FILLING)) return;
+  if (fuzz::is_too_large(recording.path(), largest_filling)) return;
   log.set(settings.log);
   gzd_set_extra_message_file(log.path().c_str());
   const OpenFile file = open_file(recording.path(), settings);

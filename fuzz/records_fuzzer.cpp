@@ -18,7 +18,7 @@ using namespace gzd;
 
 namespace {
 
-constexpr int MOST_RECORDS = 512;
+constexpr int most_records = 512;
 
 enum class How { Afresh, Bytewise, Preset, Glance, GlanceBytewise, Translated };
 
@@ -127,7 +127,7 @@ void check_event(const Decoder& d) {
     FUZZ_REQUIRE(rate == 250.0f || rate == 500.0f || rate == 1000.0f || rate == 2000.0f);
   if (e.message == nullptr) return;
   FUZZ_REQUIRE(static_cast<const void*>(e.message) == &d.text);
-  FUZZ_REQUIRE(d.text.len >= 0 && d.text.len <= MESSAGE_RECORD_CAPACITY);
+  FUZZ_REQUIRE(d.text.len >= 0 && d.text.len <= message_record_capacity);
   FUZZ_REQUIRE(d.text.text.back() == '\0');
 }
 
@@ -166,7 +166,7 @@ FUZZ_TARGET(records) {
   for (const How how :
        {How::Afresh, How::Bytewise, How::Preset, How::Glance, How::GlanceBytewise, How::Translated})
     ways.push_back(std::make_unique<Decoder>(tail.rest(), how, state));
-  for (int i = 0; i < MOST_RECORDS; ++i) {
+  for (int i = 0; i < most_records; ++i) {
     for (const auto& decoder : ways) decoder->next();
     const Decoder& plain = *ways[0];
     for (const int way : {1, 2}) check_same(plain, *ways[static_cast<std::size_t>(way)]);

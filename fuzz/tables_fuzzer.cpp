@@ -17,8 +17,8 @@ namespace {
 
 using namespace gzdtables;
 
-constexpr std::size_t LONGEST_WALK = 60000;
-constexpr std::uint64_t LARGEST_FILLING = 100000;
+constexpr std::size_t longest_walk = 60000;
+constexpr std::uint64_t largest_filling = 100000;
 
 struct Counts {
   std::map<Table, std::size_t> rows;
@@ -127,11 +127,11 @@ FUZZ_TARGET(tables) {
   const std::size_t batch_rows = 1 + tail.byte() % 64;
   log.set(tail.block(tail.byte()));
   recording.set(fuzz::recording_from(tail));
-  if (fuzz::is_too_large(recording.path(), LARGEST_FILLING)) return;
+  if (fuzz::is_too_large(recording.path(), largest_filling)) return;
   gzd_set_extra_message_file(log.path().c_str());
   try {
     Recording opened(recording.path(), options);
-    if (opened.element_count() <= LONGEST_WALK) check_tables(opened, batch_rows);
+    if (opened.element_count() <= longest_walk) check_tables(opened, batch_rows);
   } catch (const ReadError&) {
     return;
   }

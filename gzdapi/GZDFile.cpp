@@ -20,8 +20,8 @@ namespace gzd {
 
 namespace {
 
-constexpr int LEVEL_MASK = 3;
-constexpr const char* MESSAGE_LOG_NAME = "tq_messages.log";
+constexpr int level_mask = 3;
+constexpr const char* message_log_name = "tq_messages.log";
 
 // The path given for the message logs of all files.
 std::optional<std::string> plogMsgFile;
@@ -95,7 +95,7 @@ GZDFile::~GZDFile() {
 }
 
 void GZDFile::openMessageLog(const char* path) {
-  const std::string name = plogMsgFile.value_or(directory_of(path) + MESSAGE_LOG_NAME);
+  const std::string name = plogMsgFile.value_or(directory_of(path) + message_log_name);
   if (name.empty()) return;
   messageLog.setEyeLogFileName(name.c_str());
   messageLog.openEyeLogFile();
@@ -103,7 +103,7 @@ void GZDFile::openMessageLog(const char* path) {
 
 void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples) {
   noteSystemError(messageLog.getReadError());
-  const int level = flags & LEVEL_MASK;
+  const int level = flags & level_mask;
   const bool repair = level == GZD_CONSISTENCY_REPAIR;
   state.enableMsgTimestampOffsetTranslation = (flags & GZD_OPEN_MESSAGE_OFFSETS) != 0;
   preScan(*file, state,

@@ -136,7 +136,7 @@ CameraSetup camera_at(GZDFILE* gzd, const FSAMPLE* sam) {
 
 GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
                        int* rv) {
-  return open(fname, consistency, loadevents, loadsamples, &UNSET_CONFIG, rv);
+  return open(fname, consistency, loadevents, loadsamples, &unset_config, rv);
 }
 
 GZDFILE* gzd_open_file_ex(const char* fname, int consistency, int loadevents, int loadsamples,

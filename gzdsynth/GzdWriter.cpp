@@ -7,26 +7,26 @@ namespace gzdsynth {
 
 namespace {
 
-constexpr std::size_t kDrainSize = 1 << 20;
-constexpr double kRateUnit = 65536.0;
+constexpr std::size_t drain_size = 1 << 20;
+constexpr double rate_unit = 65536.0;
 
-const char* magicWord(Magic kind) {
+const char* magic_word(Magic kind) {
   switch (kind) {
-    case Magic::kFalc:
+    case Magic::Falc:
       return "MORVEN_TECH_FALCFILE";
-    case Magic::kOsp:
+    case Magic::Osp:
       return "MORVEN_TECH_OSPFILE";
-    case Magic::kFalcZip:
+    case Magic::FalcZip:
       return "MORVEN_TECH_FALCFILE ZIP";
-    case Magic::kOspZip:
+    case Magic::OspZip:
       return "MORVEN_TECH_OSPFILE ZIP";
-    case Magic::kComb:
+    case Magic::Comb:
       break;
   }
   return "MORVEN_TECH_COMBFILE";
 }
 
-const char* generationLines(int generation) {
+const char* generation_lines(int generation) {
   switch (generation) {
     case 0:
       return "";
@@ -41,46 +41,46 @@ const char* generationLines(int generation) {
   }
 }
 
-int packedWord(const BlockStart& block) {
+int packed_word(const BlockStart& block) {
   return (block.recordingMode << 8) | (block.fileFilter << 4) | block.linkFilter;
 }
 
-int eyesOfEvents(int flags) {
+int eyes_of_events(int flags) {
   return ((flags & SMP_LEFT) != 0 ? 0x4000 : 0) | ((flags & SMP_RIGHT) != 0 ? 0x8000 : 0);
 }
 
 }  // namespace
 
-std::string magicLine(Magic kind, bool carriageReturn) {
-  return std::string(magicWord(kind)) + (carriageReturn ? "\r\n" : "\n");
+std::string magic_line(Magic kind, bool carriageReturn) {
+  return std::string(magic_word(kind)) + (carriageReturn ? "\r\n" : "\n");
 }
 
 GzdWriter::GzdWriter(int generation)
-    : magic_(magicLine(Magic::kComb)), preamble_(generationLines(generation)) {}
+    : magic_(magic_line(Magic::Comb)), preamble_(generation_lines(generation)) {}
 
 // ---- header ----
 
 GzdWriter& GzdWriter::magic(Magic kind, bool carriageReturn) {
-  magic_ = magicLine(kind, carriageReturn);
-  return compressed(kind == Magic::kFalcZip || kind == Magic::kOspZip);
+  magic_ = magic_line(kind, carriageReturn);
+  return compressed(kind == Magic::FalcZip || kind == Magic::OspZip);
 }
 
-GzdWriter& GzdWriter::magicText(std::string line) {
+GzdWriter& GzdWriter::magic_text(std::string line) {
   magic_ = std::move(line);
   return *this;
 }
 
-GzdWriter& GzdWriter::preambleLine(std::string_view line) {
+GzdWriter& GzdWriter::preamble_line(std::string_view line) {
   preamble_.append(line).push_back('\n');
   return *this;
 }
 
-GzdWriter& GzdWriter::clearPreamble() {
+GzdWriter& GzdWriter::clear_preamble() {
   preamble_.clear();
   return *this;
 }
 
-GzdWriter& GzdWriter::endpText(std::string line) {
+GzdWriter& GzdWriter::endp_text(std::string line) {
   endp_ = std::move(line);
   return *this;
 }
@@ -90,7 +90,7 @@ GzdWriter& GzdWriter::compressed(bool on) {
   return *this;
 }
 
-GzdWriter& GzdWriter::endTag(bool on) {
+GzdWriter& GzdWriter::end_tag(bool on) {
   endTag_ = on;
   return *this;
 }
@@ -98,12 +98,12 @@ GzdWriter& GzdWriter::endTag(bool on) {
 // ---- records ----
 
 GzdWriter& GzdWriter::sample(const SampleRecord& record) {
-  putSample(body_, record);
-  drainWhenLarge();
+  put_sample(body_, record);
+  drain_when_large();
   return *this;
 }
 
-GzdWriter& GzdWriter::gazeSample(std::uint32_t time, double x, double y, int pupil, int eye) {
+GzdWriter& GzdWriter::gaze_sample(std::uint32_t time, double x, double y, int pupil, int eye) {
   const auto side = static_cast<std::size_t>(eye);
   SampleRecord record{.time = time};
   if (eye == GZD_RIGHT_EYE) record.flags ^= SMP_LEFT | SMP_RIGHT;
@@ -117,50 +117,50 @@ GzdWriter& GzdWriter::event(const EventRecord& record) {
   return raw(record.bytes());
 }
 
-EventRecord GzdWriter::blockStart(unsigned type, const BlockStart& block) {
-  gazePrescale_ = block.gazePrescale;
+EventRecord GzdWriter::block_start(unsigned type, const BlockStart& block) {
+  gazePrescale_ = block.gaze_prescale;
   const bool events = type == GZD_START_EVENTS;
   EventRecord record(type, block.eye, block.positionType);
   record.start(block.time);
-  if (block.rate > 0) record.end(static_cast<std::uint32_t>(block.rate * kRateUnit));
-  record.flags(events ? block.eventFlags : block.sampleFlags);
-  if (events) record.input(block.eventEyes.value_or(eyesOfEvents(block.eventFlags)));
-  record.pupilStart(block.gazePrescale).pupilEnd(block.velocityPrescale);
+  if (block.rate > 0) record.end(static_cast<std::uint32_t>(block.rate * rate_unit));
+  record.flags(events ? block.event_flags : block.sample_flags);
+  if (events) record.input(block.eventEyes.value_or(eyes_of_events(block.event_flags)));
+  record.pupil_start(block.gaze_prescale).pupil_end(block.velocityPrescale);
   if (block.pupilPrescale) record.buttons(*block.pupilPrescale);
-  if (block.headPrescale) record.velocityPeak(*block.headPrescale);
-  record.pupilAverage(block.divisor).resolutionEnd(packedWord(block), block.pupilType);
+  if (block.headPrescale) record.velocity_peak(*block.headPrescale);
+  record.pupil_average(block.divisor).resolution_end(packed_word(block), block.pupilType);
   return record;
 }
 
-GzdWriter& GzdWriter::startSamples(const BlockStart& block) {
-  return event(blockStart(GZD_START_SAMPLES, block));
+GzdWriter& GzdWriter::start_samples(const BlockStart& block) {
+  return event(block_start(GZD_START_SAMPLES, block));
 }
 
-GzdWriter& GzdWriter::startEvents(const BlockStart& block) {
-  return event(blockStart(GZD_START_EVENTS, block));
+GzdWriter& GzdWriter::start_events(const BlockStart& block) {
+  return event(block_start(GZD_START_EVENTS, block));
 }
 
-GzdWriter& GzdWriter::endSamples(std::uint32_t time, int eye) {
+GzdWriter& GzdWriter::end_samples(std::uint32_t time, int eye) {
   return event(EventRecord(GZD_END_SAMPLES, eye, 0).end(time));
 }
 
-GzdWriter& GzdWriter::endEvents(std::uint32_t time, int eye) {
+GzdWriter& GzdWriter::end_events(std::uint32_t time, int eye) {
   return event(EventRecord(GZD_END_EVENTS, eye, 0).end(time));
 }
 
-GzdWriter& GzdWriter::startBlock(const BlockStart& block) {
-  return startEvents(block).startSamples(block);
+GzdWriter& GzdWriter::start_block(const BlockStart& block) {
+  return start_events(block).start_samples(block);
 }
 
-GzdWriter& GzdWriter::endBlock(std::uint32_t time) {
-  return endSamples(time).endEvents(time);
+GzdWriter& GzdWriter::end_block(std::uint32_t time) {
+  return end_samples(time).end_events(time);
 }
 
 GzdWriter& GzdWriter::message(std::uint32_t time, std::string_view text) {
   return event(EventRecord(GZD_MESSAGE, GZD_LEFT_EYE, 0).start(time).text(text));
 }
 
-GzdWriter& GzdWriter::longMessage(std::uint32_t time, int id, std::string_view text,
+GzdWriter& GzdWriter::long_message(std::uint32_t time, int id, std::string_view text,
                                   std::size_t pieceSize) {
   const std::string tail = std::string(" ").append(std::to_string(id)).append("_");
   std::string marker = "!V LONGMS_ST" + tail;
@@ -182,8 +182,8 @@ GzdWriter& GzdWriter::input(std::uint32_t time, int value) {
 }
 
 GzdWriter& GzdWriter::raw(const Bytes& bytes) {
-  putBytes(body_, bytes);
-  drainWhenLarge();
+  put_bytes(body_, bytes);
+  drain_when_large();
   return *this;
 }
 
@@ -191,36 +191,36 @@ GzdWriter& GzdWriter::raw(const Bytes& bytes) {
 
 Bytes GzdWriter::header() const {
   Bytes out;
-  putText(out, magic_);
-  putText(out, preamble_);
-  putText(out, endp_);
+  put_text(out, magic_);
+  put_text(out, preamble_);
+  put_text(out, endp_);
   return out;
 }
 
 Bytes GzdWriter::bytes() const {
   Bytes body = body_;
-  if (endTag_) putWord(body, 0);
+  if (endTag_) put_word(body, 0);
   Bytes file = header();
-  putBytes(file, compressed_ ? deflated(body) : body);
+  put_bytes(file, compressed_ ? deflated(body) : body);
   return file;
 }
 
 void GzdWriter::save(const std::string& path) const {
-  saveBytes(bytes(), path);
+  save_bytes(bytes(), path);
 }
 
-void GzdWriter::streamTo(const std::string& path) {
+void GzdWriter::stream_to(const std::string& path) {
   sink_ = std::make_unique<FileSink>(path);
 }
 
-void GzdWriter::drainWhenLarge() {
-  if (sink_ && body_.size() >= kDrainSize) drain();
+void GzdWriter::drain_when_large() {
+  if (sink_ && body_.size() >= drain_size) drain();
 }
 
 void GzdWriter::drain() {
   if (!headerSent_) {
     sink_->write(header());
-    if (compressed_) sink_->beginCompression();
+    if (compressed_) sink_->begin_compression();
     headerSent_ = true;
   }
   sink_->write(body_);
@@ -229,7 +229,7 @@ void GzdWriter::drain() {
 }
 
 void GzdWriter::finish() {
-  if (endTag_) putWord(body_, 0);
+  if (endTag_) put_word(body_, 0);
   drain();
   sink_->close();
   sink_.reset();
@@ -237,12 +237,12 @@ void GzdWriter::finish() {
 
 // ---- damage ----
 
-Bytes withoutTail(Bytes file, std::size_t count) {
+Bytes without_tail(Bytes file, std::size_t count) {
   const std::size_t left = file.size() - std::min(count, file.size());
-  return cutAt(std::move(file), left);
+  return cut_at(std::move(file), left);
 }
 
-Bytes cutAt(Bytes file, std::size_t count) {
+Bytes cut_at(Bytes file, std::size_t count) {
   file.resize(std::min(count, file.size()));
   return file;
 }
@@ -257,7 +257,7 @@ Bytes patched(Bytes file, std::size_t offset, const Bytes& patch) {
   return file;
 }
 
-void saveBytes(const Bytes& file, const std::string& path) {
+void save_bytes(const Bytes& file, const std::string& path) {
   FileSink sink(path);
   sink.write(file);
   sink.close();

@@ -2,16 +2,16 @@
 //
 //   GzdWriter w(3);                                   // preamble of a third-generation tracker
 //   w.message(900, "TRIALID 1");
-//   w.startBlock({.time = 1000, .rate = 1000});       // events start and samples start
+//   w.start_block({.time = 1000, .rate = 1000});       // events start and samples start
 //   w.sample({.time = 1000, .gx = {5120}, .gy = {3840}, .pa = {900}});  // left eye, gaze 512.0
-//   w.gazeSample(1001, 512.5, 384.1, 900);            // the same kind, physical values
+//   w.gaze_sample(1001, 512.5, 384.1, 900);            // the same kind, physical values
 //   w.event(EventRecord(GZD_START_FIXATION).start(1001));
-//   w.event(EventRecord(GZD_END_FIXATION).start(1001).end(1200).gazeAverage(5120, 3840));
-//   w.button(1100, 0x0101).endBlock(1300);
+//   w.event(EventRecord(GZD_END_FIXATION).start(1001).end(1200).gaze_average(5120, 3840));
+//   w.button(1100, 0x0101).end_block(1300);
 //   w.save("trial.gzd");                              // or w.bytes()
 //
 // Values are words as stored: gaze and resolution times the gaze prescale (10 unless a block start
-// says otherwise); stored(512.5) makes such a word, kStoredMissing is the one of a lost value.
+// says otherwise); stored(512.5) makes such a word, stored_missing is the one of a lost value.
 // Eyes are GZD_LEFT_EYE and GZD_RIGHT_EYE, times are milliseconds, sample flags SMP_ bits.
 #ifndef GZDSYNTH_GZDWRITER_H
 #define GZDSYNTH_GZDWRITER_H
@@ -29,18 +29,18 @@
 namespace gzdsynth {
 
 // The first line of a file. The last two hold the records compressed.
-enum class Magic { kComb, kFalc, kOsp, kFalcZip, kOspZip };
+enum class Magic { Comb, Falc, Osp, FalcZip, OspZip };
 
 // The magic line, with "\n" or "\r\n" behind it.
-[[nodiscard]] std::string magicLine(Magic kind, bool carriageReturn = false);
+[[nodiscard]] std::string magic_line(Magic kind, bool carriageReturn = false);
 
 // What the two records that start a block say. Fields with "no value" are left out of the record.
 struct BlockStart {
   std::uint32_t time = 0;
   double rate = 1000;  // samples per second; 0: none in the record
-  int sampleFlags = SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE;
-  int eventFlags = SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE;
-  int gazePrescale = 10;
+  int sample_flags = SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE;
+  int event_flags = SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE;
+  int gaze_prescale = 10;
   int velocityPrescale = 10;
   std::optional<int> pupilPrescale = {};
   std::optional<int> headPrescale = {};
@@ -52,7 +52,7 @@ struct BlockStart {
   int recordingMode = 9;                      // packed word, bits 8-15: 0 pupil only
   int pupilType = 1;                          // 1 area, else diameter
   // Events start only: 0x4000 left, 0x8000 right, the other way round than in flags. Without a
-  // value it names the eyes of `eventFlags`.
+  // value it names the eyes of `event_flags`.
   std::optional<int> eventEyes = {};
 };
 
@@ -65,30 +65,30 @@ class GzdWriter {
 
   // ---- header; to be called before the first record when streaming ----
   GzdWriter& magic(Magic kind, bool carriageReturn = false);
-  GzdWriter& magicText(std::string line);          // verbatim, line ending included
-  GzdWriter& preambleLine(std::string_view line);  // a newline is added
-  GzdWriter& clearPreamble();
-  GzdWriter& endpText(std::string line);  // "ENDP:\n" verbatim; empty leaves it away
+  GzdWriter& magic_text(std::string line);          // verbatim, line ending included
+  GzdWriter& preamble_line(std::string_view line);  // a newline is added
+  GzdWriter& clear_preamble();
+  GzdWriter& endp_text(std::string line);  // "ENDP:\n" verbatim; empty leaves it away
   GzdWriter& compressed(bool on);         // set by magic() as well
-  GzdWriter& endTag(bool on);             // the closing zero tag; on unless switched off
+  GzdWriter& end_tag(bool on);             // the closing zero tag; on unless switched off
 
   // ---- records ----
   GzdWriter& sample(const SampleRecord& record);
   // One eye, absolute time, gaze (pixels, under the gaze prescale in force) and pupil size.
-  GzdWriter& gazeSample(std::uint32_t time, double x, double y, int pupil, int eye = GZD_LEFT_EYE);
+  GzdWriter& gaze_sample(std::uint32_t time, double x, double y, int pupil, int eye = GZD_LEFT_EYE);
   GzdWriter& event(const EventRecord& record);
 
-  GzdWriter& startSamples(const BlockStart& block);
-  GzdWriter& startEvents(const BlockStart& block);
-  GzdWriter& endSamples(std::uint32_t time, int eye = GZD_LEFT_EYE);
-  GzdWriter& endEvents(std::uint32_t time, int eye = GZD_LEFT_EYE);
-  GzdWriter& startBlock(const BlockStart& block);  // events, then samples
-  GzdWriter& endBlock(std::uint32_t time);         // samples, then events
+  GzdWriter& start_samples(const BlockStart& block);
+  GzdWriter& start_events(const BlockStart& block);
+  GzdWriter& end_samples(std::uint32_t time, int eye = GZD_LEFT_EYE);
+  GzdWriter& end_events(std::uint32_t time, int eye = GZD_LEFT_EYE);
+  GzdWriter& start_block(const BlockStart& block);  // events, then samples
+  GzdWriter& end_block(std::uint32_t time);         // samples, then events
 
   GzdWriter& message(std::uint32_t time, std::string_view text);  // at most 498 bytes are legal
   // A text of any length in pieces of `pieceSize` characters at most, each behind its marker, all
   // at `time`. `id` tells long messages apart.
-  GzdWriter& longMessage(std::uint32_t time, int id, std::string_view text,
+  GzdWriter& long_message(std::uint32_t time, int id, std::string_view text,
                          std::size_t pieceSize = 460);
   // Bits 0-7 the state of the buttons, bits 8-15 those that changed.
   GzdWriter& button(std::uint32_t time, int buttons);
@@ -98,7 +98,7 @@ class GzdWriter {
 
   // ---- results ----
   // Offset of the next record in the uncompressed record stream.
-  [[nodiscard]] std::uint64_t bodySize() const { return drained_ + body_.size(); }
+  [[nodiscard]] std::uint64_t body_size() const { return drained_ + body_.size(); }
   // Magic, preamble and "ENDP:" line.
   [[nodiscard]] Bytes header() const;
   // The whole file. Only for writers that do not stream.
@@ -109,13 +109,13 @@ class GzdWriter {
   // Streaming: what has been and will be written goes to a file as it comes, in bounded memory.
   // finish() completes it. Both, and all record calls in between, throw std::runtime_error when
   // the file fails. A write error is certain to be noticed only by finish().
-  void streamTo(const std::string& path);
+  void stream_to(const std::string& path);
   void finish();
 
  private:
-  EventRecord blockStart(unsigned type, const BlockStart& block);
+  EventRecord block_start(unsigned type, const BlockStart& block);
   void drain();
-  void drainWhenLarge();
+  void drain_when_large();
 
   std::string magic_;
   std::string preamble_;
@@ -132,16 +132,16 @@ class GzdWriter {
 // ---- damage ----
 
 // Without the last `count` bytes.
-[[nodiscard]] Bytes withoutTail(Bytes file, std::size_t count);
+[[nodiscard]] Bytes without_tail(Bytes file, std::size_t count);
 // Only the first `count` bytes.
-[[nodiscard]] Bytes cutAt(Bytes file, std::size_t count);
+[[nodiscard]] Bytes cut_at(Bytes file, std::size_t count);
 // With the bits of `mask` flipped at `offset`.
 [[nodiscard]] Bytes flipped(Bytes file, std::size_t offset, unsigned mask = 0xFF);
 // With `patch` written over what was at `offset`.
 [[nodiscard]] Bytes patched(Bytes file, std::size_t offset, const Bytes& patch);
 
 // Writes bytes to a file; throws std::runtime_error when that fails.
-void saveBytes(const Bytes& file, const std::string& path);
+void save_bytes(const Bytes& file, const std::string& path);
 
 }  // namespace gzdsynth
 

@@ -3,32 +3,32 @@
 namespace gzdsynth {
 
 namespace {
-constexpr unsigned kRightEyeBits = 0x40;
-constexpr int kHeadPoseBytes = 147;
+constexpr unsigned right_eye_bits = 0x40;
+constexpr int head_pose_bytes = 147;
 // A NUL keeps the payload from being text; the rest names its kind.
-constexpr std::array<unsigned, 3> kHeadPoseMark = {0, 146, 2};
+constexpr std::array<unsigned, 3> head_pose_mark = {0, 146, 2};
 }  // namespace
 
 EventRecord::EventRecord(unsigned type, int eye, unsigned parsedBy) {
-  putByte(body_, type | (eye == GZD_RIGHT_EYE ? kRightEyeBits : 0U));
-  putByte(body_, parsedBy);
+  put_byte(body_, type | (eye == GZD_RIGHT_EYE ? right_eye_bits : 0U));
+  put_byte(body_, parsedBy);
 }
 
 EventRecord& EventRecord::word(unsigned code, int value) {
-  putByte(body_, code);
-  putWord(body_, value);
+  put_byte(body_, code);
+  put_word(body_, value);
   return *this;
 }
 
 EventRecord& EventRecord::pair(unsigned code, int x, int y) {
   word(code, x);
-  putWord(body_, y);
+  put_word(body_, y);
   return *this;
 }
 
 EventRecord& EventRecord::integer(unsigned code, std::uint32_t value) {
-  putByte(body_, code);
-  putInt(body_, value);
+  put_byte(body_, code);
+  put_int(body_, value);
   return *this;
 }
 
@@ -37,20 +37,20 @@ EventRecord& EventRecord::text(std::string_view text) {
 }
 
 EventRecord& EventRecord::text(std::string_view text, int statedLength) {
-  word(field::kMessage, statedLength);
-  putText(body_, text);
+  word(FIELD_MESSAGE, statedLength);
+  put_text(body_, text);
   return *this;
 }
 
-EventRecord& EventRecord::headPose(const std::array<float, 36>& values) {
-  word(field::kMessage, kHeadPoseBytes);
-  for (const unsigned mark : kHeadPoseMark) putByte(body_, mark);
-  for (const float value : values) putFloat(body_, value);
+EventRecord& EventRecord::head_pose(const std::array<float, 36>& values) {
+  word(FIELD_MESSAGE, head_pose_bytes);
+  for (const unsigned mark : head_pose_mark) put_byte(body_, mark);
+  for (const float value : values) put_float(body_, value);
   return *this;
 }
 
 EventRecord& EventRecord::raw(const Bytes& bytes) {
-  putBytes(body_, bytes);
+  put_bytes(body_, bytes);
   return *this;
 }
 
@@ -61,7 +61,7 @@ EventRecord& EventRecord::unclosed() {
 
 Bytes EventRecord::bytes() const {
   Bytes out = body_;
-  if (closed_) putByte(out, field::kEnd);
+  if (closed_) put_byte(out, FIELD_END);
   return out;
 }
 

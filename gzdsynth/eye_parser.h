@@ -15,7 +15,7 @@ namespace gzdsynth {
 // One sample as the parser sees it.
 struct Observation {
   SampleRecord sample;  // with its time
-  Phase phase = Phase::kFixation;
+  Phase phase = Phase::Fixation;
   double speed = 0;  // degrees per second
   HeadPose pose;
 };
@@ -46,18 +46,18 @@ class EyeParser {
   void begin(Running& event, unsigned type, const Observation& now,
              std::vector<EventRecord>& events) const;
   void add(Running& event, const Observation& now) const;
-  void endFixation(std::vector<EventRecord>& events);
-  void endSaccade(std::vector<EventRecord>& events);
-  void endBlink(std::vector<EventRecord>& events);
+  void end_fixation(std::vector<EventRecord>& events);
+  void end_saccade(std::vector<EventRecord>& events);
+  void end_blink(std::vector<EventRecord>& events);
   void close(std::vector<EventRecord>& events, bool fixation, bool blink, bool saccade);
 
   [[nodiscard]] EventRecord record(unsigned type) const;
-  void putStart(EventRecord& record, const SampleRecord& sample) const;
-  void putEnd(EventRecord& record) const;
-  void putAverage(EventRecord& record, const Running& event) const;
-  void putVelocities(EventRecord& record, const Running& event) const;
-  void putResolution(EventRecord& record, const Running& event) const;
-  void putHead(EventRecord& record, const Running* ended, const Observation& first) const;
+  void put_start(EventRecord& record, const SampleRecord& sample) const;
+  void put_end(EventRecord& record) const;
+  void put_average(EventRecord& record, const Running& event) const;
+  void put_velocities(EventRecord& record, const Running& event) const;
+  void put_resolution(EventRecord& record, const Running& event) const;
+  void put_head(EventRecord& record, const Running* ended, const Observation& first) const;
 
   int eye_;
   std::size_t side_;
@@ -67,7 +67,7 @@ class EyeParser {
 };
 
 // The position type of the events: gaze if there is any, else head-referenced, else pupil.
-unsigned eventPositionType(const SessionSettings& settings);
+unsigned event_position_type(const SessionSettings& settings);
 
 }  // namespace gzdsynth
 

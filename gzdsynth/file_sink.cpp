@@ -8,7 +8,7 @@
 namespace gzdsynth {
 
 namespace {
-constexpr std::size_t kZipBuffer = 1 << 16;
+constexpr std::size_t zip_buffer = 1 << 16;
 }
 
 FileSink::FileSink(std::string path) : path_(std::move(path)), file_(nullptr) {
@@ -31,21 +31,21 @@ void FileSink::store(const std::uint8_t* data, std::size_t size) {
 
 void FileSink::write(const Bytes& bytes) {
   if (zip_) {
-    deflateInput(bytes, Z_NO_FLUSH);
+    deflate_input(bytes, Z_NO_FLUSH);
   } else {
     store(bytes.data(), bytes.size());
   }
 }
 
-void FileSink::beginCompression() {
-  zipped_.resize(kZipBuffer);
+void FileSink::begin_compression() {
+  zipped_.resize(zip_buffer);
   auto stream = std::make_unique<z_stream>();
   if (deflateInit(stream.get(), Z_DEFAULT_COMPRESSION) != Z_OK)
     throw std::runtime_error("cannot start compressing " + path_);
   zip_ = std::move(stream);
 }
 
-void FileSink::deflateInput(const Bytes& bytes, int flush) {
+void FileSink::deflate_input(const Bytes& bytes, int flush) {
   zip_->next_in = const_cast<std::uint8_t*>(bytes.data());  // zlib only reads it
   zip_->avail_in = static_cast<uInt>(bytes.size());
   int result = Z_OK;
@@ -58,7 +58,7 @@ void FileSink::deflateInput(const Bytes& bytes, int flush) {
 }
 
 void FileSink::close() {
-  if (zip_) deflateInput({}, Z_FINISH);
+  if (zip_) deflate_input({}, Z_FINISH);
   std::FILE* const file = std::exchange(file_, nullptr);
   if (std::fclose(file) != 0) fail("cannot write to");
 }

@@ -24,7 +24,7 @@ class FileSink {
   void write(const Bytes& bytes);
 
   // Deflates all that is written from now on.
-  void beginCompression();
+  void begin_compression();
 
   // Ends the zlib stream and closes the file. A sink that is destroyed without it leaves an
   // incomplete file.
@@ -32,7 +32,7 @@ class FileSink {
 
  private:
   void store(const std::uint8_t* data, std::size_t size);
-  void deflateInput(const Bytes& bytes, int flush);
+  void deflate_input(const Bytes& bytes, int flush);
   [[noreturn]] void fail(const std::string& what) const;
 
   std::string path_;

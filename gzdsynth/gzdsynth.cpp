@@ -14,39 +14,39 @@ namespace {
 
 using namespace gzdsynth;
 
-void cutFile(const std::string& path, std::uint64_t bytes) {
+void cut_file(const std::string& path, std::uint64_t bytes) {
   const std::uint64_t size = std::filesystem::file_size(path);
   std::filesystem::resize_file(path, size - std::min(size, bytes));
 }
 
-void writeCompanions(const SessionSettings& settings, const std::vector<TrialSpan>& trials) {
+void write_companions(const SessionSettings& settings, const std::vector<TrialSpan>& trials) {
   if (!settings.messageLog.empty()) {
     Bytes log;
-    putText(log, messageLogText(trials));
-    saveBytes(log, settings.messageLog);
+    put_text(log, message_log_text(trials));
+    save_bytes(log, settings.messageLog);
   }
   if (!settings.videoTable) return;
   for (std::size_t i = 0; i < trials.size(); ++i)
-    saveBytes(frameTable(trials[i]), frameTableName(settings.output, i));
+    save_bytes(frame_table_bytes(trials[i]), frame_table_name(settings.output, i));
 }
 
-void writeRecording(const SessionSettings& settings) {
-  GzdWriter writer = sessionWriter(settings);
-  writer.streamTo(settings.output);
+void write_recording(const SessionSettings& settings) {
+  GzdWriter writer = session_writer(settings);
+  writer.stream_to(settings.output);
   const std::vector<TrialSpan> trials = Session(settings, writer).run();
   writer.finish();
-  if (settings.cut > 0) cutFile(settings.output, settings.cut);
-  writeCompanions(settings, trials);
+  if (settings.cut > 0) cut_file(settings.output, settings.cut);
+  write_companions(settings, trials);
 }
 
 int run(const std::vector<std::string_view>& arguments) {
-  const SynthCommand command = parseCommand(arguments);
+  const SynthCommand command = parse_command(arguments);
   if (command.help) {
-    std::fputs(usageText().c_str(), stdout);
+    std::fputs(usage_text().c_str(), stdout);
   } else if (command.version) {
     std::puts("gzdsynth " GZDSYNTH_VERSION);
   } else {
-    writeRecording(command.settings);
+    write_recording(command.settings);
   }
   return 0;
 }

@@ -29,9 +29,9 @@ class Random {
     const std::uint64_t bits = next();
     std::uint64_t sum = 0;
     for (unsigned shift = 0; shift < 64; shift += 16) sum += (bits >> shift) & 0xFFFFU;
-    constexpr double kMean = 2 * 65535.0;
-    constexpr double kSqrt3 = 1.7320508075688772;
-    return (static_cast<double>(sum) - kMean) * (kSqrt3 / 65536.0);
+    constexpr double middle = 2 * 65535.0;
+    constexpr double sqrt3 = 1.7320508075688772;
+    return (static_cast<double>(sum) - middle) * (sqrt3 / 65536.0);
   }
 
  private:

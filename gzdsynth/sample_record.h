@@ -20,11 +20,11 @@ struct SampleBlock {
 };
 
 // A block of any kind whose length is that of its payload.
-SampleBlock unknownBlock(unsigned kind, Bytes payload);
+SampleBlock unknown_block(unsigned kind, Bytes payload);
 
 // Head-target values as stored words, in the order of the record: head in space x (left, right,
 // combined), y (the same), eye in head x (left, right, cyclopean), y (the same). Kind 1, 24 bytes.
-SampleBlock headTargetBlock(const std::array<int, 12>& words);
+SampleBlock head_target_block(const std::array<int, 12>& words);
 
 // Values of a head-pose block, in the order of the record.
 struct HeadPose {
@@ -36,7 +36,7 @@ struct HeadPose {
 };
 
 // Kind 2, 92 bytes.
-SampleBlock headPoseBlock(const HeadPose& pose);
+SampleBlock head_pose_block(const HeadPose& pose);
 
 // Values of an ellipse block.
 struct Ellipse {
@@ -51,8 +51,8 @@ struct Ellipse {
 };
 
 // Kind 3, of 56 or 72 bytes.
-SampleBlock ellipseBlock56(const Ellipse& ellipse);
-SampleBlock ellipseBlock72(const Ellipse& ellipse);
+SampleBlock ellipse_block56(const Ellipse& ellipse);
+SampleBlock ellipse_block72(const Ellipse& ellipse);
 
 // A sample. `flags` chooses the fields that are written; the lowest bit is always added. Words are
 // as stored: gaze and resolution times the gaze prescale (see stored()). Arrays: left, right.
@@ -75,7 +75,7 @@ struct SampleRecord {
 };
 
 // Appends the sample, tag word first.
-void putSample(Bytes& out, const SampleRecord& sample);
+void put_sample(Bytes& out, const SampleRecord& sample);
 
 }  // namespace gzdsynth
 

@@ -13,27 +13,27 @@ namespace gzdsynth {
 
 namespace {
 
-constexpr double kParserDelay = 16;                                             // ms
-constexpr std::int64_t kEndOfTrial = std::numeric_limits<std::int64_t>::max();  // behind all ticks
-constexpr std::uint32_t kBeforeBlock = 60;  // ms from a trial's first message to its block
-constexpr std::uint32_t kAfterBlock = 240;  // ms from a block to the next trial
-constexpr double kGapsPerSecond = 0.7;
-constexpr double kRepeatsPerSecond = 2;
-constexpr int kStraySamples = 5;
-constexpr int kIdleInput = 127, kSignalInput = 126;
+constexpr double parser_delay = 16;                                              // ms
+constexpr std::int64_t end_of_trial = std::numeric_limits<std::int64_t>::max();  // behind all ticks
+constexpr std::uint32_t before_block = 60;  // ms from a trial's first message to its block
+constexpr std::uint32_t after_block = 240;  // ms from a block to the next trial
+constexpr double gaps_per_second = 0.7;
+constexpr double repeats_per_second = 2;
+constexpr int stray_samples = 5;
+constexpr int idle_input = 127, signal_input = 126;
 
-std::string eyeLetters(const SessionSettings& s) {
+std::string eye_letters(const SessionSettings& s) {
   return std::string(s.left ? "L" : "") + (s.right ? "R" : "");
 }
 
-int eventFlags(const SessionSettings& s, unsigned sampleFlags) {
+int event_flags(const SessionSettings& s, unsigned sample_flags) {
   const unsigned fields =
       SMP_LEFT | SMP_RIGHT | SMP_PUPIL_POS | SMP_HREF | SMP_GAZE | SMP_RESOLUTION | SMP_PUPIL_SIZE;
-  return static_cast<int>((sampleFlags & fields) | (s.generation > 1 ? SMP_STATUS : 0U));
+  return static_cast<int>((sample_flags & fields) | (s.generation > 1 ? SMP_STATUS : 0U));
 }
 
 // A text longer than one record holds, of words that can be counted.
-std::string longText(int trial) {
+std::string long_text(int trial) {
   std::string text = "TRIAL_VAR list " + std::to_string(trial);
   for (int i = 0; i < 250; ++i) text += " item" + std::to_string(i);
   return text;
@@ -41,34 +41,34 @@ std::string longText(int trial) {
 
 }  // namespace
 
-GzdWriter sessionWriter(const SessionSettings& s) {
+GzdWriter session_writer(const SessionSettings& s) {
   GzdWriter writer(0);
-  if (s.generation == 4) writer.magic(s.zip ? Magic::kOspZip : Magic::kOsp);
-  if (s.generation != 4) writer.magic(s.zip ? Magic::kFalcZip : Magic::kComb);
-  writer.preambleLine("DATE: Tue Mar 14 10:26:53 2023");
-  writer.preambleLine("TYPE: binary file with samples, events and messages");
+  if (s.generation == 4) writer.magic(s.zip ? Magic::OspZip : Magic::Osp);
+  if (s.generation != 4) writer.magic(s.zip ? Magic::FalcZip : Magic::Comb);
+  writer.preamble_line("DATE: Tue Mar 14 10:26:53 2023");
+  writer.preamble_line("TYPE: binary file with samples, events and messages");
   switch (s.generation) {
     case 1:
-      writer.preambleLine("SOURCE: OVILO MERLIN").preambleLine("SYSTEM: tracker host 2.04");
+      writer.preamble_line("SOURCE: OVILO MERLIN").preamble_line("SYSTEM: tracker host 2.04");
       break;
     case 2:
-      writer.preambleLine("VERSION: OVILO KESTREL 1").preambleLine("SOURCE: OVILO KESTREL");
-      writer.preambleLine("SYSTEM: tracker host 4.60").preambleLine("CAMERA: lens 35 mm");
+      writer.preamble_line("VERSION: OVILO KESTREL 1").preamble_line("SOURCE: OVILO KESTREL");
+      writer.preamble_line("SYSTEM: tracker host 4.60").preamble_line("CAMERA: lens 35 mm");
       break;
     case 3:
-      writer.preambleLine("VERSION: OVILO KESTREL 1").preambleLine("SOURCE: OVILO FALCON");
-      writer.preambleLine("SYSTEM: tracker host 5.12").preambleLine("CAMERA: lens 25 mm");
+      writer.preamble_line("VERSION: OVILO KESTREL 1").preamble_line("SOURCE: OVILO FALCON");
+      writer.preamble_line("SYSTEM: tracker host 5.12").preamble_line("CAMERA: lens 25 mm");
       break;
     default:
-      writer.preambleLine("VERSION: OVILO OSPREY 3").preambleLine("SOURCE: OVILO OSPREY");
-      writer.preambleLine("SYSTEM: tracker host 6.2 MVTQ2.1").preambleLine("CAMERA: twin");
+      writer.preamble_line("VERSION: OVILO OSPREY 3").preamble_line("SOURCE: OVILO OSPREY");
+      writer.preamble_line("SYSTEM: tracker host 6.2 MVTQ2.1").preamble_line("CAMERA: twin");
   }
-  writer.endTag(s.endTag);
+  writer.end_tag(s.end_tag);
   return writer;
 }
 
-std::uint64_t sessionEnd(const SessionSettings& s) {
-  const std::uint64_t perTrial = kBeforeBlock + kAfterBlock;
+std::uint64_t session_end(const SessionSettings& s) {
+  const std::uint64_t perTrial = before_block + after_block;
   return s.startTime + 1000U * static_cast<std::uint64_t>(s.seconds) +
          perTrial * static_cast<std::uint64_t>(s.trials);
 }
@@ -80,11 +80,11 @@ Session::Session(const SessionSettings& settings, GzdWriter& writer)
       model_(settings.seed, settings.rate),
       faults_(~settings.seed) {}
 
-std::int64_t Session::ticksOf(double milliseconds) const {
+std::int64_t Session::ticks_of(double milliseconds) const {
   return std::max<std::int64_t>(1, static_cast<std::int64_t>(milliseconds * settings_.rate / 1000));
 }
 
-std::uint32_t Session::timeAt(std::uint32_t start, std::int64_t tick) const {
+std::uint32_t Session::time_at(std::uint32_t start, std::int64_t tick) const {
   return start + static_cast<std::uint32_t>(tick * 1000 / settings_.rate);
 }
 
@@ -92,38 +92,38 @@ std::vector<TrialSpan> Session::run() {
   std::vector<TrialSpan> spans;
   std::uint32_t time = settings_.startTime;
   for (int trial = 0; trial < settings_.trials; ++trial) {
-    spans.push_back(runTrial(trial, time));
-    time = spans.back().end + kAfterBlock;
+    spans.push_back(run_trial(trial, time));
+    time = spans.back().end + after_block;
   }
   return spans;
 }
 
-TrialSpan Session::runTrial(int trial, std::uint32_t start) {
+TrialSpan Session::run_trial(int trial, std::uint32_t start) {
   const std::int64_t total = std::int64_t{settings_.seconds} * settings_.rate;
   const std::int64_t ticks =
       total * (trial + 1) / settings_.trials - total * trial / settings_.trials;
-  const std::uint32_t first = start + kBeforeBlock;
+  const std::uint32_t first = start + before_block;
   // A last sample half a millisecond behind its time still lies in the block.
   const bool half = settings_.rate == 2000 && ticks % 2 == 0;
-  const TrialSpan span{first, timeAt(first, ticks - 1) + (half ? 1 : 0)};
+  const TrialSpan span{first, time_at(first, ticks - 1) + (half ? 1 : 0)};
 
   announce(trial, start);
-  writer_.startEvents(blockStart(first));
-  if (settings_.samples) writer_.startSamples(blockStart(first));
+  writer_.start_events(block_start(first));
+  if (settings_.samples) writer_.start_samples(block_start(first));
   model_.restart();
   parsers_.clear();
   if (settings_.left) parsers_.emplace_back(GZD_LEFT_EYE, settings_);
   if (settings_.right) parsers_.emplace_back(GZD_RIGHT_EYE, settings_);
-  input_ = kIdleInput;
+  input_ = idle_input;
   buttons_ = 0;
   timeKnown_ = false;
   gapLeft_ = 0;
-  for (std::int64_t tick = 0; tick < ticks; ++tick) runTick(tick, ticks, first);
+  for (std::int64_t tick = 0; tick < ticks; ++tick) run_tick(tick, ticks, first);
   for (EyeParser& parser : parsers_) parser.finish(found_);
   queue(ticks);
-  writePending(kEndOfTrial);
-  if (settings_.samples) writer_.endSamples(span.end);
-  writer_.endEvents(span.end);
+  write_pending(end_of_trial);
+  if (settings_.samples) writer_.end_samples(span.end);
+  writer_.end_events(span.end);
   conclude(trial, span.end);
   return span;
 }
@@ -131,16 +131,16 @@ TrialSpan Session::runTrial(int trial, std::uint32_t start) {
 void Session::announce(int trial, std::uint32_t time) {
   const std::string number = std::to_string(trial + 1);
   if (trial == 0)
-    writer_.message(time, "DISPLAY_COORDS 0 0 " + std::to_string(kDisplayRight) + " " +
-                              std::to_string(kDisplayBottom));
+    writer_.message(time, "DISPLAY_COORDS 0 0 " + std::to_string(display_right) + " " +
+                              std::to_string(display_bottom));
   writer_.message(time + 2, "TRIALID " + number);
   if (!settings_.messageLog.empty())
     writer_.message(time + 10,
                     "TRACKER_TIME " + std::to_string(trial) + " " + std::to_string(time + 10));
   writer_.message(time + 20, "RECCFG RATE " + std::to_string(settings_.rate) + " FILTER 2 EYES " +
-                                 eyeLetters(settings_));
-  if (settings_.straySamples && settings_.samples) writeStraySamples(time + 30);
-  if (settings_.longMessages) writer_.longMessage(time + 45, trial + 1, longText(trial + 1));
+                                 eye_letters(settings_));
+  if (settings_.straySamples && settings_.samples) write_stray_samples(time + 30);
+  if (settings_.longMessages) writer_.long_message(time + 45, trial + 1, long_text(trial + 1));
 }
 
 void Session::conclude(int trial, std::uint32_t time) {
@@ -148,38 +148,38 @@ void Session::conclude(int trial, std::uint32_t time) {
   writer_.message(time + 12, "TRIAL_RESULT 0");
 }
 
-BlockStart Session::blockStart(std::uint32_t time) const {
+BlockStart Session::block_start(std::uint32_t time) const {
   BlockStart block{.time = time, .rate = static_cast<double>(settings_.rate)};
-  block.sampleFlags = static_cast<int>(camera_.sampleFlags());
-  block.eventFlags = eventFlags(settings_, camera_.sampleFlags());
-  block.gazePrescale = settings_.gazePrescale();
-  block.velocityPrescale = kVelocityPrescale;
-  block.positionType = eventPositionType(settings_);
+  block.sample_flags = static_cast<int>(camera_.sample_flags());
+  block.event_flags = event_flags(settings_, camera_.sample_flags());
+  block.gaze_prescale = settings_.gaze_prescale();
+  block.velocityPrescale = velocity_prescale;
+  block.positionType = event_position_type(settings_);
   if (settings_.generation > 3) {
-    block.pupilPrescale = kPupilPrescale;
-    block.headPrescale = settings_.gazePrescale();
+    block.pupilPrescale = pupil_prescale;
+    block.headPrescale = settings_.gaze_prescale();
   }
   return block;
 }
 
-void Session::runTick(std::int64_t tick, std::int64_t ticks, std::uint32_t start) {
+void Session::run_tick(std::int64_t tick, std::int64_t ticks, std::uint32_t start) {
   const GazeState state = model_.next();
-  const std::uint32_t time = timeAt(start, tick);
+  const std::uint32_t time = time_at(start, tick);
   act(tick, ticks, time);
-  writePending(tick);
-  if (losesSample()) return;
+  write_pending(tick);
+  if (loses_sample()) return;
   Observation now{camera_.sample(state), state.phase, state.speed, {}};
   now.sample.time = time;
   now.sample.input = input_;
   now.sample.buttons = buttons_;
   if (settings_.pose) now.pose = camera_.pose(state);
   parse(now, tick);
-  if (settings_.samples) writeSample(now, state, tick);
+  if (settings_.samples) write_sample(now, state, tick);
 }
 
 // What the participant and the experiment do in a trial.
 void Session::act(std::int64_t tick, std::int64_t ticks, std::uint32_t time) {
-  const std::int64_t hold = ticksOf(60);
+  const std::int64_t hold = ticks_of(60);
   const auto setInput = [&](int value) {
     input_ = value;
     if (settings_.input) writer_.input(time, value);
@@ -190,53 +190,54 @@ void Session::act(std::int64_t tick, std::int64_t ticks, std::uint32_t time) {
     if (settings_.buttons) writer_.button(time, 0x0100 | pressed);
   };
   if (tick == ticks / 20) writer_.message(time, "SYNCTIME");
-  if (tick == ticks / 3) setInput(kSignalInput);
-  if (tick == ticks / 3 + hold) setInput(kIdleInput);
+  if (tick == ticks / 3) setInput(signal_input);
+  if (tick == ticks / 3 + hold) setInput(idle_input);
   if (tick == ticks * 4 / 5) setButton(1);
   if (tick == ticks * 4 / 5 + hold) setButton(0);
 }
 
 void Session::parse(const Observation& observation, std::int64_t tick) {
   for (EyeParser& parser : parsers_) parser.see(observation, found_);
-  if (!found_.empty()) queue(tick + ticksOf(kParserDelay));
+  if (!found_.empty()) queue(tick + ticks_of(parser_delay));
 }
 
 void Session::queue(std::int64_t due) {
   for (EventRecord& record : found_)
-    if (!dropsBlink(record)) pending_.push_back({due, std::move(record)});
+    if (!drops_blink(record)) pending_.push_back({due, std::move(record)});
   found_.clear();
 }
 
-void Session::writePending(std::int64_t tick) {
+void Session::write_pending(std::int64_t tick) {
   while (!pending_.empty() && (pending_.front().due <= tick)) {
     writer_.event(pending_.front().record);
     pending_.pop_front();
   }
 }
 
-bool Session::losesSample() {
+bool Session::loses_sample() {
   if (settings_.gap == 0) return false;
-  if (gapLeft_ == 0 && faults_.uniform() < kGapsPerSecond / settings_.rate)
-    gapLeft_ = ticksOf(settings_.gap);
+  if (gapLeft_ == 0 && faults_.uniform() < gaps_per_second / settings_.rate)
+    gapLeft_ = ticks_of(settings_.gap);
   if (gapLeft_ == 0) return false;
   --gapLeft_;
   return true;
 }
 
 // Every third event of a blink is missing.
-bool Session::dropsBlink(const EventRecord& record) {
+bool Session::drops_blink(const EventRecord& record) {
   if (!settings_.unpairedBlinks) return false;
   const unsigned type = record.type();
   if (type != GZD_START_BLINK && type != GZD_END_BLINK) return false;
   return ++blinkEvents_ % 3 == 0;
 }
 
-void Session::writeSample(const Observation& observation, const GazeState& state,
+void Session::write_sample(const Observation& observation, const GazeState& state,
                           std::int64_t tick) {
   SampleRecord sample = observation.sample;
   if (settings_.rawPacked) camera_.pack(sample, state);
   if (settings_.rate == 2000 && tick % 2 == 1) sample.flags |= SMP_HALF_MS;
-  if (settings_.repeatTimes && timeKnown_ && faults_.uniform() < kRepeatsPerSecond / settings_.rate)
+  if (settings_.repeatTimes && timeKnown_ &&
+      faults_.uniform() < repeats_per_second / settings_.rate)
     sample.time = lastTime_;
   const std::uint32_t step = sample.time - lastTime_;
   if (timeKnown_ && step <= 0xFF) {
@@ -250,12 +251,12 @@ void Session::writeSample(const Observation& observation, const GazeState& state
 }
 
 // Samples without a pupil that lie in no block.
-void Session::writeStraySamples(std::uint32_t time) {
+void Session::write_stray_samples(std::uint32_t time) {
   GazeState state;
-  for (int i = 0; i < kStraySamples; ++i) {
+  for (int i = 0; i < stray_samples; ++i) {
     SampleRecord sample = camera_.sample(state);
     sample.flags |= SMP_TIME_ABSOLUTE;
-    sample.time = timeAt(time, i);
+    sample.time = time_at(time, i);
     writer_.sample(sample);
   }
 }

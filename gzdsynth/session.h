@@ -20,14 +20,14 @@ struct TrialSpan {
 };
 
 // Magic and preamble of the tracker that the settings name.
-GzdWriter sessionWriter(const SessionSettings& settings);
+GzdWriter session_writer(const SessionSettings& settings);
 
 // The last time that a session of these settings can reach (ms).
-std::uint64_t sessionEnd(const SessionSettings& settings);
+std::uint64_t session_end(const SessionSettings& settings);
 
 class Session {
  public:
-  // The writer must come from sessionWriter with the same settings, and outlive the session.
+  // The writer must come from session_writer with the same settings, and outlive the session.
   Session(const SessionSettings& settings, GzdWriter& writer);
 
   // Writes all trials. Returns where they lie.
@@ -40,21 +40,21 @@ class Session {
     EventRecord record;
   };
 
-  TrialSpan runTrial(int trial, std::uint32_t start);
+  TrialSpan run_trial(int trial, std::uint32_t start);
   void announce(int trial, std::uint32_t time);
   void conclude(int trial, std::uint32_t time);
-  [[nodiscard]] BlockStart blockStart(std::uint32_t time) const;
-  void runTick(std::int64_t tick, std::int64_t ticks, std::uint32_t start);
+  [[nodiscard]] BlockStart block_start(std::uint32_t time) const;
+  void run_tick(std::int64_t tick, std::int64_t ticks, std::uint32_t start);
   void act(std::int64_t tick, std::int64_t ticks, std::uint32_t time);
   void parse(const Observation& observation, std::int64_t tick);
   void queue(std::int64_t due);
-  void writePending(std::int64_t tick);
-  [[nodiscard]] bool losesSample();
-  [[nodiscard]] bool dropsBlink(const EventRecord& record);
-  void writeSample(const Observation& observation, const GazeState& state, std::int64_t tick);
-  void writeStraySamples(std::uint32_t time);
-  [[nodiscard]] std::uint32_t timeAt(std::uint32_t start, std::int64_t tick) const;
-  [[nodiscard]] std::int64_t ticksOf(double milliseconds) const;
+  void write_pending(std::int64_t tick);
+  [[nodiscard]] bool loses_sample();
+  [[nodiscard]] bool drops_blink(const EventRecord& record);
+  void write_sample(const Observation& observation, const GazeState& state, std::int64_t tick);
+  void write_stray_samples(std::uint32_t time);
+  [[nodiscard]] std::uint32_t time_at(std::uint32_t start, std::int64_t tick) const;
+  [[nodiscard]] std::int64_t ticks_of(double milliseconds) const;
 
   SessionSettings settings_;
   GzdWriter& writer_;

@@ -33,13 +33,13 @@ struct SessionSettings {
   bool unpairedBlinks = false;
   bool straySamples = false;
   std::uint64_t cut = 0;  // bytes of the file's end left away
-  bool endTag = true;
+  bool end_tag = true;
 
   std::string messageLog = {};  // file to write; empty: none
   bool videoTable = false;      // a frame table for each trial beside the output
 
   // Packed camera data are whole words and stay unscaled.
-  [[nodiscard]] int gazePrescale() const { return rawPacked ? 1 : 10; }
+  [[nodiscard]] int gaze_prescale() const { return rawPacked ? 1 : 10; }
   [[nodiscard]] int eyes() const { return (left ? 1 : 0) + (right ? 1 : 0); }
 };
 

@@ -36,7 +36,7 @@ std::uint64_t number(std::string_view name, std::string_view text, std::uint64_t
   return value;
 }
 
-int oneOf(std::string_view name, std::string_view text, const std::vector<int>& allowed) {
+int one_of(std::string_view name, std::string_view text, const std::vector<int>& allowed) {
   std::string list;
   for (const int value : allowed) {
     if (text == std::to_string(value)) return value;
@@ -45,14 +45,14 @@ int oneOf(std::string_view name, std::string_view text, const std::vector<int>& 
   reject(name, text, "one of " + list);
 }
 
-void setEyes(Settings& s, std::string_view value) {
+void set_eyes(Settings& s, std::string_view value) {
   if (value != "left" && value != "right" && value != "both")
     reject("--eyes", value, "left, right or both");
   s.left = value != "right";
   s.right = value != "left";
 }
 
-void setCoordinates(Settings& s, std::string_view list) {
+void set_coordinates(Settings& s, std::string_view list) {
   s.gaze = s.href = s.raw = false;
   const std::string_view whole = list;
   while (true) {
@@ -82,7 +82,7 @@ auto whole(std::string_view name, Member Settings::*member, std::uint64_t low, s
 
 auto choice(std::string_view name, int Settings::*member, const std::vector<int>& allowed) {
   return [name, member, allowed](Settings& s, std::string_view value) {
-    s.*member = oneOf(name, value, allowed);
+    s.*member = one_of(name, value, allowed);
   };
 }
 
@@ -92,22 +92,22 @@ auto flag(bool Settings::*member, bool value) {
 
 const std::vector<Option>& table() {
   using S = Settings;
-  constexpr std::uint64_t kMax32 = std::numeric_limits<std::uint32_t>::max();
-  constexpr std::uint64_t kMax64 = std::numeric_limits<std::uint64_t>::max();
+  constexpr std::uint64_t max32 = std::numeric_limits<std::uint32_t>::max();
+  constexpr std::uint64_t max64 = std::numeric_limits<std::uint64_t>::max();
   static const std::vector<Option> options = {
       {"--generation", "1..4", "tracker: 1 old, 2 Kestrel, 3 Falcon (default), 4 Osprey",
        choice("--generation", &S::generation, {1, 2, 3, 4})},
       {"--rate", "HZ", "250, 500, 1000 (default) or 2000; generation 1 has 250 only",
        choice("--rate", &S::rate, {250, 500, 1000, 2000})},
-      {"--eyes", "EYES", "left, right or both (default)", setEyes},
-      {"--coords", "LIST", "positions recorded, of gaze,href,raw (default gaze)", setCoordinates},
+      {"--eyes", "EYES", "left, right or both (default)", set_eyes},
+      {"--coords", "LIST", "positions recorded, of gaze,href,raw (default gaze)", set_coordinates},
       {"--duration", "SECONDS", "recorded time over all trials (default 10)",
        whole("--duration", &S::seconds, 1, 1000000)},
       {"--trials", "N", "number of trials (default 4)", whole("--trials", &S::trials, 1, 1000000)},
       {"--seed", "N", "another seed, other movements (default 1)",
-       whole("--seed", &S::seed, 0, kMax64)},
+       whole("--seed", &S::seed, 0, max64)},
       {"--start-time", "MS", "time of the first message (default 100000)",
-       whole("--start-time", &S::startTime, 1, kMax32)},
+       whole("--start-time", &S::startTime, 1, max32)},
       {"--zip", "", "compressed records", flag(&S::zip, true)},
       {"--target", "", "head-target words in the samples", flag(&S::target, true)},
       {"--pose", "", "head-pose blocks and events (generation 4)", flag(&S::pose, true)},
@@ -132,20 +132,19 @@ const std::vector<Option>& table() {
        flag(&S::unpairedBlinks, true)},
       {"--stray-samples", "", "fault: samples outside recording blocks",
        flag(&S::straySamples, true)},
-      {"--cut", "BYTES", "fault: the end of the file left away",
-       whole("--cut", &S::cut, 1, kMax64)},
-      {"--no-end-tag", "", "fault: no closing zero tag", flag(&S::endTag, false)},
+      {"--cut", "BYTES", "fault: the end of the file left away", whole("--cut", &S::cut, 1, max64)},
+      {"--no-end-tag", "", "fault: no closing zero tag", flag(&S::end_tag, false)},
   };
   return options;
 }
 
-const Option& findOption(std::string_view name) {
+const Option& find_option(std::string_view name) {
   for (const Option& option : table())
     if (option.name == name) return option;
   throw UsageError("unknown option " + std::string(name));
 }
 
-bool hasName(const std::vector<std::string_view>& arguments, std::string_view name) {
+bool has_name(const std::vector<std::string_view>& arguments, std::string_view name) {
   return std::find(arguments.begin(), arguments.end(), name) != arguments.end();
 }
 
@@ -165,16 +164,16 @@ void check(const Settings& s) {
   require(!s.rawPacked || !s.target, "--raw-packed and --target share the head words");
   require(s.generation != 1 || !s.zip, "generation 1 does not compress");
   require(s.trials <= 10 * s.seconds, "a trial must last at least 100 ms");
-  require(sessionEnd(s) <= std::numeric_limits<std::uint32_t>::max(),
+  require(session_end(s) <= std::numeric_limits<std::uint32_t>::max(),
           "the recording would run beyond the last time of 32 bits");
 }
 
 }  // namespace
 
-SynthCommand parseCommand(const std::vector<std::string_view>& arguments) {
+SynthCommand parse_command(const std::vector<std::string_view>& arguments) {
   SynthCommand command;
-  command.help = hasName(arguments, "--help");
-  command.version = hasName(arguments, "--version");
+  command.help = has_name(arguments, "--help");
+  command.version = has_name(arguments, "--version");
   if (command.help || command.version) return command;
   Settings& settings = command.settings;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -184,18 +183,18 @@ SynthCommand parseCommand(const std::vector<std::string_view>& arguments) {
       settings.output = word;
       continue;
     }
-    const Option& option = findOption(word);
+    const Option& option = find_option(word);
     const bool valued = !option.value.empty();
     if (valued && i + 1 == arguments.size())
       throw UsageError(std::string(word) + ": value missing");
     option.apply(settings, valued ? arguments[++i] : std::string_view());
   }
-  if (settings.generation == 1 && !hasName(arguments, "--rate")) settings.rate = 250;
+  if (settings.generation == 1 && !has_name(arguments, "--rate")) settings.rate = 250;
   check(settings);
   return command;
 }
 
-std::string usageText() {
+std::string usage_text() {
   std::string text =
       "Usage: gzdsynth [options] OUTPUT.gzd\n"
       "Writes a synthetic eye-tracker recording.\n\n";

@@ -23,10 +23,10 @@ struct SynthCommand {
 };
 
 // Throws UsageError. With --help or --version nothing else is checked.
-SynthCommand parseCommand(const std::vector<std::string_view>& arguments);
+SynthCommand parse_command(const std::vector<std::string_view>& arguments);
 
 // The text of --help, made of the same table that parses.
-std::string usageText();
+std::string usage_text();
 
 }  // namespace gzdsynth
 

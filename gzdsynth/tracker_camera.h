@@ -9,17 +9,17 @@
 namespace gzdsynth {
 
 // Display of 1024 x 768 pixels.
-inline constexpr int kDisplayRight = 1023, kDisplayBottom = 767;
-inline constexpr int kVelocityPrescale = 10;
+inline constexpr int display_right = 1023, display_bottom = 767;
+inline constexpr int velocity_prescale = 10;
 // Pupil sizes are scaled from generation 4 on.
-inline constexpr int kPupilPrescale = 4;
+inline constexpr int pupil_prescale = 4;
 
 class TrackerCamera {
  public:
   explicit TrackerCamera(const SessionSettings& settings);
 
   // The SMP_ bits of every sample, SMP_TIME_ABSOLUTE and SMP_HALF_MS aside.
-  [[nodiscard]] unsigned sampleFlags() const { return flags_; }
+  [[nodiscard]] unsigned sample_flags() const { return flags_; }
 
   // The fields of a sample; its time, input and buttons are the caller's to set.
   [[nodiscard]] SampleRecord sample(const GazeState& state) const;
@@ -31,9 +31,9 @@ class TrackerCamera {
   [[nodiscard]] HeadPose pose(const GazeState& state) const;
 
  private:
-  void fillEye(SampleRecord& sample, const GazeState& state, std::size_t eye) const;
-  void fillTarget(SampleRecord& sample, const GazeState& state) const;
-  void fillBlocks(SampleRecord& sample, const GazeState& state) const;
+  void fill_eye(SampleRecord& sample, const GazeState& state, std::size_t eye) const;
+  void fill_target(SampleRecord& sample, const GazeState& state) const;
+  void fill_blocks(SampleRecord& sample, const GazeState& state) const;
 
   SessionSettings settings_;
   unsigned flags_;

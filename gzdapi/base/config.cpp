@@ -7,7 +7,7 @@ namespace gzd {
 namespace {
 
 struct SharedConfig {
-  CONFIG config = UNSET_CONFIG;
+  CONFIG config = unset_config;
   std::string debugFileName;
 };
 

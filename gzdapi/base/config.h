@@ -7,7 +7,7 @@
 namespace gzd {
 
 // What a file is opened with when nothing else is said.
-constexpr CONFIG UNSET_CONFIG{MISSING_DATA, MISSING_DATA, 0, nullptr};
+constexpr CONFIG unset_config{MISSING_DATA, MISSING_DATA, 0, nullptr};
 
 // The shared configuration. Its debug_file_name is null unless debugging is enabled.
 const CONFIG& default_config();

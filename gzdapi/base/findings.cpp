@@ -7,7 +7,7 @@ namespace gzd {
 namespace {
 
 double time_of(INT64 stamp) {
-  return stamp == Finding::NONE ? -1.0 : static_cast<double>(stamp) / 2.0;
+  return stamp == Finding::none_found ? -1.0 : static_cast<double>(stamp) / 2.0;
 }
 
 void take_in(Finding& last, const Finding& next) {
@@ -20,7 +20,7 @@ void take_in(Finding& last, const Finding& next) {
 
 void Findings::add(const Finding& finding) {
   Kept& kind = kept[static_cast<std::size_t>(finding.kind)];
-  if (kind.count == MOST_OF_A_KIND) return take_in(list[kind.last], finding);
+  if (kind.count == most_of_a_kind) return take_in(list[kind.last], finding);
   list.push_back(finding);
   kind = {kind.count + 1, list.size() - 1};
 }

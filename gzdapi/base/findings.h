@@ -17,15 +17,15 @@ constexpr INT64 found_at(UINT64 stamp) {
 
 // One finding, its members those of GZD_FINDING, its times as stamps.
 struct Finding {
-  static constexpr INT64 NONE = -1;
+  static constexpr INT64 none_found = -1;
 
   int kind = 0;
   int eye = GZD_BLOCK_NO_EYE;
   int detail = 0;
   INT64 count = 1;
-  INT64 place = NONE;
-  INT64 start = NONE;
-  INT64 end = NONE;
+  INT64 place = none_found;
+  INT64 start = none_found;
+  INT64 end = none_found;
   UINT32 merged = 1;
 };
 
@@ -33,7 +33,7 @@ struct Finding {
 // many are kept, the last of which takes in those that follow.
 class Findings {
  public:
-  static constexpr UINT32 MOST_OF_A_KIND = 1000;
+  static constexpr UINT32 most_of_a_kind = 1000;
 
   void add(const Finding& finding);
   [[nodiscard]] std::size_t size() const { return list.size(); }

@@ -14,8 +14,8 @@ namespace gzd {
 
 namespace {
 
-constexpr int MESSAGE_CAPACITY = 500;
-constexpr std::size_t LONGEST_NUMBER = 20;
+constexpr int message_capacity = 500;
+constexpr std::size_t longest_number = 20;
 
 LogFunction logfcn = nullptr;
 NoticeFunction noticefcn = nullptr;
@@ -39,7 +39,7 @@ void set_notice_function(NoticeFunction function) {
 }
 
 void print_notice(const char* fmt, ...) {
-  char notice[MESSAGE_CAPACITY];
+  char notice[message_capacity];
   std::va_list arguments;
   va_start(arguments, fmt);
   std::vsnprintf(notice, sizeof notice, fmt, arguments);
@@ -49,15 +49,15 @@ void print_notice(const char* fmt, ...) {
 
 // Named by gzd.h, so of no namespace.
 extern "C" GZD_API int print_log(const char* fmt, ...) {
-  char message[MESSAGE_CAPACITY] = {};
+  char message[message_capacity] = {};
   std::va_list arguments;
   va_start(arguments, fmt);
   const int length = std::vsnprintf(message, sizeof message, fmt, arguments);
   va_end(arguments);
-  if (length + 1 >= MESSAGE_CAPACITY) {
+  if (length + 1 >= message_capacity) {
     // A message is never handed on cut short: a text that fills the buffer ends the process.
     std::fprintf(stderr, "gzdapi: a log message is longer than %d characters\n",
-                 MESSAGE_CAPACITY - 2);
+                 message_capacity - 2);
     std::abort();
   }
   hand_on(message, logfcn);
@@ -65,27 +65,27 @@ extern "C" GZD_API int print_log(const char* fmt, ...) {
 }
 
 void log_clipped(const char* fmt, ...) {
-  char message[MESSAGE_CAPACITY] = {};
+  char message[message_capacity] = {};
   std::va_list arguments;
   va_start(arguments, fmt);
   const int length = std::vsnprintf(message, sizeof message, fmt, arguments);
   va_end(arguments);
-  const bool isClipped = length >= MESSAGE_CAPACITY;
-  if (isClipped && std::string_view(fmt).ends_with('\n')) message[MESSAGE_CAPACITY - 2] = '\n';
+  const bool isClipped = length >= message_capacity;
+  if (isClipped && std::string_view(fmt).ends_with('\n')) message[message_capacity - 2] = '\n';
   hand_on(message, logfcn);
 }
 
 NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
     : after(textAfter), beforeLength(textBefore.size()) {
-  assert(beforeLength + LONGEST_NUMBER + after.size() < message.size());
+  assert(beforeLength + longest_number + after.size() < message.size());
   std::copy(textBefore.begin(), textBefore.end(), message.begin());
 }
 
 void NumberLine::log(INT64 number) {
   char* const digits = message.data() + beforeLength;
   const auto small = static_cast<UINT32>(number);  // nearly all are, and are written faster
-  char* const end = (small == number ? std::to_chars(digits, digits + LONGEST_NUMBER, small)
-                                     : std::to_chars(digits, digits + LONGEST_NUMBER, number))
+  char* const end = (small == number ? std::to_chars(digits, digits + longest_number, small)
+                                     : std::to_chars(digits, digits + longest_number, number))
                         .ptr;
   if (end != numberEnd) {  // else the text behind it stands from the line before
     std::memcpy(end, after.data(), after.size());

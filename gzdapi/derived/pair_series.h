@@ -19,8 +19,8 @@ struct PairsFrom {
 
 class PairSeries {
  public:
-  static constexpr int CAPACITY = 512;
-  static constexpr int REACH = VELOCITY_REACH;
+  static constexpr int series_capacity = 512;
+  static constexpr int series_reach = velocity_reach;
 
   PairSeries() { clear(); }
 
@@ -51,11 +51,11 @@ class PairSeries {
   [[nodiscard]] PairsFrom from(int slot) const { return {&x[place(slot)], &y[place(slot)]}; }
 
  private:
-  using Values = std::array<float, REACH + CAPACITY + REACH>;
+  using Values = std::array<float, series_reach + series_capacity + series_reach>;
 
-  static std::size_t place(int slot) { return static_cast<std::size_t>(slot + REACH); }
+  static std::size_t place(int slot) { return static_cast<std::size_t>(slot + series_reach); }
   void shift(Values& values, int dropped) const {
-    const auto first = values.begin() + REACH;
+    const auto first = values.begin() + series_reach;
     const auto end = std::copy(first + dropped, first + count, first);
     std::fill(end, first + count, MISSING_DATA);
   }

@@ -16,21 +16,21 @@ namespace gzd {
 
 namespace {
 
-constexpr double HREF_DEPTH = 15000.0;
-constexpr double DEGREES_PER_RADIAN = 57.2958;
-constexpr double SMALLEST_DIVISOR = 1e-8;
-constexpr double SMALLEST_ANGLE = 1e-5;  // degrees
-constexpr double STEPS_PER_SCREEN = 50.0;
-constexpr int RING_SIZE = 10;
-constexpr int EYES = 2;
+constexpr double href_depth = 15000.0;
+constexpr double degrees_per_radian = 57.2958;
+constexpr double smallest_divisor = 1e-8;
+constexpr double smallest_angle = 1e-5;  // degrees
+constexpr double steps_per_screen = 50.0;
+constexpr int ring_size = 10;
+constexpr int eye_count = 2;
 
 using MATRIX = std::array<std::array<double, 3>, 3>;
 using Vector = std::array<double, 3>;
 
 MATRIX Mso{}, Msi{}, Mos{}, Mis{};
-double ppdx[EYES][RING_SIZE];
-double ppdy[EYES][RING_SIZE];
-int ppdc[EYES];
+double ppdx[eye_count][ring_size];
+double ppdy[eye_count][ring_size];
+int ppdc[eye_count];
 int math_error = 0;
 
 void apply(const MATRIX& m, Vector& v) {
@@ -45,7 +45,7 @@ int convert(const MATRIX& first, const MATRIX& second, double* x, double* y) {
   Vector v = {*x, *y, 1.0};
   apply(first, v);
   apply(second, v);
-  if (!(std::fabs(v[2]) > SMALLEST_DIVISOR)) {
+  if (!(std::fabs(v[2]) > smallest_divisor)) {
     ++math_error;
     return 1;
   }
@@ -54,9 +54,9 @@ int convert(const MATRIX& first, const MATRIX& second, double* x, double* y) {
   return 0;
 }
 
-void clearRing(int eye) {
-  std::fill_n(ppdx[eye], RING_SIZE, 0.0);
-  std::fill_n(ppdy[eye], RING_SIZE, 0.0);
+void clear_ring(int eye) {
+  std::fill_n(ppdx[eye], ring_size, 0.0);
+  std::fill_n(ppdy[eye], ring_size, 0.0);
   ppdc[eye] = 0;
 }
 
@@ -65,11 +65,11 @@ bool missing(double value) {
 }
 
 // The angle in degrees between two points of the head-referenced plane.
-double angleBetween(double x, double y, double hx, double hy) {
-  const double depth = HREF_DEPTH * HREF_DEPTH;
+double angle_between(double x, double y, double hx, double hy) {
+  const double depth = href_depth * href_depth;
   const double cosine =
       (x * hx + depth + y * hy) / std::sqrt((x * x + depth + y * y) * (hx * hx + depth + hy * hy));
-  return std::acos(std::clamp(cosine, -1.0, 1.0)) * DEGREES_PER_RADIAN;
+  return std::acos(std::clamp(cosine, -1.0, 1.0)) * degrees_per_radian;
 }
 
 struct Gaze {
@@ -81,45 +81,45 @@ struct Gaze {
 };
 
 // Pixels per degree of a step on the screen; 0 when it cannot be given.
-double resolutionOfStep(const Gaze& gaze, double dx, double dy) {
+double resolution_of_step(const Gaze& gaze, double dx, double dy) {
   double x = gaze.gx + dx;
   double y = gaze.gy + dy;
   if (gaze_to_href(&x, &y) != 0) return 0.0;
-  const double angle = angleBetween(x, y, gaze.hx, gaze.hy);
-  return angle >= SMALLEST_ANGLE ? std::fabs((dx + dy) / angle) : 0.0;
+  const double angle = angle_between(x, y, gaze.hx, gaze.hy);
+  return angle >= smallest_angle ? std::fabs((dx + dy) / angle) : 0.0;
 }
 
-double toTenths(double value) {
+double to_tenths(double value) {
   return std::trunc((value + 0.05) * 10.0) / 10.0;
 }
 
-void meanOfRing(int eye, double* rx, double* ry) {
+void mean_of_ring(int eye, double* rx, double* ry) {
   double sumX = 0.0;
   double sumY = 0.0;
   int count = 0;
-  for (int i = 0; i < RING_SIZE; ++i) {
+  for (int i = 0; i < ring_size; ++i) {
     if (!(ppdx[eye][i] > 1.0 && ppdy[eye][i] > 1.0)) continue;
     sumX += ppdx[eye][i];
     sumY += ppdy[eye][i];
     ++count;
   }
-  *rx = count > 0 ? toTenths(sumX / count) : static_cast<double>(MISSING_DATA);
-  *ry = count > 0 ? toTenths(sumY / count) : static_cast<double>(MISSING_DATA);
+  *rx = count > 0 ? to_tenths(sumX / count) : static_cast<double>(MISSING_DATA);
+  *ry = count > 0 ? to_tenths(sumY / count) : static_cast<double>(MISSING_DATA);
 }
 
 }  // namespace
 
 int compute_physical_setup(double distanceTop, double distanceBottom, const ScreenEdges& phys,
                            const ScreenEdges& pixel) {
-  clearRing(GZD_LEFT_EYE);
-  clearRing(GZD_RIGHT_EYE);
+  clear_ring(GZD_LEFT_EYE);
+  clear_ring(GZD_RIGHT_EYE);
   // Pixels per millimetre.
   const double sx = 1.0 / ((phys.right - phys.left) / (pixel.right - pixel.left));
   const double sy = 1.0 / ((phys.bottom - phys.top) / (pixel.bottom - pixel.top));
   // d(y) = slope * y + base
   const double slope = (distanceBottom - distanceTop) / (phys.bottom - phys.top);
   const double base = distanceTop - slope * phys.top;
-  const double f = HREF_DEPTH;
+  const double f = href_depth;
   Mos = {{{1.0 / sx, 0.0, phys.left - pixel.left / sx},
           {0.0, 1.0 / sy, phys.top - pixel.top / sy},
           {0.0, 0.0, 1.0}}};
@@ -150,16 +150,16 @@ void calculate_ppd(float hpixel, float vpixel, const FSAMPLE& sample, int eye, d
   const int e = eye == GZD_RIGHT_EYE ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
   const Gaze gaze = {sample.gx[e], sample.gy[e], sample.hx[e], sample.hy[e]};
   const bool valid = !gaze.isMissing();
-  const double px = valid ? resolutionOfStep(gaze, (hpixel + 1.0) / STEPS_PER_SCREEN, 0.0) : 0.0;
-  const double py = valid ? resolutionOfStep(gaze, 0.0, (vpixel + 1.0) / STEPS_PER_SCREEN) : 0.0;
+  const double px = valid ? resolution_of_step(gaze, (hpixel + 1.0) / steps_per_screen, 0.0) : 0.0;
+  const double py = valid ? resolution_of_step(gaze, 0.0, (vpixel + 1.0) / steps_per_screen) : 0.0;
   if (!(px >= 1.0 && py >= 1.0)) {
     if (px == 0.0 || py == 0.0) ++math_error;
-    return clearRing(e);
+    return clear_ring(e);
   }
   ppdx[e][ppdc[e]] = px;
   ppdy[e][ppdc[e]] = py;
-  ppdc[e] = (ppdc[e] + 1) % RING_SIZE;
-  meanOfRing(e, rx, ry);
+  ppdc[e] = (ppdc[e] + 1) % ring_size;
+  mean_of_ring(e, rx, ry);
 }
 
 }  // namespace gzd

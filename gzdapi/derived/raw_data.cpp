@@ -16,22 +16,22 @@ namespace gzd {
 
 namespace {
 
-constexpr float PACK_OFFSET = 32700.0f;
-constexpr float PACK_STEPS = 16.0f;   // fractions of a packed unit
-constexpr float PACK_SCALE = 256.0f;  // packed fractions in a camera pixel
-constexpr float WORD_SCALE = 250.0f;  // units of plain words in a camera pixel
-constexpr float CR_WEIGHT = 1.02f;    // in pupil minus reflection
-constexpr float ROUGH_PI = 3.14159f;  // of the overlap correction
-constexpr float OVERLAP_MARGIN = 3.0f;
-constexpr int OVERLAP_PASSES = 5;
-constexpr INT16 HTYPE_ONE_CR2 = 196;
-constexpr INT16 HTYPE_TWO_CR2 = 200;
+constexpr float pack_offset = 32700.0f;
+constexpr float pack_steps = 16.0f;   // fractions of a packed unit
+constexpr float pack_scale = 256.0f;  // packed fractions in a camera pixel
+constexpr float word_scale = 250.0f;  // units of plain words in a camera pixel
+constexpr float cr_weight = 1.02f;    // in pupil minus reflection
+constexpr float rough_pi = 3.14159f;  // of the overlap correction
+constexpr float overlap_margin = 3.0f;
+constexpr int overlap_passes = 5;
+constexpr INT16 htype_one_cr2 = 196;
+constexpr INT16 htype_two_cr2 = 200;
 
 bool missing(float value) {
   return value == MISSING_DATA || value == NOT_RECORDED;
 }
 
-bool isPacked(const FSAMPLE& sam, int eye) {
+bool is_packed(const FSAMPLE& sam, int eye) {
   return sam.pa[eye] < 0.0f;
 }
 
@@ -40,11 +40,11 @@ void set(float* rv, float x, float y) {
   rv[1] = y;
 }
 
-void setMissing(float* rv) {
+void set_missing(float* rv) {
   set(rv, MISSING_DATA, MISSING_DATA);
 }
 
-void setMissing(UINT32* rv) {
+void set_missing(UINT32* rv) {
   rv[0] = rv[1] = MISSING_DATA_INT;
 }
 
@@ -59,35 +59,35 @@ Integer truncated(float value) {
 }
 
 int unpacked(float prescaler, float value) {
-  return truncated<INT32>(prescaler * value + PACK_OFFSET);
+  return truncated<INT32>(prescaler * value + pack_offset);
 }
 
 // A coordinate of which `whole` holds the upper part and `sixteenths` the lower one.
-float packedCoordinate(float whole, int sixteenths) {
-  return ((whole + PACK_OFFSET) * PACK_STEPS + static_cast<float>(sixteenths)) / PACK_SCALE;
+float packed_coordinate(float whole, int sixteenths) {
+  return ((whole + pack_offset) * pack_steps + static_cast<float>(sixteenths)) / pack_scale;
 }
 
-void packedPosition(float prescaler, float x, float y, float extras, float* rv) {
-  if (missing(x) || missing(y) || missing(extras)) return setMissing(rv);
+void packed_position(float prescaler, float x, float y, float extras, float* rv) {
+  if (missing(x) || missing(y) || missing(extras)) return set_missing(rv);
   const int bits = unpacked(prescaler, extras);
-  set(rv, packedCoordinate(x, (bits >> 4) & 15), packedCoordinate(y, bits & 15));
+  set(rv, packed_coordinate(x, (bits >> 4) & 15), packed_coordinate(y, bits & 15));
 }
 
 struct Centre {
   float x, y;
 };
 
-Centre windowCentre(const CameraSetup& camera, const FSAMPLE& sam) {
+Centre window_centre(const CameraSetup& camera, const FSAMPLE& sam) {
   const auto originX = static_cast<float>((sam.input & 0x1FF) * 4);
   const auto originY = static_cast<float>((sam.input >> 9) * 8);
   return {originX + static_cast<float>(camera.width) * 0.5f,
           originY + static_cast<float>(camera.height) * 0.5f};
 }
 
-void plainPosition(const CameraSetup& camera, const FSAMPLE& sam, int word, float* rv) {
-  const Centre centre = windowCentre(camera, sam);
-  set(rv, centre.x + static_cast<float>(sam.hdata[word]) / WORD_SCALE,
-      centre.y + static_cast<float>(sam.hdata[word + 1]) / WORD_SCALE);
+void plain_position(const CameraSetup& camera, const FSAMPLE& sam, int word, float* rv) {
+  const Centre centre = window_centre(camera, sam);
+  set(rv, centre.x + static_cast<float>(sam.hdata[word]) / word_scale,
+      centre.y + static_cast<float>(sam.hdata[word + 1]) / word_scale);
 }
 
 }  // namespace
@@ -95,24 +95,24 @@ void plainPosition(const CameraSetup& camera, const FSAMPLE& sam, int word, floa
 // ---- pupil -------------------------------------------------------------------------------------
 
 UINT32 uncorrected_pupil_area(const FSAMPLE& sam, int eye) {
-  if (!isPacked(sam, eye)) return static_cast<UINT32>(sam.hdata[4]);
-  return sam.pa[eye] <= -PACK_OFFSET ? 0 : truncated<UINT32>(sam.pa[eye] + PACK_OFFSET);
+  if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[4]);
+  return sam.pa[eye] <= -pack_offset ? 0 : truncated<UINT32>(sam.pa[eye] + pack_offset);
 }
 
 void uncorrected_raw_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
-  if (uncorrected_pupil_area(sam, eye) == 0) return setMissing(rv);
-  if (!isPacked(sam, eye)) return plainPosition(camera, sam, 0, rv);
-  packedPosition(camera.prescaler, sam.px[eye], sam.py[eye], sam.gx[eye], rv);
+  if (uncorrected_pupil_area(sam, eye) == 0) return set_missing(rv);
+  if (!is_packed(sam, eye)) return plain_position(camera, sam, 0, rv);
+  packed_position(camera.prescaler, sam.px[eye], sam.py[eye], sam.gx[eye], rv);
 }
 
 void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UINT32* rv) {
   rv[0] = rv[1] = 0;
   if (uncorrected_pupil_area(sam, eye) == 0) return;
-  if (!isPacked(sam, eye)) {
+  if (!is_packed(sam, eye)) {
     rv[0] = static_cast<UINT32>(sam.hdata[6] & 0xFF);
     rv[1] = static_cast<UINT32>(sam.hdata[6] >> 8);
   } else if (missing(sam.gx[eye]) || missing(sam.gy[eye])) {
-    setMissing(rv);
+    set_missing(rv);
   } else {
     rv[0] = static_cast<UINT32>(unpacked(camera.prescaler, sam.gy[eye]) >> 8) & 0xFF;
     rv[1] = static_cast<UINT32>(unpacked(camera.prescaler, sam.gx[eye]) >> 8) & 0xFF;
@@ -122,42 +122,42 @@ void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UIN
 // ---- corneal reflections -----------------------------------------------------------------------
 
 UINT32 uncorrected_cr_area(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
-  if (!isPacked(sam, eye)) return static_cast<UINT32>(sam.hdata[5]);
+  if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[5]);
   const float packed = eye == GZD_RIGHT_EYE ? sam.ry : sam.rx;
   if (missing(packed)) return 0;
   return truncated<UINT32>(std::floor(camera.prescaler * packed + 0.5f));
 }
 
 void uncorrected_raw_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
-  if (uncorrected_cr_area(camera, sam, eye) == 0) return setMissing(rv);
-  if (!isPacked(sam, eye)) return plainPosition(camera, sam, 2, rv);
-  packedPosition(camera.prescaler, sam.hx[eye], sam.hy[eye], sam.gy[eye], rv);
+  if (uncorrected_cr_area(camera, sam, eye) == 0) return set_missing(rv);
+  if (!is_packed(sam, eye)) return plain_position(camera, sam, 2, rv);
+  packed_position(camera.prescaler, sam.hx[eye], sam.hy[eye], sam.gy[eye], rv);
 }
 
 void cr_dimension(const FSAMPLE& sam, UINT32* rv) {
-  if (sam.htype == HTYPE_TWO_CR2) return setMissing(rv);
+  if (sam.htype == htype_two_cr2) return set_missing(rv);
   rv[0] = static_cast<UINT32>(sam.hdata[7] & 0xFF);
   rv[1] = static_cast<UINT32>(sam.hdata[7] >> 8);
 }
 
 UINT32 uncorrected_cr2_area(const FSAMPLE& sam, int eye) {
-  if (!isPacked(sam, eye)) return 0;
-  if (sam.htype == HTYPE_ONE_CR2) return static_cast<UINT32>(sam.hdata[3]);
-  if (sam.htype != HTYPE_TWO_CR2) return 0;
+  if (!is_packed(sam, eye)) return 0;
+  if (sam.htype == htype_one_cr2) return static_cast<UINT32>(sam.hdata[3]);
+  if (sam.htype != htype_two_cr2) return 0;
   return static_cast<UINT32>(sam.hdata[eye == GZD_RIGHT_EYE ? 7 : 3]);
 }
 
 void uncorrected_raw_cr2(const FSAMPLE& sam, int eye, float* rv) {
-  if (uncorrected_cr2_area(sam, eye) == 0) return setMissing(rv);
-  const INT16* words = sam.hdata + (sam.htype == HTYPE_TWO_CR2 && eye == GZD_RIGHT_EYE ? 4 : 0);
-  set(rv, static_cast<float>(words[0]) + static_cast<float>(words[2] >> 8) / PACK_SCALE,
-      static_cast<float>(words[1]) + static_cast<float>(words[2] & 0xFF) / PACK_SCALE);
+  if (uncorrected_cr2_area(sam, eye) == 0) return set_missing(rv);
+  const INT16* words = sam.hdata + (sam.htype == htype_two_cr2 && eye == GZD_RIGHT_EYE ? 4 : 0);
+  set(rv, static_cast<float>(words[0]) + static_cast<float>(words[2] >> 8) / pack_scale,
+      static_cast<float>(words[1]) + static_cast<float>(words[2] & 0xFF) / pack_scale);
 }
 
 // ---- window, pupil minus reflection ------------------------------------------------------------
 
 void window_position(const CameraSetup& camera, const FSAMPLE& sam, UINT32* rv) {
-  const Centre centre = windowCentre(camera, sam);
+  const Centre centre = window_centre(camera, sam);
   rv[0] = truncated<UINT32>(centre.x);
   rv[1] = truncated<UINT32>(centre.y);
 }
@@ -170,8 +170,8 @@ void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv)
   UINT32 area = uncorrected_pupil_area(sam, eye);
   const auto crArea = static_cast<float>(uncorrected_cr_area(camera, sam, eye));
   do_pupil_cr_fixup(&pupil[0], &pupil[1], &area, reflection[0], reflection[1], crArea,
-                    OVERLAP_MARGIN, OVERLAP_PASSES);
-  set(rv, pupil[0] - CR_WEIGHT * reflection[0], pupil[1] - CR_WEIGHT * reflection[1]);
+                    overlap_margin, overlap_passes);
+  set(rv, pupil[0] - cr_weight * reflection[0], pupil[1] - cr_weight * reflection[1]);
 }
 
 // ---- overlap -----------------------------------------------------------------------------------
@@ -183,8 +183,8 @@ struct Disc {
 };
 
 // How far a reflection of radius `rc` reaches into the pupil, as a fraction of its diameter.
-float overlapFraction(const Disc& pupil, const Disc& cr, float rc) {
-  const float rp = std::sqrt(pupil.area / ROUGH_PI);
+float overlap_fraction(const Disc& pupil, const Disc& cr, float rc) {
+  const float rp = std::sqrt(pupil.area / rough_pi);
   return (rp - (std::hypot(pupil.x - cr.x, pupil.y - cr.y) - rc)) * 0.5f / rc;
 }
 
@@ -206,12 +206,12 @@ void do_pupil_cr_fixup(float* ppx, float* ppy, UINT32* ppa, float cx, float cy, 
   if (*ppa < 1 || ca < 1.0f) return;
   if (missing(*ppx) || missing(*ppy) || missing(cx) || missing(cy)) return;
   const Disc pupil = {*ppx, *ppy, static_cast<float>(*ppa)};
-  const float rc = std::sqrt(ca / ROUGH_PI) + expand;
-  const Disc cr = {cx, cy, rc * rc * ROUGH_PI};
+  const float rc = std::sqrt(ca / rough_pi) + expand;
+  const Disc cr = {cx, cy, rc * rc * rough_pi};
   const Disc combined = together(pupil, cr);
   Disc result = pupil;
   for (int pass = 0; pass < passes; ++pass) {
-    const float f = std::min(overlapFraction(result, cr, rc), 1.0f);
+    const float f = std::min(overlap_fraction(result, cr, rc), 1.0f);
     if (f < 0.0f) return;
     result = blend(pupil, combined, f);
     if (f == 0.0f) break;

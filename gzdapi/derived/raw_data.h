@@ -17,8 +17,8 @@ namespace gzd {
 // What a sample's recording block says about the camera.
 struct CameraSetup {
   float prescaler = 0.0f;  // gaze prescaler
-  int width = DEFAULT_WINDOW_WIDTH;
-  int height = DEFAULT_WINDOW_HEIGHT;
+  int width = default_window_width;
+  int height = default_window_height;
 };
 
 UINT32 uncorrected_pupil_area(const FSAMPLE& sam, int eye);

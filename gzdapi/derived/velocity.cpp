@@ -39,9 +39,9 @@ struct BlockMeans {
   float outerBefore, innerBefore, innerAfter, outerAfter;
 };
 
-constexpr float WEIGHT_OF_FOUR_BLOCKS = 0.167f;
-constexpr float WEIGHT_OF_TWO_BLOCKS = 0.5f;
-constexpr float BLOCKS_PER_SECOND = 250.0f;
+constexpr float weight_of_four_blocks = 0.167f;
+constexpr float weight_of_two_blocks = 0.5f;
+constexpr float blocks_per_second = 250.0f;
 
 struct At250 {
   static constexpr int halfWindow = 2;
@@ -89,10 +89,10 @@ template <class Rate, bool fast>
 void velocities_at(const float* x, const float* resolutions, int count, float* velocities) {
   for (int i = 0; i < count; ++i) {
     const BlockMeans b = Rate::means(x + i);
-    const float difference = fast ? (b.innerAfter - b.innerBefore) * WEIGHT_OF_TWO_BLOCKS
+    const float difference = fast ? (b.innerAfter - b.innerBefore) * weight_of_two_blocks
                                   : (b.innerAfter + b.outerAfter - b.outerBefore - b.innerBefore) *
-                                        WEIGHT_OF_FOUR_BLOCKS;
-    velocities[i] = (BLOCKS_PER_SECOND / resolutions[i]) * (difference * Rate::gain);
+                                        weight_of_four_blocks;
+    velocities[i] = (blocks_per_second / resolutions[i]) * (difference * Rate::gain);
   }
   for (int i = 0; i < count; ++i) {
     velocities[i] = is_present(resolutions[i]) ? velocities[i] : MISSING_DATA;
@@ -130,12 +130,12 @@ float calcVelocity_non_falcon(bool fastVelocity, const float* x, int xlen, float
   return single_step(middle[-1], middle[0], racc, sampleRate);
 }
 
-void calcVelocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,
+void calc_velocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,
                                float sampleRate, float* velocities) {
   for (int i = 0; i < count; ++i) {
-    const float* const series = x + i - VELOCITY_REACH;
+    const float* const series = x + i - velocity_reach;
     velocities[i] = is_present(resolutions[i])
-                        ? calcVelocity_non_falcon(fast, series, 2 * VELOCITY_REACH + 1,
+                        ? calcVelocity_non_falcon(fast, series, 2 * velocity_reach + 1,
                                                   resolutions[i], sampleRate)
                         : MISSING_DATA;
   }
@@ -154,11 +154,11 @@ float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_sam
     return MISSING_DATA;
   }
   float velocity;
-  calcVelocities_falcon(use_fast_velocity, xd + middle, &xres, 1, samples_per_second, &velocity);
+  calc_velocities_falcon(use_fast_velocity, xd + middle, &xres, 1, samples_per_second, &velocity);
   return velocity;
 }
 
-void calcVelocities_falcon(bool fast, const float* x, const float* resolutions, int count,
+void calc_velocities_falcon(bool fast, const float* x, const float* resolutions, int count,
                            float sampleRate, float* velocities) {
   const RateModel& model = model_at(sampleRate);
   (fast ? model.fastVelocities : model.velocities)(x, resolutions, count, velocities);

@@ -18,13 +18,13 @@ float calcVelocity_non_falcon(bool fastVelocity, const float* x, int xlen, float
 float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_samples, float xres,
                           float samples_per_second);
 
-// Both also for `count` positions in a row, `x` the first of them: VELOCITY_REACH more can be read
+// Both also for `count` positions in a row, `x` the first of them: velocity_reach more can be read
 // before the first and behind the last. `resolutions`: units per degree at each, MISSING_DATA where
 // no velocity is to be had. The results are the same, bit by bit.
-constexpr int VELOCITY_REACH = 19;
-void calcVelocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,
+constexpr int velocity_reach = 19;
+void calc_velocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,
                                float sampleRate, float* velocities);
-void calcVelocities_falcon(bool fast, const float* x, const float* resolutions, int count,
+void calc_velocities_falcon(bool fast, const float* x, const float* resolutions, int count,
                            float sampleRate, float* velocities);
 
 // How many positions to either side of the middle calcVelocity_falcon uses at this rate.

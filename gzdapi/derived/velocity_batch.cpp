@@ -9,23 +9,23 @@ namespace gzd {
 
 namespace {
 
-constexpr double HREF_DISTANCE_SQUARED = 15000.0 * 15000.0;
-constexpr double DEGREES_PER_RADIAN = 57.2958;
+constexpr double href_distance_squared = 15000.0 * 15000.0;
+constexpr double degrees_per_radian = 57.2958;
 // No float lies between this one and 0.01.
-constexpr float SMALLEST_RESOLUTION = 0.01f;
-static_assert(static_cast<double>(SMALLEST_RESOLUTION) < 0.01);
-constexpr float LARGEST_RESOLUTION = 10000.0f;
+constexpr float smallest_resolution = 0.01f;
+static_assert(static_cast<double>(smallest_resolution) < 0.01);
+constexpr float largest_resolution = 10000.0f;
 
-constexpr int FIRST_FALCON_REVISION = 3;
+constexpr int first_falcon_revision = 3;
 
 // Units per degree at samples in a row; MISSING_DATA where velocities cannot be had.
 struct Resolutions {
-  float x[VelocityBatch::LENGTH];
-  float y[VelocityBatch::LENGTH];
+  float x[VelocityBatch::batch_length];
+  float y[VelocityBatch::batch_length];
 };
 
 bool is_usable(float resolution) {
-  return resolution > SMALLEST_RESOLUTION && resolution != MISSING_DATA;
+  return resolution > smallest_resolution && resolution != MISSING_DATA;
 }
 
 void set_given(const VelocitySettings& settings, int count, Resolutions& resolutions) {
@@ -43,11 +43,11 @@ void set_of_positions(PairsFrom positions, int count, Resolutions& resolutions) 
     if (x == MISSING_DATA || y == MISSING_DATA) continue;
     const double xx = static_cast<double>(x * x);
     const double yy = static_cast<double>(y * y);
-    const double distance = xx + HREF_DISTANCE_SQUARED + yy;
+    const double distance = xx + href_distance_squared + yy;
     resolutions.x[i] =
-        static_cast<float>(distance / std::sqrt(yy + HREF_DISTANCE_SQUARED) / DEGREES_PER_RADIAN);
+        static_cast<float>(distance / std::sqrt(yy + href_distance_squared) / degrees_per_radian);
     resolutions.y[i] =
-        static_cast<float>(distance / std::sqrt(xx + HREF_DISTANCE_SQUARED) / DEGREES_PER_RADIAN);
+        static_cast<float>(distance / std::sqrt(xx + href_distance_squared) / degrees_per_radian);
   }
 }
 
@@ -55,8 +55,8 @@ void leave_out_implausible(int count, Resolutions& resolutions) {
   for (int i = 0; i < count; ++i) {
     const float x = resolutions.x[i];
     const float y = resolutions.y[i];
-    const bool plausible = (x > SMALLEST_RESOLUTION) & (x < LARGEST_RESOLUTION) &
-                           (y > SMALLEST_RESOLUTION) & (y < LARGEST_RESOLUTION);
+    const bool plausible = (x > smallest_resolution) & (x < largest_resolution) &
+                           (y > smallest_resolution) & (y < largest_resolution);
     resolutions.x[i] = plausible ? x : MISSING_DATA;
     resolutions.y[i] = plausible ? y : MISSING_DATA;
   }
@@ -76,10 +76,10 @@ void find_resolutions(int positionType, const VelocitySettings& settings, PairsF
 void compute_velocities(const VelocityKind& kind, const VelocitySettings& settings,
                         PairsFrom positions, PairsFrom own, int count, float* xvel, float* yvel) {
   Resolutions resolutions;
-  find_resolutions(POSITION_TYPE_OF_SERIES[kind.series], settings, positions, own, count,
+  find_resolutions(position_type_of_series[kind.series], settings, positions, own, count,
                    resolutions);
-  const auto model = settings.ovilo_revision < FIRST_FALCON_REVISION ? calcVelocities_non_falcon
-                                                                     : calcVelocities_falcon;
+  const auto model = settings.ovilo_revision < first_falcon_revision ? calc_velocities_non_falcon
+                                                                     : calc_velocities_falcon;
   const float rate = static_cast<float>(settings.sampleRate);
   model(kind.fast, positions.x, resolutions.x, count, rate, xvel);
   model(kind.fast, positions.y, resolutions.y, count, rate, yvel);
@@ -87,12 +87,12 @@ void compute_velocities(const VelocityKind& kind, const VelocitySettings& settin
 
 // Begins at multiples of the length, so that a walk in any direction computes each once.
 void VelocityBatch::moveTo(int slot, int size, const VelocitySettings& asked) {
-  first = slot - slot % LENGTH;
-  end = std::min(first + LENGTH, size);
+  first = slot - slot % batch_length;
+  end = std::min(first + batch_length, size);
   eyes = 0;
   settings = asked;
   kindCount = 0;
-  for (const VelocityKind& kind : VELOCITY_KINDS) {
+  for (const VelocityKind& kind : velocity_kinds) {
     if ((settings.kinds & kind.bit) != 0) kinds[kindCount++] = &kind;
   }
 }

@@ -24,8 +24,8 @@ struct VelocitySettings {
 };
 
 // Types of positions, in the order of series of them.
-constexpr int POSITION_TYPES = 3;
-constexpr int POSITION_TYPE_OF_SERIES[POSITION_TYPES] = {GZD_POSITION_GAZE, GZD_POSITION_HREF,
+constexpr int position_types = 3;
+constexpr int position_type_of_series[position_types] = {GZD_POSITION_GAZE, GZD_POSITION_HREF,
                                                          GZD_POSITION_PUPIL};
 
 struct VelocityKind {
@@ -36,7 +36,7 @@ struct VelocityKind {
   float (FSAMPLE::*y)[2];
 };
 
-constexpr VelocityKind VELOCITY_KINDS[] = {
+constexpr VelocityKind velocity_kinds[] = {
     {GZD_VELOCITY_GAZE, false, 0, &FSAMPLE::gxvel, &FSAMPLE::gyvel},
     {GZD_VELOCITY_HREF, false, 1, &FSAMPLE::hxvel, &FSAMPLE::hyvel},
     {GZD_VELOCITY_RAW, false, 2, &FSAMPLE::rxvel, &FSAMPLE::ryvel},
@@ -44,13 +44,13 @@ constexpr VelocityKind VELOCITY_KINDS[] = {
     {GZD_VELOCITY_FAST_HREF, true, 1, &FSAMPLE::fhxvel, &FSAMPLE::fhyvel},
     {GZD_VELOCITY_FAST_RAW, true, 2, &FSAMPLE::frxvel, &FSAMPLE::fryvel},
 };
-constexpr std::size_t VELOCITY_KIND_COUNT = std::size(VELOCITY_KINDS);
+constexpr std::size_t velocity_kind_count = std::size(velocity_kinds);
 
 // One eye's positions, by type.
-using SeriesOfEye = std::array<PairSeries, POSITION_TYPES>;
+using SeriesOfEye = std::array<PairSeries, position_types>;
 
 // Velocities of one kind and one eye, of `count` samples in a row, at most VelocityBatch::LENGTH.
-// `positions` can be read over VELOCITY_REACH to either side as well; `own` are the resolutions
+// `positions` can be read over velocity_reach to either side as well; `own` are the resolutions
 // that the samples hold.
 void compute_velocities(const VelocityKind& kind, const VelocitySettings& settings,
                         PairsFrom positions, PairsFrom own, int count, float* xvel, float* yvel);
@@ -58,13 +58,13 @@ void compute_velocities(const VelocityKind& kind, const VelocitySettings& settin
 // Holds velocities of samples of the queue, by slot.
 class VelocityBatch {
  public:
-  static constexpr int LENGTH = 64;
+  static constexpr int batch_length = 64;
 
   // Forgets all. Due whenever samples were added or dropped.
   void clear() { first = end = 0; }
   // Whether it holds the velocities of the sample at a slot, of the eyes in its `flags`.
   [[nodiscard]] bool holds(int slot, UINT16 flags, const VelocitySettings& asked) const {
-    return covers(slot, asked) && (flags & BOTH_EYES & ~eyes) == 0;
+    return covers(slot, asked) && (flags & both_eyes & ~eyes) == 0;
   }
   // Computes them, and those of the slots around it, of `size` in use. `positions` are by eye.
   void compute(int slot, int size, UINT16 flags, const VelocitySettings& asked,
@@ -83,10 +83,10 @@ class VelocityBatch {
   }
 
  private:
-  static constexpr unsigned BOTH_EYES = SMP_LEFT | SMP_RIGHT;
+  static constexpr unsigned both_eyes = SMP_LEFT | SMP_RIGHT;
 
   struct Velocities {
-    std::array<float, LENGTH> x, y;
+    std::array<float, batch_length> x, y;
   };
 
   [[nodiscard]] bool covers(int slot, const VelocitySettings& asked) const {
@@ -98,9 +98,9 @@ class VelocityBatch {
   int end = 0;
   unsigned eyes = 0;  // those computed, as flags of samples
   VelocitySettings settings;
-  std::array<const VelocityKind*, VELOCITY_KIND_COUNT> kinds;  // those asked for
+  std::array<const VelocityKind*, velocity_kind_count> kinds;  // those asked for
   std::size_t kindCount = 0;
-  std::array<std::array<Velocities, 2>, VELOCITY_KIND_COUNT> of;  // by kind asked for and eye
+  std::array<std::array<Velocities, 2>, velocity_kind_count> of;  // by kind asked for and eye
 };
 
 }  // namespace gzd

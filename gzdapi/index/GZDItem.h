@@ -8,9 +8,9 @@
 namespace gzd {
 
 // Places of entries that the reader made itself and that have no record on disk.
-constexpr INT64 POSITION_OF_DUMMY = -1;
+constexpr INT64 position_of_dummy = -1;
 // No entry lies behind this place.
-constexpr INT64 LARGEST_POSITION = 0xFFFFFFFE;
+constexpr INT64 largest_position = 0xFFFFFFFE;
 
 enum ItemSide : UINT16 { SIDE_NONE = 0, SIDE_LEFT = 1, SIDE_RIGHT = 2 };
 
@@ -18,11 +18,11 @@ class GZDItem {
  public:
   // Bits of mDetailType above type and side. For samples they tell which eye is inside a blink,
   // for eye events what the repairs did to the entry.
-  static constexpr UINT16 LEFT_INSIDE_BLINK = 0x1000;
-  static constexpr UINT16 RIGHT_INSIDE_BLINK = 0x2000;
-  static constexpr UINT16 TIME_CHANGED = 0x1000;
-  static constexpr UINT16 BLINK_MERGED = 0x2000;
-  static constexpr int MARK_SHIFT = 12;
+  static constexpr UINT16 left_inside_blink = 0x1000;
+  static constexpr UINT16 right_inside_blink = 0x2000;
+  static constexpr UINT16 time_changed = 0x1000;
+  static constexpr UINT16 blink_merged = 0x2000;
+  static constexpr int mark_shift = 12;
 
   GZDItem() = default;
   GZDItem(INT64 position, int type, UINT16 side, UINT16 tag, UINT64 stamp)
@@ -37,8 +37,8 @@ class GZDItem {
   [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile} - 1; }
   // Of the record with its tag word; -1 for entries without one.
   [[nodiscard]] INT64 getRecordPlace() const {
-    constexpr INT64 TAG = sizeof(UINT16);
-    return getFilePos() >= TAG ? getFilePos() - TAG : INT64{-1};
+    constexpr INT64 tag_bytes = sizeof(UINT16);
+    return getFilePos() >= tag_bytes ? getFilePos() - tag_bytes : INT64{-1};
   }
   [[nodiscard]] int getItemType() const { return mDetailType & 0xFF; }
   [[nodiscard]] UINT16 getDetailedType() const { return mDetailType; }
@@ -59,22 +59,22 @@ class GZDItem {
   // Moves an event in time and remembers that this was done.
   void setFixedTimeStamp(UINT64 stamp) {
     timeStamp = stamp;
-    mDetailType |= TIME_CHANGED;
+    mDetailType |= time_changed;
   }
   // Marks a blink as merged or paired by a repair.
-  void markBlinkMerged() { mDetailType |= BLINK_MERGED; }
-  [[nodiscard]] bool isTimeChanged() const { return (mDetailType & TIME_CHANGED) != 0; }
-  [[nodiscard]] bool isBlinkMerged() const { return (mDetailType & BLINK_MERGED) != 0; }
+  void markBlinkMerged() { mDetailType |= blink_merged; }
+  [[nodiscard]] bool isTimeChanged() const { return (mDetailType & time_changed) != 0; }
+  [[nodiscard]] bool isBlinkMerged() const { return (mDetailType & blink_merged) != 0; }
 
   void markSampleInsideBlink(int eye) {
-    mDetailType |= eye == GZD_LEFT_EYE ? LEFT_INSIDE_BLINK : RIGHT_INSIDE_BLINK;
+    mDetailType |= eye == GZD_LEFT_EYE ? left_inside_blink : right_inside_blink;
   }
   [[nodiscard]] bool isSampleInsideBlink(int eye) const {
-    return (mDetailType & (eye == GZD_LEFT_EYE ? LEFT_INSIDE_BLINK : RIGHT_INSIDE_BLINK)) != 0;
+    return (mDetailType & (eye == GZD_LEFT_EYE ? left_inside_blink : right_inside_blink)) != 0;
   }
 
   // The two bits above type and side.
-  [[nodiscard]] unsigned getMarks() const { return mDetailType >> MARK_SHIFT & 3u; }
+  [[nodiscard]] unsigned getMarks() const { return mDetailType >> mark_shift & 3u; }
 
   [[nodiscard]] bool isSample() const { return getItemType() == GZD_SAMPLE; }
   [[nodiscard]] bool isRecording() const { return getItemType() == GZD_RECORDING; }
@@ -89,7 +89,7 @@ class GZDItem {
   [[nodiscard]] bool isEndEvent() const { return isEyeEvent() && getItemType() % 2 == 0; }
 
  private:
-  UINT32 placeInFile = 1;  // plus 1, so that POSITION_OF_DUMMY is 0
+  UINT32 placeInFile = 1;  // plus 1, so that position_of_dummy is 0
   UINT16 mDetailType = 0;
   UINT16 lastTag = 0;
   union {

@@ -77,11 +77,12 @@ struct Index {
   }
   // Of memory that it takes, allocations included.
   [[nodiscard]] UINT64 bytes() const {
-    constexpr UINT64 ALLOCATION = 16;
-    constexpr UINT64 BOUNDARY = sizeof(Recording) + ALLOCATION + 2 * sizeof(void*);
-    constexpr UINT64 GROUP = 128;
-    return gzdItemList.bytes() + BOUNDARY * allRecordings.size() + GROUP * msg_item_list.size() +
-           2 * sizeof(GZDItem) * pieceCount + 2 * sizeof(ParameterEpoch) * parameterEpochs.size();
+    constexpr UINT64 allocation_bytes = 16;
+    constexpr UINT64 boundary_bytes = sizeof(Recording) + allocation_bytes + 2 * sizeof(void*);
+    constexpr UINT64 group_bytes = 128;
+    return gzdItemList.bytes() + boundary_bytes * allRecordings.size() +
+           group_bytes * msg_item_list.size() + 2 * sizeof(GZDItem) * pieceCount +
+           2 * sizeof(ParameterEpoch) * parameterEpochs.size();
   }
   // The newest boundary, or null.
   [[nodiscard]] Recording* newestRecording() const {

@@ -12,41 +12,41 @@ void ItemList::push_back(const GZDItem& item) {
   } else if (item.isSample()) {
     rising = false;
   } else if (marksKnown) {
-    const UINT64 bit = UINT64{1} << (size() - 1) % BITS;
-    putMarks((size() - 1) / BITS, bit, bit);
+    const UINT64 bit = UINT64{1} << (size() - 1) % word_bits;
+    putMarks((size() - 1) / word_bits, bit, bit);
   }
 }
 
 // ---- words --------------------------------------------------------------------------------------
 
 ItemList::Packed ItemList::pack(const GZDItem& item) {
-  constexpr UINT16 BLINKS = GZDItem::LEFT_INSIDE_BLINK | GZDItem::RIGHT_INSIDE_BLINK;
+  constexpr UINT16 blink_bits = GZDItem::left_inside_blink | GZDItem::right_inside_blink;
   const UINT64 stamp = item.getTimeStamp();
   UINT64& itsBase = item.isSample() ? base : eventBase;
-  if (itsBase == NO_BASE && !item.isRecording()) {
-    itsBase = stamp - std::min(stamp, STAMPS_BEFORE_FIRST);
+  if (itsBase == no_base && !item.isRecording()) {
+    itsBase = stamp - std::min(stamp, stamps_before_first);
   }
-  if ((item.getDetailedType() & ~BLINKS) == GZD_SAMPLE && fits(item.getFilePos(), stamp)) {
+  if ((item.getDetailedType() & ~blink_bits) == GZD_SAMPLE && fits(item.getFilePos(), stamp)) {
     Packed entry = plain(item.getFilePos(), stamp);
-    if (item.isSampleInsideBlink(GZD_LEFT_EYE)) entry.word |= IN_LEFT_BLINK;
-    if (item.isSampleInsideBlink(GZD_RIGHT_EYE)) entry.word |= IN_RIGHT_BLINK;
+    if (item.isSampleInsideBlink(GZD_LEFT_EYE)) entry.word |= in_left_blink;
+    if (item.isSampleInsideBlink(GZD_RIGHT_EYE)) entry.word |= in_right_blink;
     return entry;
   }
-  if (isSmallEvent(item) && events.size() < EVENTS) {
+  if (isSmallEvent(item) && events.size() < event_limit) {
     events.add(item.getFilePos(), item.getLastTag());
     return packSmallEvent(item, events.size() - 1);
   }
   others.push_back(item);
-  return {UINT64{others.size() - 1} << OTHER_SHIFT | WHOLE | OTHER};
+  return {UINT64{others.size() - 1} << other_shift | event_or_other_bit | other_bit};
 }
 
 bool ItemList::isSmallEvent(const GZDItem& item) const {
-  return SmallEvents::canHold(item) && item.getTimeStamp() - eventBase < STAMPS;
+  return SmallEvents::canHold(item) && item.getTimeStamp() - eventBase < stamp_limit;
 }
 
 ItemList::Packed ItemList::packSmallEvent(const GZDItem& item, std::size_t number) const {
-  return {(item.getTimeStamp() - eventBase) << STAMP_SHIFT | UINT64{number} << EVENT_SHIFT |
-          UINT64{item.getMarks()} << MARK_SHIFT | OTHER};
+  return {(item.getTimeStamp() - eventBase) << stamp_shift | UINT64{number} << event_shift |
+          UINT64{item.getMarks()} << mark_shift | other_bit};
 }
 
 void ItemList::set(std::size_t place, const GZDItem& item) {
@@ -58,7 +58,7 @@ void ItemList::set(std::size_t place, const GZDItem& item) {
     rising &= item.getTimeStamp() == stampOf(entry);
     if (!isPlain(entries[place])) changed();
   } else {
-    others[static_cast<std::size_t>(entry.word >> OTHER_SHIFT)] = item;
+    others[static_cast<std::size_t>(entry.word >> other_shift)] = item;
   }
 }
 
@@ -74,9 +74,9 @@ void ItemList::putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const
 }
 
 std::size_t ItemList::landmarkBehindWord(std::size_t number, std::size_t end) const {
-  const std::size_t behind = std::min((end + BITS - 1) / BITS, marks.size());
+  const std::size_t behind = std::min((end + word_bits - 1) / word_bits, marks.size());
   while (++number < behind) {
-    if (marks[number] != 0) return std::min(number * BITS + firstBit(marks[number]), end);
+    if (marks[number] != 0) return std::min(number * word_bits + firstBit(marks[number]), end);
   }
   return end;
 }
@@ -92,7 +92,7 @@ bool ItemList::markLandmarks(std::size_t first, std::size_t last, UINT64& riseFr
   UINT64 seen = 0, found = 0;  // bits of the word at hand
   for (std::size_t place = first; place < last; ++place) {
     const Packed entry = entries[place];
-    const UINT64 bit = UINT64{1} << place % BITS;
+    const UINT64 bit = UINT64{1} << place % word_bits;
     seen |= bit;
     if (isPlain(entry)) {
       rise &= stampOf(entry) >= riseFrom;
@@ -102,8 +102,8 @@ bool ItemList::markLandmarks(std::size_t first, std::size_t last, UINT64& riseFr
     } else {
       found |= bit;
     }
-    if (place % BITS == BITS - 1 || place + 1 == last) {
-      putMarks(place / BITS, seen, found);
+    if (place % word_bits == word_bits - 1 || place + 1 == last) {
+      putMarks(place / word_bits, seen, found);
       seen = found = 0;
     }
   }
@@ -133,19 +133,19 @@ void ItemList::moveBack(std::size_t from, std::size_t to) {
 
 // The bits from `to` up to `from` move up by one; that at `from` takes the place of the first.
 void ItemList::rotateMarks(std::size_t to, std::size_t from) {
-  marks.resize(std::max(marks.size(), from / BITS + 1));
-  UINT64 moved = marks[from / BITS] >> from % BITS & 1;
-  for (std::size_t number = to / BITS; number <= from / BITS; ++number) {
+  marks.resize(std::max(marks.size(), from / word_bits + 1));
+  UINT64 moved = marks[from / word_bits] >> from % word_bits & 1;
+  for (std::size_t number = to / word_bits; number <= from / word_bits; ++number) {
     UINT64 kept = 0;
     std::size_t begin = 0;
-    if (number == to / BITS) {
-      begin = to % BITS;
+    if (number == to / word_bits) {
+      begin = to % word_bits;
       kept = (UINT64{1} << begin) - 1;
     }
-    if (number == from / BITS) kept |= ~UINT64{1} << from % BITS;
+    if (number == from / word_bits) kept |= ~UINT64{1} << from % word_bits;
     const UINT64 before = marks[number];
     marks[number] = (before & kept) | (((before & ~kept) << 1 | moved << begin) & ~kept);
-    moved = before >> (BITS - 1);
+    moved = before >> (word_bits - 1);
   }
 }
 

@@ -143,9 +143,9 @@ class ItemList {
   // The first landmark from a place on, `end` when there is none before that place. Only while
   // landmarks() would have nothing to find.
   [[nodiscard]] std::size_t nextLandmark(std::size_t place, std::size_t end) const {
-    const std::size_t number = place / BITS;
+    const std::size_t number = place / word_bits;
     if (place >= end || number >= marks.size()) return end;
-    const UINT64 word = marks[number] >> place % BITS;
+    const UINT64 word = marks[number] >> place % word_bits;
     return word != 0 ? std::min(place + firstBit(word), end) : landmarkBehindWord(number, end);
   }
   // Whether the stamps of the samples rise from each to the next. False also when one of them did
@@ -167,8 +167,8 @@ class ItemList {
   [[nodiscard]] GZDItem unpack(Packed entry) const {
     if (!isPlain(entry)) return isEvent(entry) ? unpackEvent(entry) : otherOf(entry);
     GZDItem item(positionOf(entry), GZD_SAMPLE, SIDE_NONE, 0, stampOf(entry));
-    if ((entry.word & IN_LEFT_BLINK) != 0) item.markSampleInsideBlink(GZD_LEFT_EYE);
-    if ((entry.word & IN_RIGHT_BLINK) != 0) item.markSampleInsideBlink(GZD_RIGHT_EYE);
+    if ((entry.word & in_left_blink) != 0) item.markSampleInsideBlink(GZD_LEFT_EYE);
+    if ((entry.word & in_right_blink) != 0) item.markSampleInsideBlink(GZD_RIGHT_EYE);
     return item;
   }
   // Keeps a new entry, which is not yet in the list.
@@ -181,51 +181,53 @@ class ItemList {
   //   sample   0, two marks, place in the file plus 1 (31 bits, 0 for none), stamp less the base
   //   event    01, two marks, number of the event (30 bits), stamp less the events' base
   //   other    11, number of the other
-  static constexpr UINT64 OTHER = 1;
-  static constexpr UINT64 WHOLE = 2;
-  static constexpr UINT64 IN_LEFT_BLINK = 2;
-  static constexpr UINT64 IN_RIGHT_BLINK = 4;
-  static constexpr int POSITION_SHIFT = 3;
-  static constexpr int POSITION_BITS = 31;
-  static constexpr int STAMP_SHIFT = POSITION_SHIFT + POSITION_BITS;
-  static constexpr INT64 POSITIONS = (INT64{1} << POSITION_BITS) - 1;
-  static constexpr UINT64 STAMPS = UINT64{1} << (64 - STAMP_SHIFT);  // 149 hours
-  static constexpr UINT64 STAMPS_BEFORE_FIRST = STAMPS / 16;
-  static constexpr UINT64 NO_BASE = ~UINT64{0} / 2;  // no sample's stamp lies that far up
-  static constexpr int MARK_SHIFT = 2;
-  static constexpr int EVENT_SHIFT = 4;
-  static constexpr UINT64 EVENTS = UINT64{1} << (STAMP_SHIFT - EVENT_SHIFT);
-  static constexpr int OTHER_SHIFT = 2;
-  static constexpr std::size_t BITS = 64;  // of a word of landmarks
+  static constexpr UINT64 other_bit = 1;
+  static constexpr UINT64 event_or_other_bit = 2;
+  static constexpr UINT64 in_left_blink = 2;
+  static constexpr UINT64 in_right_blink = 4;
+  static constexpr int position_shift = 3;
+  static constexpr int position_bits = 31;
+  static constexpr int stamp_shift = position_shift + position_bits;
+  static constexpr INT64 position_limit = (INT64{1} << position_bits) - 1;
+  static constexpr UINT64 stamp_limit = UINT64{1} << (64 - stamp_shift);  // 149 hours
+  static constexpr UINT64 stamps_before_first = stamp_limit / 16;
+  static constexpr UINT64 no_base = ~UINT64{0} / 2;  // no sample's stamp lies that far up
+  static constexpr int mark_shift = 2;
+  static constexpr int event_shift = 4;
+  static constexpr UINT64 event_limit = UINT64{1} << (stamp_shift - event_shift);
+  static constexpr int other_shift = 2;
+  static constexpr std::size_t word_bits = 64;  // of a word of landmarks
 
-  static bool isPlain(Packed entry) { return (entry.word & OTHER) == 0; }
-  static bool isEvent(Packed entry) { return (entry.word & (OTHER | WHOLE)) == OTHER; }
+  static bool isPlain(Packed entry) { return (entry.word & other_bit) == 0; }
+  static bool isEvent(Packed entry) {
+    return (entry.word & (other_bit | event_or_other_bit)) == other_bit;
+  }
   static std::size_t eventNumber(Packed entry) {
-    return static_cast<std::size_t>(entry.word >> EVENT_SHIFT & (EVENTS - 1));
+    return static_cast<std::size_t>(entry.word >> event_shift & (event_limit - 1));
   }
   [[nodiscard]] UINT64 eventStampOf(Packed entry) const {
-    return eventBase + (entry.word >> STAMP_SHIFT);
+    return eventBase + (entry.word >> stamp_shift);
   }
   [[nodiscard]] GZDItem unpackEvent(Packed entry) const {
-    const auto itsMarks = static_cast<unsigned>(entry.word >> MARK_SHIFT & 3);
+    const auto itsMarks = static_cast<unsigned>(entry.word >> mark_shift & 3);
     return events.item(eventNumber(entry), eventStampOf(entry), itsMarks);
   }
   // Whether an entry fits into a word and what SmallEvents holds.
   [[nodiscard]] bool isSmallEvent(const GZDItem& item) const;
   [[nodiscard]] Packed packSmallEvent(const GZDItem& item, std::size_t number) const;
   static INT64 positionOf(Packed entry) {
-    return static_cast<INT64>(entry.word >> POSITION_SHIFT & ((UINT64{1} << POSITION_BITS) - 1)) -
+    return static_cast<INT64>(entry.word >> position_shift & ((UINT64{1} << position_bits) - 1)) -
            1;
   }
-  [[nodiscard]] UINT64 stampOf(Packed entry) const { return base + (entry.word >> STAMP_SHIFT); }
+  [[nodiscard]] UINT64 stampOf(Packed entry) const { return base + (entry.word >> stamp_shift); }
   [[nodiscard]] const GZDItem& otherOf(Packed entry) const {
-    return others[static_cast<std::size_t>(entry.word >> OTHER_SHIFT)];
+    return others[static_cast<std::size_t>(entry.word >> other_shift)];
   }
   [[nodiscard]] bool fits(INT64 position, UINT64 stamp) const {
-    return position < POSITIONS && stamp - base < STAMPS;
+    return position < position_limit && stamp - base < stamp_limit;
   }
   [[nodiscard]] Packed plain(INT64 position, UINT64 stamp) const {
-    return {(stamp - base) << STAMP_SHIFT | static_cast<UINT64>(position + 1) << POSITION_SHIFT};
+    return {(stamp - base) << stamp_shift | static_cast<UINT64>(position + 1) << position_shift};
   }
   void set(std::size_t place, const GZDItem& item);
   void noteStamp(UINT64 stamp) {
@@ -248,8 +250,8 @@ class ItemList {
   std::vector<Packed> entries;
   SmallEvents events;
   std::deque<GZDItem> others;  // grows without being copied
-  UINT64 base = NO_BASE;
-  UINT64 eventBase = NO_BASE;
+  UINT64 base = no_base;
+  UINT64 eventBase = no_base;
 
   mutable std::vector<UINT64> marks;  // a bit a place; 0 behind the end
   mutable bool marksKnown = true;

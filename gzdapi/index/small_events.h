@@ -16,12 +16,12 @@ class SmallEvents {
   [[nodiscard]] UINT64 bytes() const { return sizeof(Event) * count; }
 
   void add(INT64 position, UINT16 tag) {
-    if (count % CHUNK == 0) chunks.emplace_back().reserve(CHUNK);
+    if (count % chunk_size == 0) chunks.emplace_back().reserve(chunk_size);
     chunks.back().push_back(made(position, tag));
     ++count;
   }
   [[nodiscard]] GZDItem item(std::size_t number, UINT64 stamp, unsigned marks) const {
-    return itemOf(chunks[number / CHUNK][number % CHUNK], stamp, marks);
+    return itemOf(chunks[number / chunk_size][number % chunk_size], stamp, marks);
   }
   // Whether all of an entry but its stamp and its marks can be told by place and tag.
   [[nodiscard]] static bool canHold(const GZDItem& item) {
@@ -31,7 +31,7 @@ class SmallEvents {
   }
 
  private:
-  static constexpr std::size_t CHUNK = 16384;
+  static constexpr std::size_t chunk_size = 16384;
 
   struct Event {
     UINT16 positionHigh;
@@ -45,12 +45,12 @@ class SmallEvents {
   }
   static GZDItem itemOf(Event event, UINT64 stamp, unsigned marks) {
     const INT64 position = INT64{event.positionHigh} << 16 | event.positionLow;
-    const unsigned type = DETAILED_TYPES[event.tag >> 8] | marks << GZDItem::MARK_SHIFT;
+    const unsigned type = detailed_types[event.tag >> 8] | marks << GZDItem::mark_shift;
     return {position, static_cast<int>(type), SIDE_NONE, event.tag, stamp};
   }
 
   // By the upper byte of a tag.
-  static constexpr std::array<UINT16, 256> DETAILED_TYPES = [] {
+  static constexpr std::array<UINT16, 256> detailed_types = [] {
     std::array<UINT16, 256> types{};
     for (unsigned high = 0; high < types.size(); ++high) {
       const unsigned type = high & 0x3F;

@@ -14,11 +14,11 @@ struct Stoppers {
   UINT64 byFile = 0;
 };
 
-std::array<Stoppers, SORT_CLASSES> make_stoppers() {
-  std::array<Stoppers, SORT_CLASSES> stoppers{};
-  for (std::size_t entry = 0; entry < SORT_CLASSES; ++entry) {
-    for (std::size_t other = 0; other < SORT_CLASSES; ++other) {
-      const Precedence precedence = PRECEDENCE[entry][other];
+std::array<Stoppers, sort_classes> make_stoppers() {
+  std::array<Stoppers, sort_classes> stoppers{};
+  for (std::size_t entry = 0; entry < sort_classes; ++entry) {
+    for (std::size_t other = 0; other < sort_classes; ++other) {
+      const Precedence precedence = precedence_table[entry][other];
       const UINT64 bit = UINT64{1} << other;
       if (precedence == Precedence::Never) stoppers[entry].always |= bit;
       if (precedence == Precedence::ByFile) stoppers[entry].byFile |= bit;
@@ -27,8 +27,8 @@ std::array<Stoppers, SORT_CLASSES> make_stoppers() {
   return stoppers;
 }
 
-static_assert(SORT_CLASSES <= 64);
-const std::array<Stoppers, SORT_CLASSES> STOPPERS = make_stoppers();
+static_assert(sort_classes <= 64);
+const std::array<Stoppers, sort_classes> stopper_table = make_stoppers();
 
 }  // namespace
 
@@ -44,7 +44,7 @@ void InsertionList::Summary::add(const SortEntry& entry, INT64 place) {
 
 bool InsertionList::Summary::stops(const SortEntry& entry, INT64 place) const {
   if (stamp != entry.stamp) return stamp < entry.stamp;
-  const Stoppers& stoppers = STOPPERS[entry.number];
+  const Stoppers& stoppers = stopper_table[entry.number];
   if ((classes & stoppers.always) != 0) return true;
   for (UINT64 rest = classes & stoppers.byFile; rest != 0; rest &= rest - 1) {
     if (filePos[static_cast<std::size_t>(std::countr_zero(rest))] <= place) return true;
@@ -80,7 +80,7 @@ void InsertionList::assign(const SortEntry* first, const SortEntry* last, const 
   while (first != last) {
     const std::size_t number = newChunk();
     order.push_back(number);
-    const auto count = std::min<std::ptrdiff_t>(last - first, ROOM / 2);
+    const auto count = std::min<std::ptrdiff_t>(last - first, chunk_room / 2);
     for (const SortEntry* const end = first + count; first != end; ++first)
       chunks[number].insertAt(chunks[number].count, *first, before);
   }
@@ -90,7 +90,7 @@ void InsertionList::insert(const SortEntry& entry, const ItemOrder& before) {
   const INT64 filePos = before.filePos(entry);
   std::size_t position = order.size() - 1;
   while (position > 0 && !chunks[order[position]].summary.stops(entry, filePos)) --position;
-  if (chunks[order[position]].count == ROOM) {
+  if (chunks[order[position]].count == chunk_room) {
     split(position, before);
     if (chunks[order[position + 1]].summary.stops(entry, filePos)) ++position;
   }
@@ -102,11 +102,11 @@ void InsertionList::insert(const SortEntry& entry, const ItemOrder& before) {
 void InsertionList::split(std::size_t position, const ItemOrder& before) {
   const std::size_t number = newChunk();
   Chunk& chunk = chunks[order[position]];
-  const std::array<SortEntry, ROOM> entries = chunk.entries;
+  const std::array<SortEntry, chunk_room> entries = chunk.entries;
   chunk.count = 0;
   chunk.summary = {};
-  for (std::size_t i = 0; i < ROOM; ++i) {
-    Chunk& target = i < ROOM / 2 ? chunk : chunks[number];
+  for (std::size_t i = 0; i < chunk_room; ++i) {
+    Chunk& target = i < chunk_room / 2 ? chunk : chunks[number];
     target.insertAt(target.count, entries[i], before);
   }
   order.insert(order.begin() + static_cast<std::ptrdiff_t>(position) + 1, number);

@@ -20,21 +20,21 @@ class InsertionList {
   void copyTo(SortEntry* target) const;
 
  private:
-  static constexpr std::size_t ROOM = 128;
+  static constexpr std::size_t chunk_room = 128;
 
   // Of the entries of the earliest stamp in a chunk: which classes there are, and the smallest
   // place in the file within each.
   struct Summary {
     UINT64 stamp = ~UINT64{0};
     UINT64 classes = 0;
-    std::array<INT64, SORT_CLASSES> filePos;
+    std::array<INT64, sort_classes> filePos;
 
     void add(const SortEntry& entry, INT64 place);
     [[nodiscard]] bool stops(const SortEntry& entry, INT64 place) const;
   };
   struct Chunk {
     std::size_t count = 0;
-    std::array<SortEntry, ROOM> entries;
+    std::array<SortEntry, chunk_room> entries;
     Summary summary;
 
     void insertAt(std::size_t place, const SortEntry& entry, const ItemOrder& before);

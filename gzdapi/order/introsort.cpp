@@ -7,9 +7,9 @@ namespace gzd {
 
 namespace {
 
-constexpr std::ptrdiff_t SMALL = 16;
+constexpr std::ptrdiff_t small_sort = 16;
 // Steps of the insertion pass, for each entry, that are cheaper than to make a list of them.
-constexpr std::ptrdiff_t STEPS_AN_ENTRY = 24;
+constexpr std::ptrdiff_t steps_an_entry = 24;
 
 // ---- parting ------------------------------------------------------------------------------------
 
@@ -43,7 +43,7 @@ void sort_by_heap(SortEntry* first, SortEntry* last, ItemOrder before) {
 }
 
 void part_down_to_small(SortEntry* first, SortEntry* last, int partingsLeft, ItemOrder before) {
-  while (last - first > SMALL) {
+  while (last - first > small_sort) {
     if (partingsLeft-- == 0) return sort_by_heap(first, last, before);
     SortEntry* const cut = part(first, last, before);
     part_down_to_small(cut, last, partingsLeft, before);
@@ -84,8 +84,9 @@ void IntroSort::sort(std::vector<SortEntry>& guarded, const ItemOrder& before) {
 
 void IntroSort::insertAll(SortEntry* first, SortEntry* last, const ItemOrder& before) {
   SortEntry* place = first + 1;
-  for (; place < last && place - first < SMALL; ++place) insert_with_glance(first, place, before);
-  std::ptrdiff_t stepsLeft = STEPS_AN_ENTRY * (last - first);
+  for (; place < last && place - first < small_sort; ++place)
+    insert_with_glance(first, place, before);
+  std::ptrdiff_t stepsLeft = steps_an_entry * (last - first);
   for (; place < last && stepsLeft >= 0; ++place) stepsLeft -= insert(place, before);
   if (place < last) insertTheRest(first, place, last, before);
 }

@@ -6,7 +6,7 @@ namespace gzd {
 
 namespace {
 
-constexpr std::size_t SIDES = 16;
+constexpr std::size_t side_count = 16;
 
 constexpr std::size_t index_of(SortClass sortClass) {
   return static_cast<std::size_t>(sortClass);
@@ -35,7 +35,7 @@ constexpr std::array<SortClass, 256> make_classes_of_types() {
   return classes;
 }
 
-constexpr std::array<SortClass, 256> CLASSES_OF_TYPES = make_classes_of_types();
+constexpr std::array<SortClass, 256> classes_of_types = make_classes_of_types();
 
 constexpr bool is_guard(SortClass c) {
   return c == SortClass::LowGuard || c == SortClass::HighGuard;
@@ -77,7 +77,7 @@ constexpr bool are_of_one_type(SortClass a, SortClass b) {
 }
 
 constexpr std::size_t side_of_blink(SortClass c) {
-  return (index_of(c) - index_of(SortClass::StartBlink)) % SIDES;
+  return (index_of(c) - index_of(SortClass::StartBlink)) % side_count;
 }
 
 // ---- precedence ---------------------------------------------------------------------------------
@@ -121,8 +121,8 @@ constexpr Precedence precedence_of(SortClass a, SortClass b) {
 
 constexpr PrecedenceTable make_precedence() {
   PrecedenceTable table{};
-  for (std::size_t a = 0; a < SORT_CLASSES; ++a) {
-    for (std::size_t b = 0; b < SORT_CLASSES; ++b)
+  for (std::size_t a = 0; a < sort_classes; ++a) {
+    for (std::size_t b = 0; b < sort_classes; ++b)
       table[a][b] = precedence_of(SortClass{static_cast<byte>(a)}, SortClass{static_cast<byte>(b)});
   }
   return table;
@@ -130,18 +130,18 @@ constexpr PrecedenceTable make_precedence() {
 
 }  // namespace
 
-constexpr PrecedenceTable PRECEDENCE = make_precedence();
+constexpr PrecedenceTable precedence_table = make_precedence();
 
 SortClass sort_class_of(const GZDItem& item) {
   if (item.isRecording())
     return item.isRecordingStart() ? SortClass::BlockStart : SortClass::BlockEnd;
-  const SortClass sortClass = CLASSES_OF_TYPES[static_cast<std::size_t>(item.getItemType())];
+  const SortClass sortClass = classes_of_types[static_cast<std::size_t>(item.getItemType())];
   if (!is_blink(sortClass)) return sortClass;
   return SortClass{static_cast<byte>(index_of(sortClass) + item.getSide())};
 }
 
 bool ItemOrder::beforeAtOneStamp(const SortEntry& a, const SortEntry& b) const {
-  const Precedence precedence = PRECEDENCE[a.number][b.number];
+  const Precedence precedence = precedence_table[a.number][b.number];
   if (precedence == Precedence::ByFile) return filePos(a) < filePos(b);
   return precedence == Precedence::Always;
 }

@@ -34,19 +34,19 @@ enum class SortClass : byte {
   EndBlink = StartBlink + 16,  // one for each value that the side may have
 };
 
-constexpr std::size_t SORT_CLASSES = static_cast<std::size_t>(SortClass::EndBlink) + 16;
+constexpr std::size_t sort_classes = static_cast<std::size_t>(SortClass::EndBlink) + 16;
 
 // Whether an item comes before another one of the same stamp.
 enum class Precedence : byte { Never, Always, ByFile };
 
-using PrecedenceTable = std::array<std::array<Precedence, SORT_CLASSES>, SORT_CLASSES>;
-extern const PrecedenceTable PRECEDENCE;
+using PrecedenceTable = std::array<std::array<Precedence, sort_classes>, sort_classes>;
+extern const PrecedenceTable precedence_table;
 
 SortClass sort_class_of(const GZDItem& item);
 
 inline Precedence precedence_at_one_stamp(const GZDItem& a, const GZDItem& b) {
-  return PRECEDENCE[static_cast<std::size_t>(sort_class_of(a))]
-                   [static_cast<std::size_t>(sort_class_of(b))];
+  return precedence_table[static_cast<std::size_t>(sort_class_of(a))]
+                         [static_cast<std::size_t>(sort_class_of(b))];
 }
 
 struct SortEntry {
@@ -67,8 +67,8 @@ inline SortEntry sort_entry_of(const GZDItem& item, UINT32 place) {
   return {item.getTimeStamp(), place, sort_class_of(item)};
 }
 
-constexpr SortEntry LOW_GUARD{0, 0, SortClass::LowGuard};
-constexpr SortEntry HIGH_GUARD{~UINT64{0}, 0, SortClass::HighGuard};
+constexpr SortEntry low_guard{0, 0, SortClass::LowGuard};
+constexpr SortEntry high_guard{~UINT64{0}, 0, SortClass::HighGuard};
 
 // The comparison of the items of one window.
 class ItemOrder {

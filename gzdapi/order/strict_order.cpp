@@ -7,9 +7,9 @@ namespace gzd {
 namespace {
 
 // Entries of one stamp are compared pair by pair; more than this are not.
-constexpr std::size_t LONGEST_RUN = 32;
+constexpr std::size_t longest_run = 32;
 // By how many places entries may move, for each entry of a window. Beyond it sorting is cheaper.
-constexpr std::size_t MOVES_PER_ENTRY = 8;
+constexpr std::size_t moves_per_entry = 8;
 
 }  // namespace
 
@@ -35,7 +35,7 @@ bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
 }
 
 bool StrictOrder::runIsStrict(std::size_t first, std::size_t last) const {
-  if (last - first > LONGEST_RUN) return false;
+  if (last - first > longest_run) return false;
   for (std::size_t a = first; a + 1 != last; ++a) {
     const GZDItem earlier = items[a];
     for (std::size_t b = a + 1; b != last; ++b) {
@@ -53,7 +53,7 @@ bool StrictOrder::make(std::size_t first, std::size_t last) {
 }
 
 bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
-  std::size_t moves = MOVES_PER_ENTRY * (last - first);
+  std::size_t moves = moves_per_entry * (last - first);
   lowestPlace = last;
   moved.clear();
   const Strides strides(items, last);
@@ -102,7 +102,7 @@ std::size_t StrictOrder::placeOf(std::size_t entry, std::size_t first) const {
       low = middle + 1;
   }
   const GZDItem item = items[entry];
-  const std::size_t furthest = place - std::min(place - first, LONGEST_RUN);
+  const std::size_t furthest = place - std::min(place - first, longest_run);
   while (place > furthest && items.stampAt(place - 1) == stamp &&
          comesBefore(item, items[place - 1])) {
     --place;

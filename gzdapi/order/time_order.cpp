@@ -18,9 +18,9 @@ namespace gzd {
 
 namespace {
 
-constexpr std::size_t SORTED_WHOLE = 20000;
-constexpr std::size_t WINDOW = 13500;
-constexpr std::size_t OVERLAP = 3000;
+constexpr std::size_t sorted_whole = 20000;
+constexpr std::size_t sort_window = 13500;
+constexpr std::size_t sort_overlap = 3000;
 
 class WindowSorter {
  public:
@@ -35,10 +35,10 @@ class WindowSorter {
     window.clear();
     for (std::size_t place = first; place != last; ++place) window.push_back(items[place]);
     entries.clear();
-    entries.push_back(LOW_GUARD);
+    entries.push_back(low_guard);
     for (std::size_t i = 0; i < window.size(); ++i)
       entries.push_back(sort_entry_of(window[i], static_cast<UINT32>(i)));
-    entries.push_back(HIGH_GUARD);
+    entries.push_back(high_guard);
     introsort.sort(entries, ItemOrder(window.data()));
     return carryOut(first);
   }
@@ -73,14 +73,14 @@ class WindowSorter {
 class Windows {
  public:
   explicit Windows(std::size_t itemCount)
-      : count(itemCount), length(itemCount <= SORTED_WHOLE ? itemCount : WINDOW) {}
+      : count(itemCount), length(itemCount <= sorted_whole ? itemCount : sort_window) {}
 
   [[nodiscard]] std::size_t first() const { return begin; }
   [[nodiscard]] std::size_t last() const { return std::min(begin + length, count); }
   // Goes on to the next window; false behind the last one.
   bool next() {
     if (last() == count) return false;
-    begin += WINDOW - OVERLAP;
+    begin += sort_window - sort_overlap;
     return true;
   }
 
@@ -115,7 +115,7 @@ void sortItems(Index& index) {
       const std::size_t firstMoved = sorter.sort(windows.first(), windows.last());
       moved = firstMoved != windows.last();
       settled[number] = !moved || sorter.isStrict();
-      const bool movedInOverlap = moved && firstMoved < windows.first() + OVERLAP;
+      const bool movedInOverlap = moved && firstMoved < windows.first() + sort_overlap;
       if (movedInOverlap && number > 0) settled[number - 1] = false;
     }
     ++number;

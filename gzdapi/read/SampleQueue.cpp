@@ -16,17 +16,17 @@ namespace gzd {
 
 namespace {
 
-constexpr int DROPPED_AT_ONCE = 128;
-constexpr int SAMPLES_BEFORE_WANTED = 64;
+constexpr int dropped_at_once = 128;
+constexpr int samples_before_wanted = 64;
 
-constexpr int MIDDLE = SampleQueue::WINDOW / 2;
-constexpr float PUPIL_SIZE_AT_START = 1000.0f;
-constexpr UINT64 LARGEST_STEP = 8;
+constexpr int window_middle = SampleQueue::window_size / 2;
+constexpr float pupil_size_at_start = 1000.0f;
+constexpr UINT64 largest_step = 8;
 
 void append_position(PairSeries& series, const FSAMPLE& s, int eye, std::size_t type) {
   float x;
   float y;
-  get_sample_data(s, &x, &y, eye, POSITION_TYPE_OF_SERIES[type]);
+  get_sample_data(s, &x, &y, eye, position_type_of_series[type]);
   series.append(x, y);
 }
 
@@ -37,7 +37,7 @@ bool is_regular_step(UINT64 step) {
 }  // namespace
 
 SampleQueue::SampleQueue(const Index& openIndex, SampleSource& sampleSource)
-    : index(openIndex), source(sampleSource), sqbuf(std::make_unique<Slot[]>(CAPACITY)) {
+    : index(openIndex), source(sampleSource), sqbuf(std::make_unique<Slot[]>(series_capacity)) {
   clear();
 }
 
@@ -50,17 +50,17 @@ void SampleQueue::clear() {
   for (auto& eye : positions) {
     for (PairSeries& series : eye) series.clear();
   }
-  last_pupil[0] = last_pupil[1] = PUPIL_SIZE_AT_START;
+  last_pupil[0] = last_pupil[1] = pupil_size_at_start;
 }
 
 void SampleQueue::addSample(const Sample& s, UINT32 entry) {
-  if (sqsize == CAPACITY) return;
+  if (sqsize == series_capacity) return;
   if (sqsize > 0 && stampAt(sqsize - 1) >= s.getTimeStamp()) return;
   keepNewest(s, entry);
 }
 
 void SampleQueue::keepNewest(const Sample& s, UINT32 entry) {
-  if ((s.flags & SMP_PUPIL_SIZE) != 0) std::copy_n(s.pa, EYES, last_pupil);
+  if ((s.flags & SMP_PUPIL_SIZE) != 0) std::copy_n(s.pa, eye_count, last_pupil);
   at(sqsize++) = {s.getTimeStamp(), entry, {last_pupil[0], last_pupil[1]}};
   appendPositions(s);
   resolutions.append(s.rx, s.ry);
@@ -75,9 +75,9 @@ void SampleQueue::dropNewest() {
 }
 
 void SampleQueue::shiftQueue() {
-  const int dropped = std::min(DROPPED_AT_ONCE, sqsize);
+  const int dropped = std::min(dropped_at_once, sqsize);
   if (dropped == 0) return;
-  front = (front + dropped) & (CAPACITY - 1);
+  front = (front + dropped) & (series_capacity - 1);
   sqsize -= dropped;
   forEachFollowed([=](PairSeries& series, int, std::size_t) { series.dropOldest(dropped); });
   resolutions.dropOldest(dropped);
@@ -102,7 +102,7 @@ int SampleQueue::getOldSample(UINT64 stamp) const {
   };
   const UINT64 lastGap = last - stampAt(end - 1);
   UINT64 step = stampAt(1) - first;
-  if (step > LARGEST_STEP) step = lastGap;
+  if (step > largest_step) step = lastGap;
   if (!is_regular_step(step)) return -1;
   const int shift = std::countr_zero(step);
   const INT64 fromFront = static_cast<INT64>((stamp - first) >> shift);
@@ -129,17 +129,17 @@ int SampleQueue::slotOfStamp(UINT64 stamp) const {
 int SampleQueue::findSample(UINT32 wanted) {
   const UINT64 wantedStamp = stampOf(wanted);
   int slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
-  const bool nearTheFront = slot >= 0 && slot < SLOTS_NEAR_THE_FRONT && runGoesBack;
+  const bool nearTheFront = slot >= 0 && slot < slots_near_the_front && runGoesBack;
   if (nearTheFront) {
     readAfresh(wanted);
     slot = slotOfStamp(wantedStamp);
-  } else if (slot < 0 || (slot >= SLOT_NEAR_THE_END && isFoundByArithmetic(slot))) {
+  } else if (slot < 0 || (slot >= slot_near_the_end && isFoundByArithmetic(slot))) {
     batchReadSample(wanted);
     slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
   }
   // A leap can end in the last slots of a full queue, without a whole window behind it.
-  const bool lacksWindow =
-      sqsize == CAPACITY && slot + MIDDLE >= CAPACITY && isFoundByArithmetic(slot);
+  const bool lacksWindow = sqsize == series_capacity && slot + window_middle >= series_capacity &&
+                           isFoundByArithmetic(slot);
   if (slot < 0 || lacksWindow) {
     readAfresh(wanted);
     slot = slotOfStamp(wantedStamp);
@@ -162,7 +162,7 @@ bool SampleQueue::runReaches(UINT32 wanted) const {
     const GZDItem item = index.gzdItemList[i];
     if (item.isRecording()) return false;
     if (!item.isSample()) continue;
-    if (!continuesRun(newest, item.getTimeStamp()) || ++samples > CAPACITY) return false;
+    if (!continuesRun(newest, item.getTimeStamp()) || ++samples > series_capacity) return false;
     newest = item.getTimeStamp();
   }
   return true;
@@ -189,7 +189,7 @@ void SampleQueue::readAfresh(UINT32 wanted) {
     if (!continuesRun(stampOf(i), stampOf(first))) break;
     // Entries of one stamp count once, so that the wanted sample gets its whole window.
     const bool isRepeated = stampOf(i) == stampOf(first);
-    if (!isRepeated && samples++ == SAMPLES_BEFORE_WANTED) {
+    if (!isRepeated && samples++ == samples_before_wanted) {
       runGoesBack = true;
       break;
     }
@@ -202,7 +202,7 @@ void SampleQueue::readAfresh(UINT32 wanted) {
 
 void SampleQueue::readOn(UINT32 from) {
   UINT64 newest = stampOf(lastEntry);
-  for (UINT32 i = from; i < index.size() && sqsize < CAPACITY; ++i) {
+  for (UINT32 i = from; i < index.size() && sqsize < series_capacity; ++i) {
     if (!index.gzdItemList.isSampleAt(i)) {
       if (index.gzdItemList[i].isRecording()) return;
       continue;
@@ -233,7 +233,7 @@ void SampleQueue::takeOver(UINT32 entry) {
 void SampleQueue::followPositions(unsigned kinds) {
   if ((kinds & ~followedKinds) == 0) return;
   followedKinds |= kinds;
-  for (const VelocityKind& kind : VELOCITY_KINDS) {
+  for (const VelocityKind& kind : velocity_kinds) {
     if ((kinds & kind.bit) != 0) followed[kind.series] = true;
   }
   forEachFollowed([](PairSeries& series, int, std::size_t) { series.clear(); });
@@ -259,11 +259,11 @@ bool SampleQueue::isRegular(int stampsPerSample) const {
 SampleQueue::WindowSlots SampleQueue::windowAround(UINT64 middle, int sampleRate) const {
   const float interval = static_cast<float>(1000.0 / sampleRate);
   WindowSlots slots;
-  slots[MIDDLE] = -1;
-  for (int k = 1; k <= MIDDLE; ++k) {
+  slots[window_middle] = -1;
+  for (int k = 1; k <= window_middle; ++k) {
     const UINT64 distance = static_cast<UINT32>(static_cast<float>(k) * interval * 2.0f);
-    slots[static_cast<std::size_t>(MIDDLE - k)] = getOldSample(middle - distance);
-    slots[static_cast<std::size_t>(MIDDLE + k)] = getOldSample(middle + distance);
+    slots[static_cast<std::size_t>(window_middle - k)] = getOldSample(middle - distance);
+    slots[static_cast<std::size_t>(window_middle + k)] = getOldSample(middle + distance);
   }
   return slots;
 }
@@ -271,19 +271,20 @@ SampleQueue::WindowSlots SampleQueue::windowAround(UINT64 middle, int sampleRate
 // One sample's velocities, where stamps are irregular.
 void SampleQueue::setVelocityByStamp(FSAMPLE& s, UINT64 stamp, const VelocitySettings& settings) {
   const WindowSlots slots = windowAround(stamp, settings.sampleRate);
-  for (int eye = 0; eye < EYES; ++eye) {
+  for (int eye = 0; eye < eye_count; ++eye) {
     if ((s.flags & eye_flag(eye)) == 0) continue;
-    for (const VelocityKind& kind : VELOCITY_KINDS) {
+    for (const VelocityKind& kind : velocity_kinds) {
       if ((settings.kinds & kind.bit) == 0) continue;
       const PairSeries& queued = positions[static_cast<std::size_t>(eye)][kind.series];
-      float x[WINDOW];
-      float y[WINDOW];
-      for (std::size_t i = 0; i < WINDOW; ++i) {
+      float x[window_size];
+      float y[window_size];
+      for (std::size_t i = 0; i < window_size; ++i) {
         x[i] = slots[i] < 0 ? MISSING_DATA : *queued.from(slots[i]).x;
         y[i] = slots[i] < 0 ? MISSING_DATA : *queued.from(slots[i]).y;
       }
-      get_sample_data(s, &x[MIDDLE], &y[MIDDLE], eye, POSITION_TYPE_OF_SERIES[kind.series]);
-      compute_velocities(kind, settings, {&x[MIDDLE], &y[MIDDLE]}, {&s.rx, &s.ry}, 1,
+      get_sample_data(s, &x[window_middle], &y[window_middle], eye,
+                      position_type_of_series[kind.series]);
+      compute_velocities(kind, settings, {&x[window_middle], &y[window_middle]}, {&s.rx, &s.ry}, 1,
                          &(s.*kind.x)[eye], &(s.*kind.y)[eye]);
     }
   }

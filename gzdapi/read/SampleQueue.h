@@ -28,8 +28,8 @@ class SampleSource {
 // else the first. Slots are numbered from the oldest sample.
 class SampleQueue {
  public:
-  static constexpr int CAPACITY = 512;
-  static constexpr int WINDOW = 39;
+  static constexpr int series_capacity = 512;
+  static constexpr int window_size = 39;
 
   SampleQueue(const Index& index, SampleSource& source);
 
@@ -71,16 +71,18 @@ class SampleQueue {
     UINT32 entry = 0;
     float pa[2] = {};
   };
-  static constexpr int EYES = 2;
+  static constexpr int eye_count = 2;
   // A wanted sample that arithmetic finds at or behind this slot has too few samples behind it. One
   // that only a search finds gets no whole window in any case.
-  static constexpr int SLOT_NEAR_THE_END = 448;
+  static constexpr int slot_near_the_end = 448;
   // A wanted sample before this slot may have too few samples before it.
-  static constexpr int SLOTS_NEAR_THE_FRONT = WINDOW - 1;
+  static constexpr int slots_near_the_front = window_size - 1;
 
-  Slot& at(int slot) { return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))]; }
+  Slot& at(int slot) {
+    return sqbuf[static_cast<std::size_t>((front + slot) & (series_capacity - 1))];
+  }
   [[nodiscard]] const Slot& at(int slot) const {
-    return sqbuf[static_cast<std::size_t>((front + slot) & (CAPACITY - 1))];
+    return sqbuf[static_cast<std::size_t>((front + slot) & (series_capacity - 1))];
   }
   [[nodiscard]] UINT64 stampOf(UINT32 entry) const { return index.gzdItemList.stampAt(entry); }
   [[nodiscard]] bool holds(UINT32 entry) const {
@@ -89,8 +91,8 @@ class SampleQueue {
   // Whether the slot behind the one given last is the wanted one, with a whole window around it.
   [[nodiscard]] bool isNextInOrder(UINT32 wanted) const {
     const int next = latest + 1;
-    return next < sqsize && next < SLOT_NEAR_THE_END && entry(next) == wanted &&
-           (next >= SLOTS_NEAR_THE_FRONT || !runGoesBack);
+    return next < sqsize && next < slot_near_the_end && entry(next) == wanted &&
+           (next >= slots_near_the_front || !runGoesBack);
   }
   int findSample(UINT32 wanted);
   [[nodiscard]] int slotOfStamp(UINT64 stamp) const;
@@ -110,14 +112,14 @@ class SampleQueue {
   void appendPositions(const Sample& s);
   void followPositions(unsigned kinds);
   [[nodiscard]] bool isRegular(int stampsPerSample) const;
-  using WindowSlots = std::array<int, WINDOW>;
+  using WindowSlots = std::array<int, window_size>;
   [[nodiscard]] WindowSlots windowAround(UINT64 middle, int sampleRate) const;
   void computeVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings);
   void setVelocityByStamp(FSAMPLE& s, UINT64 stamp, const VelocitySettings& settings);
   template <class Action>
   void forEachFollowed(Action action) {
-    for (std::size_t type = 0; type < POSITION_TYPES; ++type) {
-      for (int eye = 0; followed[type] && eye < EYES; ++eye) {
+    for (std::size_t type = 0; type < position_types; ++type) {
+      for (int eye = 0; followed[type] && eye < eye_count; ++eye) {
         action(positions[static_cast<std::size_t>(eye)][type], eye, type);
       }
     }
@@ -127,8 +129,8 @@ class SampleQueue {
   SampleSource& source;
   std::unique_ptr<Slot[]> sqbuf;
   // Positions of the queued samples, by eye and type, of the types that velocities need.
-  std::array<SeriesOfEye, EYES> positions;
-  std::array<bool, POSITION_TYPES> followed{};
+  std::array<SeriesOfEye, eye_count> positions;
+  std::array<bool, position_types> followed{};
   unsigned followedKinds = GZD_VELOCITY_NONE;
   PairSeries resolutions;
   VelocityBatch batch;

@@ -38,7 +38,7 @@ UINT32 DummySamples::recordedSampleAfter(UINT32 itemIndex) {
   for (UINT32 i = itemIndex + 1; i < end; ++i) {
     if (is_recorded(index.gzdItemList[i])) return i;
   }
-  return NONE;
+  return no_sample;
 }
 
 // Makes what all dummies modelled on one recorded sample have in common.
@@ -46,7 +46,7 @@ void DummySamples::makeModel(UINT32 recorded) {
   model.recorded = recorded;
   model.isMade = false;
   model.dummy.clear();
-  if (recorded == NONE) {
+  if (recorded == no_sample) {
     model.tag = 0;
     make_dummy_sample(model.tag, nullptr, model.dummy);
   } else {

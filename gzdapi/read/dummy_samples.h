@@ -28,12 +28,12 @@ class DummySamples {
   void make(UINT32 itemIndex, FSAMPLE& sample);
 
  private:
-  static constexpr UINT32 NONE = 0xFFFFFFFFu;
+  static constexpr UINT32 no_sample = 0xFFFFFFFFu;
 
   struct Model {
-    UINT32 first = NONE;  // all dummies from here
-    UINT32 last = 0;      // up to here have the same one
-    UINT32 recorded = NONE;
+    UINT32 first = no_sample;  // all dummies from here
+    UINT32 last = 0;           // up to here have the same one
+    UINT32 recorded = no_sample;
     bool isMade = false;
     UINT16 tag = 0;
     Sample dummy;  // but for its place in time

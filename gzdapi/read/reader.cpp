@@ -18,7 +18,7 @@ namespace gzd {
 
 namespace {
 
-constexpr int LARGEST_LSTRING_LENGTH = 32767;
+constexpr int largest_lstring_length = 32767;
 
 }  // namespace
 
@@ -158,7 +158,7 @@ bool Reader::readLikeTheOneBefore(GZDItem item) {
 void Reader::beginRun(const Stretch& stretch) {
   const InputStream::HeldBytes held = file.held();
   const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin);
-  const INT64 end = std::min(held.offset + held.length - INT64{LONGEST_FIXED_PART} + 1, epochEnd);
+  const INT64 end = std::min(held.offset + held.length - INT64{longest_fixed_part} + 1, epochEnd);
   if (end <= first) return;
   run.firstItem = stretch.begin;
   run.items = stretch.end - stretch.begin;
@@ -273,7 +273,7 @@ void Reader::assembleLongMessage(const GZDItem& item) {
   const auto group = index.msg_item_list.find(item.getFilePos());
   if (group != index.msg_item_list.end()) {
     for (const GZDItem& piece : group->second) {
-      if (text.size() > LONG_MESSAGE_LIMIT) {
+      if (text.size() > long_message_limit) {
         print_log("Long message is longer than 65536 characters.  Truncating it to %d \n",
                   static_cast<int>(text.size()));
         break;
@@ -284,7 +284,7 @@ void Reader::assembleLongMessage(const GZDItem& item) {
     }
   }
   if (!longText) longText = std::make_unique<LongText>();
-  longText->len = static_cast<INT16>(std::min(text.size(), std::size_t{LARGEST_LSTRING_LENGTH}));
+  longText->len = static_cast<INT16>(std::min(text.size(), std::size_t{largest_lstring_length}));
   text.copy(longText->text.data(), longText->text.size() - 1);
   longText->text[std::min(text.size(), longText->text.size() - 1)] = '\0';
   fData.fe.message = reinterpret_cast<LSTRING*>(longText.get());

@@ -89,10 +89,10 @@ class Reader : public SampleSource {
   // The record of a sample, from its tag on, when it can be decoded where it lies into a sample
   // preset for the layout tag `presetFor`, with the layout used last; else null.
   [[nodiscard]] const byte* recordAsPreset(const GZDItem& item, UINT16 presetFor) const {
-    constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
+    constexpr std::size_t longest_record = sizeof(UINT16) + longest_fixed_part;
     const INT64 place = item.getFilePos() - static_cast<INT64>(sizeof(UINT16));
     if (layout.tag != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
-    const byte* const record = file.inWindow(place, LONGEST);
+    const byte* const record = file.inWindow(place, longest_record);
     return record != nullptr && layout.suits(load_be16(record)) ? record : nullptr;
   }
   void readQueueSampleAnew(const GZDItem& item, Sample& sample);
@@ -137,7 +137,7 @@ class Reader : public SampleSource {
   // A long message, laid out as an LSTRING; made when the first one is met.
   struct LongText {
     INT16 len;
-    std::array<char, LONG_MESSAGE_CAPACITY> text;
+    std::array<char, long_message_capacity> text;
   };
   std::unique_ptr<LongText> longText;
 };

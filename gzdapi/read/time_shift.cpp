@@ -10,7 +10,7 @@ namespace gzd {
 namespace {
 
 // Below this no time is shifted.
-constexpr UINT32 LARGE_TIME = 0x3FFFFFFF;
+constexpr UINT32 large_time = 0x3FFFFFFF;
 
 UINT32 first_time_of(const FEVENT& event) {
   return event.time != 0 ? std::min(event.sttime, event.time) : event.sttime;
@@ -22,7 +22,7 @@ UINT32 first_time_of(const FEVENT& event) {
 bool TimeShift::decide(UINT32 first, UINT32 maxTime, const char* announcement) {
   if (firsttime != 0) return true;
   firsttime = first;
-  disableTimeFix = maxTime < LARGE_TIME;
+  disableTimeFix = maxTime < large_time;
   if (!disableTimeFix) print_log("%s", announcement);
   return !disableTimeFix;
 }

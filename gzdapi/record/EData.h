@@ -10,7 +10,7 @@
 namespace gzd {
 
 // The longest message text that one record holds.
-constexpr int MESSAGE_RECORD_CAPACITY = 498;
+constexpr int message_record_capacity = 498;
 
 // True for the event types that can be handed out.
 constexpr bool is_known_event_type(int type) {
@@ -22,7 +22,7 @@ constexpr bool is_known_event_type(int type) {
 // A message text of one record, laid out as an LSTRING: length, characters, NULs to the end.
 struct MessageText {
   INT16 len = 0;
-  std::array<char, MESSAGE_RECORD_CAPACITY + 2> text{};
+  std::array<char, message_record_capacity + 2> text{};
 
   void clear() { *this = MessageText(); }
   LSTRING* asLString() { return reinterpret_cast<LSTRING*>(this); }

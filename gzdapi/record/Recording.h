@@ -7,8 +7,8 @@
 
 namespace gzd {
 
-constexpr int DEFAULT_WINDOW_WIDTH = 176;
-constexpr int DEFAULT_WINDOW_HEIGHT = 190;
+constexpr int default_window_width = 176;
+constexpr int default_window_height = 190;
 
 class Recording : public RECORDINGS {
  public:
@@ -36,8 +36,8 @@ class Recording : public RECORDINGS {
 
   UINT64 timestamp = 0;
   float gaze_prescaler = 0.0f;  // of the samples-start record
-  int window_height = DEFAULT_WINDOW_HEIGHT;
-  int window_width = DEFAULT_WINDOW_WIDTH;
+  int window_height = default_window_height;
+  int window_width = default_window_width;
   bool time_collision_detected = false;
 };
 

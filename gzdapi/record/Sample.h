@@ -8,7 +8,7 @@
 namespace gzd {
 
 // Below this pupil size the pupil counts as lost.
-constexpr float LOST_PUPIL_SIZE = 15.0f;
+constexpr float lost_pupil_size = 15.0f;
 
 inline UINT16 eye_flag(int eye) {
   return static_cast<UINT16>(eye == GZD_LEFT_EYE ? SMP_LEFT : SMP_RIGHT);
@@ -26,7 +26,7 @@ inline int get_sample_data(const FSAMPLE& s, float* x, float* y, int eye, int ty
   *x = MISSING_DATA;
   *y = MISSING_DATA;
   if ((s.flags & eye_flag(eye)) == 0) return 0;
-  if ((s.flags & SMP_PUPIL_SIZE) != 0 && s.pa[eye] < LOST_PUPIL_SIZE) return 1;
+  if ((s.flags & SMP_PUPIL_SIZE) != 0 && s.pa[eye] < lost_pupil_size) return 1;
   if (type == GZD_POSITION_GAZE && (s.flags & SMP_GAZE) != 0) {
     *x = s.gx[eye];
     *y = s.gy[eye];

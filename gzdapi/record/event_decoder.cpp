@@ -17,14 +17,14 @@ namespace gzd {
 
 namespace {
 
-constexpr double SMALLEST_PRESCALE = 0.1;
-constexpr double RATE_UNIT = 1.0 / 65536.0;  // the rate is stored as 16.16 fixed point
-constexpr float DEFAULT_RATE = 250.0f;
+constexpr double smallest_prescale = 0.1;
+constexpr double rate_unit = 1.0 / 65536.0;  // the rate is stored as 16.16 fixed point
+constexpr float default_rate = 250.0f;
 
 // Limits of a time offset at the start of a message.
-constexpr int MAX_OFFSET_BLANKS = 20;
-constexpr int MAX_OFFSET_DIGITS = 7;
-constexpr int MAX_OFFSET = 999;
+constexpr int max_offset_blanks = 20;
+constexpr int max_offset_digits = 7;
+constexpr int max_offset = 999;
 
 // One decoding: the record's parts at hand, and which prescales it brought.
 struct EventRecord {
@@ -45,9 +45,9 @@ struct EventRecord {
  private:
   float scaled(float prescale) {
     const INT16 stored = in.getWord();
-    if (stored == STORED_MISSING) return MISSING_DATA;
+    if (stored == stored_missing) return MISSING_DATA;
     const float value = static_cast<float>(stored);
-    return static_cast<double>(prescale) > SMALLEST_PRESCALE ? value / prescale : value;
+    return static_cast<double>(prescale) > smallest_prescale ? value / prescale : value;
   }
 };
 
@@ -101,7 +101,7 @@ void read_head_pose(LString source, FEVENT& e) {
 // Returns false for a length that no record can have.
 bool read_message(EventRecord& record) {
   const int length = record.in.getWord();
-  if (length < 0 || length > MESSAGE_RECORD_CAPACITY) return false;
+  if (length < 0 || length > message_record_capacity) return false;
   record.text.clear();
   record.text.len = static_cast<INT16>(length);
   record.in.getData(record.text.text.data(), length);
@@ -110,9 +110,9 @@ bool read_message(EventRecord& record) {
   const byte* bytes = reinterpret_cast<const byte*>(record.text.text.data());
   const bool isBinary = length > 1 && bytes[0] == 0;
   e.message = isBinary ? nullptr : record.text.asLString();
-  if (isBinary && length == HEAD_POSE_LENGTH && bytes[1] == HEAD_POSE_SIZE_BYTE &&
-      bytes[2] == HEAD_POSE_KIND_BYTE) {
-    read_head_pose(LString(bytes + HEAD_POSE_PREFIX, HEAD_POSE_LENGTH - HEAD_POSE_PREFIX), e);
+  if (isBinary && length == head_pose_length && bytes[1] == head_pose_size_byte &&
+      bytes[2] == head_pose_kind_byte) {
+    read_head_pose(LString(bytes + head_pose_prefix, head_pose_length - head_pose_prefix), e);
     e.read |= EVT_HEAD_POSE;
   }
   return true;
@@ -191,40 +191,40 @@ struct Field {
 };
 
 using E = FEVENT;
-constexpr auto RAW = &EventRecord::raw;
-constexpr auto HREF = &EventRecord::rawOrMissing;
-constexpr auto GAZE = &EventRecord::gaze;
-constexpr auto VELOCITY = &EventRecord::velocity;
+constexpr auto as_raw = &EventRecord::raw;
+constexpr auto as_href = &EventRecord::rawOrMissing;
+constexpr auto as_gaze = &EventRecord::gaze;
+constexpr auto as_velocity = &EventRecord::velocity;
 
 // In raw positions of start and end y replaces x in hstx and henx, and hsty and heny are not
 // touched; that of the mean goes to hstx, a member of the start.
-constexpr Field FIELDS[] = {
+constexpr Field field_table[] = {
     {FIELD_START_TIME, read_time<&E::sttime>, EVT_START_TIME},
     {FIELD_START_RAW, read_raw_pair<&E::gstx, &E::gsty, &E::hstx, &E::hstx>,
      EVT_PUPIL_POS | EVT_START_POSITION},
-    {FIELD_START_HREF, read_pair<HREF, &E::hstx, &E::hsty>, EVT_HREF | EVT_START_POSITION},
-    {FIELD_START_GAZE, read_pair<GAZE, &E::gstx, &E::gsty>, EVT_GAZE | EVT_START_POSITION},
-    {FIELD_START_RESOLUTION, read_pair<GAZE, &E::supd_x, &E::supd_y>,
+    {FIELD_START_HREF, read_pair<as_href, &E::hstx, &E::hsty>, EVT_HREF | EVT_START_POSITION},
+    {FIELD_START_GAZE, read_pair<as_gaze, &E::gstx, &E::gsty>, EVT_GAZE | EVT_START_POSITION},
+    {FIELD_START_RESOLUTION, read_pair<as_gaze, &E::supd_x, &E::supd_y>,
      EVT_RESOLUTION | EVT_START_TIME},
-    {FIELD_START_PUPIL, read_one<RAW, &E::sta>, EVT_PUPIL_SIZE | EVT_START_TIME},
-    {FIELD_START_VELOCITY, read_one<VELOCITY, &E::svel>, EVT_VELOCITY | EVT_START_TIME},
+    {FIELD_START_PUPIL, read_one<as_raw, &E::sta>, EVT_PUPIL_SIZE | EVT_START_TIME},
+    {FIELD_START_VELOCITY, read_one<as_velocity, &E::svel>, EVT_VELOCITY | EVT_START_TIME},
     {FIELD_END_TIME, read_time<&E::entime>, EVT_END_TIME},
     {FIELD_END_RAW, read_raw_pair<&E::genx, &E::geny, &E::henx, &E::henx>,
      EVT_PUPIL_POS | EVT_END_POSITION},
-    {FIELD_END_HREF, read_pair<HREF, &E::henx, &E::heny>, EVT_HREF | EVT_END_POSITION},
-    {FIELD_END_GAZE, read_pair<GAZE, &E::genx, &E::geny>, EVT_GAZE | EVT_END_POSITION},
+    {FIELD_END_HREF, read_pair<as_href, &E::henx, &E::heny>, EVT_HREF | EVT_END_POSITION},
+    {FIELD_END_GAZE, read_pair<as_gaze, &E::genx, &E::geny>, EVT_GAZE | EVT_END_POSITION},
     {FIELD_END_RESOLUTION, read_resolution_at_end, EVT_RESOLUTION | EVT_END_VALUES},
-    {FIELD_END_PUPIL, read_one<RAW, &E::ena>, EVT_PUPIL_SIZE | EVT_END_VALUES},
-    {FIELD_END_VELOCITY, read_one<VELOCITY, &E::evel>, EVT_VELOCITY | EVT_END_VALUES},
+    {FIELD_END_PUPIL, read_one<as_raw, &E::ena>, EVT_PUPIL_SIZE | EVT_END_VALUES},
+    {FIELD_END_VELOCITY, read_one<as_velocity, &E::evel>, EVT_VELOCITY | EVT_END_VALUES},
     {FIELD_INPUT, read_word<&E::input>, 0},
     {FIELD_BUTTONS, read_buttons, 0},
     {FIELD_MESSAGE, read_message, 0},
     {FIELD_AVERAGE_RAW, read_raw_pair<&E::gavx, &E::gavy, &E::havx, &E::hstx>,
      EVT_PUPIL_POS | EVT_AVERAGE_POSITION},
-    {FIELD_AVERAGE_HREF, read_pair<HREF, &E::havx, &E::havy>, EVT_HREF | EVT_AVERAGE_POSITION},
-    {FIELD_AVERAGE_GAZE, read_pair<GAZE, &E::gavx, &E::gavy>, EVT_GAZE | EVT_AVERAGE_POSITION},
-    {FIELD_AVERAGE_PUPIL, read_one<RAW, &E::ava>, EVT_PUPIL_SIZE | EVT_AVERAGE_VALUES},
-    {FIELD_AVERAGE_VELOCITY, read_one<VELOCITY, &E::avel>, EVT_VELOCITY | EVT_AVERAGE_VALUES},
+    {FIELD_AVERAGE_HREF, read_pair<as_href, &E::havx, &E::havy>, EVT_HREF | EVT_AVERAGE_POSITION},
+    {FIELD_AVERAGE_GAZE, read_pair<as_gaze, &E::gavx, &E::gavy>, EVT_GAZE | EVT_AVERAGE_POSITION},
+    {FIELD_AVERAGE_PUPIL, read_one<as_raw, &E::ava>, EVT_PUPIL_SIZE | EVT_AVERAGE_VALUES},
+    {FIELD_AVERAGE_VELOCITY, read_one<as_velocity, &E::avel>, EVT_VELOCITY | EVT_AVERAGE_VALUES},
     {FIELD_PEAK_VELOCITY, read_peak_velocity, 0},
     {FIELD_FLAGS, read_word<&E::flags>, EVT_FLAGS},
 };
@@ -232,14 +232,14 @@ constexpr Field FIELDS[] = {
 // The row of each code; null for a code that is not known.
 constexpr std::array<const Field*, 256> make_fields_by_code() {
   std::array<const Field*, 256> rows{};
-  for (const Field& field : FIELDS) rows[field.code] = &field;
+  for (const Field& field : field_table) rows[field.code] = &field;
   return rows;
 }
-constexpr std::array<const Field*, 256> FIELDS_BY_CODE = make_fields_by_code();
+constexpr std::array<const Field*, 256> fields_by_code = make_fields_by_code();
 
 // Reads the value after a field code. Returns false for a message that cannot be.
 bool read_field(EventRecord& record, int code) {
-  const Field* const field = FIELDS_BY_CODE[static_cast<std::size_t>(code)];
+  const Field* const field = fields_by_code[static_cast<std::size_t>(code)];
   if (field == nullptr) {
     if (record.state.reportsUnknownFields) {
       print_notice("ERROR: Do not know how to handle %d\n", code);
@@ -266,23 +266,23 @@ void use_packed_settings(StreamState& state, float settings) {
 
 void use_rate(StreamState& state, FEVENT& e) {
   if (state.revision == 0) {
-    state.sam_per_sec = e.avel = DEFAULT_RATE;
+    state.sam_per_sec = e.avel = default_rate;
     state.ffilter = 1;
     state.crmode = 9;
     state.lfilter = 1;
     return;
   }
   if (e.entime != 0) {
-    e.avel = static_cast<float>(e.entime * RATE_UNIT);
+    e.avel = static_cast<float>(e.entime * rate_unit);
     state.rate_assumed = !is_known_rate(e.avel);
-    state.sam_per_sec = state.rate_assumed ? DEFAULT_RATE : e.avel;
+    state.sam_per_sec = state.rate_assumed ? default_rate : e.avel;
   } else if (state.sam_per_sec != 500.0f) {
     if (state.sam_per_sec > 500.0f) {
       print_log("Possible miss handle! sample per second is %f resetting to 250 \n",
                 static_cast<double>(state.sam_per_sec));
     }
     state.rate_assumed = true;
-    state.sam_per_sec = DEFAULT_RATE;
+    state.sam_per_sec = default_rate;
   }
   use_packed_settings(state, e.eupd_x);
 }
@@ -321,13 +321,13 @@ void start_events(EventRecord& record) {
 void apply_message_offset(MessageText& text, FEVENT& e) {
   const char* const begin = text.text.data();
   const char* number = begin;
-  while (number - begin < MAX_OFFSET_BLANKS && *number == ' ') ++number;
+  while (number - begin < max_offset_blanks && *number == ' ') ++number;
   const char* behind = number;
-  while (behind - number < MAX_OFFSET_DIGITS && *behind != ' ' && *behind != '\0') ++behind;
+  while (behind - number < max_offset_digits && *behind != ' ' && *behind != '\0') ++behind;
 
   const int offset = std::atoi(std::string(number, behind).c_str());
   const int length = static_cast<int>(behind - number);
-  if (offset == 0 || std::abs(offset) > MAX_OFFSET || length >= text.len - 1) return;
+  if (offset == 0 || std::abs(offset) > max_offset || length >= text.len - 1) return;
   e.sttime -= static_cast<UINT32>(offset);
   const auto moved = std::copy(behind, begin + text.text.size(), text.text.begin());
   std::fill(moved, text.text.end(), '\0');
@@ -360,9 +360,9 @@ void use_by_type(EventRecord& record) {
 
 void read_tag(UINT16 tag, FEVENT& e) {
   const int high = tag >> 8;
-  e.type = static_cast<INT16>(high & TAG_TYPE_MASK);
-  e.eye = (high & TAG_EYE_MASK) == TAG_EYE_RIGHT ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
-  e.parsedby = tag & TAG_PARSED_BY_MASK;
+  e.type = static_cast<INT16>(high & tag_type_mask);
+  e.eye = (high & tag_eye_mask) == tag_eye_right ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
+  e.parsedby = tag & tag_parsed_by_mask;
 }
 
 }  // namespace

@@ -39,16 +39,16 @@ enum EventField : byte {
 };
 
 // The tag of an event: type and eye in the high byte, the kind of its positions in the low one.
-constexpr int TAG_TYPE_MASK = 0x3F;
-constexpr int TAG_EYE_MASK = 0xC0;
-constexpr int TAG_EYE_RIGHT = 0x40;
-constexpr int TAG_PARSED_BY_MASK = 0xFE;
+constexpr int tag_type_mask = 0x3F;
+constexpr int tag_eye_mask = 0xC0;
+constexpr int tag_eye_right = 0x40;
+constexpr int tag_parsed_by_mask = 0xFE;
 
 // A binary message that holds a head pose: its length and its second and third byte.
-constexpr int HEAD_POSE_LENGTH = 147;
-constexpr byte HEAD_POSE_SIZE_BYTE = 146;
-constexpr byte HEAD_POSE_KIND_BYTE = 2;
-constexpr std::size_t HEAD_POSE_PREFIX = 3;
+constexpr int head_pose_length = 147;
+constexpr byte head_pose_size_byte = 146;
+constexpr byte head_pose_kind_byte = 2;
+constexpr std::size_t head_pose_prefix = 3;
 
 }  // namespace gzd
 

@@ -13,15 +13,15 @@ namespace gzd {
 
 namespace {
 
-constexpr UINT32 HEAD_MARKERS_NOT_RECORDED = 0xFFFF8000u;
+constexpr UINT32 head_markers_not_recorded = 0xFFFF8000u;
 
-constexpr float ANGLE_UNITS_PER_DEGREE = 182.0f;
-constexpr float POSITION_UNITS_PER_MM = 10.0f;
+constexpr float angle_units_per_degree = 182.0f;
+constexpr float position_units_per_mm = 10.0f;
 
 // Recognised extended blocks, by length and kind.
-constexpr int HEAD_TARGET_LENGTH = 24, HEAD_TARGET_KIND = 1;
-constexpr int HEAD_POSE_LENGTH = 92, HEAD_POSE_KIND = 2;
-constexpr int ELLIPSE_LENGTH = 56, LONG_ELLIPSE_LENGTH = 72, ELLIPSE_KIND = 3;
+constexpr int head_target_length = 24, HEAD_TARGET_KIND = 1;
+constexpr int head_pose_length = 92, HEAD_POSE_KIND = 2;
+constexpr int ellipse_length = 56, LONG_ELLIPSE_LENGTH = 72, ELLIPSE_KIND = 3;
 
 class BytesAt {
  public:
@@ -116,9 +116,9 @@ void skip_bytes(InputStream& in, std::size_t count) {
 enum class Block { HeadTarget, HeadPose, Ellipse, LongEllipse, Unknown };
 
 Block recognise(int length, int kind) {
-  if (length == HEAD_TARGET_LENGTH && kind == HEAD_TARGET_KIND) return Block::HeadTarget;
-  if (length == HEAD_POSE_LENGTH && kind == HEAD_POSE_KIND) return Block::HeadPose;
-  if (length == ELLIPSE_LENGTH && kind == ELLIPSE_KIND) return Block::Ellipse;
+  if (length == head_target_length && kind == HEAD_TARGET_KIND) return Block::HeadTarget;
+  if (length == head_pose_length && kind == HEAD_POSE_KIND) return Block::HeadPose;
+  if (length == ellipse_length && kind == ELLIPSE_KIND) return Block::Ellipse;
   if (length == LONG_ELLIPSE_LENGTH && kind == ELLIPSE_KIND) return Block::LongEllipse;
   return Block::Unknown;
 }
@@ -126,8 +126,8 @@ Block recognise(int length, int kind) {
 // Bytes behind the kind byte of a block that is not recognised. One that has the length of a known
 // block is a byte shorter than its length says.
 std::size_t bytes_to_skip(int length) {
-  const bool lengthIsKnown = length == HEAD_TARGET_LENGTH || length == ELLIPSE_LENGTH ||
-                             length == LONG_ELLIPSE_LENGTH || length == HEAD_POSE_LENGTH;
+  const bool lengthIsKnown = length == head_target_length || length == ellipse_length ||
+                             length == LONG_ELLIPSE_LENGTH || length == head_pose_length;
   return static_cast<std::size_t>(lengthIsKnown ? length - 1 : length);
 }
 
@@ -147,8 +147,8 @@ void read_head_target(Source& in, const DecodingParameters& parameters, FSAMPLE&
   const Scaled as_gaze = scaled_by(parameters.gaze_prescale);
   read_head_in_space(s, [&] { return as_gaze(in.word()); });
   for (int i = 0; i < 3; ++i) {
-    s.headRotation[i] = static_cast<float>(s.hdata[i]) / ANGLE_UNITS_PER_DEGREE;
-    s.headPosition[i] = static_cast<float>(s.hdata[3 + i]) / POSITION_UNITS_PER_MM;
+    s.headRotation[i] = static_cast<float>(s.hdata[i]) / angle_units_per_degree;
+    s.headPosition[i] = static_cast<float>(s.hdata[3 + i]) / position_units_per_mm;
   }
   s.headMarkerFlags = static_cast<UINT32>(((s.hdata[7] & 0x7F) << 16) + s.hdata[6]);
 }
@@ -283,7 +283,7 @@ void preset_sample(UINT16 tag, FSAMPLE& s) {
   s.flags = tag;
   s.errors = s.input = NOT_RECORDED_WORD;
   s.htype = static_cast<INT16>(NOT_RECORDED_WORD);
-  s.headMarkerFlags = HEAD_MARKERS_NOT_RECORDED;
+  s.headMarkerFlags = head_markers_not_recorded;
   for (float* field : {s.eyeInHeadX, s.eyeInHeadY, s.headRotation, s.headPosition}) {
     std::fill(field, field + 3, MISSING_DATA);
   }
@@ -299,7 +299,7 @@ void preset_sample(UINT16 tag, FSAMPLE& s) {
 void decode_into_preset_sample(InputStream& in, StreamState& state, const SampleLayout& layout,
                                UINT32 expectedTime, FSAMPLE& sample) {
   state.sam_data |= layout.tag;
-  const byte* const body = in.peek(LONGEST_FIXED_PART);
+  const byte* const body = in.peek(longest_fixed_part);
   sample.time = body != nullptr ? recorded_time(body, state.curr_time, layout)
                                 : read_time(in, state.curr_time, layout);
   if (expectedTime != 0 && layout.timeLength == 1) sample.time = expectedTime;
@@ -326,7 +326,7 @@ SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
   if (!layout.suits(tag)) layout = layout_of(tag, state);
   state.sam_data |= tag;
   SampleGlance glance;
-  if (const byte* const body = in.peek(LONGEST_FIXED_PART)) {
+  if (const byte* const body = in.peek(longest_fixed_part)) {
     in.take(glance_at_fixed_part(body, state.curr_time, layout, glance));
   } else {
     glance_near_the_end(in, state, layout, glance);
@@ -342,7 +342,7 @@ SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
 void make_dummy_sample(UINT16 tag, const FSAMPLE* model, FSAMPLE& sample) {
   preset_sample(tag, sample);
   sample.errors = 0;
-  std::fill(sample.hdata, sample.hdata + 3, STORED_MISSING);
+  std::fill(sample.hdata, sample.hdata + 3, stored_missing);
   if (model == nullptr) return;
   sample.htype = model->htype;
   for (int eye = 0; eye < 2; ++eye) {

@@ -4,7 +4,7 @@ namespace gzd {
 
 namespace {
 
-constexpr int FIRST_SCALED_PUPIL = 4;  // the tracker generation from which pupil sizes are scaled
+constexpr int first_scaled_pupil = 4;  // the tracker generation from which pupil sizes are scaled
 
 using namespace sample_fields;
 
@@ -77,7 +77,7 @@ SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   SampleLayout layout;
   layout.tag = layout_tag(tag);
   layout.hasBlocks = has(SMP_EXTENDED | SMP_SKIP_BLOCKS);
-  layout.hasScaledSizes = state.ovilo_revision >= FIRST_SCALED_PUPIL;
+  layout.hasScaledSizes = state.ovilo_revision >= first_scaled_pupil;
   layout.eyes = static_cast<byte>((has(SMP_LEFT) ? 1 : 0) + (has(SMP_RIGHT) ? 1 : 0));
   layout.firstEye = has(SMP_LEFT) ? GZD_LEFT_EYE : GZD_RIGHT_EYE;
   layout.timeLength = has(SMP_TIME_ABSOLUTE) ? 4 : 1;
@@ -108,9 +108,9 @@ SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   const float gaze = layout.asGaze.divisor;
   layout.asUsualGaze = FourScaled{Floats4{gaze, gaze, gaze, gaze}};
   const float size = layout.hasScaledSizes ? layout.asSize.divisor : 1.0f;
-  const INT32 noSize = layout.hasScaledSizes ? INT32{STORED_MISSING} : NEVER_STORED;
+  const INT32 noSize = layout.hasScaledSizes ? INT32{stored_missing} : never_stored;
   layout.asResolutionAndSizes = FourScaled{Floats4{gaze, gaze, size, size},
-                                           Ints4{STORED_MISSING, STORED_MISSING, noSize, noSize}};
+                                           Ints4{stored_missing, stored_missing, noSize, noSize}};
   return layout;
 }
 

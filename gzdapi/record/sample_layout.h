@@ -16,8 +16,8 @@ namespace gzd {
 
 // The longest fixed part: time, positions of three kinds for two eyes, resolution, sizes, three
 // words, head data.
-constexpr std::size_t LONGEST_FIXED_PART = 4 + 3 * 8 + 4 + 4 + 3 * 2 + 1 + 8 * 2;
-constexpr int MAX_HEAD_WORDS = 8;
+constexpr std::size_t longest_fixed_part = 4 + 3 * 8 + 4 + 4 + 3 * 2 + 1 + 8 * 2;
+constexpr int max_head_words = 8;
 
 // The part of a tag that a layout depends on. At 2000 Hz every other sample has the bit left out.
 constexpr UINT16 layout_tag(UINT16 tag) {
@@ -68,7 +68,7 @@ struct SampleGlance {
 };
 
 inline int head_words(int htype) {
-  return std::min(htype & 15, MAX_HEAD_WORDS);
+  return std::min(htype & 15, max_head_words);
 }
 
 inline std::size_t length_with_head_data(const byte* body, const SampleLayout& layout) {
@@ -90,7 +90,7 @@ inline std::size_t glance_at_fixed_part(const byte* body, UINT32 previousTime,
   glance.hasNegativePupil = false;
   for (int eye = 0; layout.pupilSizes != 0 && eye < layout.eyes; ++eye) {
     const INT16 size = load_be16s(body + layout.pupilSizes + 2 * eye);
-    glance.hasNegativePupil |= size < 0 && !(layout.hasScaledSizes && size == STORED_MISSING);
+    glance.hasNegativePupil |= size < 0 && !(layout.hasScaledSizes && size == stored_missing);
   }
   glance.input = layout.input != 0 ? load_be16(body + layout.input) : UINT16{NOT_RECORDED_WORD};
   glance.htype =

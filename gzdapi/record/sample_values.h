@@ -6,8 +6,8 @@
 
 namespace gzd {
 
-constexpr INT32 NEVER_STORED = 0x10000;    // no word has this value
-constexpr float SMALLEST_PRESCALE = 0.1f;  // below it values are stored unscaled
+constexpr INT32 never_stored = 0x10000;    // no word has this value
+constexpr float smallest_prescale = 0.1f;  // below it values are stored unscaled
 
 using Longs2 = INT64 __attribute__((vector_size(16)));
 using Shorts8 = INT16 __attribute__((vector_size(16)));
@@ -25,7 +25,7 @@ struct Scaled {
   float divisor = 1.0f;
 
   float operator()(INT16 stored) const {
-    return stored == STORED_MISSING ? MISSING_DATA : Plain()(stored) / divisor;
+    return stored == stored_missing ? MISSING_DATA : Plain()(stored) / divisor;
   }
   Floats4 operator()(Ints4 stored) const;
 };
@@ -33,7 +33,7 @@ struct Scaled {
 // Four words, each with its own divisor and its own word for missing.
 struct FourScaled {
   Floats4 divisors;
-  Ints4 missing = {STORED_MISSING, STORED_MISSING, STORED_MISSING, STORED_MISSING};
+  Ints4 missing = {stored_missing, stored_missing, stored_missing, stored_missing};
 
   Floats4 operator()(Ints4 stored) const {
     const Floats4 none = {MISSING_DATA, MISSING_DATA, MISSING_DATA, MISSING_DATA};
@@ -46,7 +46,7 @@ inline Floats4 Scaled::operator()(Ints4 stored) const {
 }
 
 inline Scaled scaled_by(float prescale) {
-  return {prescale >= SMALLEST_PRESCALE ? prescale : 1.0f};
+  return {prescale >= smallest_prescale ? prescale : 1.0f};
 }
 
 }  // namespace gzd

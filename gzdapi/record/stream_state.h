@@ -7,7 +7,7 @@
 namespace gzd {
 
 // What a stored word holds for a value that is not there.
-constexpr INT16 STORED_MISSING = -32768;
+constexpr INT16 stored_missing = -32768;
 
 // Divisors of stored integers, set by the start records of a block.
 struct DecodingParameters {

@@ -21,13 +21,13 @@ namespace gzd {
 
 namespace {
 
-constexpr UINT16 TAG_OF_INSERTED = 0xFFFF;
+constexpr UINT16 tag_of_inserted = 0xFFFF;
 
-UINT32 timeOf(const GZDItem& item) {
+UINT32 time_of(const GZDItem& item) {
   return time_of_stamp(item.getTimeStamp());
 }
 
-std::size_t eyeOf(const GZDItem& item) {
+std::size_t eye_of(const GZDItem& item) {
   return static_cast<std::size_t>(item.getEye());
 }
 
@@ -176,7 +176,7 @@ class BlockWalk {
       moveEndBeforeStart();
       return false;
     }
-    strayLine.log(static_cast<int>(timeOf(items[place])));
+    strayLine.log(static_cast<int>(time_of(items[place])));
     edits.remove(place);
     --growth;
     return true;
@@ -195,9 +195,9 @@ class BlockWalk {
   }
 
   void endBlink(UINT32 place) {
-    BlinkState& eye = blinks[eyeOf(items[place])];
+    BlinkState& eye = blinks[eye_of(items[place])];
     ++ends;
-    if (eye.endSeen) loneEndLine.log(timeOf(items[place]));
+    if (eye.endSeen) loneEndLine.log(time_of(items[place]));
     eye.endSeen = true;
     if (eye.startOpen) {
       eye = {};
@@ -207,7 +207,7 @@ class BlockWalk {
   }
 
   void startBlink(UINT32 place) {
-    BlinkState& eye = blinks[eyeOf(items[place])];
+    BlinkState& eye = blinks[eye_of(items[place])];
     ++starts;
     if (starts > ends) {
       openBlink(eye, place);
@@ -223,7 +223,7 @@ class BlockWalk {
 
   void openBlink(BlinkState& eye, UINT32 place) {
     if (eye.startOpen) {
-      loneStartLine.log(timeOf(items[place]));
+      loneStartLine.log(time_of(items[place]));
     }
     eye.startOpen = true;
     if (!eye.endSeen) return;
@@ -235,8 +235,8 @@ class BlockWalk {
     const GZDItem start = items[place];
     const GZDItem end = items[pending->place];
     print_log("matching EBLINK found for SBLINK index %d for %lu fix order %d to %lu \n",
-              static_cast<int>(remember(place).number), static_cast<unsigned long>(timeOf(start)),
-              static_cast<int>(pending->number), static_cast<unsigned long>(timeOf(end)));
+              static_cast<int>(remember(place).number), static_cast<unsigned long>(time_of(start)),
+              static_cast<int>(pending->number), static_cast<unsigned long>(time_of(end)));
     items.change(place, [&](GZDItem& item) {
       item.setFixedTimeStamp(end.getTimeStamp());
       index.findings.add(retimed(item, start.getTimeStamp()));
@@ -257,8 +257,8 @@ class BlockWalk {
   // The block begins inside a blink: its end has no start.
   void insertStart(BlinkState& eye, UINT32 place) {
     items.change(pending->place, [](GZDItem& end) { end.markBlinkMerged(); });
-    const GZDItem start(POSITION_OF_DUMMY, GZD_START_BLINK, items[pending->place].getSide(),
-                        TAG_OF_INSERTED, items[*lastStart].getTimeStamp());
+    const GZDItem start(position_of_dummy, GZD_START_BLINK, items[pending->place].getSide(),
+                        tag_of_inserted, items[*lastStart].getTimeStamp());
     edits.insertBefore(place, start);
     index.findings.add(finding_of(GZD_FINDING_BLINK_START_INSERTED, start));
     ++growth;
@@ -306,7 +306,7 @@ int checkConsistency(Index& index, bool repair, const MessageReader& messageText
     mergeBlinksInsideSaccade(index);
     markSamplesInsideBlink(index);
   }
-  moveCollidingConfigurations(index, messageText);
+  move_colliding_configurations(index, messageText);
   return 0;
 }
 

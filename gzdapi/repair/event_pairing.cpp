@@ -8,16 +8,16 @@ namespace gzd {
 
 namespace {
 
-constexpr std::size_t KINDS = 3;  // blinks, saccades, fixations
-constexpr std::size_t EYES = 2;
+constexpr std::size_t kind_count = 3;  // blinks, saccades, fixations
+constexpr std::size_t eye_count = 2;
 
-std::size_t pairOf(const GZDItem& item) {
+std::size_t pair_of(const GZDItem& item) {
   const auto kind = static_cast<std::size_t>(item.getItemType() - GZD_START_BLINK) / 2;
-  return kind * EYES + static_cast<std::size_t>(item.getEye());
+  return kind * eye_count + static_cast<std::size_t>(item.getEye());
 }
 
 // True when an end is to show its start's entry time instead of the time in its own record.
-bool startDecides(const GZDItem& start, const GZDItem& end) {
+bool start_decides(const GZDItem& start, const GZDItem& end) {
   return start.isTimeChanged() || start.isDummy() ||
          (end.getItemType() == GZD_END_BLINK && end.isBlinkMerged());
 }
@@ -26,16 +26,16 @@ bool startDecides(const GZDItem& start, const GZDItem& end) {
 
 EventPairing EventPairing::build(const Index& index) {
   EventPairing pairing;
-  std::array<std::optional<GZDItem>, KINDS * EYES> open;
+  std::array<std::optional<GZDItem>, kind_count * eye_count> open;
   for (const Landmark mark : index.landmarks()) {
     const GZDItem& item = index.gzdItemList[mark];
     if (!item.isEyeEvent()) continue;
-    std::optional<GZDItem>& start = open[pairOf(item)];
+    std::optional<GZDItem>& start = open[pair_of(item)];
     if (item.isStartEvent()) {
       start = item;
     } else if (start) {
       const UINT32 startTime = time_of_stamp(start->getTimeStamp());
-      if (startDecides(*start, item) && startTime < time_of_stamp(item.getTimeStamp())) {
+      if (start_decides(*start, item) && startTime < time_of_stamp(item.getTimeStamp())) {
         pairing.ends.push_back({mark.place, startTime});
       }
       start.reset();

@@ -49,7 +49,7 @@ void FixationRepair::follow(const FEVENT& event, Index& index) {
                       .eye = eye == GZD_LEFT_EYE ? GZD_BLOCK_LEFT : GZD_BLOCK_RIGHT,
                       .start = found_at(stamp_of_time(lastStart[eye])),
                       .end = found_at(stamp_of_time(event.entime))});
-  if (start_fix_time_stamp_fix.size() < MAX_ROWS) {
+  if (start_fix_time_stamp_fix.size() < max_rows) {
     start_fix_time_stamp_fix.push_back({lastStart[eye], event.sttime, recordingStart});
   }
 }

@@ -25,7 +25,7 @@ class FixationRepair {
   void repair(Index& index) const;
 
  private:
-  static constexpr std::size_t MAX_ROWS = 100;
+  static constexpr std::size_t max_rows = 100;
 
   // What becomes of the start at `position` whose end has `endStamp`. Returns whether it is mended.
   bool repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const;

@@ -12,25 +12,25 @@ namespace gzd {
 
 namespace {
 
-constexpr INT64 LONGEST_PERIOD = 8;
-constexpr double LARGEST_COUNT = 2147483647.0;
+constexpr INT64 longest_period = 8;
+constexpr double largest_count = 2147483647.0;
 
 unsigned long long printable(UINT64 value) {
   return value;
 }
 
 GZDItem dummy_sample(UINT64 stamp) {
-  return {POSITION_OF_DUMMY, GZD_SAMPLE, SIDE_NONE, 0, stamp};
+  return {position_of_dummy, GZD_SAMPLE, SIDE_NONE, 0, stamp};
 }
 
 }  // namespace
 
 void SampleClock::findPeriod(Index& index, INT64 stamp, float sampleRate) {
   const INT64 observed = stamp - previousStamp();
-  if (observed > LONGEST_PERIOD || observed <= 0) return;
+  if (observed > longest_period || observed <= 0) return;
   period = observed;
   const int expected = stamps_per_sample(sampleRate);
-  if (expected < 1 || expected > LONGEST_PERIOD || expected == observed) return;
+  if (expected < 1 || expected > longest_period || expected == observed) return;
   print_log(
       "Intersample period does not match with the sample rate given by the start recording event! "
       "Using start recording sample rate. %d %d %d %d \n",
@@ -58,7 +58,7 @@ void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRat
                  .count = (stamp - previousStamp() - 1) / period,
                  .start = previousStamp(),
                  .end = stamp};
-  if (missing > DummyBudget::LONGEST_GAP || !budget.allows(missing - 1)) {
+  if (missing > DummyBudget::longest_gap || !budget.allows(missing - 1)) {
     print_log("Missing samples are over 10000, skip it without addimg missing samples\n ");
     index.findings.add(gap);
     return;
@@ -98,7 +98,7 @@ class BlockStartPadding {
     if (firstStamp <= start.getTime()) return;
     const int diff = static_cast<int>((firstStamp - start.getTime()) / 2);
     const double samples = diff / (1000.0 / static_cast<double>(start.sample_rate));
-    const int count = static_cast<int>(std::clamp(samples, -LARGEST_COUNT, LARGEST_COUNT));
+    const int count = static_cast<int>(std::clamp(samples, -largest_count, largest_count));
     print_log(
         "Missing sample at trial start. Trial start time = %llu First sample time=%llu diff=%d  "
         "SampleRate=%.1f  Missing Sample count=%d\n",
@@ -235,14 +235,14 @@ class PeriodCount {
 void report_sample_periods(Index& index) {
   PeriodCount count(index);
   count.run();
-  constexpr const char* COUNT_LINE =
+  constexpr const char* count_line =
       "%u inter-sample periods were %s than expected from the sampling rate\n";
   if (count.shorter != 0) {
-    print_log(COUNT_LINE, count.shorter, "shorter");
+    print_log(count_line, count.shorter, "shorter");
     index.findings.add({.kind = GZD_FINDING_PERIODS_SHORTER, .count = count.shorter});
   }
   if (count.longer != 0) {
-    print_log(COUNT_LINE, count.longer, "longer");
+    print_log(count_line, count.longer, "longer");
     index.findings.add({.kind = GZD_FINDING_PERIODS_LONGER, .count = count.longer});
   }
 }

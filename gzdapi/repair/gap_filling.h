@@ -8,26 +8,26 @@ namespace gzd {
 
 // Bounds on the entries made for samples that are not there.
 struct DummyBudget {
-  static constexpr int LONGEST_GAP = 10000;    // samples of one gap
-  static constexpr int ALL_GAPS = 10'000'000;  // samples of all gaps of a file
+  static constexpr int longest_gap = 10000;    // samples of one gap
+  static constexpr int all_gaps = 10'000'000;  // samples of all gaps of a file
 
   // Takes `count` from what is left of the file's budget. False when one gap or the file would
   // exceed its bound; nothing is taken then.
   bool allows(int count) {
-    if (count > LONGEST_GAP || count > left) return false;
+    if (count > longest_gap || count > left) return false;
     if (count > 0) left -= count;
     return true;
   }
 
-  int left = ALL_GAPS;
+  int left = all_gaps;
 };
 
 // Follows the times of the samples while the file is scanned.
 class SampleClock {
  public:
   // At any boundary of a block; at a start the period has to be found anew.
-  void forgetTimes() { last = beforeLast = UNKNOWN; }
-  void forgetPeriod() { period = UNKNOWN; }
+  void forgetTimes() { last = beforeLast = unknown_length; }
+  void forgetPeriod() { period = unknown_length; }
 
   // The stamp of a sample at `time`: a repeated time counts as half a millisecond later.
   [[nodiscard]] UINT64 stampOf(UINT32 time) const {
@@ -42,8 +42,8 @@ class SampleClock {
   // From the stamp of the sample before to the next, if nothing is to be missing. Any step that
   // rises when gaps do not matter.
   [[nodiscard]] UINT64 largestStep(bool checksGaps) const {
-    constexpr UINT64 ANY_RISE = ~UINT64{0} >> 1;
-    return checksGaps ? static_cast<UINT64>(period) : ANY_RISE;
+    constexpr UINT64 any_rise = ~UINT64{0} >> 1;
+    return checksGaps ? static_cast<UINT64>(period) : any_rise;
   }
   // Enters dummies for the samples missing before one with `stamp`, and says so in the log.
   void fillGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget) {
@@ -56,7 +56,7 @@ class SampleClock {
   }
 
  private:
-  static constexpr int UNKNOWN = -1;
+  static constexpr int unknown_length = -1;
 
   // Whether nothing is missing before a sample with `stamp`, as far as is known.
   [[nodiscard]] bool isRegular(UINT64 stamp) const {
@@ -67,9 +67,9 @@ class SampleClock {
   void findPeriod(Index& index, INT64 stamp, float sampleRate);
   [[nodiscard]] bool knowsPeriod() const { return period >= 1 && period <= 8; }
 
-  INT64 last = UNKNOWN;  // ms
-  INT64 beforeLast = UNKNOWN;
-  INT64 period = UNKNOWN;  // stamps
+  INT64 last = unknown_length;  // ms
+  INT64 beforeLast = unknown_length;
+  INT64 period = unknown_length;  // stamps
 };
 
 // Enters dummies for samples that are missing at the start of blocks. The index is in time order.

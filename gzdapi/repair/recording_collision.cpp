@@ -15,17 +15,17 @@ namespace gzd {
 
 namespace {
 
-constexpr UINT64 COLLISION_STAMPS = 6;
-constexpr std::string_view CONFIGURATION_MARK = "RECCFG ";
+constexpr UINT64 collision_stamps = 6;
+constexpr std::string_view configuration_mark = "RECCFG ";
 
 UINT64 distance(UINT64 a, UINT64 b) {
   return a > b ? a - b : b - a;
 }
 
-bool boundariesCollide(const Index& index) {
+bool boundaries_collide(const Index& index) {
   const auto& boundaries = index.allRecordings;
   for (std::size_t i = 1; i < boundaries.size(); ++i) {
-    if (distance(boundaries[i - 1]->getTime(), boundaries[i]->getTime()) < COLLISION_STAMPS) {
+    if (distance(boundaries[i - 1]->getTime(), boundaries[i]->getTime()) < collision_stamps) {
       return true;
     }
   }
@@ -60,7 +60,7 @@ class ConfigurationMove {
 
   [[nodiscard]] bool belongsToNextBlock(UINT32 place) const {
     return !collected.empty() ||
-           messageText(place).find(CONFIGURATION_MARK) != std::string_view::npos;
+           messageText(place).find(configuration_mark) != std::string_view::npos;
   }
 
   void putDownBehind(UINT32 blockEnd) {
@@ -91,8 +91,8 @@ class ConfigurationMove {
 
 }  // namespace
 
-void moveCollidingConfigurations(Index& index, const MessageReader& messageText) {
-  if (!boundariesCollide(index)) return;
+void move_colliding_configurations(Index& index, const MessageReader& messageText) {
+  if (!boundaries_collide(index)) return;
   if (ConfigurationMove(index, messageText).run()) index.itemsChanged();
 }
 

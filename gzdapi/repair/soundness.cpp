@@ -7,7 +7,7 @@ namespace gzd {
 
 namespace {
 
-constexpr INT64 LONGEST_PAUSE = 2;  // sample periods between the last sample and the block's end
+constexpr INT64 longest_pause = 2;  // sample periods between the last sample and the block's end
 
 class BlockExamination {
  public:
@@ -40,7 +40,7 @@ class BlockExamination {
     block = nullptr;
     const INT64 period = stamps_per_sample(start.sample_rate);
     const INT64 pause = found_at(stamp) - newest;
-    if (period < 1 || pause <= LONGEST_PAUSE * period) return;
+    if (period < 1 || pause <= longest_pause * period) return;
     index.findings.add({.kind = GZD_FINDING_SAMPLES_END_EARLY,
                         .eye = start.eye,
                         .count = pause / period,
@@ -60,8 +60,8 @@ void examine_blocks(Index& index, bool samplesLoaded) {
 }
 
 void find_unpaired_events(Index& index) {
-  constexpr std::size_t PAIRS = 6;  // three kinds, two eyes
-  std::array<std::optional<GZDItem>, PAIRS> open;
+  constexpr std::size_t paired_kinds = 6;  // three kinds, two eyes
+  std::array<std::optional<GZDItem>, paired_kinds> open;
   const auto note = [&index](const GZDItem& item) {
     index.findings.add(finding_of(GZD_FINDING_UNPAIRED_EVENT, item));
   };

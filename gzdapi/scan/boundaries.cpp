@@ -11,10 +11,10 @@ namespace gzd {
 namespace {
 
 // How an events-start record names the eyes in its input word, the other way round than samples do.
-constexpr unsigned EVENTS_OF_FIRST_EYE = 0x4000;
-constexpr unsigned EVENTS_OF_SECOND_EYE = 0x8000;
+constexpr unsigned events_of_first_eye = 0x4000;
+constexpr unsigned events_of_second_eye = 0x8000;
 
-constexpr float PUPIL_IS_AREA = 1.0f;
+constexpr float pupil_is_area = 1.0f;
 
 byte eye_of_samples(UINT16 flags) {
   return static_cast<byte>(((flags & SMP_LEFT) != 0 ? GZD_BLOCK_LEFT : 0) +
@@ -22,8 +22,8 @@ byte eye_of_samples(UINT16 flags) {
 }
 
 byte eye_of_events(UINT16 input) {
-  return static_cast<byte>(((input & EVENTS_OF_FIRST_EYE) != 0 ? 1 : 0) +
-                           ((input & EVENTS_OF_SECOND_EYE) != 0 ? 2 : 0));
+  return static_cast<byte>(((input & events_of_first_eye) != 0 ? 1 : 0) +
+                           ((input & events_of_second_eye) != 0 ? 2 : 0));
 }
 
 bool is_start(int type) {
@@ -63,7 +63,7 @@ std::unique_ptr<Recording> make_boundary(const FEVENT& event, const StreamState&
   boundary->record_type = is_of_samples(event.type) ? GZD_RECORD_SAMPLES : GZD_RECORD_EVENTS;
   boundary->updateTime(stamp_of_time(start ? event.sttime : event.entime));
   boundary->sample_rate = state.sam_per_sec;
-  boundary->pupil_type = event.eupd_y == PUPIL_IS_AREA ? 0 : 1;
+  boundary->pupil_type = event.eupd_y == pupil_is_area ? 0 : 1;
   boundary->recording_mode = state.crmode != 0 ? 1 : 0;
   boundary->filter_type = static_cast<byte>(state.ffilter);
   boundary->pos_type = static_cast<byte>(event.parsedby);

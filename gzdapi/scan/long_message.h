@@ -34,10 +34,10 @@ class MessageGrouping {
 };
 
 // A long message stops growing at the first piece that finds more characters than this before it.
-constexpr std::size_t LONG_MESSAGE_LIMIT = 65279;
+constexpr std::size_t long_message_limit = 65279;
 
 // The longest text that can result: one piece beyond the limit, and a NUL.
-constexpr std::size_t LONG_MESSAGE_CAPACITY = 66560;
+constexpr std::size_t long_message_capacity = 66560;
 
 }  // namespace gzd
 

@@ -32,24 +32,25 @@ namespace gzd {
 namespace {
 
 // The last place in a file at which a record is read.
-constexpr INT64 LAST_POSITION = 2147400000;
+constexpr INT64 last_position = 2147400000;
 
 // Entries before the first estimate of how many there will be.
-constexpr std::size_t ENTRIES_FOR_ESTIMATE = 16384;
+constexpr std::size_t entries_for_estimate = 16384;
 // The first estimate goes no higher, whatever the records before it look like.
-constexpr double MOST_ENTRIES_PER_BYTE = 1.0 / 8.0;
+constexpr double most_entries_per_byte = 1.0 / 8.0;
 // Nor is room made for more entries at once.
-constexpr std::size_t LARGEST_ROOM = std::size_t{1} << 29;
+constexpr std::size_t largest_room = std::size_t{1} << 29;
 
-constexpr float LARGEST_RATE_TOLD = 1e9f;
+constexpr float largest_rate_told = 1e9f;
 
 enum InputType { INPUT_EVENTS = 1, INPUT_IN_SAMPLES = 2 };
 
 // Large pages make touching the index for the first time several times cheaper. Advice only.
 void ask_for_huge_pages(void* memory, std::size_t bytes) {
-  constexpr std::uintptr_t PAGE = 4096;
-  const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(memory) + PAGE - 1) & ~(PAGE - 1);
-  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) & ~(PAGE - 1);
+  constexpr std::uintptr_t page_bytes = 4096;
+  const std::uintptr_t begin =
+      (reinterpret_cast<std::uintptr_t>(memory) + page_bytes - 1) & ~(page_bytes - 1);
+  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) & ~(page_bytes - 1);
   if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
 }
 
@@ -163,7 +164,7 @@ class Scan {
     const int reason = kind == GZD_FINDING_UNREAD ? 0 : file.getReadError().reason;
     const std::size_t entries = index.gzdItemList.size();
     const INT64 time =
-        entries != 0 ? found_at(index.gzdItemList.stampAt(entries - 1)) : Finding::NONE;
+        entries != 0 ? found_at(index.gzdItemList.stampAt(entries - 1)) : Finding::none_found;
     index.findings.add({.kind = reason != 0 ? GZD_FINDING_READ_ERROR : kind,
                         .detail = reason,
                         .count = left,
@@ -180,7 +181,7 @@ class Scan {
 
   // Whether the scan goes on behind the record at `position`.
   void notePosition(INT64 position) {
-    if (position <= LAST_POSITION) return;
+    if (position <= last_position) return;
     print_log(
         "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files up "
         "to 2 GB. Data after the 2 GB limit will be discarded.\n");
@@ -213,7 +214,7 @@ class Scan {
       note(GZD_FINDING_EVENT_SKIPPED, event.type);
     } else if (is_boundary(event.type)) {
       indexBoundary();
-    } else if (options.loadEvents && position <= LARGEST_POSITION) {
+    } else if (options.loadEvents && position <= largest_position) {
       indexEvent(position, tag);
     }
   }
@@ -226,7 +227,7 @@ class Scan {
   }
 
   // The rate in the record at hand, of a block's start.
-  [[nodiscard]] float rateNamed() const { return std::clamp(event.avel, 0.0f, LARGEST_RATE_TOLD); }
+  [[nodiscard]] float rateNamed() const { return std::clamp(event.avel, 0.0f, largest_rate_told); }
 
   void noteParameters(INT64 position) {
     if (index.parameterEpochs.back().parameters == state.parameters) return;
@@ -248,13 +249,13 @@ class Scan {
     Recording* const block = index.newestRecording();
     if (block == nullptr || !block->isStart()) return;
     const int htype = newestSample.htype;
-    constexpr int NOT_A_HEAD_TYPE = -32768;
-    constexpr int HEAD_TYPE_WITHOUT_DATA = 15;
+    constexpr int not_a_head_type = -32768;
+    constexpr int head_type_without_data = 15;
     if ((htype & 8) == 0) {
-      if ((newestSample.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == HEAD_TYPE_WITHOUT_DATA) {
+      if ((newestSample.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == head_type_without_data) {
         block->sflags &= static_cast<UINT16>(~SMP_HEAD_DATA);
       }
-    } else if (htype != NOT_A_HEAD_TYPE) {
+    } else if (htype != not_a_head_type) {
       block->sflags |= SMP_IS_SAMPLE;
     }
   }
@@ -291,19 +292,19 @@ class Scan {
   // Nearly every record is a sample like the one before, at the regular distance, and whole in the
   // window: reads as many of them as there are. Returns false when the next record is another.
   bool readRegularSamples() {
-    constexpr std::size_t LONGEST = sizeof(UINT16) + LONGEST_FIXED_PART;
+    constexpr std::size_t longest_record = sizeof(UINT16) + longest_fixed_part;
     const bool checksGaps = options.fixConsistency && options.loadSamples;
     if (!canBeShort || (options.loadSamples && !clock.isTicking(checksGaps))) return false;
-    const byte* const start = file.peek(LONGEST);
+    const byte* const start = file.peek(longest_record);
     if (start == nullptr || !layout.suits(load_be16(start))) return false;
     const std::size_t available = file.available();
     const INT64 position = file.getFilePos();
-    if (position + static_cast<INT64>(available) > LAST_POSITION) return false;
+    if (position + static_cast<INT64>(available) > last_position) return false;
 
     const RegularRun run =
         read_regular_samples({.layout = layout,
                               .record = start,
-                              .last = start + (available - LONGEST),
+                              .last = start + (available - longest_record),
                               .position = position,
                               .time = state.curr_time,
                               .stamp = static_cast<UINT64>(clock.previousStamp()),
@@ -332,7 +333,7 @@ class Scan {
     if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
     noteTimes(newestSample.time, newestSample.time);
     canBeShort = !layout.hasBlocks && !trace.isOn();
-    if (options.loadSamples && position <= LARGEST_POSITION) indexSample(position);
+    if (options.loadSamples && position <= largest_position) indexSample(position);
   }
 
   void noteKind(bool hasNegativePupil, bool hasInput) {
@@ -354,14 +355,14 @@ class Scan {
   void makeRoom(INT64 position) {
     const std::size_t size = index.gzdItemList.size();
     if (size < roomForEntries || fileSize <= position) return;
-    const std::size_t count = size - static_cast<std::size_t>(DummyBudget::ALL_GAPS - dummies.left);
-    const double mostPerByte = hasEstimate ? 1.0 : MOST_ENTRIES_PER_BYTE;
+    const std::size_t count = size - static_cast<std::size_t>(DummyBudget::all_gaps - dummies.left);
+    const double mostPerByte = hasEstimate ? 1.0 : most_entries_per_byte;
     hasEstimate = true;
     const double entriesPerByte =
         std::min(static_cast<double>(count) / static_cast<double>(position), mostPerByte);
     const auto estimate =
         static_cast<std::size_t>(static_cast<double>(fileSize) * entriesPerByte * 1.05);
-    reserve(std::clamp(estimate, size + size / 4, std::max(LARGEST_ROOM, size + size / 4)));
+    reserve(std::clamp(estimate, size + size / 4, std::max(largest_room, size + size / 4)));
   }
 
   void reserve(std::size_t entries) {
@@ -409,7 +410,7 @@ class Scan {
   bool hasRawSamples = false;
   bool anyRecord = false;
   bool hasEstimate = false;
-  std::size_t roomForEntries = ENTRIES_FOR_ESTIMATE;
+  std::size_t roomForEntries = entries_for_estimate;
   INT64 recordStart = 0;  // where the tag of the record at hand stands
   bool endsAtLimit = false;
   bool hasStopped = false;  // before the end of the file

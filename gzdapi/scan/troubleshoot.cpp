@@ -21,20 +21,20 @@ namespace gzd {
 
 namespace {
 
-constexpr std::string_view HEX_DIGITS = "0123456789ABCDEF";
+constexpr std::string_view hex_digits = "0123456789ABCDEF";
 
-constexpr int TAG_EVENT = 0;
-constexpr int TAG_SAMPLE = 1;
-constexpr int REST_WORTH_READING = 200;  // bytes
-constexpr std::array<INT16, 5> RECOVERY_HEADERS = {0x02F4, 0x02FC, 0x2100, 0x4100, 28};
+constexpr int tag_event = 0;
+constexpr int tag_sample = 1;
+constexpr int rest_worth_reading = 200;  // bytes
+constexpr std::array<INT16, 5> recovery_headers = {0x02F4, 0x02FC, 0x2100, 0x4100, 28};
 
-bool isRecoveryHeader(INT16 word) {
-  return std::find(RECOVERY_HEADERS.begin(), RECOVERY_HEADERS.end(), word) !=
-         RECOVERY_HEADERS.end();
+bool is_recovery_header(INT16 word) {
+  return std::find(recovery_headers.begin(), recovery_headers.end(), word) !=
+         recovery_headers.end();
 }
 
-bool isValidHeader(INT16 word) {
-  return word == 0 || isRecoveryHeader(word);
+bool is_valid_header(INT16 word) {
+  return word == 0 || is_recovery_header(word);
 }
 
 class Tracer {
@@ -46,7 +46,7 @@ class Tracer {
     d.prevPos = static_cast<int>(start);
     ++d.totalOvItem;
     ++d.debug_count;
-    if (tag == TAG_EVENT || tag == TAG_SAMPLE) {
+    if (tag == tag_event || tag == tag_sample) {
       examineRecord();
     } else {
       reportEnd();
@@ -60,7 +60,7 @@ class Tracer {
   void reportEnd() {
     if (d.debugFile == nullptr) return;
     std::fprintf(d.debugFile, "End of file detected %d \n", d.prevPos);
-    if (start + REST_WORTH_READING >= d.gzd_file_size) return;
+    if (start + rest_worth_reading >= d.gzd_file_size) return;
     std::fprintf(d.debugFile, "Trying to get more as size is %d \n", d.gzd_file_size);
     d.corruption = 1;
   }
@@ -71,7 +71,7 @@ class Tracer {
     const INT16 header = file.getWord();
     file.seek(start);
     d.read_size = header;
-    if (isValidHeader(header)) return;
+    if (is_valid_header(header)) return;
     if (d.debugFile != nullptr) {
       std::fprintf(d.debugFile, "OVData Time %d k = %d diff %d header %d \n",
                    static_cast<int>(d.curOvDataTime), tag,
@@ -82,7 +82,7 @@ class Tracer {
 
   void readTime() {
     d.timeUpdate = file.getByte();
-    if (tag == TAG_SAMPLE) {
+    if (tag == tag_sample) {
       d.curOvDataTime += d.timeUpdate;
       ++d.totalSamples;
     } else {
@@ -108,8 +108,8 @@ class Tracer {
     d.read_size = d.data_dump_size;
     std::string digits;
     for (const byte value : d.data_block) {
-      if (value >= 16) digits += HEX_DIGITS[value / 16];
-      digits += HEX_DIGITS[value % 16];
+      if (value >= 16) digits += hex_digits[value / 16];
+      digits += hex_digits[value % 16];
     }
     std::fprintf(d.debugFile, "%s\n", digits.c_str());
   }
@@ -131,7 +131,7 @@ class Tracer {
       const byte* const bytes = file.peek(5);
       if (bytes == nullptr) return;
       const INT16 header = load_be16s(bytes + 3);
-      if (!isRecoveryHeader(header)) continue;
+      if (!is_recovery_header(header)) continue;
       d.goodPos = position;
       d.goodHeader = header;
       return;

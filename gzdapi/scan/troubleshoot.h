@@ -9,7 +9,7 @@
 
 namespace gzd {
 
-constexpr int DEBUG_DUMP_SIZE = 200;
+constexpr int debug_dump_size = 200;
 
 // What the trace of one scan remembers.
 struct DebugParaT {
@@ -17,7 +17,7 @@ struct DebugParaT {
   int totalOvItem = 0;
   int totalEvents = 0;
   int totalSamples = 0;
-  int data_dump_size = DEBUG_DUMP_SIZE;
+  int data_dump_size = debug_dump_size;
   int debug_count = 0;           // calls made
   int read_size = 0;             // last header word or dump size read
   int corruption = 0;            // 1 while a corruption is being handled

@@ -10,14 +10,14 @@ namespace gzd {
 
 namespace {
 
-constexpr std::size_t SMALLEST_READ = 4096;
-constexpr std::size_t LARGEST_READ = 256 * 1024;
+constexpr std::size_t smallest_read = 4096;
+constexpr std::size_t largest_read = 256 * 1024;
 // Bytes kept behind the cursor when the window moves on: records are fetched in time order, which
 // steps back a little in the file at every event, and further where samples were read ahead.
-constexpr std::size_t HISTORY = 64 * 1024;
+constexpr std::size_t history_bytes = 64 * 1024;
 // How far before the place asked for a step back begins to read.
-constexpr INT64 STEP_BACK = 4 * 1024;
-constexpr std::size_t BUFFER_SIZE = HISTORY + 2 * LARGEST_READ;
+constexpr INT64 step_back = 4 * 1024;
+constexpr std::size_t buffer_size = history_bytes + 2 * largest_read;
 
 [[noreturn]] void throw_end_of_file(const InputStream& stream) {
   throw GZDException("End of file Exception").because(stream.getReadError());
@@ -126,9 +126,9 @@ FileInputStream::FileInputStream(FILE* in, SystemError error)
 }
 
 void FileInputStream::setUp() {
-  buffer = std::make_unique_for_overwrite<byte[]>(BUFFER_SIZE);
+  buffer = std::make_unique_for_overwrite<byte[]>(buffer_size);
   windowStart = cursor = limit = buffer.get();
-  readAhead = SMALLEST_READ;
+  readAhead = smallest_read;
 }
 
 INT64 FileInputStream::getFileSize() {
@@ -145,16 +145,16 @@ void FileInputStream::seek(INT64 offset) {
     return;
   }
   cursor = limit = buffer.get();
-  const bool isJustBefore = offset >= 0 && offset < windowPos && windowPos - offset <= STEP_BACK;
-  limitPos = isJustBefore ? std::max<INT64>(offset - STEP_BACK, 0) : offset;
-  readAhead = SMALLEST_READ;
+  const bool isJustBefore = offset >= 0 && offset < windowPos && windowPos - offset <= step_back;
+  limitPos = isJustBefore ? std::max<INT64>(offset - step_back, 0) : offset;
+  readAhead = smallest_read;
   if (isJustBefore) readUpTo(offset);
 }
 
 // Those who go back step by step find the next step in the window.
 void FileInputStream::readUpTo(INT64 offset) {
   const auto before = static_cast<std::size_t>(offset - limitPos);
-  const std::size_t got = readInto(buffer.get(), before + SMALLEST_READ);
+  const std::size_t got = readInto(buffer.get(), before + smallest_read);
   if (got < before) {
     limitPos = offset;
     return;
@@ -173,12 +173,12 @@ FILE* FileInputStream::getRawFile() {
 
 bool FileInputStream::refill(std::size_t count) {
   const std::size_t unread = static_cast<std::size_t>(limit - cursor);
-  if (count > LARGEST_READ) return false;
+  if (count > largest_read) return false;
   const std::size_t kept =
-      std::min(HISTORY, static_cast<std::size_t>(cursor - windowStart)) + unread;
+      std::min(history_bytes, static_cast<std::size_t>(cursor - windowStart)) + unread;
   std::memmove(buffer.get(), limit - kept, kept);
   const std::size_t got = readInto(buffer.get() + kept, std::max(readAhead, count));
-  readAhead = std::min(readAhead * 2, LARGEST_READ);
+  readAhead = std::min(readAhead * 2, largest_read);
   limit = buffer.get() + kept + got;
   cursor = limit - got - unread;
   limitPos += static_cast<INT64>(got);

@@ -17,16 +17,16 @@ namespace {
 
 using std::string_view;
 
-constexpr int MAGIC_CAPACITY = 35;
-constexpr int PREAMBLE_LINE_CAPACITY = 200;
-constexpr std::size_t PREAMBLE_CAPACITY = 2000;
+constexpr int magic_capacity = 35;
+constexpr int preamble_line_capacity = 200;
+constexpr std::size_t preamble_capacity = 2000;
 
 struct Magic {
   string_view words;
   ContainerKind kind;
 };
 
-constexpr Magic MAGICS[] = {
+constexpr Magic magic_lines[] = {
     {"MORVEN_TECH_FALCFILE ZIP", ContainerKind::Compressed},
     {"MORVEN_TECH_OSPFILE ZIP", ContainerKind::Compressed},
     {"MORVEN_TECH_COMBFILE", ContainerKind::Plain},
@@ -54,17 +54,18 @@ INT16 number_behind(string_view line, std::size_t prefix, INT16 fallback) {
 
 // Whether the experiment software named in the preamble writes UTF-8; -1 when that is not told.
 int find_encoding(string_view text) {
-  constexpr string_view OLD_MARK = "MVTQ1.";
-  constexpr string_view MARK = "MVTQ";
-  constexpr int FIRST_UTF8_MINOR = 6;
-  if (const std::size_t at = text.find(OLD_MARK); at != text.npos) {
-    const std::string minor(text.substr(at + OLD_MARK.size()));
-    return std::atoi(minor.c_str()) < FIRST_UTF8_MINOR ? 0 : 1;
+  constexpr string_view old_mark = "MVTQ1.";
+  constexpr string_view revision_mark = "MVTQ";
+  constexpr int first_utf8_minor = 6;
+  if (const std::size_t at = text.find(old_mark); at != text.npos) {
+    const std::string minor(text.substr(at + old_mark.size()));
+    return std::atoi(minor.c_str()) < first_utf8_minor ? 0 : 1;
   }
-  if (const std::size_t at = text.find(MARK); at != text.npos) {
+  if (const std::size_t at = text.find(revision_mark); at != text.npos) {
     const string_view rest = text.substr(at);
-    const bool isNewer = rest.size() >= MARK.size() + 3 && rest[MARK.size()] >= '2' &&
-                         rest[MARK.size()] <= '8' && rest[MARK.size() + 1] == '.';
+    const bool isNewer = rest.size() >= revision_mark.size() + 3 &&
+                         rest[revision_mark.size()] >= '2' && rest[revision_mark.size()] <= '8' &&
+                         rest[revision_mark.size() + 1] == '.';
     return isNewer ? 1 : -1;
   }
   return text.find("Netvia") != text.npos ? 1 : -1;
@@ -83,9 +84,9 @@ std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   FILE* const compressed = body.getRawFile();
   const int result = do_uncompress(compressed, inflated.get());
   const int reason = errno;
-  if (result == UNCOMPRESS_NO_MEMORY) throw std::bad_alloc();
+  if (result == uncompress_no_memory) throw std::bad_alloc();
   SystemError error;
-  if (result == UNCOMPRESS_IO_ERROR) {
+  if (result == uncompress_io_error) {
     error = {reason, std::ferror(compressed) != 0 ? Place::Recording : Place::TemporaryDirectory};
   }
   return std::make_unique<FileInputStream>(inflated.release(), error);
@@ -94,20 +95,20 @@ std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
 }  // namespace
 
 ContainerKind read_magic(InputStream& file) {
-  char line[MAGIC_CAPACITY] = {};
-  if (file.getTerminatedString(line, MAGIC_CAPACITY) == 0) fail_at_head(file);
-  for (const Magic& magic : MAGICS) {
+  char line[magic_capacity] = {};
+  if (file.getTerminatedString(line, magic_capacity) == 0) fail_at_head(file);
+  for (const Magic& magic : magic_lines) {
     if (is_line(line, magic.words)) return magic.kind;
   }
   throw GZDException("Bad magic.  Corrupt gzd file. \n");
 }
 
 void Preamble::read(InputStream& file) {
-  char line[PREAMBLE_LINE_CAPACITY];
-  while (readLine(file, line, PREAMBLE_LINE_CAPACITY)) {
-    if (preText.size() < PREAMBLE_CAPACITY) preText.append("** ").append(line);
+  char line[preamble_line_capacity];
+  while (readLine(file, line, preamble_line_capacity)) {
+    if (preText.size() < preamble_capacity) preText.append("** ").append(line);
   }
-  if (preText.size() >= PREAMBLE_CAPACITY) preText.resize(PREAMBLE_CAPACITY - 1);
+  if (preText.size() >= preamble_capacity) preText.resize(preamble_capacity - 1);
   const int encoding = find_encoding(preText);
   if (encoding >= 0) utf8encoding = encoding;
 }
@@ -121,12 +122,12 @@ bool Preamble::readLine(InputStream& file, char* buffer, int capacity) {
 }
 
 void Preamble::recognise(string_view line) {
-  constexpr string_view KESTREL = "VERSION: OVILO KESTREL ";
-  constexpr string_view OSPREY = "VERSION: OVILO OSPREY";
-  if (line.starts_with(KESTREL)) {
-    revision = number_behind(line, KESTREL.size(), 1);
-  } else if (line.starts_with(OSPREY)) {
-    revision = number_behind(line, OSPREY.size(), 2);
+  constexpr string_view kestrel_lines = "VERSION: OVILO KESTREL ";
+  constexpr string_view osprey_lines = "VERSION: OVILO OSPREY";
+  if (line.starts_with(kestrel_lines)) {
+    revision = number_behind(line, kestrel_lines.size(), 1);
+  } else if (line.starts_with(osprey_lines)) {
+    revision = number_behind(line, osprey_lines.size(), 2);
     ovilo_revision = 4;
   } else if (line.starts_with("SOURCE: OVILO KESTREL")) {
     ovilo_revision = 2;

@@ -12,19 +12,19 @@ namespace gzd {
 namespace {
 
 // Of a damaged stream, what the piece at hand has produced is lost.
-constexpr std::size_t CHUNK = 16384;
+constexpr std::size_t chunk_size = 16384;
 // Pieces are written together: the system takes much at a time faster, at multiples of the size.
-constexpr std::size_t WRITTEN_AT_ONCE = 128 * 1024;
+constexpr std::size_t written_at_once = 128 * 1024;
 // Records are read up to 2147400000; the longest that begins there ends well before this.
-constexpr INT64 LARGEST_OUTPUT = INT64{2147400000} + 1024 * 1024;
+constexpr INT64 largest_output = INT64{2147400000} + 1024 * 1024;
 
 class Inflater {
  public:
   Inflater(FILE* source, FILE* target)
       : in(source),
         out(target),
-        input(std::make_unique_for_overwrite<byte[]>(CHUNK)),
-        output(std::make_unique_for_overwrite<byte[]>(WRITTEN_AT_ONCE + CHUNK)) {
+        input(std::make_unique_for_overwrite<byte[]>(chunk_size)),
+        output(std::make_unique_for_overwrite<byte[]>(written_at_once + chunk_size)) {
     startResult = inflateInit(&stream);
   }
   Inflater(const Inflater&) = delete;
@@ -34,40 +34,40 @@ class Inflater {
   }
 
   int run() {
-    if (startResult == Z_MEM_ERROR) return UNCOMPRESS_NO_MEMORY;
+    if (startResult == Z_MEM_ERROR) return uncompress_no_memory;
     if (startResult != Z_OK) return startResult;
     const int result = inflateAll();
-    return write(filled) ? result : UNCOMPRESS_IO_ERROR;
+    return write(filled) ? result : uncompress_io_error;
   }
 
  private:
   int inflateAll() {
     while (!ended) {
-      stream.avail_in = static_cast<uInt>(std::fread(input.get(), 1, CHUNK, in));
-      if (std::ferror(in) != 0) return UNCOMPRESS_IO_ERROR;
-      if (stream.avail_in == 0) return UNCOMPRESS_DATA_ERROR;
+      stream.avail_in = static_cast<uInt>(std::fread(input.get(), 1, chunk_size, in));
+      if (std::ferror(in) != 0) return uncompress_io_error;
+      if (stream.avail_in == 0) return uncompress_data_error;
       stream.next_in = input.get();
       const int result = inflateInput();
-      if (result != UNCOMPRESS_OK) return result;
+      if (result != uncompress_ok) return result;
     }
-    return UNCOMPRESS_OK;
+    return uncompress_ok;
   }
 
   // Inflates what lies in the input buffer, in as many pieces as it takes.
   int inflateInput() {
     do {
-      stream.avail_out = CHUNK;
+      stream.avail_out = chunk_size;
       stream.next_out = output.get() + filled;
       const int result = inflate(&stream, Z_NO_FLUSH);
-      if (result == Z_NEED_DICT || result == Z_DATA_ERROR) return UNCOMPRESS_DATA_ERROR;
-      if (result == Z_MEM_ERROR) return UNCOMPRESS_NO_MEMORY;
-      const std::size_t produced = CHUNK - stream.avail_out;
+      if (result == Z_NEED_DICT || result == Z_DATA_ERROR) return uncompress_data_error;
+      if (result == Z_MEM_ERROR) return uncompress_no_memory;
+      const std::size_t produced = chunk_size - stream.avail_out;
       filled += produced;
-      if (filled >= WRITTEN_AT_ONCE && !write(WRITTEN_AT_ONCE)) return UNCOMPRESS_IO_ERROR;
+      if (filled >= written_at_once && !write(written_at_once)) return uncompress_io_error;
       inflated += static_cast<INT64>(produced);
-      ended = result == Z_STREAM_END || inflated > LARGEST_OUTPUT;
+      ended = result == Z_STREAM_END || inflated > largest_output;
     } while (!ended && stream.avail_out == 0);
-    return UNCOMPRESS_OK;
+    return uncompress_ok;
   }
 
   // Writes the first `count` bytes of the output buffer; the others move up. When it fails they are

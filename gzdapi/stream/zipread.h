@@ -7,10 +7,10 @@
 namespace gzd {
 
 // Results of do_uncompress.
-constexpr int UNCOMPRESS_OK = 0;
-constexpr int UNCOMPRESS_IO_ERROR = -1;    // a read or write error
-constexpr int UNCOMPRESS_DATA_ERROR = -3;  // damaged, cut, or in need of a preset dictionary
-constexpr int UNCOMPRESS_NO_MEMORY = -4;
+constexpr int uncompress_ok = 0;
+constexpr int uncompress_io_error = -1;    // a read or write error
+constexpr int uncompress_data_error = -3;  // damaged, cut, or in need of a preset dictionary
+constexpr int uncompress_no_memory = -4;
 
 // Inflates the zlib stream at the current position of `in` to the current position of `out`. Bytes
 // behind the stream's end are ignored. What would lie beyond the last position that a recording is

@@ -13,11 +13,11 @@ namespace gzd {
 
 namespace {
 
-constexpr UINT64 TOLERANCE = 2;  // ms
-constexpr UINT64 TIME_BEHIND_ALL = std::numeric_limits<INT64>::max();
+constexpr UINT64 time_tolerance = 2;  // ms
+constexpr UINT64 time_behind_all = std::numeric_limits<INT64>::max();
 
-bool isSync(std::string_view text) {
-  return text.find(SYNC_MARK) != std::string_view::npos;
+bool is_sync(std::string_view text) {
+  return text.find(sync_mark) != std::string_view::npos;
 }
 
 }  // namespace
@@ -28,12 +28,12 @@ int LogMerge::getNextDataWLogInternal() {
     if (logExhausted()) return deliver(walk.currentData);
     const UINT64 time = elementTime();
     if (logIdx < 0 && !findLogPosition(time)) return deliver(walk.currentData);
-    const UINT64 logTime = nextLogTime();
-    if (time + TOLERANCE < logTime) return deliver(walk.currentData);
-    if (logTime + TOLERANCE < time) return deliverLogMessage();
+    const UINT64 log_time = nextLogTime();
+    if (time + time_tolerance < log_time) return deliver(walk.currentData);
+    if (log_time + time_tolerance < time) return deliverLogMessage();
     const bool atLast = walk.currentData + 1 == index.size();
     const int code = atLast ? mergeAtLastElement() : mergeSimultaneous(time);
-    if (code != MERGE_GOES_ON) return code;
+    if (code != merge_goes_on) return code;
   }
 }
 
@@ -42,7 +42,7 @@ bool LogMerge::logExhausted() const {
 }
 
 UINT64 LogMerge::elementTime() const {
-  if (walk.currentData >= index.size()) return TIME_BEHIND_ALL;
+  if (walk.currentData >= index.size()) return time_behind_all;
   return index.gzdItemList[walk.currentData].getTimeStamp() >> 1;
 }
 
@@ -69,28 +69,28 @@ int LogMerge::deliverLogMessage() {
 
 int LogMerge::mergeAtLastElement() {
   const std::string_view text = readLogText();
-  const bool isSameSync = isSync(text) && elementIsSync();
+  const bool isSameSync = is_sync(text) && elementIsSync();
   if (!text.empty() && !isSameSync) return deliverLogMessage();
   ++logIdx;
   return deliver(walk.currentData);
 }
 
 int LogMerge::mergeSimultaneous(UINT64 time) {
-  const UINT64 logTime = nextLogTime();
+  const UINT64 log_time = nextLogTime();
   const bool inRecording = elementIsSync();
-  const bool inLog = isSync(readLogText());
+  const bool inLog = is_sync(readLogText());
   if (inRecording && inLog) {
     ++logIdx;
     return deliver(walk.currentData);
   }
-  const bool logFirst = logTime <= time;
+  const bool logFirst = log_time <= time;
   if (logFirst && inLog) {
     ++logIdx;
-    return MERGE_GOES_ON;
+    return merge_goes_on;
   }
   if (!logFirst && inRecording) {
     ++walk.currentData;
-    return MERGE_GOES_ON;
+    return merge_goes_on;
   }
   return logFirst ? deliverLogMessage() : deliver(walk.currentData);
 }
@@ -99,7 +99,7 @@ int LogMerge::mergeSimultaneous(UINT64 time) {
 bool LogMerge::elementIsSync() {
   if (examinedElement == walk.currentData) return examinedIsSync;
   const bool message = index.gzdItemList[walk.currentData].getItemType() == GZD_MESSAGE;
-  examinedIsSync = message && isSync(textOf(walk.currentData));
+  examinedIsSync = message && is_sync(textOf(walk.currentData));
   examinedElement = walk.currentData;
   return examinedIsSync;
 }

@@ -60,7 +60,7 @@ class LogMerge {
   void startAnew() {
     rewind();
     readLogId = -1;
-    examinedElement = NO_ELEMENT;
+    examinedElement = no_element;
   }
 
   // The place in the log, for those who walk ahead and come back.
@@ -96,7 +96,7 @@ class LogMerge {
     logIdx = next;
     readLogId = read;
     isFromLogFile = false;
-    examinedElement = NO_ELEMENT;
+    examinedElement = no_element;
   }
 
   int getNextDataWLogInternal();
@@ -106,7 +106,7 @@ class LogMerge {
   bool findLogPosition(UINT64 time);
   int deliverLogMessage();
   // What a pair within the tolerance comes to: a code, or nothing delivered yet.
-  static constexpr int MERGE_GOES_ON = -1;
+  static constexpr int merge_goes_on = -1;
   int mergeSimultaneous(UINT64 time);
   int mergeAtLastElement();
   [[nodiscard]] bool elementIsSync();
@@ -120,8 +120,8 @@ class LogMerge {
   int logIdx = 0;      // the message of the log that comes next; negative: to be found
   int readLogId = -1;  // `logIdx` behind the message that was read for the element just announced
   bool isFromLogFile = false;
-  static constexpr UINT32 NO_ELEMENT = 0xFFFFFFFFu;
-  UINT32 examinedElement = NO_ELEMENT;  // the element last asked whether it is a sync message
+  static constexpr UINT32 no_element = 0xFFFFFFFFu;
+  UINT32 examinedElement = no_element;  // the element last asked whether it is a sync message
   bool examinedIsSync = false;
 };
 

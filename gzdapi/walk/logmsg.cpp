@@ -23,15 +23,15 @@ namespace gzd {
 
 namespace {
 
-constexpr std::string_view QUIT_MARK = "Quit logger";
-constexpr int LINE_CAPACITY = 4096;
-constexpr std::size_t RECORD_TEXT_CAPACITY = 260;
+constexpr std::string_view quit_mark = "Quit logger";
+constexpr int line_capacity = 4096;
+constexpr std::size_t record_text_capacity = 260;
 
 bool contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
-bool isDigit(char c) {
+bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
@@ -47,7 +47,7 @@ class FieldReader {
     skipBlanks();
     const std::size_t sign = signLength();
     const std::string_view digits = rest.substr(sign);
-    if (digits.empty() || !(isDigit(digits[0]) || digits[0] == '.')) return std::nullopt;
+    if (digits.empty() || !(is_digit(digits[0]) || digits[0] == '.')) return std::nullopt;
     double value = 0.0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     const bool outOfRange = error == std::errc::result_out_of_range;
@@ -70,15 +70,17 @@ class FieldReader {
 
   bool word() {
     skipBlanks();
-    const std::size_t length = std::min(rest.find_first_of(BLANKS), rest.size());
+    const std::size_t length = std::min(rest.find_first_of(blank_characters), rest.size());
     rest.remove_prefix(length);
     return length > 0;
   }
 
  private:
-  static constexpr std::string_view BLANKS = " \t\n\v\f\r";
+  static constexpr std::string_view blank_characters = " \t\n\v\f\r";
 
-  void skipBlanks() { rest.remove_prefix(std::min(rest.find_first_not_of(BLANKS), rest.size())); }
+  void skipBlanks() {
+    rest.remove_prefix(std::min(rest.find_first_not_of(blank_characters), rest.size()));
+  }
   // Whether a number, well formed, is 1 or larger: decided by the place of its first digit above 0.
   static bool isLarge(std::string_view number) {
     const std::size_t exponentMark = std::min(number.find_first_of("eE"), number.size());
@@ -87,9 +89,9 @@ class FieldReader {
     const auto first = static_cast<INT64>(digits.find_first_of("123456789"));
     const INT64 magnitude = point - first;
     const std::string exponent(number.substr(std::min(exponentMark + 1, number.size())));
-    constexpr INT64 BEYOND_ANY_LINE = 1'000'000;
+    constexpr INT64 beyond_any_line = 1'000'000;
     return magnitude + std::clamp<INT64>(std::strtoll(exponent.c_str(), nullptr, 10),
-                                         -BEYOND_ANY_LINE, BEYOND_ANY_LINE) >
+                                         -beyond_any_line, beyond_any_line) >
            0;
   }
   [[nodiscard]] std::size_t signLength() const {
@@ -104,7 +106,7 @@ class FieldReader {
 };
 
 // The line without its end: a newline, with the carriage return before it.
-std::string_view withoutLineEnd(std::string_view line) {
+std::string_view without_line_end(std::string_view line) {
   if (line.ends_with('\n')) {
     line.remove_suffix(1);
     if (line.ends_with('\r')) line.remove_suffix(1);
@@ -112,10 +114,10 @@ std::string_view withoutLineEnd(std::string_view line) {
   return line;
 }
 
-UINT64 logTime(double time) {
+UINT64 log_time(double time) {
   if (!(time > 0.0)) return 0;
-  return time < static_cast<double>(LARGEST_LOG_TIME) ? static_cast<UINT64>(time)
-                                                      : LARGEST_LOG_TIME;
+  return time < static_cast<double>(largest_log_time) ? static_cast<UINT64>(time)
+                                                      : largest_log_time;
 }
 
 }  // namespace
@@ -152,7 +154,7 @@ int MessageLog::openEyeLogFile() {
 
 // The log is complete when the closing line is found.
 MessageLog::Ending MessageLog::readLines() {
-  char buffer[LINE_CAPACITY];
+  char buffer[line_capacity];
   bool synchronised = false;
   for (;;) {
     const INT64 linePos = ftello(xinfile.get());
@@ -162,11 +164,11 @@ MessageLog::Ending MessageLog::readLines() {
       return Ending::Unreadable;
     }
     const std::string_view line = buffer;
-    if (contains(line, SYNC_MARK)) {
+    if (contains(line, sync_mark)) {
       synchronised = true;
       readSyncLine(line, linePos);
     } else if (synchronised) {
-      if (contains(line, QUIT_MARK)) return Ending::Complete;
+      if (contains(line, quit_mark)) return Ending::Complete;
       readMessageLine(line, linePos);
     }
   }
@@ -197,7 +199,7 @@ void MessageLog::readMessageLine(std::string_view line, INT64 linePos) {
 }
 
 void MessageLog::addMessage(double time, INT64 textPos) {
-  vl.push_back({logTime(time), textPos});
+  vl.push_back({log_time(time), textPos});
 }
 
 void MessageLog::finish() {
@@ -218,7 +220,7 @@ const char* MessageLog::getEyeLogMsg(int number) {
 
 void MessageLog::readText(INT64 textPos) {
   const std::size_t numberLength = linestring.size();
-  char buffer[LINE_CAPACITY];
+  char buffer[line_capacity];
   std::clearerr(xinfile.get());
   const bool found = fseeko(xinfile.get(), textPos, SEEK_SET) == 0 &&
                      std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr;
@@ -230,13 +232,13 @@ void MessageLog::readText(INT64 textPos) {
         .because({atEnd ? ENODATA : reason, SystemError::Place::MessageLog});
   }
   if (found) linestring += buffer;
-  messageText = withoutLineEnd(std::string_view(linestring).substr(numberLength));
+  messageText = without_line_end(std::string_view(linestring).substr(numberLength));
 }
 
 void MessageLog::fillRecord(UINT64 time) {
   fDataLog = {};
   lstring_buffer_for_log.clear();
-  const std::string_view shown = messageText.substr(0, RECORD_TEXT_CAPACITY);
+  const std::string_view shown = messageText.substr(0, record_text_capacity);
   lstring_buffer_for_log.len = static_cast<INT16>(shown.size());
   std::copy(shown.begin(), shown.end(), lstring_buffer_for_log.text.begin());
   fDataLog.fe.type = GZD_MESSAGE;

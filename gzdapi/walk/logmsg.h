@@ -16,10 +16,10 @@
 namespace gzd {
 
 // The word that makes a line, of the log or a message of the recording, a sync of the two clocks.
-constexpr std::string_view SYNC_MARK = "TRACKER_TIME";
+constexpr std::string_view sync_mark = "TRACKER_TIME";
 
 // Log times stop here: records hold no later one.
-constexpr UINT64 LARGEST_LOG_TIME = 0xFFFFFFFF;
+constexpr UINT64 largest_log_time = 0xFFFFFFFF;
 
 // One line of the log.
 struct LogMsg {

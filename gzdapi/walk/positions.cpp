@@ -12,9 +12,9 @@ namespace gzd {
 // ---- bookmarks ---------------------------------------------------------------------------------
 
 std::size_t Bookmarks::placeOf(const BOOKMARK* bm) const {
-  if (bm == nullptr) return NOWHERE;
+  if (bm == nullptr) return nowhere;
   const auto known = serialOf.find(bm->id);
-  if (known == serialOf.end()) return NOWHERE;
+  if (known == serialOf.end()) return nowhere;
   const auto entry =
       std::lower_bound(bookmarks.begin(), bookmarks.end(), known->second,
                        [](const Entry& e, UINT64 serial) { return e.serial < serial; });
@@ -39,12 +39,12 @@ int Bookmarks::setBookMark(BOOKMARK* bm) {
 
 int Bookmarks::gotoBookMark(const BOOKMARK* bm) {
   const std::size_t place = placeOf(bm);
-  return place == NOWHERE ? -1 : moveTo(static_cast<UINT32>(place));
+  return place == nowhere ? -1 : moveTo(static_cast<UINT32>(place));
 }
 
 int Bookmarks::removeBookMark(const BOOKMARK* bm) {
   const std::size_t place = placeOf(bm);
-  if (place == NOWHERE) return -1;
+  if (place == nowhere) return -1;
   serialOf.erase(bookmarks[place].mark.id);
   bookmarks.erase(bookmarks.begin() + static_cast<std::ptrdiff_t>(place));
   // At the first bookmark this wraps to the largest value, from which the next one is the first.
@@ -67,16 +67,16 @@ int Bookmarks::gotoPreviousBookMark() {
 namespace {
 
 // The stamp of an item; a boundary without its block has none.
-std::optional<UINT64> keyOf(const GZDItem& item) {
+std::optional<UINT64> key_of(const GZDItem& item) {
   if (item.isRecording() && item.getRecording() == nullptr) return std::nullopt;
   return item.getTimeStamp();
 }
 
-int chooseOfTwo(const Index& index, UINT64 stamp, int low, int high) {
+int choose_of_two(const Index& index, UINT64 stamp, int low, int high) {
   const GZDItem first = index.gzdItemList[static_cast<std::size_t>(low)];
   const GZDItem second = index.gzdItemList[static_cast<std::size_t>(high)];
-  if (keyOf(first) == stamp) return first.isSample() ? low : -1;
-  return keyOf(second) == stamp && first.isSample() ? high : -1;
+  if (key_of(first) == stamp) return first.isSample() ? low : -1;
+  return key_of(second) == stamp && first.isSample() ? high : -1;
 }
 
 }  // namespace
@@ -90,13 +90,13 @@ int findIndex(const Index& index, UINT32 find_time, int startIndex, int endIndex
     const int mid = startIndex + (endIndex - startIndex) / 2;
     const GZDItem item = index.gzdItemList[static_cast<std::size_t>(mid)];
     if (item.isSample() && item.getTimeStamp() == stamp) return mid;
-    if (keyOf(item).value_or(0) > stamp) {
+    if (key_of(item).value_or(0) > stamp) {
       endIndex = mid;
     } else {
       startIndex = mid;
     }
   }
-  return chooseOfTwo(index, stamp, startIndex, endIndex);
+  return choose_of_two(index, stamp, startIndex, endIndex);
 }
 
 void gotoIndex(const Index& index, Walk& walk, const Trials& trials, int itemIndex) {
@@ -104,7 +104,7 @@ void gotoIndex(const Index& index, Walk& walk, const Trials& trials, int itemInd
     walk.currentData = static_cast<UINT32>(itemIndex);
   }
   const UINT32 trial = trials.firstTrialStartingAt(itemIndex);
-  if (trials.areCollected() && trial != NO_TRIAL) walk.currentTrial = trial;
+  if (trials.areCollected() && trial != no_trial) walk.currentTrial = trial;
 }
 
 }  // namespace gzd

@@ -27,7 +27,7 @@ class Bookmarks {
   int gotoPreviousBookMark();
 
  private:
-  static constexpr std::size_t NOWHERE = static_cast<std::size_t>(-1);
+  static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
 
   // A bookmark with its running number, by which its place is found after removals.
   struct Entry {

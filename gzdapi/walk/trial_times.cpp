@@ -16,7 +16,7 @@ struct Edge {
   bool opens;
 };
 
-std::vector<Edge> edgesInTimeOrder(const std::vector<TrialTimes::Interval>& intervals) {
+std::vector<Edge> edges_in_time_order(const std::vector<TrialTimes::Interval>& intervals) {
   std::vector<Edge> edges;
   for (UINT32 i = 0; i < intervals.size(); ++i) {
     if (intervals[i].start > intervals[i].end) continue;
@@ -32,7 +32,7 @@ std::vector<Edge> edgesInTimeOrder(const std::vector<TrialTimes::Interval>& inte
 
 void TrialTimes::build(const std::vector<Interval>& intervals) {
   stretches.clear();
-  const std::vector<Edge> edges = edgesInTimeOrder(intervals);
+  const std::vector<Edge> edges = edges_in_time_order(intervals);
   std::set<UINT32> open;
   for (std::size_t i = 0; i < edges.size();) {
     const UINT64 time = edges[i].time;
@@ -43,7 +43,7 @@ void TrialTimes::build(const std::vector<Interval>& intervals) {
         open.erase(edges[i].interval);
       }
     }
-    stretches.push_back({time, open.empty() ? NOWHERE : *open.rbegin()});
+    stretches.push_back({time, open.empty() ? nowhere : *open.rbegin()});
   }
 }
 
@@ -51,7 +51,7 @@ UINT32 TrialTimes::at(UINT32 time) const {
   const auto behind =
       std::upper_bound(stretches.begin(), stretches.end(), time,
                        [](UINT64 wanted, const Stretch& stretch) { return wanted < stretch.from; });
-  return behind == stretches.begin() ? NOWHERE : std::prev(behind)->interval;
+  return behind == stretches.begin() ? nowhere : std::prev(behind)->interval;
 }
 
 }  // namespace gzd

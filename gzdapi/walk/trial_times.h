@@ -12,7 +12,7 @@ namespace gzd {
 // may overlap; one that ends before it starts contains nothing.
 class TrialTimes {
  public:
-  static constexpr UINT32 NOWHERE = 0xFFFFFFFFu;
+  static constexpr UINT32 nowhere = 0xFFFFFFFFu;
 
   struct Interval {
     UINT32 start;

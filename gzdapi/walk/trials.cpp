@@ -19,18 +19,18 @@ namespace gzd {
 
 namespace {
 
-constexpr std::string_view INPUT_FORM = "inPut_type_";
-constexpr std::string_view NO_TRIAL_MARK = "!V";
-constexpr std::size_t INPUT_NUMBER_LIMIT = 4;  // characters
+constexpr std::string_view input_form_text = "inPut_type_";
+constexpr std::string_view no_trial_mark = "!V";
+constexpr std::size_t input_number_limit = 4;  // characters
 
 bool contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
-UINT16 inputValue(const char* text) {
+UINT16 input_value(const char* text) {
   if (text == nullptr) return 0;
   const std::size_t length = std::strlen(text);
-  if (length == 0 || length >= INPUT_NUMBER_LIMIT) return 0;
+  if (length == 0 || length >= input_number_limit) return 0;
   return static_cast<UINT16>(std::strtol(text, nullptr, 10));
 }
 
@@ -72,18 +72,18 @@ class CollectingMark {
 void Trials::setTrialIdentifier(char* start, char* end) {
   std::fflush(nullptr);
   endTrialID = end;
-  const bool inputForm = start != nullptr && contains(start, INPUT_FORM);
+  const bool inputForm = start != nullptr && contains(start, input_form_text);
   if (end == nullptr) print_log("Set TrialEndMesage Empty\n");
-  segmentationType = inputForm ? CUT_BY_INPUT : 0;
-  trialID = inputForm ? start + INPUT_FORM.size() : start;
+  segmentationType = inputForm ? cut_by_input : 0;
+  trialID = inputForm ? start + input_form_text.size() : start;
   if (inputForm) log_clipped("Input Split option found :%s  %s\n", start, trialID);
   ignoreRecordStart = end != nullptr || inputForm ? 1 : 0;
   collectTrials();
 }
 
 void Trials::takeInputValues() {
-  startInput = inputValue(trialID);
-  endInput = inputValue(endTrialID);
+  startInput = input_value(trialID);
+  endInput = input_value(endTrialID);
   print_log("Start Input: %d\n End Input: %d\n", startInput, endInput);
 }
 
@@ -193,7 +193,7 @@ void Trials::examineMessage(TrialWalk& cut, UINT32 place) {
 }
 
 void Trials::examineText(TrialWalk& cut, std::string_view text, UINT32 place, UINT32 time) const {
-  if (contains(text, NO_TRIAL_MARK)) return;
+  if (contains(text, no_trial_mark)) return;
   if (trialID != nullptr && contains(text, trialID)) {
     cut.startMark(place, time);
   } else if (endTrialID != nullptr && contains(text, endTrialID)) {
@@ -259,7 +259,7 @@ UINT32 Trials::firstTrialStartingAt(int itemIndex) const {
                        [](const GZDTrial& trial, int wanted) { return trial.start < wanted; });
   return found != trials.end() && found->start == itemIndex
              ? static_cast<UINT32>(found - trials.begin())
-             : NO_TRIAL;
+             : no_trial;
 }
 
 // ---- looking up by time ------------------------------------------------------------------------
@@ -267,7 +267,7 @@ UINT32 Trials::firstTrialStartingAt(int itemIndex) const {
 const GZDTrial* Trials::trial_at_time(UINT32 time) {
   collectInPlace();
   const UINT32 place = times.at(time);
-  return place == TrialTimes::NOWHERE ? nullptr : &trials[place];
+  return place == TrialTimes::nowhere ? nullptr : &trials[place];
 }
 
 const Recording* Trials::blockAtTime(UINT32 time) {

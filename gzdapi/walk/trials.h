@@ -66,7 +66,7 @@ class Trials {
   // Tracking window of that trial's block; leaves both alone without one. Returns 0.
   int getWindowSize(UINT32 time, int* width, int* height);
 
-  // The first collected trial that starts at an item, or NO_TRIAL.
+  // The first collected trial that starts at an item, or no_trial.
   [[nodiscard]] UINT32 firstTrialStartingAt(int itemIndex) const;
 
  private:
@@ -84,9 +84,9 @@ class Trials {
   void examineText(TrialWalk& cut, std::string_view text, UINT32 place, UINT32 time) const;
   void rebuildTimes();
   const Recording* blockAtTime(UINT32 time);
-  [[nodiscard]] bool cutsByInput() const { return segmentationType == CUT_BY_INPUT; }
+  [[nodiscard]] bool cutsByInput() const { return segmentationType == cut_by_input; }
 
-  static constexpr UINT32 CUT_BY_INPUT = 1;
+  static constexpr UINT32 cut_by_input = 1;
 
   const Index& index;
   Walk& walk;

@@ -7,12 +7,12 @@
 
 namespace gzd {
 
-constexpr UINT32 NO_TRIAL = 0xFFFFFFFFu;
+constexpr UINT32 no_trial = 0xFFFFFFFFu;
 
 struct Walk {
   UINT32 currentData = 0;                    // index of the element handed out next
   UINT32 currentBookMark = 0;                // place of the bookmark last reached
-  UINT32 currentTrial = NO_TRIAL;            // place of the current trial
+  UINT32 currentTrial = no_trial;            // place of the current trial
   const Recording* lastRecording = nullptr;  // the block that the walk is in, null outside
   // True while the trials are collected: what is read meanwhile is reported when its turn comes.
   bool collectsTrials = false;

@@ -62,13 +62,13 @@ void make_inputs(const Path& directory, const Words& words) {
   for (const std::string& name : words) {
     if (!name.ends_with(".gzd")) continue;
     const gzdsynth::SessionSettings kind = kind_of(name);
-    gzdsynth::GzdWriter writer = gzdsynth::sessionWriter(kind);
+    gzdsynth::GzdWriter writer = gzdsynth::session_writer(kind);
     const auto trials = gzdsynth::Session(kind, writer).run();
     writer.save(directory / name);
-    std::ofstream(directory / kind.messageLog) << gzdsynth::messageLogText(trials);
+    std::ofstream(directory / kind.messageLog) << gzdsynth::message_log_text(trials);
     for (std::size_t i = 0; i < trials.size(); ++i)
-      gzdsynth::saveBytes(gzdsynth::frameTable(trials[i]),
-                          directory / gzdsynth::frameTableName(name, i));
+      gzdsynth::save_bytes(gzdsynth::frame_table_bytes(trials[i]),
+                          directory / gzdsynth::frame_table_name(name, i));
   }
 }
 

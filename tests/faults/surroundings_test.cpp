@@ -75,7 +75,7 @@ TEST_F(Surroundings, FullDisk) {
 // Compressed recordings are inflated where TMPDIR says; a failure there names that place.
 TEST_F(Surroundings, TemporaryDirectoryFullOrMissing) {
   gzdsynth::GzdWriter writer = small_recording(20000);
-  writer.magic(gzdsynth::Magic::kFalcZip).save(scratch / "zip.gzd");
+  writer.magic(gzdsynth::Magic::FalcZip).save(scratch / "zip.gzd");
   const auto run_with = [this](const std::string& directory) {
     return run_converter({"-q", "zip.gzd"}, {.directory = scratch.path(), .in_child = [&directory] {
                                                setenv("TMPDIR", directory.c_str(), 1);
@@ -160,7 +160,7 @@ TEST_F(Surroundings, NamesThatAreTooLong) {
 TEST_F(Surroundings, TenThousandFiles) {
   small_recording(2).save(scratch / "rec.gzd");
   gzdsynth::GzdWriter packed = small_recording(2);
-  packed.magic(gzdsynth::Magic::kFalcZip).save(scratch / "zip.gzd");
+  packed.magic(gzdsynth::Magic::FalcZip).save(scratch / "zip.gzd");
   const auto run_many = [this](int count) {
     Words words = {"-q", "-y"};
     for (int i = 0; i < count; ++i) words.push_back(i % 10 == 0 ? "zip.gzd" : "rec.gzd");

@@ -62,7 +62,7 @@ unsigned flags_of(const std::string& letters) {
 Bytes bytes_of_hex(const std::string& digits) {
   Bytes bytes;
   for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
-    putByte(bytes, static_cast<unsigned>(std::stoul(digits.substr(i, 2), nullptr, 16)));
+    put_byte(bytes, static_cast<unsigned>(std::stoul(digits.substr(i, 2), nullptr, 16)));
   return bytes;
 }
 
@@ -125,14 +125,14 @@ Line split(const std::string& line) {
 BlockStart block_of(const Line& line) {
   BlockStart block{.time = time_of(line.plain.at(1))};
   const std::map<std::string, int*> fields = {
-      {"gaze", &block.gazePrescale},  {"velocity", &block.velocityPrescale},
+      {"gaze", &block.gaze_prescale},  {"velocity", &block.velocityPrescale},
       {"divisor", &block.divisor},    {"eye", &block.eye},
       {"link", &block.linkFilter},    {"filter", &block.fileFilter},
       {"mode", &block.recordingMode}, {"ptype", &block.pupilType},
-      {"sflags", &block.sampleFlags}, {"eflags", &block.eventFlags}};
+      {"sflags", &block.sample_flags}, {"eflags", &block.event_flags}};
   for (const auto& [key, value] : line.named) {
     if (key == "flags")
-      block.sampleFlags = block.eventFlags = static_cast<int>(flags_of(value));
+      block.sample_flags = block.event_flags = static_cast<int>(flags_of(value));
     else if (key == "rate")
       block.rate = number_of(value);
     else if (key == "by")
@@ -167,7 +167,7 @@ void add_field(EventRecord& record, const std::string& key, const std::string& v
     std::array<float, 36> pose;
     const Values values = values_of(value);
     for (std::size_t i = 0; i < pose.size(); ++i) pose[i] = static_cast<float>(values.at(i));
-    record.headPose(pose);
+    record.head_pose(pose);
   } else {
     const auto code = static_cast<unsigned>(number_of(key));
     const Values values = values_of(value);
@@ -201,22 +201,22 @@ EventRecord event_of(unsigned type, unsigned parsedBy, const Line& line) {
 SampleBlock block_of_sample(const std::string& key, const Values& values) {
   Bytes payload;
   if (key == "target") {
-    for (const double value : values) putWord(payload, int_of(value));
-    return unknownBlock(1, payload);
+    for (const double value : values) put_word(payload, int_of(value));
+    return unknown_block(1, payload);
   }
   if (key == "odd" || key == "skip") {
     for (std::size_t i = 2; i < values.size(); ++i)
-      putByte(payload, static_cast<unsigned>(values[i]));
+      put_byte(payload, static_cast<unsigned>(values[i]));
     return {static_cast<unsigned>(values[0]), static_cast<unsigned>(values.at(1)), payload};
   }
   constexpr std::size_t markerFlags = 12;
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (key == "pose" && i == markerFlags)
-      putInt(payload, static_cast<std::uint32_t>(values[i]));
+      put_int(payload, static_cast<std::uint32_t>(values[i]));
     else
-      putFloat(payload, static_cast<float>(values[i]));
+      put_float(payload, static_cast<float>(values[i]));
   }
-  return unknownBlock(key == "pose" ? 2 : 3, payload);
+  return unknown_block(key == "pose" ? 2 : 3, payload);
 }
 
 // ---- the recording ------------------------------------------------------------------------------
@@ -233,12 +233,12 @@ class Recorder {
 
  private:
   void magic(const Line& line) {
-    static const std::map<std::string, Magic> kinds = {{"falc", Magic::kFalc},
-                                                       {"osp", Magic::kOsp},
-                                                       {"falczip", Magic::kFalcZip},
-                                                       {"ospzip", Magic::kOspZip}};
+    static const std::map<std::string, Magic> kinds = {{"falc", Magic::Falc},
+                                                       {"osp", Magic::Osp},
+                                                       {"falczip", Magic::FalcZip},
+                                                       {"ospzip", Magic::OspZip}};
     if (line.hasText)
-      writer.magicText(line.text);
+      writer.magic_text(line.text);
     else
       writer.magic(kinds.at(line.plain.at(1)));
   }
@@ -304,15 +304,15 @@ class Recorder {
   const std::map<std::string, std::function<void(const Line&)>> verbs_ = {
       {"tracker", [this](auto& line) { writer = GzdWriter(int_of(number_of(line.plain.at(1)))); }},
       {"magic", [this](auto& line) { magic(line); }},
-      {"preamble", [this](auto& line) { writer.preambleLine(line.text); }},
-      {"endp", [this](auto& line) { writer.endpText(line.text); }},
-      {"noend", [this](auto&) { writer.endTag(false); }},
-      {"block", [this](auto& line) { writer.startBlock(block_of(line)); }},
-      {"events", [this](auto& line) { writer.startEvents(block_of(line)); }},
-      {"samples", [this](auto& line) { writer.startSamples(block_of(line)); }},
-      {"end", [this](auto& line) { writer.endBlock(time_of(line.plain.at(1))); }},
-      {"endevents", [this](auto& line) { writer.endEvents(time_of(line.plain.at(1))); }},
-      {"endsamples", [this](auto& line) { writer.endSamples(time_of(line.plain.at(1))); }},
+      {"preamble", [this](auto& line) { writer.preamble_line(line.text); }},
+      {"endp", [this](auto& line) { writer.endp_text(line.text); }},
+      {"noend", [this](auto&) { writer.end_tag(false); }},
+      {"block", [this](auto& line) { writer.start_block(block_of(line)); }},
+      {"events", [this](auto& line) { writer.start_events(block_of(line)); }},
+      {"samples", [this](auto& line) { writer.start_samples(block_of(line)); }},
+      {"end", [this](auto& line) { writer.end_block(time_of(line.plain.at(1))); }},
+      {"endevents", [this](auto& line) { writer.end_events(time_of(line.plain.at(1))); }},
+      {"endsamples", [this](auto& line) { writer.end_samples(time_of(line.plain.at(1))); }},
       {"sample", [this](auto& line) { sample(line); }},
       {"event",
        [this](auto& line) {
@@ -321,11 +321,11 @@ class Recorder {
       {"msg", [this](auto& line) { writer.message(time_of(line.plain.at(1)), line.text); }},
       {"long",
        [this](auto& line) {
-         writer.longMessage(time_of(line.plain.at(1)), int_of(number_of(line.plain.at(2))),
+         writer.long_message(time_of(line.plain.at(1)), int_of(number_of(line.plain.at(2))),
                             line.text);
        }},
-      {"button", [this](auto& line) { timed(GZD_BUTTON, field::kButtons, line); }},
-      {"input", [this](auto& line) { timed(GZD_INPUT, field::kInput, line); }},
+      {"button", [this](auto& line) { timed(GZD_BUTTON, FIELD_BUTTONS, line); }},
+      {"input", [this](auto& line) { timed(GZD_INPUT, FIELD_INPUT, line); }},
       {"random",
        [this](auto& line) {
          std::mt19937 numbers(static_cast<unsigned>(number_of(line.plain.at(1))));

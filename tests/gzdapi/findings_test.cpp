@@ -38,66 +38,68 @@ std::string findings_of(const Bytes& bytes, int flags) {
 // A block of 1000 Hz, 1000 to 1010 ms, without the samples from `from` up to `to`.
 GzdWriter block(UINT32 from = 0, UINT32 to = 0, UINT32 begin = 1000, UINT32 end = 1010) {
   GzdWriter w(3);
-  w.startBlock({.time = begin});
+  w.start_block({.time = begin});
   for (UINT32 time = begin; time < end; ++time) {
-    if (time < from || time >= to) w.gazeSample(time, 10, 20, 900);
+    if (time < from || time >= to) w.gaze_sample(time, 10, 20, 900);
   }
   return w;
 }
 
 TEST(Findings, TellWhatWasFoundWhereAndWhen) {
-  constexpr int CHECK = GZD_CONSISTENCY_CHECK;
-  constexpr int REPAIR = GZD_CONSISTENCY_REPAIR;
-  constexpr int FAILSAFE = GZD_OPEN_FAILSAFE;
+  constexpr int check_only = GZD_CONSISTENCY_CHECK;
+  constexpr int check_and_repair = GZD_CONSISTENCY_REPAIR;
+  constexpr int failsafe_open = GZD_OPEN_FAILSAFE;
   const auto event = [](unsigned type, UINT32 start, UINT32 end = 0) {
     EventRecord e(type, GZD_RIGHT_EYE);
     e.start(start);
     return end != 0 ? e.end(end) : e;
   };
-  const auto at = [](const GzdWriter& w) { return " @" + std::to_string(w.bodySize()) + " "; };
+  const auto at = [](const GzdWriter& w) { return " @" + std::to_string(w.body_size()) + " "; };
   const struct {
     const char* what;
     Bytes recording;
     int flags;
     std::string expected;
   } cases[] = {
-      {"sound", block().endBlock(1010).bytes(), REPAIR, ""},
-      {"sound, fail-safe", block().endBlock(1010).bytes(), REPAIR | FAILSAFE, ""},
-      {"cut", block().endTag(false).bytes(), FAILSAFE, "1 0 0 0" + at(block()) + "1009-1009\n"},
-      {"cut in a record", block().raw({0x20, 0x00, 33}).endTag(false).bytes(), FAILSAFE,
+      {"sound", block().end_block(1010).bytes(), check_and_repair, ""},
+      {"sound, fail-safe", block().end_block(1010).bytes(), check_and_repair | failsafe_open, ""},
+      {"cut", block().end_tag(false).bytes(), failsafe_open,
+       "1 0 0 0" + at(block()) + "1009-1009\n"},
+      {"cut in a record", block().raw({0x20, 0x00, 33}).end_tag(false).bytes(), failsafe_open,
        "1 0 0 3" + at(block()) + "1009-1009\n"},
-      {"damage", block().raw({0x18, 0x00, 94, 0xFF, 0xFF}).bytes(), FAILSAFE,
+      {"damage", block().raw({0x18, 0x00, 94, 0xFF, 0xFF}).bytes(), failsafe_open,
        "2 0 0 7" + at(block()) + "1009-1009\n"},
-      {"unread", block().endBlock(1010).raw({0, 0, 1, 2}).bytes(), 0,
-       "4 0 0 4 @" + std::to_string(block().endBlock(1010).bodySize() + 2) + " 1010-1010\n"},
-      {"gap", block(1003, 1006).endBlock(1010).bytes(), REPAIR, "6 0 0 3 @- 1002-1006\n"},
-      {"long gap", block(1003, 12000, 1000, 12010).endBlock(12010).bytes(), REPAIR,
+      {"unread", block().end_block(1010).raw({0, 0, 1, 2}).bytes(), 0,
+       "4 0 0 4 @" + std::to_string(block().end_block(1010).body_size() + 2) + " 1010-1010\n"},
+      {"gap", block(1003, 1006).end_block(1010).bytes(), check_and_repair, "6 0 0 3 @- 1002-1006\n"},
+      {"long gap", block(1003, 12000, 1000, 12010).end_block(12010).bytes(), check_and_repair,
        "7 0 0 10997 @- 1002-12000\n11 0 0 1 @- -1--1\n"},
-      {"late first sample", block(1000, 1004).endBlock(1010).bytes(), REPAIR,
+      {"late first sample", block(1000, 1004).end_block(1010).bytes(), check_and_repair,
        "8 1 0 4 @- 1000-1004\n"},
       {"another period",
-       block(1001, 1002).gazeSample(1012, 1, 1, 900).gazeSample(1014, 1, 1, 900).bytes(), REPAIR,
-       "6 0 0 2 @- 1009-1012\n6 0 0 1 @- 1012-1014\n11 0 0 1 @- -1--1\n"},
+       block(1001, 1002).gaze_sample(1012, 1, 1, 900).gaze_sample(1014, 1, 1, 900).bytes(),
+       check_and_repair, "6 0 0 2 @- 1009-1012\n6 0 0 1 @- 1012-1014\n11 0 0 1 @- -1--1\n"},
       {"a period that is not the rate's",
        GzdWriter(3)
-           .startBlock({.time = 1000})
-           .gazeSample(1000, 1, 1, 900)
-           .gazeSample(1002, 1, 1, 900)
-           .gazeSample(1004, 1, 1, 900)
+           .start_block({.time = 1000})
+           .gaze_sample(1000, 1, 1, 900)
+           .gaze_sample(1002, 1, 1, 900)
+           .gaze_sample(1004, 1, 1, 900)
            .bytes(),
-       REPAIR, "9 0 4 1 @- 1002-1004\n6 0 0 1 @- 1002-1004\n11 0 0 1 @- -1--1\n"},
+       check_and_repair, "9 0 4 1 @- 1002-1004\n6 0 0 1 @- 1002-1004\n11 0 0 1 @- -1--1\n"},
       {"samples outside",
-       block().endBlock(1010).gazeSample(1012, 1, 1, 1).gazeSample(1013, 1, 1, 1).bytes(), CHECK,
-       "12 0 0 2" + at(block().endBlock(1010)) + "1012-1013\n"},
-      {"samples end early", block(1006, 1010).endBlock(1010).bytes(), 0, "13 1 0 5 @- 1005-1010\n"},
-      {"no sample at all", block(1000, 1010).endBlock(1010).bytes(), 0, "13 1 0 10 @- 1000-1010\n"},
-      {"unknown rate", GzdWriter(3).startSamples({.time = 1000, .rate = 333}).bytes(), 0,
+       block().end_block(1010).gaze_sample(1012, 1, 1, 1).gaze_sample(1013, 1, 1, 1).bytes(),
+       check_only, "12 0 0 2" + at(block().end_block(1010)) + "1012-1013\n"},
+      {"samples end early", block(1006, 1010).end_block(1010).bytes(), 0, "13 1 0 5 @- 1005-1010\n"},
+      {"no sample at all", block(1000, 1010).end_block(1010).bytes(), 0, "13 1 0 10 @- 1000-1010\n"},
+      {"unknown rate", GzdWriter(3).start_samples({.time = 1000, .rate = 333}).bytes(), 0,
        "15 0 333 1 @0 1000-1000\n"},
       {"events outside",
-       block().endBlock(1010).event(event(5, 1008)).event(event(6, 1008, 1015)).bytes(), CHECK,
-       "17 2 6 1" + at(block().endBlock(1010).event(event(5, 1008))) + "1015-1010\n"},
+       block().end_block(1010).event(event(5, 1008)).event(event(6, 1008, 1015)).bytes(), check_only,
+       "17 2 6 1" + at(block().end_block(1010).event(event(5, 1008))) + "1015-1010\n"},
       {"blink without start",
-       block().event(event(4, 1002, 1004)).event(event(3, 1006)).endBlock(1010).bytes(), REPAIR,
+       block().event(event(4, 1002, 1004)).event(event(3, 1006)).end_block(1010).bytes(),
+       check_and_repair,
        "18 2 3 1 @- 1000-1000\n20 2 3 1" + at(block().event(event(4, 1002, 1004))) + "1006-1006\n"},
       {"unpaired saccade",
        block().event(event(5, 1003)).event(event(5, 1004)).event(event(6, 1004, 1006)).bytes(), 0,
@@ -106,7 +108,7 @@ TEST(Findings, TellWhatWasFoundWhereAndWhen) {
        block().event(event(7, 1006)).event(event(8, 1002, 1004)).bytes(), 0,
        "21 2 0 1 @- 1006-1004\n20 2 8 1" + at(block().event(event(7, 1006))) +
            "1004-1004\n20 2 7 1" + at(block()) + "1006-1006\n"},
-      {"event without time", block().event(EventRecord(3)).bytes(), FAILSAFE,
+      {"event without time", block().event(EventRecord(3)).bytes(), failsafe_open,
        "22 0 3 1" + at(block()) + "0-0\n"},
       {"unknown field and kind",
        block().event(EventRecord(11).start(1005)).raw({0x18, 0, 200, 0}).bytes(), 0,
@@ -122,18 +124,18 @@ TEST(Findings, TellWhatWasFoundWhereAndWhen) {
 
 TEST(Findings, AreBounded) {
   Findings findings;
-  constexpr UINT32 MOST = Findings::MOST_OF_A_KIND;
-  for (UINT32 i = 0; i < 2 * MOST; ++i) {
+  constexpr UINT32 most_kept = Findings::most_of_a_kind;
+  for (UINT32 i = 0; i < 2 * most_kept; ++i) {
     findings.add({.kind = GZD_FINDING_GAP_FILLED, .count = 2, .start = 10 * i, .end = 10 * i + 1});
   }
   findings.add({.kind = GZD_FINDING_CUT, .place = 7});
-  ASSERT_EQ(findings.size(), MOST + 1u);
-  const GZD_FINDING last = findings.at(MOST - 1);
-  EXPECT_EQ(last.merged, MOST + 1);
-  EXPECT_EQ(last.count, 2 * (MOST + 1));
-  EXPECT_EQ(last.start, 5.0 * (MOST - 1));
-  EXPECT_EQ(last.end, 5.0 * (2 * MOST - 1) + 0.5);
-  EXPECT_EQ(findings.at(MOST).place, 7);
+  ASSERT_EQ(findings.size(), most_kept + 1u);
+  const GZD_FINDING last = findings.at(most_kept - 1);
+  EXPECT_EQ(last.merged, most_kept + 1);
+  EXPECT_EQ(last.count, 2 * (most_kept + 1));
+  EXPECT_EQ(last.start, 5.0 * (most_kept - 1));
+  EXPECT_EQ(last.end, 5.0 * (2 * most_kept - 1) + 0.5);
+  EXPECT_EQ(findings.at(most_kept).place, 7);
 }
 
 // ---- the walk -----------------------------------------------------------------------------------
@@ -143,7 +145,7 @@ class WholeWalk : public testing::Test {
  protected:
   void SetUp() override {
     GzdWriter w = block(1003, 1005);
-    w.event(EventRecord(4).start(1002).end(1006)).event(EventRecord(3).start(1008)).endBlock(1010);
+    w.event(EventRecord(4).start(1002).end(1006)).event(EventRecord(3).start(1008)).end_block(1010);
     const std::string path = scratch.save("r.gzd", w.bytes());
     std::ofstream(scratch.file("tq_messages.log"))
         << "1 TRACKER_TIME 1 1000.0\n7 TRIAL\nQuit logger\n";
@@ -208,7 +210,7 @@ TEST_F(WholeWalk, BeginsAnewWhereverItStood) {
 }
 
 TEST(Rewind, TheFirstRecordDecidesAboutTimesAnew) {
-  OpenRecording file(block(0, 0, 2000000000, 2000000004).endBlock(2000000004));
+  OpenRecording file(block(0, 0, 2000000000, 2000000004).end_block(2000000004));
   const CapturedLog quiet;
   const std::string whole = file.describe();
   EXPECT_EQ(whole, "[0 s0 s1 s2 s3 ]4");

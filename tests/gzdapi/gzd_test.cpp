@@ -20,12 +20,12 @@ using gzdsynth::GzdWriter;
 
 GzdWriter small_recording(double rate = 500) {
   GzdWriter w(3);
-  w.message(990, "hello").startBlock({.time = 1000, .rate = rate});
+  w.message(990, "hello").start_block({.time = 1000, .rate = rate});
   for (int i = 0; i < 6; ++i) {
-    w.gazeSample(1000 + static_cast<UINT32>(i * 1000 / rate), 10 + i, 20, 900);
+    w.gaze_sample(1000 + static_cast<UINT32>(i * 1000 / rate), 10 + i, 20, 900);
   }
   w.button(1003, 0x0101).event(EventRecord(8).start(1000).end(1008));
-  w.endBlock(1020);
+  w.end_block(1020);
   return w;
 }
 
@@ -57,11 +57,11 @@ TEST(Open, WhatIsNotARecording) {
   EXPECT_EQ(refusal_of(scratch.save("empty", {})), badMagic);
   EXPECT_EQ(refusal_of(scratch.save("noise", gzdsynth::Bytes(5000, 0xA5))), badMagic);
   GzdWriter headOnly;
-  headOnly.endpText("");
+  headOnly.endp_text("");
   EXPECT_EQ(
-      refusal_of(scratch.save("head", gzdsynth::cutAt(headOnly.bytes(), headOnly.header().size()))),
+      refusal_of(scratch.save("head", gzdsynth::cut_at(headOnly.bytes(), headOnly.header().size()))),
       "error reading gzd file 6\nEnd of file Exception\n");
-  EXPECT_EQ(refusal_of(scratch.save("cut", gzdsynth::withoutTail(small_recording().bytes(), 2))),
+  EXPECT_EQ(refusal_of(scratch.save("cut", gzdsynth::without_tail(small_recording().bytes(), 2))),
             "error reading gzd file 7a r = 0 \nEnd of file Exception\n");
 }
 
@@ -105,13 +105,13 @@ TEST(Open, ATraceNeverOverwritesTheRecording) {
   EXPECT_EQ(log.take(), "The debug file is the recording itself. Nothing is traced \n");
 }
 
-const char* const LOG_OF_TWO_BLOCKS =
+const char* const log_of_two_blocks =
     "0 TRACKER_TIME 1 500\n501 in one\n1501 in two\n2001 behind\n9999 Quit logger\n";
 
 TEST(Open, AnEmptyNameMeansNoMessageLog) {
   const ScratchDirectory scratch;
   const std::string path = scratch.save("file", small_recording().bytes());
-  const std::string_view text = LOG_OF_TWO_BLOCKS;
+  const std::string_view text = log_of_two_blocks;
   (void)scratch.save("tq_messages.log", {text.begin(), text.end()});
   CapturedLog log;
   int rv;
@@ -177,9 +177,9 @@ TEST(Walk, TwoFilesAtOnce) {
 
 TEST(Facts, PreambleText) {
   GzdWriter bare;
-  EXPECT_EQ(gzd_get_preamble_text_length(OpenRecording(bare.clearPreamble())), 0);
+  EXPECT_EQ(gzd_get_preamble_text_length(OpenRecording(bare.clear_preamble())), 0);
   GzdWriter w;
-  w.clearPreamble().preambleLine("abc").preambleLine("");
+  w.clear_preamble().preamble_line("abc").preamble_line("");
   OpenRecording file(w);
   EXPECT_EQ(gzd_get_preamble_text_length(file), 12);
   char text[20];
@@ -201,12 +201,12 @@ TEST(Facts, PreambleText) {
 TEST(Jumps, TakeLogAndRateWithThem) {
   GzdWriter w(3);
   for (const UINT32 start : {1000u, 2000u}) {
-    w.startBlock({.time = start, .rate = start == 1000 ? 250.0 : 500.0});
-    for (UINT32 i = 0; i < 3; ++i) w.gazeSample(start + 10 * i, 5, 5, 900);
-    w.endBlock(start + 25);
+    w.start_block({.time = start, .rate = start == 1000 ? 250.0 : 500.0});
+    for (UINT32 i = 0; i < 3; ++i) w.gaze_sample(start + 10 * i, 5, 5, 900);
+    w.end_block(start + 25);
   }
   const ScratchDirectory scratch;
-  const std::string_view text = LOG_OF_TWO_BLOCKS;
+  const std::string_view text = log_of_two_blocks;
   const CapturedLog log;
   gzd_set_extra_message_file(scratch.save("log", {text.begin(), text.end()}).c_str());
   OpenRecording file(w, 0, GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG);
@@ -238,11 +238,11 @@ TEST(Jumps, TakeLogAndRateWithThem) {
 // trials reports none.
 TEST(Walk, UnknownFieldsAreReportedWhereTheyAreMet) {
   GzdWriter w;
-  w.startBlock({.time = 1000});
-  w.event(EventRecord(24).start(1001).raw({1}).text("BEGIN")).gazeSample(1001, 5, 5, 900);
-  w.endBlock(1010);
+  w.start_block({.time = 1000});
+  w.event(EventRecord(24).start(1001).raw({1}).text("BEGIN")).gaze_sample(1001, 5, 5, 900);
+  w.end_block(1010);
   const ScratchDirectory scratch;
-  const std::string_view text = LOG_OF_TWO_BLOCKS;
+  const std::string_view text = log_of_two_blocks;
   const CapturedLog log;
   gzd_set_extra_message_file(scratch.save("log", {text.begin(), text.end()}).c_str());
   const std::string line = "ERROR: Do not know how to handle 1\n";

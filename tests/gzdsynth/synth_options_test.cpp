@@ -9,7 +9,7 @@ namespace {
 
 SessionSettings parsed(std::vector<std::string_view> arguments) {
   arguments.push_back("out.gzd");
-  return parseCommand(arguments).settings;
+  return parse_command(arguments).settings;
 }
 
 TEST(SynthOptions, ValuesReachTheSettings) {
@@ -35,7 +35,7 @@ TEST(SynthOptions, ValuesReachTheSettings) {
 
 // A name without a placeholder in the usage text's left column parses alone.
 TEST(SynthOptions, SwitchesOfTheUsageTextParse) {
-  std::istringstream lines(usageText());
+  std::istringstream lines(usage_text());
   std::string line;
   int switches = 0;
   while (std::getline(lines, line)) {
@@ -48,7 +48,7 @@ TEST(SynthOptions, SwitchesOfTheUsageTextParse) {
     EXPECT_NO_THROW(parsed({name, "--generation", name == "--pose" ? "4" : "3"})) << name;
   }
   EXPECT_EQ(switches, 14);
-  EXPECT_TRUE(parseCommand({"--nonsense", "--help"}).help);
+  EXPECT_TRUE(parse_command({"--nonsense", "--help"}).help);
 }
 
 TEST(SynthOptions, RejectsWhatCannotBeMade) {
@@ -70,9 +70,9 @@ TEST(SynthOptions, RejectsWhatCannotBeMade) {
                                                           {"--rate", "500", "--generation", "1"},
                                                           {"--raw-packed", "--target"}};
   for (const auto& arguments : bad) EXPECT_THROW(parsed(arguments), UsageError) << arguments[0];
-  EXPECT_THROW(parseCommand({}), UsageError);
-  EXPECT_THROW(parseCommand({"out.txt"}), UsageError);
-  EXPECT_THROW(parseCommand({"out.gzd", "--cut"}), UsageError);
+  EXPECT_THROW(parse_command({}), UsageError);
+  EXPECT_THROW(parse_command({"out.txt"}), UsageError);
+  EXPECT_THROW(parse_command({"out.gzd", "--cut"}), UsageError);
 }
 
 }  // namespace

@@ -16,21 +16,21 @@ namespace {
 using gzdsynth::EventRecord;
 using gzdsynth::GzdWriter;
 
-constexpr std::uint64_t FILE_SIZE = 10'000'000;
-constexpr std::uint32_t FIRST_TIME = 1000;
+constexpr std::uint64_t size_of_file = 10'000'000;
+constexpr std::uint32_t first_time = 1000;
 
 // Bytes an element of the index takes, and how often it may be held at once: while repairs build
 // the new one beside the old one, and for the lists of what they insert.
-constexpr double ELEMENT_BYTES = 24;
-constexpr double HELD_AT_ONCE = 2.5;
-constexpr double CONSTANT_BYTES = 16.0 * 1024 * 1024;
+constexpr double element_bytes = 24;
+constexpr double held_at_once = 2.5;
+constexpr double constant_bytes = 16.0 * 1024 * 1024;
 
 bool wants_more(const GzdWriter& w) {
-  return w.bodySize() < FILE_SIZE;
+  return w.body_size() < size_of_file;
 }
 
 void put_sample(GzdWriter& w, std::uint32_t time) {
-  w.gazeSample(time, 512, 384, 900);
+  w.gaze_sample(time, 512, 384, 900);
 }
 
 void put_blink(GzdWriter& w, unsigned type, std::uint32_t time) {
@@ -43,97 +43,97 @@ void put_blink(GzdWriter& w, unsigned type, std::uint32_t time) {
 // ---- the kinds of trouble -----------------------------------------------------------------------
 
 void stray_samples(GzdWriter& w) {
-  std::uint32_t time = FIRST_TIME;
+  std::uint32_t time = first_time;
   while (wants_more(w)) put_sample(w, time++);
-  w.startBlock({.time = time}).endBlock(time + 1);
+  w.start_block({.time = time}).end_block(time + 1);
 }
 
 void unpaired_blinks(GzdWriter& w) {
-  w.startBlock({.time = FIRST_TIME});
-  std::uint32_t time = FIRST_TIME;
+  w.start_block({.time = first_time});
+  std::uint32_t time = first_time;
   for (; wants_more(w); ++time) put_blink(w, time % 3 == 0 ? GZD_END_BLINK : GZD_START_BLINK, time);
-  w.endBlock(time);
+  w.end_block(time);
 }
 
 void blinks_in_one_saccade(GzdWriter& w) {
-  w.startBlock({.time = FIRST_TIME}).event(EventRecord(GZD_START_SACCADE).start(FIRST_TIME));
-  std::uint32_t time = FIRST_TIME;
+  w.start_block({.time = first_time}).event(EventRecord(GZD_START_SACCADE).start(first_time));
+  std::uint32_t time = first_time;
   for (; wants_more(w); time += 2) {
     put_blink(w, GZD_START_BLINK, time);
     put_blink(w, GZD_END_BLINK, time + 1);
   }
-  w.event(EventRecord(GZD_END_SACCADE).start(FIRST_TIME).end(time)).endBlock(time);
+  w.event(EventRecord(GZD_END_SACCADE).start(first_time).end(time)).end_block(time);
 }
 
 void blocks_back_to_back(GzdWriter& w) {
-  for (std::uint32_t time = FIRST_TIME; wants_more(w); time += 4) {
-    w.startBlock({.time = time}).message(time, "RECCFG CR 1000").message(time + 1, "second");
+  for (std::uint32_t time = first_time; wants_more(w); time += 4) {
+    w.start_block({.time = time}).message(time, "RECCFG CR 1000").message(time + 1, "second");
     put_sample(w, time + 1);
-    w.endBlock(time + 2);
+    w.end_block(time + 2);
   }
 }
 
 void blocks_of_one_time(GzdWriter& w) {
   while (wants_more(w)) {
-    w.startBlock({.time = FIRST_TIME});
-    put_sample(w, FIRST_TIME);
-    w.endBlock(FIRST_TIME);
+    w.start_block({.time = first_time});
+    put_sample(w, first_time);
+    w.end_block(first_time);
   }
 }
 
 void long_messages(GzdWriter& w) {
   const std::string text(3000, 'x');
-  w.startBlock({.time = FIRST_TIME});
-  std::uint32_t time = FIRST_TIME;
-  for (int id = 1; wants_more(w); ++id) w.longMessage(time++, id, text);
-  w.endBlock(time);
+  w.start_block({.time = first_time});
+  std::uint32_t time = first_time;
+  for (int id = 1; wants_more(w); ++id) w.long_message(time++, id, text);
+  w.end_block(time);
 }
 
 void one_endless_message(GzdWriter& w) {
-  w.startBlock({.time = FIRST_TIME}).longMessage(FIRST_TIME, 1, "begin " + std::string(900, 'x'));
-  while (wants_more(w)) w.message(FIRST_TIME, "!V LONGMS_CONT 1_" + std::string(450, 'y'));
-  w.endBlock(FIRST_TIME + 1);
+  w.start_block({.time = first_time}).long_message(first_time, 1, "begin " + std::string(900, 'x'));
+  while (wants_more(w)) w.message(first_time, "!V LONGMS_CONT 1_" + std::string(450, 'y'));
+  w.end_block(first_time + 1);
 }
 
 // More gaps, each nearly the longest, than all fillings of a file may hold together.
 void huge_gaps(GzdWriter& w) {
-  std::uint32_t time = FIRST_TIME;
-  w.startBlock({.time = time});
+  std::uint32_t time = first_time;
+  w.start_block({.time = time});
   for (std::uint32_t i = 1; wants_more(w); ++i) put_sample(w, time += i % 3 == 0 ? 3000 : 1);
-  w.endBlock(time);
+  w.end_block(time);
 }
 
 void late_first_samples(GzdWriter& w) {
-  for (std::uint32_t time = FIRST_TIME; wants_more(w); time += 9100) {
-    w.startBlock({.time = time});
+  for (std::uint32_t time = first_time; wants_more(w); time += 9100) {
+    w.start_block({.time = time});
     put_sample(w, time + 9000);
-    w.endBlock(time + 9001);
+    w.end_block(time + 9001);
   }
 }
 
 void events_of_one_time(GzdWriter& w) {
-  w.startBlock({.time = FIRST_TIME});
-  while (wants_more(w)) w.button(FIRST_TIME + 1, 0x0101);
-  w.endBlock(FIRST_TIME + 2);
+  w.start_block({.time = first_time});
+  while (wants_more(w)) w.button(first_time + 1, 0x0101);
+  w.end_block(first_time + 2);
 }
 
 // A start and an end of blink of different eyes come before each other.
 void endless_circle(GzdWriter& w) {
-  w.startBlock({.time = FIRST_TIME});
+  w.start_block({.time = first_time});
   while (wants_more(w)) {
-    w.event(EventRecord(GZD_START_BLINK, GZD_LEFT_EYE).start(FIRST_TIME));
-    w.event(EventRecord(GZD_END_BLINK, GZD_RIGHT_EYE).start(FIRST_TIME).end(FIRST_TIME));
-    w.message(FIRST_TIME, "between");
-    put_sample(w, FIRST_TIME);
+    w.event(EventRecord(GZD_START_BLINK, GZD_LEFT_EYE).start(first_time));
+    w.event(EventRecord(GZD_END_BLINK, GZD_RIGHT_EYE).start(first_time).end(first_time));
+    w.message(first_time, "between");
+    put_sample(w, first_time);
   }
-  w.endBlock(FIRST_TIME + 2);
+  w.end_block(first_time + 2);
 }
 
 // Of time running back, every window has to be sorted.
 void time_running_back(GzdWriter& w) {
-  w.startBlock({.time = FIRST_TIME});
+  w.start_block({.time = first_time});
   for (std::uint32_t time = 100'000'000; wants_more(w); --time) put_sample(w, time);
-  w.endBlock(100'000'001);
+  w.end_block(100'000'001);
 }
 
 // The shortest events there are.
@@ -144,10 +144,10 @@ void three_byte_events(GzdWriter& w) {
 struct Trouble {
   const char* name;
   void (*write)(GzdWriter&);
-  double elementBytes = ELEMENT_BYTES * HELD_AT_ONCE;
+  double elementBytes = element_bytes * held_at_once;
 };
 
-constexpr Trouble TROUBLES[] = {
+constexpr Trouble all_troubles[] = {
     {"StraySamples", stray_samples},
     {"UnpairedBlinks", unpaired_blinks},
     {"BlinksInOneSaccade", blinks_in_one_saccade},
@@ -220,7 +220,7 @@ TEST_P(WorstFile, OpensInMemoryOfItsIndex) {
       std::filesystem::temp_directory_path() /
       ("gzd-worst-" + std::to_string(getpid()) + GetParam().name + ".gzd");
   GzdWriter writer(3);
-  writer.streamTo(path);
+  writer.stream_to(path);
   GetParam().write(writer);
   writer.finish();
   const Cost cost = measure(path);
@@ -230,15 +230,16 @@ TEST_P(WorstFile, OpensInMemoryOfItsIndex) {
   RecordProperty("elements", static_cast<int>(cost.elements));
   RecordProperty("peak_kib", static_cast<int>(cost.peak_kib));
   RecordProperty("cpu_ms", static_cast<int>(cost.seconds * 1000));
-  const double fileRecords = static_cast<double>(FILE_SIZE) / 7;  // those taken out are held first
+  const double fileRecords =
+      static_cast<double>(size_of_file) / 7;  // those taken out are held first
   const double held = std::max(static_cast<double>(cost.elements), fileRecords);
-  EXPECT_LT(used, CONSTANT_BYTES + held * GetParam().elementBytes);
+  EXPECT_LT(used, constant_bytes + held * GetParam().elementBytes);
 }
 
 std::string name_of(const testing::TestParamInfo<Trouble>& trouble) {
   return trouble.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Troubles, WorstFile, testing::ValuesIn(TROUBLES), name_of);
+INSTANTIATE_TEST_SUITE_P(Troubles, WorstFile, testing::ValuesIn(all_troubles), name_of);
 
 }  // namespace

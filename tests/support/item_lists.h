@@ -10,25 +10,25 @@
 #include "index/item_list.h"
 #include "order/time_order.h"
 
-inline std::vector<gzd::GZDItem> itemsOf(const gzd::ItemList& list) {
+inline std::vector<gzd::GZDItem> items_of(const gzd::ItemList& list) {
   std::vector<gzd::GZDItem> items;
   for (const gzd::GZDItem item : list) items.push_back(item);
   return items;
 }
 
-inline gzd::ItemList listOf(const std::vector<gzd::GZDItem>& items) {
+inline gzd::ItemList list_of(const std::vector<gzd::GZDItem>& items) {
   gzd::ItemList list;
   for (const gzd::GZDItem& item : items) list.push_back(item);
   return list;
 }
 
-inline bool sameItem(const gzd::GZDItem& a, const gzd::GZDItem& b) {
+inline bool same_item(const gzd::GZDItem& a, const gzd::GZDItem& b) {
   return a.getFilePos() == b.getFilePos() && a.getDetailedType() == b.getDetailedType() &&
          a.getTimeStamp() == b.getTimeStamp() && a.getRecording() == b.getRecording();
 }
 
 // What the list says of its landmarks is what a look at every entry shows.
-inline bool landmarksHold(const gzd::ItemList& list) {
+inline bool landmarks_hold(const gzd::ItemList& list) {
   std::vector<UINT32> expected, actual;
   bool rise = true;
   std::optional<UINT64> stamp;
@@ -44,7 +44,7 @@ inline bool landmarksHold(const gzd::ItemList& list) {
   bool same = true;
   for (const gzd::Landmark mark : list.landmarks()) {
     actual.push_back(mark.place);
-    same = same && sameItem(list[mark], list[mark.place]);
+    same = same && same_item(list[mark], list[mark.place]);
   }
   // A list may not know that its samples rise.
   return same && actual == expected && (rise || !list.samplesRise());
@@ -52,7 +52,7 @@ inline bool landmarksHold(const gzd::ItemList& list) {
 
 // The order that is wanted: std::sort by the comparison, window by window. A null place stands for
 // the guards around each window.
-inline void sortPlainly(std::vector<gzd::GZDItem>& items) {
+inline void sort_plainly(std::vector<gzd::GZDItem>& items) {
   using Placed = std::pair<const gzd::GZDItem*, int>;  // -1 before, 1 behind everything
   constexpr std::size_t window = 13500, step = 10500, whole = 20000;
   const auto sort_window = [&items](std::size_t first, std::size_t last) {

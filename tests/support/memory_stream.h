@@ -13,10 +13,10 @@ using namespace gzd;
 
 class MemoryStream : public InputStream {
  public:
-  static constexpr std::size_t ALL = SIZE_MAX;
+  static constexpr std::size_t whole_content = SIZE_MAX;
 
   // Holds the first `end` of the bytes. Each refill shows `step` more bytes at least.
-  explicit MemoryStream(std::vector<std::uint8_t> content, std::size_t end = ALL,
+  explicit MemoryStream(std::vector<std::uint8_t> content, std::size_t end = whole_content,
                         std::size_t step = 64)
       : bytes(std::move(content)), readAhead(step) {
     bytes.resize(std::min(end, bytes.size()));

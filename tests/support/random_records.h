@@ -57,25 +57,25 @@ class RandomRecords {
   void add_block_start() {
     static constexpr double rates[] = {250, 500, 500, 1000, 2000, 0, 777};
     static constexpr int flags[] = {0x8500, 0x4500, 0xC500, 0xCF00, 0xCFF8, 0, 0xD7F1};
-    gzdsynth::BlockStart block{.time = time_, .rate = one_of(rates), .sampleFlags = one_of(flags)};
-    block.eventFlags = choose_(2) == 0 ? block.sampleFlags : one_of(flags);
-    if (choose_(4) == 0) block.gazePrescale = static_cast<int>(choose_(20));
+    gzdsynth::BlockStart block{.time = time_, .rate = one_of(rates), .sample_flags = one_of(flags)};
+    block.event_flags = choose_(2) == 0 ? block.sample_flags : one_of(flags);
+    if (choose_(4) == 0) block.gaze_prescale = static_cast<int>(choose_(20));
     if (choose_(4) == 0) block.pupilPrescale = static_cast<int>(choose_(20));
     step_ = block.rate > 300 ? 1000 / static_cast<std::uint32_t>(block.rate) : 4;
-    if (choose_(4) != 0) writer_.startEvents(block);
-    if (choose_(4) != 0) writer_.startSamples(block);
+    if (choose_(4) != 0) writer_.start_events(block);
+    if (choose_(4) != 0) writer_.start_samples(block);
   }
 
   void add_block_end() {
-    if (choose_(4) != 0) writer_.endSamples(time_);
-    if (choose_(4) != 0) writer_.endEvents(time_);
+    if (choose_(4) != 0) writer_.end_samples(time_);
+    if (choose_(4) != 0) writer_.end_events(time_);
   }
 
   void add_eye_event() {
     const auto type = static_cast<unsigned>(GZD_START_BLINK + choose_(6));
     EventRecord record(type, static_cast<int>(choose_(2)));
     record.start(type % 2 == 1 ? time_ : time_ - static_cast<std::uint32_t>(choose_(60)));
-    if (type % 2 == 0) record.end(time_).gazeAverage(5000, 4000).velocityPeak(300);
+    if (type % 2 == 0) record.end(time_).gaze_average(5000, 4000).velocity_peak(300);
     writer_.event(record);
   }
 
@@ -116,9 +116,9 @@ class RandomRecords {
       sample.gy[eye] = static_cast<int>(choose_(256) << 5);
       sample.pa[eye] = choose_(4) == 0 ? -static_cast<int>(choose_(900)) : 900;
     }
-    if (choose_(2) == 0) sample.blocks.push_back(gzdsynth::headPoseBlock({}));
-    if (choose_(2) == 0) sample.blocks.push_back(gzdsynth::ellipseBlock72({}));
-    if (choose_(2) == 0) sample.skipped.push_back(gzdsynth::unknownBlock(9, gzdsynth::Bytes(5)));
+    if (choose_(2) == 0) sample.blocks.push_back(gzdsynth::head_pose_block({}));
+    if (choose_(2) == 0) sample.blocks.push_back(gzdsynth::ellipse_block72({}));
+    if (choose_(2) == 0) sample.skipped.push_back(gzdsynth::unknown_block(9, gzdsynth::Bytes(5)));
     return sample;
   }
 

@@ -22,7 +22,7 @@ struct Field {
   Field {                                                                              \
 #name, offsetof(type, name), (offsetof(type, last) - offsetof(type, name)) / 4 + 1 \
   }
-#define EYES(name)                    \
+#define eye_count(name)               \
   Field {                             \
 #name, offsetof(FSAMPLE, name), 2 \
   }
@@ -32,40 +32,40 @@ struct Field {
   }
 #define EVENT_PAIR(name, last) FIELD(FEVENT, name, last)
 
-constexpr Field SAMPLE_FIELDS[] = {EYES(px),
-                                   EYES(py),
-                                   EYES(hx),
-                                   EYES(hy),
-                                   EYES(pa),
-                                   EYES(gx),
-                                   EYES(gy),
+constexpr Field sample_fields[] = {eye_count(px),
+                                   eye_count(py),
+                                   eye_count(hx),
+                                   eye_count(hy),
+                                   eye_count(pa),
+                                   eye_count(gx),
+                                   eye_count(gy),
                                    FIELD(FSAMPLE, rx, ry),
-                                   EYES(gxvel),
-                                   EYES(gyvel),
-                                   EYES(hxvel),
-                                   EYES(hyvel),
-                                   EYES(rxvel),
-                                   EYES(ryvel),
-                                   EYES(fgxvel),
-                                   EYES(fgyvel),
-                                   EYES(fhxvel),
-                                   EYES(fhyvel),
-                                   EYES(frxvel),
-                                   EYES(fryvel),
+                                   eye_count(gxvel),
+                                   eye_count(gyvel),
+                                   eye_count(hxvel),
+                                   eye_count(hyvel),
+                                   eye_count(rxvel),
+                                   eye_count(ryvel),
+                                   eye_count(fgxvel),
+                                   eye_count(fgyvel),
+                                   eye_count(fhxvel),
+                                   eye_count(fhyvel),
+                                   eye_count(frxvel),
+                                   eye_count(fryvel),
                                    TRIPLE(eyeInHeadX),
                                    TRIPLE(eyeInHeadY),
                                    TRIPLE(headRotation),
                                    TRIPLE(headPosition),
                                    FIELD(FSAMPLE, headInSpaceX, headInSpaceY),
-                                   EYES(unused_headInSpaceX),
-                                   EYES(unused_headInSpaceY),
+                                   eye_count(unused_headInSpaceX),
+                                   eye_count(unused_headInSpaceY),
                                    FIELD(FSAMPLE, hrgx, ergy),
-                                   EYES(ex),
-                                   EYES(ey),
-                                   EYES(emajor),
-                                   EYES(eminor),
-                                   EYES(eangle)};
-constexpr Field EVENT_FIELDS[] = {
+                                   eye_count(ex),
+                                   eye_count(ey),
+                                   eye_count(emajor),
+                                   eye_count(eminor),
+                                   eye_count(eangle)};
+constexpr Field event_fields[] = {
     EVENT_PAIR(hstx, hsty),     EVENT_PAIR(gstx, gsty),
     EVENT_PAIR(sta, sta),       EVENT_PAIR(henx, heny),
     EVENT_PAIR(genx, geny),     EVENT_PAIR(ena, ena),
@@ -74,7 +74,7 @@ constexpr Field EVENT_FIELDS[] = {
     EVENT_PAIR(supd_x, eupd_y), EVENT_PAIR(headInSpaceX_start, headPositionZ_avg)};
 
 #undef FIELD
-#undef EYES
+#undef eye_count
 #undef TRIPLE
 #undef EVENT_PAIR
 
@@ -110,7 +110,7 @@ inline std::string text_of(const FSAMPLE& s) {
                    s.time, s.flags, s.input, s.buttons, s.errors, s.headMarkerFlags);
   record_text::add(line, "; htype %d", s.htype);
   for (const INT16 word : s.hdata) record_text::add(line, " %d", word);
-  record_text::add_fields(line, &s, record_text::SAMPLE_FIELDS, NOT_RECORDED);
+  record_text::add_fields(line, &s, record_text::sample_fields, NOT_RECORDED);
   return line;
 }
 
@@ -119,7 +119,7 @@ inline std::string text_of(const FEVENT& e) {
   record_text::add(
       line, "%u..%u event %d eye %d; read %04x; by %u; flags %04x; input %u; buttons %u", e.sttime,
       e.entime, e.type, e.eye, e.read, e.parsedby, e.flags, e.input, e.buttons);
-  record_text::add_fields(line, &e, record_text::EVENT_FIELDS, 0.0f);
+  record_text::add_fields(line, &e, record_text::event_fields, 0.0f);
   if (e.message != nullptr) line += "; len " + std::to_string(e.message->len) + ' ' + &e.message->c;
   return line;
 }

@@ -11,8 +11,8 @@ using namespace gzd;
 
 namespace {
 
-constexpr int MESSAGE = GZD_MESSAGE, SAMPLE = GZD_SAMPLE;
-constexpr UINT64 LAST_STAMP = 2 * UINT64{0xFFFFFFFF} + 1;
+constexpr int message_type = GZD_MESSAGE, SAMPLE = GZD_SAMPLE;
+constexpr UINT64 last_stamp = 2 * UINT64{0xFFFFFFFF} + 1;
 
 // Makes items, and the boundaries that some of them point to.
 class Maker {
@@ -59,24 +59,24 @@ TEST(SortByTime, StampsAndBoundaries) {
 
 void expect_plain_order(std::vector<GZDItem> items, int rounds = 1) {
   Index index;
-  index.gzdItemList = listOf(items);
+  index.gzdItemList = list_of(items);
   for (; rounds > 0; --rounds) {
     sortItems(index);
-    sortPlainly(items);
-    const std::vector<GZDItem> sorted = itemsOf(index.gzdItemList);
+    sort_plainly(items);
+    const std::vector<GZDItem> sorted = items_of(index.gzdItemList);
     ASSERT_EQ(sorted.size(), items.size());
     for (std::size_t i = 0; i < items.size(); ++i)
-      ASSERT_TRUE(sameItem(sorted[i], items[i])) << "entry " << i << " of " << items.size();
-    ASSERT_TRUE(landmarksHold(index.gzdItemList));
+      ASSERT_TRUE(same_item(sorted[i], items[i])) << "entry " << i << " of " << items.size();
+    ASSERT_TRUE(landmarks_hold(index.gzdItemList));
   }
 }
 
 // Stamps that rise slowly, out of order by up to `disorder`.
 TEST(SortItems, TiesComeOutAsOfStdSort) {
-  const std::vector<std::vector<int>> mixtures = {{SAMPLE, SAMPLE, MESSAGE, 7, 8, 5, 6},
+  const std::vector<std::vector<int>> mixtures = {{SAMPLE, SAMPLE, message_type, 7, 8, 5, 6},
                                                   {SAMPLE, 3, 4, 5, 6, 24, 25, GZD_RECORDING},
                                                   {3, 4},
-                                                  {MESSAGE, SAMPLE},
+                                                  {message_type, SAMPLE},
                                                   {SAMPLE},
                                                   {GZD_RECORDING, SAMPLE, 24, 11}};
   std::mt19937 random(1);
@@ -149,8 +149,8 @@ TEST(SortItems, StampsAtBothEndsOfTheirRange) {
     items.push_back(make.boundary(GZD_BLOCK_START, 0));
     items.push_back(make.item(3, 0, i, SIDE_LEFT));
     items.push_back(make.item(4, 0, i, SIDE_RIGHT));
-    items.push_back(make.item(24, LAST_STAMP, 100 - i));
-    items.push_back(make.item(200, LAST_STAMP, i));
+    items.push_back(make.item(24, last_stamp, 100 - i));
+    items.push_back(make.item(200, last_stamp, i));
   }
   expect_plain_order(items);
 }

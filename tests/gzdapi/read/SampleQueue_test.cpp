@@ -14,7 +14,7 @@ using namespace gzd;
 
 namespace {
 
-constexpr UINT16 TAG = SMP_LEFT | SMP_GAZE | SMP_HREF | SMP_PUPIL_POS | SMP_PUPIL_SIZE;
+constexpr UINT16 all_fields = SMP_LEFT | SMP_GAZE | SMP_HREF | SMP_PUPIL_POS | SMP_PUPIL_SIZE;
 
 // Samples whose positions are functions of their stamp. Counts what is read.
 class Track : public SampleSource {
@@ -22,7 +22,7 @@ class Track : public SampleSource {
   Index index;
   int period = 2;
   int reads = 0;
-  UINT16 tag = TAG;
+  UINT16 tag = all_fields;
   UINT32 unreadable = ~0u;
   UINT64 lostEvery = 1'000'000;  // stamps from one lost pupil to the next
 
@@ -33,7 +33,7 @@ class Track : public SampleSource {
     return *this;
   }
   Track& sample(UINT64 stamp, INT64 position = 50) {
-    index.gzdItemList.push_back({position, GZD_SAMPLE, SIDE_NONE, TAG, stamp});
+    index.gzdItemList.push_back({position, GZD_SAMPLE, SIDE_NONE, all_fields, stamp});
     return *this;
   }
   Track& run(UINT64 first, int count) {
@@ -75,7 +75,7 @@ class Track : public SampleSource {
   std::vector<std::unique_ptr<Recording>> blocks;
 };
 
-Sample sample_at(UINT64 stamp, UINT16 flags = TAG, float pupil = 900.0f) {
+Sample sample_at(UINT64 stamp, UINT16 flags = all_fields, float pupil = 900.0f) {
   Sample s;
   s.updateTimeStamp(stamp);
   s.flags = flags;
@@ -102,9 +102,9 @@ TEST(SampleQueue, TakesRisingStampsOnly) {
 TEST(SampleQueue, CarriesPupilSizesForward) {
   Track track;
   SampleQueue queue(track.index, track);
-  const UINT16 without = TAG & ~SMP_PUPIL_SIZE;
+  const UINT16 without = all_fields & ~SMP_PUPIL_SIZE;
   queue.addSample(sample_at(2, without, 5.0f), 0);
-  queue.addSample(sample_at(4, TAG, 700.0f), 1);
+  queue.addSample(sample_at(4, all_fields, 700.0f), 1);
   queue.addSample(sample_at(6, without, 5.0f), 2);
   EXPECT_EQ(queue.pupilSizes(0)[0], 1000.0f);
   EXPECT_EQ(queue.pupilSizes(1)[1], 700.0f);
@@ -284,13 +284,13 @@ class Velocities : public testing::Test {
   SampleQueue queue;
 };
 
-constexpr auto UNCHANGED = [](Sample&) {};
+constexpr auto unchanged_stamp = [](Sample&) {};
 
 TEST_F(Velocities, OfKindsLeftOutStayAsTheyWere) {
   std::vector<Sample> single;
   for (unsigned kind = 1; kind <= GZD_VELOCITY_FAST_RAW; kind <<= 1)
-    single.push_back(of(UNCHANGED, {.kinds = kind}));
-  const Sample all = of(UNCHANGED, {});
+    single.push_back(of(unchanged_stamp, {.kinds = kind}));
+  const Sample all = of(unchanged_stamp, {});
   unsigned kind = 1;
   for (const Sample& s : single) {
     EXPECT_EQ(s.gxvel[0], kind == GZD_VELOCITY_GAZE ? all.gxvel[0] : 0.0f);

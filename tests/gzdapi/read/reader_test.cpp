@@ -19,16 +19,16 @@ using gzdsynth::EventRecord;
 using gzdsynth::GzdWriter;
 using gzdsynth::SampleRecord;
 
-constexpr UINT32 START = 1000;
+constexpr UINT32 block_start = 1000;
 
 // A block of samples that move, one a period. With further flags every fifth has those as well, and
 // a message behind it that is late.
 void add_block(GzdWriter& w, UINT32 start, int count, double rate, unsigned flags, int prescale,
                unsigned furtherFlags = 0) {
-  w.startBlock({.time = start,
+  w.start_block({.time = start,
                 .rate = rate,
-                .sampleFlags = static_cast<int>(flags),
-                .gazePrescale = prescale});
+                .sample_flags = static_cast<int>(flags),
+                .gaze_prescale = prescale});
   for (int i = 0; i < count; ++i) {
     SampleRecord s{.flags = flags | SMP_TIME_ABSOLUTE | (i % 5 == 4 ? furtherFlags : 0)};
     s.time = start + static_cast<UINT32>(i * 1000.0 / rate);
@@ -44,19 +44,19 @@ void add_block(GzdWriter& w, UINT32 start, int count, double rate, unsigned flag
     w.sample(s);
     if (furtherFlags != 0 && i % 5 == 4) w.message(s.time - 4, "late");
   }
-  w.endBlock(start + static_cast<UINT32>(count * 1000.0 / rate));
+  w.end_block(start + static_cast<UINT32>(count * 1000.0 / rate));
 }
 
-constexpr unsigned ALL_POSITIONS =
+constexpr unsigned all_positions =
     SMP_LEFT | SMP_RIGHT | SMP_PUPIL_POS | SMP_HREF | SMP_GAZE | SMP_RESOLUTION | SMP_PUPIL_SIZE;
 
-constexpr unsigned COMMON = SMP_LEFT | SMP_RIGHT | SMP_GAZE | SMP_RESOLUTION | SMP_PUPIL_SIZE;
+constexpr unsigned common_flags = SMP_LEFT | SMP_RIGHT | SMP_GAZE | SMP_RESOLUTION | SMP_PUPIL_SIZE;
 
 // What cannot be read again is told once and ends the walk; a walk that tried each of the others
 // would take time without bound.
 TEST(Reader, ARecordingThatShrinksFailsOnce) {
   GzdWriter w(3);
-  add_block(w, START, 60'000, 1000, ALL_POSITIONS, 10);
+  add_block(w, block_start, 60'000, 1000, all_positions, 10);
   const ScratchDirectory scratch;
   const std::string path = scratch.save("recording.gzd", w.bytes());
   for (const unsigned kinds : {GZD_VELOCITY_ALL, GZD_VELOCITY_NONE}) {

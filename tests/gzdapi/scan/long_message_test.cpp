@@ -24,7 +24,7 @@ Message first_message(const gzdsynth::GzdWriter& writer) {
 TEST(LongMessage, LengthFieldStopsTheTextDoesNot) {
   std::string text(40'000, 'x');
   text[39'999] = '!';
-  const Message message = first_message(gzdsynth::GzdWriter().longMessage(5, 1, text));
+  const Message message = first_message(gzdsynth::GzdWriter().long_message(5, 1, text));
   EXPECT_EQ(message.text, text);
   EXPECT_EQ(message.len, 32767);
 }

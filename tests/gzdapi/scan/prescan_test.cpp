@@ -60,8 +60,8 @@ class Scanned {
   }
 };
 
-constexpr ScanOptions FIX{.fixConsistency = true};
-constexpr ScanOptions FAILSAFE{.failsafe = true};
+constexpr ScanOptions fix_scan{.fixConsistency = true};
+constexpr ScanOptions failsafe_scan{.failsafe = true};
 
 // ---- damage -------------------------------------------------------------------------------------
 
@@ -70,13 +70,13 @@ TEST(Scan, FailsafeTakesNoTimesFromWhatCannotBeRead) {
   GzdWriter message;
   GzdWriter sample;
   message.message(4'000'000'000, "a longer message");
-  sample.gazeSample(4'000'000'000, 1, 1, 9);
+  sample.gaze_sample(4'000'000'000, 1, 1, 9);
   for (const GzdWriter* last : {&message, &sample}) {
     const Bytes alone = Scanned::records_of(*last);
-    Bytes cut = Scanned::records_of(GzdWriter().message(5, "x").endTag(false));
+    Bytes cut = Scanned::records_of(GzdWriter().message(5, "x").end_tag(false));
     cut.insert(cut.end(), alone.begin(), alone.end() - 4);
-    EXPECT_EQ(Scanned(cut, FAILSAFE).index.maxTime, 5u);
-    EXPECT_EQ(Scanned(Bytes(alone.begin(), alone.end() - 4), FAILSAFE).index.minTime, 0u);
+    EXPECT_EQ(Scanned(cut, failsafe_scan).index.maxTime, 5u);
+    EXPECT_EQ(Scanned(Bytes(alone.begin(), alone.end() - 4), failsafe_scan).index.minTime, 0u);
   }
 }
 
@@ -84,7 +84,7 @@ TEST(Scan, RefusesAnIndexThatIsTooLarge) {
   GzdWriter samples, events, pieces;
   pieces.message(1, "!V LONGMS_ST 1_x");
   for (UINT32 i = 0; i < 2000; ++i) {
-    samples.gazeSample(i, 1, 1, 900);
+    samples.gaze_sample(i, 1, 1, 900);
     events.button(i, 1);
     pieces.message(1, "!V LONGMS_CONT 1_x");
   }

@@ -51,7 +51,7 @@ struct Scan {
   std::size_t length = 0;
 };
 
-Bytes withHeaderAt(std::size_t size, std::size_t place, UINT16 header) {
+Bytes with_header_at(std::size_t size, std::size_t place, UINT16 header) {
   Bytes content(size, 0x11);
   content[place] = static_cast<byte>(header >> 8);
   content[place + 1] = static_cast<byte>(header & 0xFF);
@@ -60,7 +60,7 @@ Bytes withHeaderAt(std::size_t size, std::size_t place, UINT16 header) {
 
 // The difference counts from the item before, whatever its header, also where no good position is.
 TEST(Troubleshoot, EveryItemSetsTheTimeThatTheNextIsComparedWith) {
-  Scan scan(withHeaderAt(600, 0, 28));
+  Scan scan(with_header_at(600, 0, 28));
   EXPECT_EQ(scan.at(0, 1), "");  // a time of 0 and a known header
   scan.d.curOvDataTime = 1000;
   EXPECT_EQ(scan.at(0, 1), "");

@@ -40,7 +40,7 @@ struct Fixture {
     EXPECT_EQ(code, GZD_MESSAGE);
     const FEVENT& record = merge.logRecord().fe;
     const std::string text(text_of(record.message));
-    return text.find(SYNC_MARK) != std::string::npos ? "L:sync" : "L:" + text.substr(1);
+    return text.find(sync_mark) != std::string::npos ? "L:sync" : "L:" + text.substr(1);
   }
   std::string fromRecording(int code) {
     const GZDItem item = b.index.gzdItemList[walk.currentData - 1];

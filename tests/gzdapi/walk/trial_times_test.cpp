@@ -15,7 +15,7 @@ TEST(TrialTimes, EqualsASearchFromTheLastIntervalToTheFirst) {
     TrialTimes times;
     times.build(intervals);
     for (UINT32 time = 0; time < 45; ++time) {
-      UINT32 expected = TrialTimes::NOWHERE;
+      UINT32 expected = TrialTimes::nowhere;
       for (UINT32 i = 0; i < intervals.size(); ++i)
         if (intervals[i].start <= time && time <= intervals[i].end) expected = i;
       ASSERT_EQ(times.at(time), expected) << round << " " << time;
