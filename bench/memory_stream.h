@@ -12,21 +12,21 @@ using namespace gzd;
 class MemoryStream : public InputStream {
  public:
   explicit MemoryStream(std::vector<byte> content) : bytes(std::move(content)) {
-    windowStart = bytes.data();
-    limit = bytes.data() + bytes.size();
-    limitPos = static_cast<INT64>(bytes.size());
+    windowStart_ = bytes.data();
+    limit_ = bytes.data() + bytes.size();
+    limitPos_ = static_cast<INT64>(bytes.size());
     MemoryStream::seek(0);
   }
 
   INT64 getFileSize() override { return static_cast<INT64>(bytes.size()); }
   void seek(INT64 offset) override {
-    cursor = windowStart + offset;
-    hitEnd = false;
+    cursor_ = windowStart_ + offset;
+    hitEnd_ = false;
   }
 
  protected:
   bool refill(std::size_t /*count*/) override {
-    hitEnd = true;
+    hitEnd_ = true;
     return false;
   }
 

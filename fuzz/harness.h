@@ -108,7 +108,7 @@ class ByteStream : public MemoryStream {
   bool refill(std::size_t count) override {
     if (!narrow_) return MemoryStream::refill(count);
     show(1);
-    return static_cast<std::size_t>(limit - cursor) >= count;
+    return static_cast<std::size_t>(limit_ - cursor_) >= count;
   }
 
  private:

@@ -76,16 +76,16 @@ void set_message_log_path(const char* path) {
 // ---- opening ------------------------------------------------------------------------------------
 
 GZDFile::GZDFile(const char* path, int flags, int loadEvents, int loadSamples, const CONFIG* config)
-    : file((update_default_config(config),
-            (loadEvents & GZD_LOAD_MESSAGE_LOG) != 0 ? openMessageLog(path) : void(),
-            open_stream(path, preamble, state))),
-      reader(*file, state, index),
-      merge(index, walk, messageLog,
-            [this](UINT32 item) { return reader.messageText(item, !walk.collectsTrials); }),
-      trials(index, walk, merge, messageLog,
-             [this](UINT32 item) { return reader.getFloatData(item, !walk.collectsTrials); }),
-      bookmarks(index, walk, merge),
-      timeShift((flags & GZD_OPEN_NO_TIME_SHIFT) != 0) {
+    : file_((update_default_config(config),
+             (loadEvents & GZD_LOAD_MESSAGE_LOG) != 0 ? openMessageLog(path) : void(),
+             open_stream(path, preamble_, state_))),
+      reader_(*file_, state_, index_),
+      merge_(index_, walk_, messageLog_,
+             [this](UINT32 item) { return reader_.messageText(item, !walk_.collectsTrials); }),
+      trials_(index_, walk_, merge_, messageLog_,
+              [this](UINT32 item) { return reader_.getFloatData(item, !walk_.collectsTrials); }),
+      bookmarks_(index_, walk_, merge_),
+      timeShift_((flags & GZD_OPEN_NO_TIME_SHIFT) != 0) {
   scan(path, flags, loadEvents, loadSamples);
   open_files.push_back(this);
 }
@@ -97,48 +97,48 @@ GZDFile::~GZDFile() {
 void GZDFile::openMessageLog(const char* path) {
   const std::string name = plogMsgFile.value_or(directory_of(path) + message_log_name);
   if (name.empty()) return;
-  messageLog.setEyeLogFileName(name.c_str());
-  messageLog.openEyeLogFile();
+  messageLog_.setEyeLogFileName(name.c_str());
+  messageLog_.openEyeLogFile();
 }
 
 void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples) {
-  noteSystemError(messageLog.getReadError());
+  noteSystemError(messageLog_.getReadError());
   const int level = flags & level_mask;
   const bool repair = level == GZD_CONSISTENCY_REPAIR;
-  state.enableMsgTimestampOffsetTranslation = (flags & GZD_OPEN_MESSAGE_OFFSETS) != 0;
-  preScan(*file, state,
+  state_.enableMsgTimestampOffsetTranslation = (flags & GZD_OPEN_MESSAGE_OFFSETS) != 0;
+  preScan(*file_, state_,
           {.failsafe = (flags & GZD_OPEN_FAILSAFE) != 0,
            .fixConsistency = repair,
            .loadEvents = loadEvents != 0,
            .loadSamples = loadSamples != 0,
            .debugFileName = debug_file_for(path)},
-          index);
-  reader.useState(state);
+          index_);
+  reader_.useState(state_);
   if (level != GZD_CONSISTENCY_NONE) {
-    checkConsistency(index, repair, [this](UINT32 item) { return reader.messageText(item); });
+    checkConsistency(index_, repair, [this](UINT32 item) { return reader_.messageText(item); });
   }
-  if (reader.hasFailed()) {
+  if (reader_.hasFailed()) {
     throw GZDException("File could not be read again").because(systemError());
   }
-  index.findBoundaries();
-  examine_blocks(index, loadSamples != 0);
-  find_unpaired_events(index);
-  reader.indexIsFinal(repair);
+  index_.findBoundaries();
+  examine_blocks(index_, loadSamples != 0);
+  find_unpaired_events(index_);
+  reader_.indexIsFinal(repair);
 }
 
 // ---- failures -----------------------------------------------------------------------------------
 
 SystemError GZDFile::systemError() const {
-  if (firstError.reason != 0) return firstError;
-  const SystemError error = file->getReadError();
-  if (error.reason != 0 || !reader.hasFailed()) return error;
+  if (firstError_.reason != 0) return firstError_;
+  const SystemError error = file_->getReadError();
+  if (error.reason != 0 || !reader_.hasFailed()) return error;
   return {ENODATA};  // the recording has become shorter
 }
 
 const char* GZDFile::failedPlace() const {
   switch (systemError().place) {
     case SystemError::Place::MessageLog:
-      return messageLog.name().c_str();
+      return messageLog_.name().c_str();
     case SystemError::Place::TemporaryDirectory:
       return temporary_directory();
     default:
@@ -149,53 +149,53 @@ const char* GZDFile::failedPlace() const {
 // ---- the walk -----------------------------------------------------------------------------------
 
 ALLF_DATA* GZDFile::copyOfLogRecord() {
-  logRecord = merge.logRecord();
-  return &logRecord;
+  logRecord_ = merge_.logRecord();
+  return &logRecord_;
 }
 
 ALLF_DATA* GZDFile::getSampleCloseToTime(UINT32 stamp) {
-  const int found = findIndex(index, stamp, 0, static_cast<int>(index.size()) - 1);
+  const int found = findIndex(index_, stamp, 0, static_cast<int>(index_.size()) - 1);
   if (found < 1) return nullptr;
-  ALLF_DATA* const record = reader.getFloatData(static_cast<UINT32>(found));
-  if (record != nullptr) shift(*record, reader.typeOfRecord());
+  ALLF_DATA* const record = reader_.getFloatData(static_cast<UINT32>(found));
+  if (record != nullptr) shift(*record, reader_.typeOfRecord());
   return record;
 }
 
 int GZDFile::typeOfAnnounced(const ALLF_DATA* d) const {
-  return merge.isFromLog() && d == &logRecord ? GZD_MESSAGE : currentType();
+  return merge_.isFromLog() && d == &logRecord_ ? GZD_MESSAGE : currentType();
 }
 
 void GZDFile::shift(ALLF_DATA& record, int type) {
-  timeShift.adjustTimes(record, type, index.minTime, index.maxTime);
+  timeShift_.adjustTimes(record, type, index_.minTime, index_.maxTime);
 }
 
 UINT32 GZDFile::elementCount() const {
-  return index.size() + static_cast<UINT32>(std::max(messageLog.getNumOfLogMsg(), 0));
+  return index_.size() + static_cast<UINT32>(std::max(messageLog_.getNumOfLogMsg(), 0));
 }
 
 int GZDFile::elementOrigin() const {
-  if (merge.isFromLog()) return GZD_ORIGIN_LOG;
-  if (walk.currentData == 0 || walk.currentData > index.size()) return GZD_ORIGIN_NONE;
-  const GZDItem item = index.gzdItemList[walk.currentData - 1];
+  if (merge_.isFromLog()) return GZD_ORIGIN_LOG;
+  if (walk_.currentData == 0 || walk_.currentData > index_.size()) return GZD_ORIGIN_NONE;
+  const GZDItem item = index_.gzdItemList[walk_.currentData - 1];
   if (!item.isDummy()) return GZD_ORIGIN_RECORD;
   return item.isSample() ? GZD_ORIGIN_GAP : GZD_ORIGIN_REPAIR;
 }
 
 void GZDFile::rewind() {
-  walk = Walk();
-  merge.startAnew();
-  timeShift.forgetFirst();
-  reader.startAnew();
+  walk_ = Walk();
+  merge_.startAnew();
+  timeShift_.forgetFirst();
+  reader_.startAnew();
 }
 
 int GZDFile::currentType() const {
-  if (walk.currentData == 0 || walk.currentData > index.size()) return 0;
-  return index.gzdItemList[walk.currentData - 1].getItemType();
+  if (walk_.currentData == 0 || walk_.currentData > index_.size()) return 0;
+  return index_.gzdItemList[walk_.currentData - 1].getItemType();
 }
 
 int GZDFile::kindOfRecord(const ALLF_DATA* record) const {
-  if (record == reader.record()) return reader.typeOfRecord();
-  return record == &logRecord ? GZD_MESSAGE : 0;
+  if (record == reader_.record()) return reader_.typeOfRecord();
+  return record == &logRecord_ ? GZD_MESSAGE : 0;
 }
 
 }  // namespace gzd

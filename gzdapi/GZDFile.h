@@ -30,35 +30,35 @@ class GZDFile : public _GZDFILE {
 
   // ---- the walk ----
   int getNextDataMergeWithLog() {
-    return reader.hasFailed() ? GZD_END_OF_DATA : merge.getNextDataMergeWithLog();
+    return reader_.hasFailed() ? GZD_END_OF_DATA : merge_.getNextDataMergeWithLog();
   }
   // The same for nearly every element, quickly: whether the next one is a sample, which is then
   // announced. False, with nothing done, for anything else.
-  bool stepToSample() noexcept { return !reader.hasFailed() && merge.stepToSample(); }
+  bool stepToSample() noexcept { return !reader_.hasFailed() && merge_.stepToSample(); }
   // The record of the element just announced, its times not shifted; null when there is none.
   ALLF_DATA* getFloatData() {
-    return walk.currentData == 0 ? nullptr : reader.getFloatData(walk.currentData - 1);
+    return walk_.currentData == 0 ? nullptr : reader_.getFloatData(walk_.currentData - 1);
   }
   // That of nearly every sample of a file whose times are not shifted, quickly; null, with
   // nothing done, for anything else.
   ALLF_DATA* sampleInRun() noexcept {
-    const bool mayBe = !merge.isFromLog() && timeShift.isOff();
-    return mayBe ? reader.sampleInRun(walk.currentData - 1) : nullptr;
+    const bool mayBe = !merge_.isFromLog() && timeShift_.isOff();
+    return mayBe ? reader_.sampleInRun(walk_.currentData - 1) : nullptr;
   }
   // The record of the element, or of the log's message while one is announced.
   ALLF_DATA* getFloatDataMergeWithLog() {
-    return merge.isFromLog() ? copyOfLogRecord() : getFloatData();
+    return merge_.isFromLog() ? copyOfLogRecord() : getFloatData();
   }
   // The sample at a stamp, its times shifted; null when there is none.
   ALLF_DATA* getSampleCloseToTime(UINT32 stamp);
   // Shifts the times of the record of the element just announced.
   void adjustTimes(ALLF_DATA* d) {
-    if (!timeShift.isOff()) shift(*d, typeOfAnnounced(d));
+    if (!timeShift_.isOff()) shift(*d, typeOfAnnounced(d));
   }
-  void setVelocityKinds(unsigned kinds) { reader.setVelocityKinds(kinds); }
+  void setVelocityKinds(unsigned kinds) { reader_.setVelocityKinds(kinds); }
 
   [[nodiscard]] UINT32 elementCount() const;
-  [[nodiscard]] UINT32 elementIndex() const { return walk.currentData; }
+  [[nodiscard]] UINT32 elementIndex() const { return walk_.currentData; }
   // Where the element just announced comes from: GZD_ORIGIN_.
   [[nodiscard]] int elementOrigin() const;
   // Back to before the first element.
@@ -69,32 +69,32 @@ class GZDFile : public _GZDFILE {
   [[nodiscard]] int kindOfRecord(const ALLF_DATA* record) const;
 
   // ---- facts ----
-  [[nodiscard]] const std::string& getPreamText() const { return preamble.preText; }
-  [[nodiscard]] int getRevision() const { return preamble.revision; }
-  [[nodiscard]] int getOviloRevision() const { return preamble.ovilo_revision; }
-  [[nodiscard]] int filterLevel() const { return state.ffilter; }
-  [[nodiscard]] int inputType() const { return index.inputType; }
-  [[nodiscard]] const Findings& findings() const { return index.findings; }
+  [[nodiscard]] const std::string& getPreamText() const { return preamble_.preText; }
+  [[nodiscard]] int getRevision() const { return preamble_.revision; }
+  [[nodiscard]] int getOviloRevision() const { return preamble_.ovilo_revision; }
+  [[nodiscard]] int filterLevel() const { return state_.ffilter; }
+  [[nodiscard]] int inputType() const { return index_.inputType; }
+  [[nodiscard]] const Findings& findings() const { return index_.findings; }
   // The block that the walk is in, or null.
-  [[nodiscard]] const Recording* lastRecording() const { return walk.lastRecording; }
+  [[nodiscard]] const Recording* lastRecording() const { return walk_.lastRecording; }
 
   // The time on the file's own clock of a sample's time that was handed out.
   [[nodiscard]] UINT32 recordedTime(UINT32 time) const {
-    return timeShift.recordedTime(time, index.minTime);
+    return timeShift_.recordedTime(time, index_.minTime);
   }
 
   // ---- failures ----
   // Why, for the system, something asked of the file could not be done: the first reason.
   [[nodiscard]] SystemError systemError() const;
   void noteSystemError(SystemError error) {
-    if (firstError.reason == 0) firstError = error;
+    if (firstError_.reason == 0) firstError_ = error;
   }
   // What that was to be done with, when it is not the recording itself; else null.
   [[nodiscard]] const char* failedPlace() const;
 
   // ---- trials and bookmarks ----
-  Trials& getTrials() { return trials; }
-  Bookmarks& getBookmarks() { return bookmarks; }
+  Trials& getTrials() { return trials_; }
+  Bookmarks& getBookmarks() { return bookmarks_; }
 
  private:
   void openMessageLog(const char* path);
@@ -103,19 +103,19 @@ class GZDFile : public _GZDFILE {
   [[nodiscard]] int typeOfAnnounced(const ALLF_DATA* d) const;
   void shift(ALLF_DATA& record, int type);
 
-  Preamble preamble;
-  StreamState state;
-  Index index;
-  Walk walk;
-  MessageLog messageLog;
-  std::unique_ptr<InputStream> file;
-  Reader reader;
-  LogMerge merge;
-  Trials trials;
-  Bookmarks bookmarks;
-  TimeShift timeShift;
-  SystemError firstError;
-  ALLF_DATA logRecord{};  // of the log's message, while its times are shifted
+  Preamble preamble_;
+  StreamState state_;
+  Index index_;
+  Walk walk_;
+  MessageLog messageLog_;
+  std::unique_ptr<InputStream> file_;
+  Reader reader_;
+  LogMerge merge_;
+  Trials trials_;
+  Bookmarks bookmarks_;
+  TimeShift timeShift_;
+  SystemError firstError_;
+  ALLF_DATA logRecord_{};  // of the log's message, while its times are shifted
 };
 
 // The kind of a record that any open file has handed out; 0 when it is not one.

@@ -161,15 +161,15 @@ class Conversion {
   void print_summary() const;
   // What the options and the recording make of each other, on standard error.
   void report_findings(const std::string& input) const;
-  bool has_open_block() const { return block_records_ % 2 != 0; }
+  [[nodiscard]] bool has_open_block() const { return block_records_ % 2 != 0; }
   // Elements that were in the recording when it was opened and could not be read again.
-  int unread() const { return unread_; }
+  [[nodiscard]] int unread() const { return unread_; }
 
  private:
   void convert(int code);
   ALLF_DATA* fetch() { return gzd_get_float_data(handle_); }
-  int session() const { return block_records_ / 2; }
-  int period() const;
+  [[nodiscard]] int session() const { return block_records_ / 2; }
+  [[nodiscard]] int period() const;
   void choose_velocities() {
     gzd_set_velocity_kinds(handle_, needed_velocities(state_.block.sample_position));
   }

@@ -24,7 +24,7 @@ constexpr int cyclopean = 2;
 
 // The value when it is there and valid. Without a branch: losses come and go.
 float kept(bool is_there, float value) {
-  return is_there & is_value(value) ? value : nan_value;
+  return (is_there & is_value(value)) ? value : nan_value;
 }
 
 float resolution_or_null(float value) {

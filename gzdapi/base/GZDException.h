@@ -21,22 +21,22 @@ class GZDException {
   __attribute__((format(printf, 2, 3))) explicit GZDException(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(msg, sizeof msg, format, arguments);
+    std::vsnprintf(msg_, sizeof msg_, format, arguments);
     va_end(arguments);
   }
 
   // Adds the system's part in it.
   GZDException& because(SystemError error) {
-    systemError = error;
+    systemError_ = error;
     return *this;
   }
 
-  [[nodiscard]] const char* getMessage() const { return msg; }
-  [[nodiscard]] SystemError getSystemError() const { return systemError; }
+  [[nodiscard]] const char* getMessage() const { return msg_; }
+  [[nodiscard]] SystemError getSystemError() const { return systemError_; }
 
  private:
-  char msg[1024];
-  SystemError systemError;
+  char msg_[1024];
+  SystemError systemError_;
 };
 
 }  // namespace gzd

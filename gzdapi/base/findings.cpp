@@ -19,14 +19,14 @@ void take_in(Finding& last, const Finding& next) {
 }  // namespace
 
 void Findings::add(const Finding& finding) {
-  Kept& kind = kept[static_cast<std::size_t>(finding.kind)];
-  if (kind.count == most_of_a_kind) return take_in(list[kind.last], finding);
-  list.push_back(finding);
-  kind = {kind.count + 1, list.size() - 1};
+  Kept& kind = kept_[static_cast<std::size_t>(finding.kind)];
+  if (kind.count == most_of_a_kind) return take_in(list_[kind.last], finding);
+  list_.push_back(finding);
+  kind = {kind.count + 1, list_.size() - 1};
 }
 
 GZD_FINDING Findings::at(std::size_t place) const {
-  const Finding& f = list[place];
+  const Finding& f = list_[place];
   return {.kind = f.kind,
           .eye = f.eye,
           .detail = f.detail,

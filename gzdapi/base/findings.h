@@ -36,7 +36,7 @@ class Findings {
   static constexpr UINT32 most_of_a_kind = 1000;
 
   void add(const Finding& finding);
-  [[nodiscard]] std::size_t size() const { return list.size(); }
+  [[nodiscard]] std::size_t size() const { return list_.size(); }
   // As it is handed out.
   [[nodiscard]] GZD_FINDING at(std::size_t place) const;
 
@@ -46,8 +46,8 @@ class Findings {
     std::size_t last = 0;
   };
 
-  std::vector<Finding> list;
-  std::array<Kept, GZD_FINDING_KINDS> kept;
+  std::vector<Finding> list_;
+  std::array<Kept, GZD_FINDING_KINDS> kept_;
 };
 
 }  // namespace gzd

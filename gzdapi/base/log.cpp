@@ -76,23 +76,23 @@ void log_clipped(const char* fmt, ...) {
 }
 
 NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
-    : after(textAfter), beforeLength(textBefore.size()) {
+    : after_(textAfter), beforeLength_(textBefore.size()) {
   assert(beforeLength + longest_number + after.size() < message.size());
-  std::copy(textBefore.begin(), textBefore.end(), message.begin());
+  std::copy(textBefore.begin(), textBefore.end(), message_.begin());
 }
 
 void NumberLine::log(INT64 number) {
-  char* const digits = message.data() + beforeLength;
+  char* const digits = message_.data() + beforeLength_;
   const auto small = static_cast<UINT32>(number);  // nearly all are, and are written faster
   char* const end = (small == number ? std::to_chars(digits, digits + longest_number, small)
                                      : std::to_chars(digits, digits + longest_number, number))
                         .ptr;
-  if (end != numberEnd) {  // else the text behind it stands from the line before
-    std::memcpy(end, after.data(), after.size());
-    end[after.size()] = '\0';
-    numberEnd = end;
+  if (end != numberEnd_) {  // else the text behind it stands from the line before
+    std::memcpy(end, after_.data(), after_.size());
+    end[after_.size()] = '\0';
+    numberEnd_ = end;
   }
-  hand_on(message.data(), logfcn);
+  hand_on(message_.data(), logfcn);
 }
 
 }  // namespace gzd

@@ -39,10 +39,10 @@ class NumberLine {
   void log(INT64 number);
 
  private:
-  std::string_view after;
-  std::array<char, 200> message;
-  std::size_t beforeLength;
-  const char* numberEnd = nullptr;  // in the line made last
+  std::string_view after_;
+  std::array<char, 200> message_;
+  std::size_t beforeLength_;
+  const char* numberEnd_ = nullptr;  // in the line made last
 };
 
 }  // namespace gzd

@@ -25,30 +25,30 @@ class PairSeries {
   PairSeries() { clear(); }
 
   void clear() {
-    x.fill(MISSING_DATA);
-    y.fill(MISSING_DATA);
-    count = 0;
+    x_.fill(MISSING_DATA);
+    y_.fill(MISSING_DATA);
+    count_ = 0;
   }
   // Appends a pair; the series is not full.
   void append(float xValue, float yValue) {
-    x[place(count)] = xValue;
-    y[place(count)] = yValue;
-    ++count;
+    x_[place(count_)] = xValue;
+    y_[place(count_)] = yValue;
+    ++count_;
   }
   // Takes off the oldest `dropped` pairs, or the newest.
   void dropOldest(int dropped) {
-    shift(x, dropped);
-    shift(y, dropped);
-    count -= dropped;
+    shift(x_, dropped);
+    shift(y_, dropped);
+    count_ -= dropped;
   }
   void dropNewest() {
-    --count;
-    x[place(count)] = y[place(count)] = MISSING_DATA;
+    --count_;
+    x_[place(count_)] = y_[place(count_)] = MISSING_DATA;
   }
 
   // The pairs from slot `slot` on. Those up to REACH before it and behind the newest one can be
   // read too, MISSING_DATA beyond the ends.
-  [[nodiscard]] PairsFrom from(int slot) const { return {&x[place(slot)], &y[place(slot)]}; }
+  [[nodiscard]] PairsFrom from(int slot) const { return {&x_[place(slot)], &y_[place(slot)]}; }
 
  private:
   using Values = std::array<float, series_reach + series_capacity + series_reach>;
@@ -56,13 +56,13 @@ class PairSeries {
   static std::size_t place(int slot) { return static_cast<std::size_t>(slot + series_reach); }
   void shift(Values& values, int dropped) const {
     const auto first = values.begin() + series_reach;
-    const auto end = std::copy(first + dropped, first + count, first);
-    std::fill(end, first + count, MISSING_DATA);
+    const auto end = std::copy(first + dropped, first + count_, first);
+    std::fill(end, first + count_, MISSING_DATA);
   }
 
-  Values x;
-  Values y;
-  int count = 0;
+  Values x_;
+  Values y_;
+  int count_ = 0;
 };
 
 }  // namespace gzd

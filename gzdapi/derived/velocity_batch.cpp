@@ -87,13 +87,13 @@ void compute_velocities(const VelocityKind& kind, const VelocitySettings& settin
 
 // Begins at multiples of the length, so that a walk in any direction computes each once.
 void VelocityBatch::moveTo(int slot, int size, const VelocitySettings& asked) {
-  first = slot - slot % batch_length;
-  end = std::min(first + batch_length, size);
-  eyes = 0;
-  settings = asked;
-  kindCount = 0;
+  first_ = slot - slot % batch_length;
+  end_ = std::min(first_ + batch_length, size);
+  eyes_ = 0;
+  settings_ = asked;
+  kindCount_ = 0;
   for (const VelocityKind& kind : velocity_kinds) {
-    if ((settings.kinds & kind.bit) != 0) kinds[kindCount++] = &kind;
+    if ((settings_.kinds & kind.bit) != 0) kinds_[kindCount_++] = &kind;
   }
 }
 
@@ -102,13 +102,13 @@ void VelocityBatch::compute(int slot, int size, UINT16 flags, const VelocitySett
                             const PairSeries& resolutions) {
   if (!covers(slot, asked)) moveTo(slot, size, asked);
   for (int eye = 0; eye < 2; ++eye) {
-    if ((flags & eye_flag(eye) & ~eyes) == 0) continue;
-    eyes |= eye_flag(eye);
-    for (std::size_t i = 0; i < kindCount; ++i) {
-      Velocities& velocities = of[i][static_cast<std::size_t>(eye)];
-      const PairSeries& series = positions[static_cast<std::size_t>(eye)][kinds[i]->series];
-      compute_velocities(*kinds[i], settings, series.from(first), resolutions.from(first),
-                         end - first, velocities.x.data(), velocities.y.data());
+    if ((flags & eye_flag(eye) & ~eyes_) == 0) continue;
+    eyes_ |= eye_flag(eye);
+    for (std::size_t i = 0; i < kindCount_; ++i) {
+      Velocities& velocities = of_[i][static_cast<std::size_t>(eye)];
+      const PairSeries& series = positions[static_cast<std::size_t>(eye)][kinds_[i]->series];
+      compute_velocities(*kinds_[i], settings_, series.from(first_), resolutions.from(first_),
+                         end_ - first_, velocities.x.data(), velocities.y.data());
     }
   }
 }

@@ -61,23 +61,23 @@ class VelocityBatch {
   static constexpr int batch_length = 64;
 
   // Forgets all. Due whenever samples were added or dropped.
-  void clear() { first = end = 0; }
+  void clear() { first_ = end_ = 0; }
   // Whether it holds the velocities of the sample at a slot, of the eyes in its `flags`.
   [[nodiscard]] bool holds(int slot, UINT16 flags, const VelocitySettings& asked) const {
-    return covers(slot, asked) && (flags & both_eyes & ~eyes) == 0;
+    return covers(slot, asked) && (flags & both_eyes & ~eyes_) == 0;
   }
   // Computes them, and those of the slots around it, of `size` in use. `positions` are by eye.
   void compute(int slot, int size, UINT16 flags, const VelocitySettings& asked,
                const std::array<SeriesOfEye, 2>& positions, const PairSeries& resolutions);
   // Copies them into the sample.
   void copyTo(FSAMPLE& s, int slot) const {
-    const auto place = static_cast<std::size_t>(slot - first);
-    for (std::size_t i = 0; i < kindCount; ++i) {
+    const auto place = static_cast<std::size_t>(slot - first_);
+    for (std::size_t i = 0; i < kindCount_; ++i) {
       for (int eye = 0; eye < 2; ++eye) {
         if ((s.flags & eye_flag(eye)) == 0) continue;
-        const Velocities& velocities = of[i][static_cast<std::size_t>(eye)];
-        (s.*kinds[i]->x)[eye] = velocities.x[place];
-        (s.*kinds[i]->y)[eye] = velocities.y[place];
+        const Velocities& velocities = of_[i][static_cast<std::size_t>(eye)];
+        (s.*kinds_[i]->x)[eye] = velocities.x[place];
+        (s.*kinds_[i]->y)[eye] = velocities.y[place];
       }
     }
   }
@@ -90,17 +90,17 @@ class VelocityBatch {
   };
 
   [[nodiscard]] bool covers(int slot, const VelocitySettings& asked) const {
-    return slot >= first && slot < end && asked == settings;
+    return slot >= first_ && slot < end_ && asked == settings_;
   }
   void moveTo(int slot, int size, const VelocitySettings& asked);
 
-  int first = 0;  // slots
-  int end = 0;
-  unsigned eyes = 0;  // those computed, as flags of samples
-  VelocitySettings settings;
-  std::array<const VelocityKind*, velocity_kind_count> kinds;  // those asked for
-  std::size_t kindCount = 0;
-  std::array<std::array<Velocities, 2>, velocity_kind_count> of;  // by kind asked for and eye
+  int first_ = 0;  // slots
+  int end_ = 0;
+  unsigned eyes_ = 0;  // those computed, as flags of samples
+  VelocitySettings settings_;
+  std::array<const VelocityKind*, velocity_kind_count> kinds_;  // those asked for
+  std::size_t kindCount_ = 0;
+  std::array<std::array<Velocities, 2>, velocity_kind_count> of_;  // by kind asked for and eye
 };
 
 }  // namespace gzd

@@ -26,25 +26,25 @@ class GZDItem {
 
   GZDItem() = default;
   GZDItem(INT64 position, int type, UINT16 side, UINT16 tag, UINT64 stamp)
-      : placeInFile(static_cast<UINT32>(position + 1)),
-        mDetailType(static_cast<UINT16>(type | side << 8)),
-        lastTag(tag),
+      : placeInFile_(static_cast<UINT32>(position + 1)),
+        mDetailType_(static_cast<UINT16>(type | side << 8)),
+        lastTag_(tag),
         timeStamp(stamp) {}
   explicit GZDItem(Recording* block)
-      : placeInFile(1), mDetailType(GZD_RECORDING), lastTag(0), recording(block) {}
+      : placeInFile_(1), mDetailType_(GZD_RECORDING), lastTag_(0), recording(block) {}
 
   // Of the record's body, just behind its tag word; 0 for boundaries.
-  [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile} - 1; }
+  [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile_} - 1; }
   // Of the record with its tag word; -1 for entries without one.
   [[nodiscard]] INT64 getRecordPlace() const {
     constexpr INT64 tag_bytes = sizeof(UINT16);
     return getFilePos() >= tag_bytes ? getFilePos() - tag_bytes : INT64{-1};
   }
-  [[nodiscard]] int getItemType() const { return mDetailType & 0xFF; }
-  [[nodiscard]] UINT16 getDetailedType() const { return mDetailType; }
+  [[nodiscard]] int getItemType() const { return mDetailType_ & 0xFF; }
+  [[nodiscard]] UINT16 getDetailedType() const { return mDetailType_; }
   // The tag word of an event's record. A sample's stands in front of its record.
-  [[nodiscard]] UINT16 getLastTag() const { return lastTag; }
-  [[nodiscard]] UINT16 getSide() const { return (mDetailType >> 8) & 0x0F; }
+  [[nodiscard]] UINT16 getLastTag() const { return lastTag_; }
+  [[nodiscard]] UINT16 getSide() const { return (mDetailType_ >> 8) & 0x0F; }
   // The eye index of an eye event: GZD_LEFT_EYE or GZD_RIGHT_EYE.
   [[nodiscard]] int getEye() const {
     return getSide() == SIDE_RIGHT ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
@@ -59,29 +59,29 @@ class GZDItem {
   // Moves an event in time and remembers that this was done.
   void setFixedTimeStamp(UINT64 stamp) {
     timeStamp = stamp;
-    mDetailType |= time_changed;
+    mDetailType_ |= time_changed;
   }
   // Marks a blink as merged or paired by a repair.
-  void markBlinkMerged() { mDetailType |= blink_merged; }
-  [[nodiscard]] bool isTimeChanged() const { return (mDetailType & time_changed) != 0; }
-  [[nodiscard]] bool isBlinkMerged() const { return (mDetailType & blink_merged) != 0; }
+  void markBlinkMerged() { mDetailType_ |= blink_merged; }
+  [[nodiscard]] bool isTimeChanged() const { return (mDetailType_ & time_changed) != 0; }
+  [[nodiscard]] bool isBlinkMerged() const { return (mDetailType_ & blink_merged) != 0; }
 
   void markSampleInsideBlink(int eye) {
-    mDetailType |= eye == GZD_LEFT_EYE ? left_inside_blink : right_inside_blink;
+    mDetailType_ |= eye == GZD_LEFT_EYE ? left_inside_blink : right_inside_blink;
   }
   [[nodiscard]] bool isSampleInsideBlink(int eye) const {
-    return (mDetailType & (eye == GZD_LEFT_EYE ? left_inside_blink : right_inside_blink)) != 0;
+    return (mDetailType_ & (eye == GZD_LEFT_EYE ? left_inside_blink : right_inside_blink)) != 0;
   }
 
   // The two bits above type and side.
-  [[nodiscard]] unsigned getMarks() const { return mDetailType >> mark_shift & 3u; }
+  [[nodiscard]] unsigned getMarks() const { return mDetailType_ >> mark_shift & 3u; }
 
   [[nodiscard]] bool isSample() const { return getItemType() == GZD_SAMPLE; }
   [[nodiscard]] bool isRecording() const { return getItemType() == GZD_RECORDING; }
   [[nodiscard]] bool isRecordingStart() const {
     return isRecording() && recording != nullptr && recording->isStart();
   }
-  [[nodiscard]] bool isDummy() const { return placeInFile == 0; }
+  [[nodiscard]] bool isDummy() const { return placeInFile_ == 0; }
   [[nodiscard]] bool isEyeEvent() const {
     return getItemType() >= GZD_START_BLINK && getItemType() <= GZD_END_FIXATION;
   }
@@ -89,9 +89,9 @@ class GZDItem {
   [[nodiscard]] bool isEndEvent() const { return isEyeEvent() && getItemType() % 2 == 0; }
 
  private:
-  UINT32 placeInFile = 1;  // plus 1, so that position_of_dummy is 0
-  UINT16 mDetailType = 0;
-  UINT16 lastTag = 0;
+  UINT32 placeInFile_ = 1;  // plus 1, so that position_of_dummy is 0
+  UINT16 mDetailType_ = 0;
+  UINT16 lastTag_ = 0;
   union {
     UINT64 timeStamp = 0;
     Recording* recording;  // owned by the index

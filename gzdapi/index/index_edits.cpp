@@ -10,18 +10,18 @@ void IndexEdits::sortByPlace() {
     return a.place < b.place;
   };
   const auto earlierRemoval = [](const Removal& a, const Removal& b) { return a.first < b.first; };
-  if (!std::is_sorted(insertions.begin(), insertions.end(), earlierInsertion)) {
-    std::stable_sort(insertions.begin(), insertions.end(), earlierInsertion);
+  if (!std::is_sorted(insertions_.begin(), insertions_.end(), earlierInsertion)) {
+    std::stable_sort(insertions_.begin(), insertions_.end(), earlierInsertion);
   }
-  if (!std::is_sorted(removals.begin(), removals.end(), earlierRemoval)) {
-    std::sort(removals.begin(), removals.end(), earlierRemoval);
+  if (!std::is_sorted(removals_.begin(), removals_.end(), earlierRemoval)) {
+    std::sort(removals_.begin(), removals_.end(), earlierRemoval);
   }
 }
 
 void IndexEdits::compact(std::vector<ItemList::Packed>& entries) const {
-  auto kept = entries.begin() + removals.front().first;
-  for (auto removal = removals.begin(); removal != removals.end(); ++removal) {
-    const bool isLast = removal + 1 == removals.end();
+  auto kept = entries.begin() + removals_.front().first;
+  for (auto removal = removals_.begin(); removal != removals_.end(); ++removal) {
+    const bool isLast = removal + 1 == removals_.end();
     const auto end = isLast ? entries.end() : entries.begin() + (removal + 1)->first;
     kept = std::copy(entries.begin() + removal->end, end, kept);
   }
@@ -31,19 +31,19 @@ void IndexEdits::compact(std::vector<ItemList::Packed>& entries) const {
 std::vector<ItemList::Packed> IndexEdits::merged(ItemList& items) const {
   const std::vector<ItemList::Packed>& entries = items.packed();
   std::vector<ItemList::Packed> result;
-  result.reserve(entries.size() + insertions.size());
-  auto removal = removals.begin();
+  result.reserve(entries.size() + insertions_.size());
+  auto removal = removals_.begin();
   std::size_t place = 0;
   const auto copyUpTo = [&](std::size_t target) {
     while (place < target) {
       const std::size_t stop =
-          removal == removals.end() ? target : std::min<std::size_t>(target, removal->first);
+          removal == removals_.end() ? target : std::min<std::size_t>(target, removal->first);
       result.insert(result.end(), entries.data() + place, entries.data() + stop);
       place = stop;
-      if (removal != removals.end() && place == removal->first) place = (removal++)->end;
+      if (removal != removals_.end() && place == removal->first) place = (removal++)->end;
     }
   };
-  for (const Insertion& insertion : insertions) {
+  for (const Insertion& insertion : insertions_) {
     copyUpTo(insertion.place);
     result.push_back(items.pack(insertion.item));
   }
@@ -52,16 +52,16 @@ std::vector<ItemList::Packed> IndexEdits::merged(ItemList& items) const {
 }
 
 bool IndexEdits::apply(ItemList& items) {
-  if (insertions.empty() && removals.empty()) return false;
+  if (insertions_.empty() && removals_.empty()) return false;
   sortByPlace();
-  if (insertions.empty()) {
+  if (insertions_.empty()) {
     compact(items.packed());
   } else {
     items.packed() = merged(items);
   }
   items.changed();
-  insertions.clear();
-  removals.clear();
+  insertions_.clear();
+  removals_.clear();
   return true;
 }
 

@@ -13,12 +13,12 @@ namespace gzd {
 class IndexEdits {
  public:
   // `place` may be one past the end.
-  void insertBefore(UINT32 place, const GZDItem& item) { insertions.push_back({place, item}); }
+  void insertBefore(UINT32 place, const GZDItem& item) { insertions_.push_back({place, item}); }
   void remove(UINT32 place) {
-    if (!removals.empty() && removals.back().end == place) {
-      ++removals.back().end;
+    if (!removals_.empty() && removals_.back().end == place) {
+      ++removals_.back().end;
     } else {
-      removals.push_back({place, place + 1});
+      removals_.push_back({place, place + 1});
     }
   }
   // Linear in the list, nothing at all without edits. Forgets the edits. Returns whether there were
@@ -41,8 +41,8 @@ class IndexEdits {
   void compact(std::vector<ItemList::Packed>& entries) const;
   [[nodiscard]] std::vector<ItemList::Packed> merged(ItemList& items) const;
 
-  std::vector<Insertion> insertions;
-  std::vector<Removal> removals;
+  std::vector<Insertion> insertions_;
+  std::vector<Removal> removals_;
 };
 
 }  // namespace gzd

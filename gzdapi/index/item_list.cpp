@@ -6,12 +6,12 @@ namespace gzd {
 
 void ItemList::push_back(const GZDItem& item) {
   const Packed entry = pack(item);
-  entries.push_back(entry);
+  entries_.push_back(entry);
   if (isPlain(entry)) {
     noteStamp(item.getTimeStamp());
   } else if (item.isSample()) {
-    rising = false;
-  } else if (marksKnown) {
+    rising_ = false;
+  } else if (marksKnown_) {
     const UINT64 bit = UINT64{1} << (size() - 1) % word_bits;
     putMarks((size() - 1) / word_bits, bit, bit);
   }
@@ -22,7 +22,7 @@ void ItemList::push_back(const GZDItem& item) {
 ItemList::Packed ItemList::pack(const GZDItem& item) {
   constexpr UINT16 blink_bits = GZDItem::left_inside_blink | GZDItem::right_inside_blink;
   const UINT64 stamp = item.getTimeStamp();
-  UINT64& itsBase = item.isSample() ? base : eventBase;
+  UINT64& itsBase = item.isSample() ? base_ : eventBase_;
   if (itsBase == no_base && !item.isRecording()) {
     itsBase = stamp - std::min(stamp, stamps_before_first);
   }
@@ -32,33 +32,33 @@ ItemList::Packed ItemList::pack(const GZDItem& item) {
     if (item.isSampleInsideBlink(GZD_RIGHT_EYE)) entry.word |= in_right_blink;
     return entry;
   }
-  if (isSmallEvent(item) && events.size() < event_limit) {
-    events.add(item.getFilePos(), item.getLastTag());
-    return packSmallEvent(item, events.size() - 1);
+  if (isSmallEvent(item) && events_.size() < event_limit) {
+    events_.add(item.getFilePos(), item.getLastTag());
+    return packSmallEvent(item, events_.size() - 1);
   }
-  others.push_back(item);
-  return {UINT64{others.size() - 1} << other_shift | event_or_other_bit | other_bit};
+  others_.push_back(item);
+  return {UINT64{others_.size() - 1} << other_shift | event_or_other_bit | other_bit};
 }
 
 bool ItemList::isSmallEvent(const GZDItem& item) const {
-  return SmallEvents::canHold(item) && item.getTimeStamp() - eventBase < stamp_limit;
+  return SmallEvents::canHold(item) && item.getTimeStamp() - eventBase_ < stamp_limit;
 }
 
 ItemList::Packed ItemList::packSmallEvent(const GZDItem& item, std::size_t number) const {
-  return {(item.getTimeStamp() - eventBase) << stamp_shift | UINT64{number} << event_shift |
+  return {(item.getTimeStamp() - eventBase_) << stamp_shift | UINT64{number} << event_shift |
           UINT64{item.getMarks()} << mark_shift | other_bit};
 }
 
 void ItemList::set(std::size_t place, const GZDItem& item) {
-  const Packed entry = entries[place];
+  const Packed entry = entries_[place];
   if (isEvent(entry)) {
-    entries[place] = isSmallEvent(item) ? packSmallEvent(item, eventNumber(entry)) : pack(item);
+    entries_[place] = isSmallEvent(item) ? packSmallEvent(item, eventNumber(entry)) : pack(item);
   } else if (isPlain(entry)) {
-    entries[place] = pack(item);
-    rising &= item.getTimeStamp() == stampOf(entry);
-    if (!isPlain(entries[place])) changed();
+    entries_[place] = pack(item);
+    rising_ &= item.getTimeStamp() == stampOf(entry);
+    if (!isPlain(entries_[place])) changed();
   } else {
-    others[static_cast<std::size_t>(entry.word >> other_shift)] = item;
+    others_[static_cast<std::size_t>(entry.word >> other_shift)] = item;
   }
 }
 
@@ -66,17 +66,17 @@ void ItemList::set(std::size_t place, const GZDItem& item) {
 
 // Of the bits of a word those of `mask` become those of `landmarks`.
 void ItemList::putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const {
-  if (number >= marks.size()) {
+  if (number >= marks_.size()) {
     if (landmarks == 0) return;
-    marks.resize(number + 1);
+    marks_.resize(number + 1);
   }
-  marks[number] = (marks[number] & ~mask) | landmarks;
+  marks_[number] = (marks_[number] & ~mask) | landmarks;
 }
 
 std::size_t ItemList::landmarkBehindWord(std::size_t number, std::size_t end) const {
-  const std::size_t behind = std::min((end + word_bits - 1) / word_bits, marks.size());
+  const std::size_t behind = std::min((end + word_bits - 1) / word_bits, marks_.size());
   while (++number < behind) {
-    if (marks[number] != 0) return std::min(number * word_bits + firstBit(marks[number]), end);
+    if (marks_[number] != 0) return std::min(number * word_bits + firstBit(marks_[number]), end);
   }
   return end;
 }
@@ -91,7 +91,7 @@ bool ItemList::markLandmarks(std::size_t first, std::size_t last, UINT64& riseFr
   riseFrom = 0;
   UINT64 seen = 0, found = 0;  // bits of the word at hand
   for (std::size_t place = first; place < last; ++place) {
-    const Packed entry = entries[place];
+    const Packed entry = entries_[place];
     const UINT64 bit = UINT64{1} << place % word_bits;
     seen |= bit;
     if (isPlain(entry)) {
@@ -111,30 +111,30 @@ bool ItemList::markLandmarks(std::size_t first, std::size_t last, UINT64& riseFr
 }
 
 void ItemList::findLandmarks() const {
-  marks.clear();
-  rising = markLandmarks(0, size(), risingFrom);
-  marksKnown = true;
+  marks_.clear();
+  rising_ = markLandmarks(0, size(), risingFrom_);
+  marksKnown_ = true;
 }
 
 void ItemList::orderChanged(std::size_t first, std::size_t last) {
-  if (!marksKnown) return;
+  if (!marksKnown_) return;
   UINT64 riseFrom;
-  rising &= markLandmarks(first, last, riseFrom);
+  rising_ &= markLandmarks(first, last, riseFrom);
 }
 
 void ItemList::moveBack(std::size_t from, std::size_t to) {
-  Packed* const place = entries.data() + to;
-  const Packed entry = entries[from];
+  Packed* const place = entries_.data() + to;
+  const Packed entry = entries_[from];
   std::copy_backward(place, place + (from - to), place + (from - to) + 1);
   *place = entry;
-  if (isPlain(entry)) rising &= areLandmarks(to, from);  // it has passed no sample
+  if (isPlain(entry)) rising_ &= areLandmarks(to, from);  // it has passed no sample
   rotateMarks(to, from);
 }
 
 // The bits from `to` up to `from` move up by one; that at `from` takes the place of the first.
 void ItemList::rotateMarks(std::size_t to, std::size_t from) {
-  marks.resize(std::max(marks.size(), from / word_bits + 1));
-  UINT64 moved = marks[from / word_bits] >> from % word_bits & 1;
+  marks_.resize(std::max(marks_.size(), from / word_bits + 1));
+  UINT64 moved = marks_[from / word_bits] >> from % word_bits & 1;
   for (std::size_t number = to / word_bits; number <= from / word_bits; ++number) {
     UINT64 kept = 0;
     std::size_t begin = 0;
@@ -143,8 +143,8 @@ void ItemList::rotateMarks(std::size_t to, std::size_t from) {
       kept = (UINT64{1} << begin) - 1;
     }
     if (number == from / word_bits) kept |= ~UINT64{1} << from % word_bits;
-    const UINT64 before = marks[number];
-    marks[number] = (before & kept) | (((before & ~kept) << 1 | moved << begin) & ~kept);
+    const UINT64 before = marks_[number];
+    marks_[number] = (before & kept) | (((before & ~kept) << 1 | moved << begin) & ~kept);
     moved = before >> (word_bits - 1);
   }
 }

@@ -44,18 +44,18 @@ class ItemList {
     using pointer = void;
     using reference = GZDItem;
 
-    Iterator(const ItemList& owner, std::size_t start) : list(&owner), place(start) {}
-    GZDItem operator*() const { return (*list)[place]; }
+    Iterator(const ItemList& owner, std::size_t start) : list_(&owner), place_(start) {}
+    GZDItem operator*() const { return (*list_)[place_]; }
     Iterator& operator++() {
-      ++place;
+      ++place_;
       return *this;
     }
-    Iterator operator++(int) { return {*list, place++}; }
-    bool operator==(const Iterator& other) const { return place == other.place; }
+    Iterator operator++(int) { return {*list_, place_++}; }
+    bool operator==(const Iterator& other) const { return place_ == other.place_; }
 
    private:
-    const ItemList* list;
-    std::size_t place;
+    const ItemList* list_;
+    std::size_t place_;
   };
 
   // The landmarks, ascending.
@@ -70,55 +70,55 @@ class ItemList {
       using reference = Landmark;
 
       Iterator(const ItemList& owner, std::size_t from)
-          : list(&owner), place(owner.nextLandmark(from, owner.size())) {}
-      Landmark operator*() const { return {static_cast<UINT32>(place)}; }
-      Iterator& operator++() { return *this = {*list, place + 1}; }
-      bool operator==(const Iterator& other) const { return place == other.place; }
+          : list_(&owner), place_(owner.nextLandmark(from, owner.size())) {}
+      Landmark operator*() const { return {static_cast<UINT32>(place_)}; }
+      Iterator& operator++() { return *this = {*list_, place_ + 1}; }
+      bool operator==(const Iterator& other) const { return place_ == other.place_; }
 
      private:
-      const ItemList* list;
-      std::size_t place;
+      const ItemList* list_;
+      std::size_t place_;
     };
 
-    explicit Landmarks(const ItemList& owner) : list(owner) {}
-    [[nodiscard]] Iterator begin() const { return {list, 0}; }
-    [[nodiscard]] Iterator end() const { return {list, list.size()}; }
+    explicit Landmarks(const ItemList& owner) : list_(owner) {}
+    [[nodiscard]] Iterator begin() const { return {list_, 0}; }
+    [[nodiscard]] Iterator end() const { return {list_, list_.size()}; }
 
    private:
-    const ItemList& list;
+    const ItemList& list_;
   };
 
-  [[nodiscard]] std::size_t size() const { return entries.size(); }
+  [[nodiscard]] std::size_t size() const { return entries_.size(); }
   // Of memory that the entries take.
   [[nodiscard]] UINT64 bytes() const {
-    return sizeof(Packed) * entries.size() + events.bytes() + sizeof(GZDItem) * others.size();
+    return sizeof(Packed) * entries_.size() + events_.bytes() + sizeof(GZDItem) * others_.size();
   }
-  [[nodiscard]] bool empty() const { return entries.empty(); }
-  [[nodiscard]] std::size_t capacity() const { return entries.capacity(); }
+  [[nodiscard]] bool empty() const { return entries_.empty(); }
+  [[nodiscard]] std::size_t capacity() const { return entries_.capacity(); }
   // Makes room for `count` entries in all.
-  void reserve(std::size_t count) { entries.reserve(count); }
+  void reserve(std::size_t count) { entries_.reserve(count); }
   [[nodiscard]] Iterator begin() const { return {*this, 0}; }
   [[nodiscard]] Iterator end() const { return {*this, size()}; }
 
-  [[nodiscard]] GZDItem operator[](std::size_t place) const { return unpack(entries[place]); }
+  [[nodiscard]] GZDItem operator[](std::size_t place) const { return unpack(entries_[place]); }
   [[nodiscard]] UINT64 stampAt(std::size_t place) const {
-    const Packed entry = entries[place];
+    const Packed entry = entries_[place];
     if (isPlain(entry)) return stampOf(entry);
     return isEvent(entry) ? eventStampOf(entry) : otherOf(entry).getTimeStamp();
   }
   [[nodiscard]] bool isSampleAt(std::size_t place) const {
-    const Packed entry = entries[place];
+    const Packed entry = entries_[place];
     return isPlain(entry) || (!isEvent(entry) && otherOf(entry).isSample());
   }
 
   // Whether the entry is a sample that fits into a word: nearly every one.
-  [[nodiscard]] bool isPlainAt(std::size_t place) const { return isPlain(entries[place]); }
+  [[nodiscard]] bool isPlainAt(std::size_t place) const { return isPlain(entries_[place]); }
 
   void push_back(const GZDItem& item);
   // A recorded sample outside blinks.
   void addSample(INT64 position, UINT64 stamp) {
     if (fits(position, stamp)) {
-      entries.push_back(plain(position, stamp));
+      entries_.push_back(plain(position, stamp));
       noteStamp(stamp);
     } else {
       push_back({position, GZD_SAMPLE, SIDE_NONE, 0, stamp});
@@ -135,7 +135,7 @@ class ItemList {
   // ---- landmarks ----
   // They stay until entries are added, moved or removed.
   [[nodiscard]] Landmarks landmarks() const {
-    if (!marksKnown) findLandmarks();
+    if (!marksKnown_) findLandmarks();
     return Landmarks(*this);
   }
   // A landmark's entry.
@@ -144,22 +144,22 @@ class ItemList {
   // landmarks() would have nothing to find.
   [[nodiscard]] std::size_t nextLandmark(std::size_t place, std::size_t end) const {
     const std::size_t number = place / word_bits;
-    if (place >= end || number >= marks.size()) return end;
-    const UINT64 word = marks[number] >> place % word_bits;
+    if (place >= end || number >= marks_.size()) return end;
+    const UINT64 word = marks_[number] >> place % word_bits;
     return word != 0 ? std::min(place + firstBit(word), end) : landmarkBehindWord(number, end);
   }
   // Whether the stamps of the samples rise from each to the next. False also when one of them did
   // not fit into a word.
   [[nodiscard]] bool samplesRise() const {
-    if (!marksKnown) findLandmarks();
-    return rising;
+    if (!marksKnown_) findLandmarks();
+    return rising_;
   }
 
   // Moves the entry at `from` back to `to`, before those that stood there. The landmarks are to be
   // known, and are so afterwards.
   void moveBack(std::size_t from, std::size_t to);
   // To be called when entries were added, moved or removed as they are kept.
-  void changed() { marksKnown = false; }
+  void changed() { marksKnown_ = false; }
   // To be called when the entries from `first` up to `last` were given another order.
   void orderChanged(std::size_t first, std::size_t last);
 
@@ -173,8 +173,8 @@ class ItemList {
   }
   // Keeps a new entry, which is not yet in the list.
   [[nodiscard]] Packed pack(const GZDItem& item);
-  [[nodiscard]] std::vector<Packed>& packed() { return entries; }
-  [[nodiscard]] const std::vector<Packed>& packed() const { return entries; }
+  [[nodiscard]] std::vector<Packed>& packed() { return entries_; }
+  [[nodiscard]] const std::vector<Packed>& packed() const { return entries_; }
 
  private:
   // From the lowest bit:
@@ -206,11 +206,11 @@ class ItemList {
     return static_cast<std::size_t>(entry.word >> event_shift & (event_limit - 1));
   }
   [[nodiscard]] UINT64 eventStampOf(Packed entry) const {
-    return eventBase + (entry.word >> stamp_shift);
+    return eventBase_ + (entry.word >> stamp_shift);
   }
   [[nodiscard]] GZDItem unpackEvent(Packed entry) const {
     const auto itsMarks = static_cast<unsigned>(entry.word >> mark_shift & 3);
-    return events.item(eventNumber(entry), eventStampOf(entry), itsMarks);
+    return events_.item(eventNumber(entry), eventStampOf(entry), itsMarks);
   }
   // Whether an entry fits into a word and what SmallEvents holds.
   [[nodiscard]] bool isSmallEvent(const GZDItem& item) const;
@@ -219,20 +219,20 @@ class ItemList {
     return static_cast<INT64>(entry.word >> position_shift & ((UINT64{1} << position_bits) - 1)) -
            1;
   }
-  [[nodiscard]] UINT64 stampOf(Packed entry) const { return base + (entry.word >> stamp_shift); }
+  [[nodiscard]] UINT64 stampOf(Packed entry) const { return base_ + (entry.word >> stamp_shift); }
   [[nodiscard]] const GZDItem& otherOf(Packed entry) const {
-    return others[static_cast<std::size_t>(entry.word >> other_shift)];
+    return others_[static_cast<std::size_t>(entry.word >> other_shift)];
   }
   [[nodiscard]] bool fits(INT64 position, UINT64 stamp) const {
-    return position < position_limit && stamp - base < stamp_limit;
+    return position < position_limit && stamp - base_ < stamp_limit;
   }
   [[nodiscard]] Packed plain(INT64 position, UINT64 stamp) const {
-    return {(stamp - base) << stamp_shift | static_cast<UINT64>(position + 1) << position_shift};
+    return {(stamp - base_) << stamp_shift | static_cast<UINT64>(position + 1) << position_shift};
   }
   void set(std::size_t place, const GZDItem& item);
   void noteStamp(UINT64 stamp) {
-    rising &= stamp >= risingFrom;
-    risingFrom = stamp + 1;
+    rising_ &= stamp >= risingFrom_;
+    risingFrom_ = stamp + 1;
   }
   // Marks the landmarks from place `first` up to `last`, as they are. Returns whether the samples
   // among them rise; from `riseFrom` on others would.
@@ -247,16 +247,16 @@ class ItemList {
   void rotateMarks(std::size_t to, std::size_t from);
   void findLandmarks() const;
 
-  std::vector<Packed> entries;
-  SmallEvents events;
-  std::deque<GZDItem> others;  // grows without being copied
-  UINT64 base = no_base;
-  UINT64 eventBase = no_base;
+  std::vector<Packed> entries_;
+  SmallEvents events_;
+  std::deque<GZDItem> others_;  // grows without being copied
+  UINT64 base_ = no_base;
+  UINT64 eventBase_ = no_base;
 
-  mutable std::vector<UINT64> marks;  // a bit a place; 0 behind the end
-  mutable bool marksKnown = true;
-  mutable bool rising = true;
-  mutable UINT64 risingFrom = 0;  // samples added from here on go on rising
+  mutable std::vector<UINT64> marks_;  // a bit a place; 0 behind the end
+  mutable bool marksKnown_ = true;
+  mutable bool rising_ = true;
+  mutable UINT64 risingFrom_ = 0;  // samples added from here on go on rising
 };
 
 static_assert(sizeof(ItemList::Packed) == 8);

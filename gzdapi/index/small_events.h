@@ -12,16 +12,16 @@ namespace gzd {
 
 class SmallEvents {
  public:
-  [[nodiscard]] std::size_t size() const { return count; }
-  [[nodiscard]] UINT64 bytes() const { return sizeof(Event) * count; }
+  [[nodiscard]] std::size_t size() const { return count_; }
+  [[nodiscard]] UINT64 bytes() const { return sizeof(Event) * count_; }
 
   void add(INT64 position, UINT16 tag) {
-    if (count % chunk_size == 0) chunks.emplace_back().reserve(chunk_size);
-    chunks.back().push_back(made(position, tag));
-    ++count;
+    if (count_ % chunk_size == 0) chunks_.emplace_back().reserve(chunk_size);
+    chunks_.back().push_back(made(position, tag));
+    ++count_;
   }
   [[nodiscard]] GZDItem item(std::size_t number, UINT64 stamp, unsigned marks) const {
-    return itemOf(chunks[number / chunk_size][number % chunk_size], stamp, marks);
+    return itemOf(chunks_[number / chunk_size][number % chunk_size], stamp, marks);
   }
   // Whether all of an entry but its stamp and its marks can be told by place and tag.
   [[nodiscard]] static bool canHold(const GZDItem& item) {
@@ -62,8 +62,8 @@ class SmallEvents {
     return types;
   }();
 
-  std::vector<std::vector<Event>> chunks;  // grow without being copied
-  std::size_t count = 0;
+  std::vector<std::vector<Event>> chunks_;  // grow without being copied
+  std::size_t count_ = 0;
 };
 
 }  // namespace gzd

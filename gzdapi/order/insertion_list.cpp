@@ -68,53 +68,53 @@ std::size_t InsertionList::Chunk::placeOf(const SortEntry& entry, const ItemOrde
 }
 
 std::size_t InsertionList::newChunk() {
-  const std::size_t number = order.size();
-  if (number == chunks.size()) chunks.emplace_back();
-  chunks[number].count = 0;
-  chunks[number].summary = {};
+  const std::size_t number = order_.size();
+  if (number == chunks_.size()) chunks_.emplace_back();
+  chunks_[number].count = 0;
+  chunks_[number].summary = {};
   return number;
 }
 
 void InsertionList::assign(const SortEntry* first, const SortEntry* last, const ItemOrder& before) {
-  order.clear();
+  order_.clear();
   while (first != last) {
     const std::size_t number = newChunk();
-    order.push_back(number);
+    order_.push_back(number);
     const auto count = std::min<std::ptrdiff_t>(last - first, chunk_room / 2);
     for (const SortEntry* const end = first + count; first != end; ++first)
-      chunks[number].insertAt(chunks[number].count, *first, before);
+      chunks_[number].insertAt(chunks_[number].count, *first, before);
   }
 }
 
 void InsertionList::insert(const SortEntry& entry, const ItemOrder& before) {
   const INT64 filePos = before.filePos(entry);
-  std::size_t position = order.size() - 1;
-  while (position > 0 && !chunks[order[position]].summary.stops(entry, filePos)) --position;
-  if (chunks[order[position]].count == chunk_room) {
+  std::size_t position = order_.size() - 1;
+  while (position > 0 && !chunks_[order_[position]].summary.stops(entry, filePos)) --position;
+  if (chunks_[order_[position]].count == chunk_room) {
     split(position, before);
-    if (chunks[order[position + 1]].summary.stops(entry, filePos)) ++position;
+    if (chunks_[order_[position + 1]].summary.stops(entry, filePos)) ++position;
   }
-  Chunk& chunk = chunks[order[position]];
+  Chunk& chunk = chunks_[order_[position]];
   chunk.insertAt(chunk.placeOf(entry, before), entry, before);
 }
 
 // Moves the second half of a chunk to a new one behind it.
 void InsertionList::split(std::size_t position, const ItemOrder& before) {
   const std::size_t number = newChunk();
-  Chunk& chunk = chunks[order[position]];
+  Chunk& chunk = chunks_[order_[position]];
   const std::array<SortEntry, chunk_room> entries = chunk.entries;
   chunk.count = 0;
   chunk.summary = {};
   for (std::size_t i = 0; i < chunk_room; ++i) {
-    Chunk& target = i < chunk_room / 2 ? chunk : chunks[number];
+    Chunk& target = i < chunk_room / 2 ? chunk : chunks_[number];
     target.insertAt(target.count, entries[i], before);
   }
-  order.insert(order.begin() + static_cast<std::ptrdiff_t>(position) + 1, number);
+  order_.insert(order_.begin() + static_cast<std::ptrdiff_t>(position) + 1, number);
 }
 
 void InsertionList::copyTo(SortEntry* target) const {
-  for (const std::size_t number : order) {
-    const Chunk& chunk = chunks[number];
+  for (const std::size_t number : order_) {
+    const Chunk& chunk = chunks_[number];
     target = std::copy_n(chunk.entries.begin(), chunk.count, target);
   }
 }

@@ -45,8 +45,8 @@ class InsertionList {
   std::size_t newChunk();
   void split(std::size_t position, const ItemOrder& before);
 
-  std::vector<Chunk> chunks;
-  std::vector<std::size_t> order;  // of the chunks in use, which are the first ones
+  std::vector<Chunk> chunks_;
+  std::vector<std::size_t> order_;  // of the chunks in use, which are the first ones
 };
 
 }  // namespace gzd

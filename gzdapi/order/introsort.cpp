@@ -93,9 +93,9 @@ void IntroSort::insertAll(SortEntry* first, SortEntry* last, const ItemOrder& be
 
 void IntroSort::insertTheRest(SortEntry* first, SortEntry* next, SortEntry* last,
                               const ItemOrder& before) {
-  list.assign(first, next, before);
-  for (; next != last; ++next) list.insert(*next, before);
-  list.copyTo(first);
+  list_.assign(first, next, before);
+  for (; next != last; ++next) list_.insert(*next, before);
+  list_.copyTo(first);
 }
 
 }  // namespace gzd

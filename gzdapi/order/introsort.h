@@ -24,7 +24,7 @@ class IntroSort {
   void insertAll(SortEntry* first, SortEntry* last, const ItemOrder& before);
   void insertTheRest(SortEntry* first, SortEntry* next, SortEntry* last, const ItemOrder& before);
 
-  InsertionList list;
+  InsertionList list_;
 };
 
 }  // namespace gzd

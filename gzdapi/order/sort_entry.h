@@ -73,10 +73,10 @@ constexpr SortEntry high_guard{~UINT64{0}, 0, SortClass::HighGuard};
 // The comparison of the items of one window.
 class ItemOrder {
  public:
-  explicit ItemOrder(const GZDItem* window) : items(window) {}
+  explicit ItemOrder(const GZDItem* window) : items_(window) {}
 
   [[nodiscard]] INT64 filePos(const SortEntry& entry) const {
-    return items[entry.place].getFilePos();
+    return items_[entry.place].getFilePos();
   }
   // True when a is to come before b. For a few pairs of one stamp the answer is true both ways.
   bool operator()(const SortEntry& a, const SortEntry& b) const {
@@ -87,7 +87,7 @@ class ItemOrder {
   // Not inline: the loops over unlike stamps are to be short.
   [[nodiscard]] bool beforeAtOneStamp(const SortEntry& a, const SortEntry& b) const;
 
-  const GZDItem* items;
+  const GZDItem* items_;
 };
 
 }  // namespace gzd

@@ -14,22 +14,22 @@ constexpr std::size_t moves_per_entry = 8;
 }  // namespace
 
 std::size_t StrictOrder::Strides::from(std::size_t place) const {
-  if (!samplesRise) return place;
-  const std::size_t next = items.nextLandmark(place, last);
+  if (!samplesRise_) return place;
+  const std::size_t next = items_.nextLandmark(place, last_);
   return next > place ? next - 1 : place;
 }
 
 bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
-  const Strides strides(items, last);
+  const Strides strides(items_, last);
   std::size_t run = strides.from(first);
-  UINT64 stamp = items.stampAt(run);
+  UINT64 stamp = items_.stampAt(run);
   for (std::size_t place = run + 1; place != last; ++place) {
-    const UINT64 next = items.stampAt(place);
+    const UINT64 next = items_.stampAt(place);
     if (next == stamp) continue;
     if (next < stamp) return false;
     if (place - run > 1 && !runIsStrict(run, place)) return false;
     run = place = strides.from(place);
-    stamp = items.stampAt(run);
+    stamp = items_.stampAt(run);
   }
   return last - run == 1 || runIsStrict(run, last);
 }
@@ -37,10 +37,10 @@ bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
 bool StrictOrder::runIsStrict(std::size_t first, std::size_t last) const {
   if (last - first > longest_run) return false;
   for (std::size_t a = first; a + 1 != last; ++a) {
-    const GZDItem earlier = items[a];
+    const GZDItem earlier = items_[a];
     for (std::size_t b = a + 1; b != last; ++b) {
-      const GZDItem later = items[b];
-      if (!comesBefore(earlier, later) || comesBefore(later, earlier)) return false;
+      const GZDItem later = items_[b];
+      if (!comesBefore_(earlier, later) || comesBefore_(later, earlier)) return false;
     }
   }
   return true;
@@ -54,13 +54,13 @@ bool StrictOrder::make(std::size_t first, std::size_t last) {
 
 bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
   std::size_t moves = moves_per_entry * (last - first);
-  lowestPlace = last;
-  moved.clear();
-  const Strides strides(items, last);
+  lowestPlace_ = last;
+  moved_.clear();
+  const Strides strides(items_, last);
   std::size_t newest = strides.from(first);
   for (std::size_t entry = newest + 1; entry != last; ++entry) {
     const std::size_t risen = strides.from(entry);
-    if (items.stampAt(entry) > items.stampAt(entry - 1)) {
+    if (items_.stampAt(entry) > items_.stampAt(entry - 1)) {
       entry = risen;
       continue;
     }
@@ -68,43 +68,43 @@ bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
     if (entry - place > moves) return false;
     moves -= entry - place;
     if (place == entry) continue;
-    lowestPlace = std::min(lowestPlace, place);
-    items.moveBack(entry, place);
-    moved.push_back({entry, place});
+    lowestPlace_ = std::min(lowestPlace_, place);
+    items_.moveBack(entry, place);
+    moved_.push_back({entry, place});
   }
   return true;
 }
 
 void StrictOrder::undo(std::size_t first, std::size_t last) {
-  ItemList::Packed* const entries = items.packed().data();
-  for (; !moved.empty(); moved.pop_back()) {
-    const Move move = moved.back();
+  ItemList::Packed* const entries = items_.packed().data();
+  for (; !moved_.empty(); moved_.pop_back()) {
+    const Move move = moved_.back();
     std::rotate(entries + move.to, entries + move.to + 1, entries + move.from + 1);
   }
-  items.orderChanged(first, last);
+  items_.orderChanged(first, last);
 }
 
 // Where an entry belongs among those from `first` on before it, which are in order. It is not far.
 std::size_t StrictOrder::placeOf(std::size_t entry, std::size_t first) const {
-  const UINT64 stamp = items.stampAt(entry);
+  const UINT64 stamp = items_.stampAt(entry);
   std::size_t reach = 1;
   std::size_t place = entry;
-  while (reach <= entry - first && items.stampAt(entry - reach) > stamp) {
+  while (reach <= entry - first && items_.stampAt(entry - reach) > stamp) {
     place = entry - reach;
     reach *= 2;
   }
   std::size_t low = entry - std::min(reach, entry - first);
   while (low < place) {
     const std::size_t middle = low + (place - low) / 2;
-    if (items.stampAt(middle) > stamp)
+    if (items_.stampAt(middle) > stamp)
       place = middle;
     else
       low = middle + 1;
   }
-  const GZDItem item = items[entry];
+  const GZDItem item = items_[entry];
   const std::size_t furthest = place - std::min(place - first, longest_run);
-  while (place > furthest && items.stampAt(place - 1) == stamp &&
-         comesBefore(item, items[place - 1])) {
+  while (place > furthest && items_.stampAt(place - 1) == stamp &&
+         comesBefore_(item, items_[place - 1])) {
     --place;
   }
   return place;

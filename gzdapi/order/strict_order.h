@@ -15,7 +15,7 @@ class StrictOrder {
   using Comparison = bool (*)(const GZDItem&, const GZDItem&);
 
   // `comparison` tells whether an entry comes before another one.
-  StrictOrder(ItemList& list, Comparison comparison) : items(list), comesBefore(comparison) {}
+  StrictOrder(ItemList& list, Comparison comparison) : items_(list), comesBefore_(comparison) {}
 
   // Whether the entries from `first` up to `last`, which are not none, have only one order, and
   // stand in it: of any two, one comes first. Also false when too many are of one stamp.
@@ -25,7 +25,7 @@ class StrictOrder {
   // when it is far from the one they have.
   bool make(std::size_t first, std::size_t last);
   // The first place at which the last make() changed anything.
-  [[nodiscard]] std::size_t firstChange() const { return lowestPlace; }
+  [[nodiscard]] std::size_t firstChange() const { return lowestPlace_; }
 
  private:
   struct Move {
@@ -37,15 +37,15 @@ class StrictOrder {
   class Strides {
    public:
     Strides(const ItemList& list, std::size_t windowEnd)
-        : items(list), samplesRise(list.samplesRise()), last(windowEnd) {}
+        : items_(list), samplesRise_(list.samplesRise()), last_(windowEnd) {}
     // The last of the samples that are known to rise from `place` on; `place` itself when it is no
     // sample.
     [[nodiscard]] std::size_t from(std::size_t place) const;
 
    private:
-    const ItemList& items;
-    const bool samplesRise;
-    const std::size_t last;
+    const ItemList& items_;
+    const bool samplesRise_;
+    const std::size_t last_;
   };
 
   bool insertAll(std::size_t first, std::size_t last);
@@ -53,10 +53,10 @@ class StrictOrder {
   [[nodiscard]] std::size_t placeOf(std::size_t entry, std::size_t first) const;
   [[nodiscard]] bool runIsStrict(std::size_t first, std::size_t last) const;
 
-  ItemList& items;
-  Comparison comesBefore;
-  std::vector<Move> moved;
-  std::size_t lowestPlace = 0;
+  ItemList& items_;
+  Comparison comesBefore_;
+  std::vector<Move> moved_;
+  std::size_t lowestPlace_ = 0;
 };
 
 }  // namespace gzd

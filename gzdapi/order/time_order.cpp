@@ -24,70 +24,70 @@ constexpr std::size_t sort_overlap = 3000;
 
 class WindowSorter {
  public:
-  explicit WindowSorter(ItemList& list) : items(list), strictOrder(list, sortByTime) {}
+  explicit WindowSorter(ItemList& list) : items_(list), strictOrder_(list, sortByTime) {}
 
   // Sorts a window that is not empty. Returns the first place at which anything moved, or `last`.
   std::size_t sort(std::size_t first, std::size_t last) {
-    strict = true;
-    if (strictOrder.isStrict(first, last)) return last;
-    if (strictOrder.make(first, last)) return strictOrder.firstChange();
-    strict = false;
-    window.clear();
-    for (std::size_t place = first; place != last; ++place) window.push_back(items[place]);
-    entries.clear();
-    entries.push_back(low_guard);
-    for (std::size_t i = 0; i < window.size(); ++i)
-      entries.push_back(sort_entry_of(window[i], static_cast<UINT32>(i)));
-    entries.push_back(high_guard);
-    introsort.sort(entries, ItemOrder(window.data()));
+    strict_ = true;
+    if (strictOrder_.isStrict(first, last)) return last;
+    if (strictOrder_.make(first, last)) return strictOrder_.firstChange();
+    strict_ = false;
+    window_.clear();
+    for (std::size_t place = first; place != last; ++place) window_.push_back(items_[place]);
+    entries_.clear();
+    entries_.push_back(low_guard);
+    for (std::size_t i = 0; i < window_.size(); ++i)
+      entries_.push_back(sort_entry_of(window_[i], static_cast<UINT32>(i)));
+    entries_.push_back(high_guard);
+    introsort_.sort(entries_, ItemOrder(window_.data()));
     return carryOut(first);
   }
   // Whether the window sorted last has but one order.
-  [[nodiscard]] bool isStrict() const { return strict; }
+  [[nodiscard]] bool isStrict() const { return strict_; }
 
  private:
   std::size_t carryOut(std::size_t first) {
-    ItemList::Packed* const target = items.packed().data() + first;
-    std::size_t firstMoved = window.size();
-    sorted.clear();
-    for (std::size_t i = 0; i < window.size(); ++i) {
-      const UINT32 from = entries[i + 1].place;
+    ItemList::Packed* const target = items_.packed().data() + first;
+    std::size_t firstMoved = window_.size();
+    sorted_.clear();
+    for (std::size_t i = 0; i < window_.size(); ++i) {
+      const UINT32 from = entries_[i + 1].place;
       if (from != i) firstMoved = std::min(firstMoved, i);
-      sorted.push_back(target[from]);
+      sorted_.push_back(target[from]);
     }
-    std::copy(sorted.begin(), sorted.end(), target);
-    items.orderChanged(first, first + window.size());
+    std::copy(sorted_.begin(), sorted_.end(), target);
+    items_.orderChanged(first, first + window_.size());
     return first + firstMoved;
   }
 
-  ItemList& items;
-  StrictOrder strictOrder;
-  bool strict = false;
-  IntroSort introsort;
-  std::vector<GZDItem> window;
-  std::vector<SortEntry> entries;
-  std::vector<ItemList::Packed> sorted;
+  ItemList& items_;
+  StrictOrder strictOrder_;
+  bool strict_ = false;
+  IntroSort introsort_;
+  std::vector<GZDItem> window_;
+  std::vector<SortEntry> entries_;
+  std::vector<ItemList::Packed> sorted_;
 };
 
 // The windows of a list of `count` items, one by one: first and last item, the last not included.
 class Windows {
  public:
   explicit Windows(std::size_t itemCount)
-      : count(itemCount), length(itemCount <= sorted_whole ? itemCount : sort_window) {}
+      : count_(itemCount), length_(itemCount <= sorted_whole ? itemCount : sort_window) {}
 
-  [[nodiscard]] std::size_t first() const { return begin; }
-  [[nodiscard]] std::size_t last() const { return std::min(begin + length, count); }
+  [[nodiscard]] std::size_t first() const { return begin_; }
+  [[nodiscard]] std::size_t last() const { return std::min(begin_ + length_, count_); }
   // Goes on to the next window; false behind the last one.
   bool next() {
-    if (last() == count) return false;
-    begin += sort_window - sort_overlap;
+    if (last() == count_) return false;
+    begin_ += sort_window - sort_overlap;
     return true;
   }
 
  private:
-  std::size_t count;
-  std::size_t length;
-  std::size_t begin = 0;
+  std::size_t count_;
+  std::size_t length_;
+  std::size_t begin_ = 0;
 };
 
 }  // namespace

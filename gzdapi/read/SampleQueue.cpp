@@ -37,65 +37,65 @@ bool is_regular_step(UINT64 step) {
 }  // namespace
 
 SampleQueue::SampleQueue(const Index& openIndex, SampleSource& sampleSource)
-    : index(openIndex), source(sampleSource), sqbuf(std::make_unique<Slot[]>(series_capacity)) {
+    : index_(openIndex), source_(sampleSource), sqbuf_(std::make_unique<Slot[]>(series_capacity)) {
   clear();
 }
 
 // ---- contents -----------------------------------------------------------------------------------
 
 void SampleQueue::clear() {
-  front = sqsize = 0;
-  resolutions.clear();
-  batch.clear();
-  for (auto& eye : positions) {
+  front_ = sqsize_ = 0;
+  resolutions_.clear();
+  batch_.clear();
+  for (auto& eye : positions_) {
     for (PairSeries& series : eye) series.clear();
   }
-  last_pupil[0] = last_pupil[1] = pupil_size_at_start;
+  last_pupil_[0] = last_pupil_[1] = pupil_size_at_start;
 }
 
 void SampleQueue::addSample(const Sample& s, UINT32 entry) {
-  if (sqsize == series_capacity) return;
-  if (sqsize > 0 && stampAt(sqsize - 1) >= s.getTimeStamp()) return;
+  if (sqsize_ == series_capacity) return;
+  if (sqsize_ > 0 && stampAt(sqsize_ - 1) >= s.getTimeStamp()) return;
   keepNewest(s, entry);
 }
 
 void SampleQueue::keepNewest(const Sample& s, UINT32 entry) {
-  if ((s.flags & SMP_PUPIL_SIZE) != 0) std::copy_n(s.pa, eye_count, last_pupil);
-  at(sqsize++) = {s.getTimeStamp(), entry, {last_pupil[0], last_pupil[1]}};
+  if ((s.flags & SMP_PUPIL_SIZE) != 0) std::copy_n(s.pa, eye_count, last_pupil_);
+  at(sqsize_++) = {s.getTimeStamp(), entry, {last_pupil_[0], last_pupil_[1]}};
   appendPositions(s);
-  resolutions.append(s.rx, s.ry);
-  batch.clear();
+  resolutions_.append(s.rx, s.ry);
+  batch_.clear();
 }
 
 void SampleQueue::dropNewest() {
-  --sqsize;
+  --sqsize_;
   forEachFollowed([](PairSeries& series, int, std::size_t) { series.dropNewest(); });
-  resolutions.dropNewest();
-  batch.clear();
+  resolutions_.dropNewest();
+  batch_.clear();
 }
 
 void SampleQueue::shiftQueue() {
-  const int dropped = std::min(dropped_at_once, sqsize);
+  const int dropped = std::min(dropped_at_once, sqsize_);
   if (dropped == 0) return;
-  front = (front + dropped) & (series_capacity - 1);
-  sqsize -= dropped;
+  front_ = (front_ + dropped) & (series_capacity - 1);
+  sqsize_ -= dropped;
   forEachFollowed([=](PairSeries& series, int, std::size_t) { series.dropOldest(dropped); });
-  resolutions.dropOldest(dropped);
-  batch.clear();
-  if (sqsize > 0) firstEntry = at(0).entry;
-  runGoesBack = true;
+  resolutions_.dropOldest(dropped);
+  batch_.clear();
+  if (sqsize_ > 0) firstEntry_ = at(0).entry;
+  runGoesBack_ = true;
 }
 
 // ---- look-up ------------------------------------------------------------------------------------
 
 int SampleQueue::getOldSample(UINT64 stamp) const {
-  if (sqsize == 0) return -1;
-  const int end = sqsize - 1;
+  if (sqsize_ == 0) return -1;
+  const int end = sqsize_ - 1;
   const UINT64 first = stampAt(0);
   const UINT64 last = stampAt(end);
   if (stamp == first) return 0;
   if (stamp == last) return end;
-  if (stamp < first || stamp > last || sqsize == 2) return -1;
+  if (stamp < first || stamp > last || sqsize_ == 2) return -1;
 
   const auto found = [&](INT64 slot) {
     return slot >= 0 && slot <= end && stampAt(static_cast<int>(slot)) == stamp;
@@ -118,18 +118,18 @@ int SampleQueue::slotOfStamp(UINT64 stamp) const {
   const int guess = getOldSample(stamp);
   if (guess >= 0) return guess;
   int low = 0;
-  int high = sqsize;
+  int high = sqsize_;
   while (low < high) {
     const int middle = (low + high) / 2;
     (stampAt(middle) < stamp ? low : high) = stampAt(middle) < stamp ? middle + 1 : middle;
   }
-  return low < sqsize && stampAt(low) == stamp ? low : -1;
+  return low < sqsize_ && stampAt(low) == stamp ? low : -1;
 }
 
 int SampleQueue::findSample(UINT32 wanted) {
   const UINT64 wantedStamp = stampOf(wanted);
   int slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
-  const bool nearTheFront = slot >= 0 && slot < slots_near_the_front && runGoesBack;
+  const bool nearTheFront = slot >= 0 && slot < slots_near_the_front && runGoesBack_;
   if (nearTheFront) {
     readAfresh(wanted);
     slot = slotOfStamp(wantedStamp);
@@ -138,7 +138,7 @@ int SampleQueue::findSample(UINT32 wanted) {
     slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
   }
   // A leap can end in the last slots of a full queue, without a whole window behind it.
-  const bool lacksWindow = sqsize == series_capacity && slot + window_middle >= series_capacity &&
+  const bool lacksWindow = sqsize_ == series_capacity && slot + window_middle >= series_capacity &&
                            isFoundByArithmetic(slot);
   if (slot < 0 || lacksWindow) {
     readAfresh(wanted);
@@ -151,15 +151,15 @@ int SampleQueue::findSample(UINT32 wanted) {
 
 bool SampleQueue::continuesRun(UINT64 from, UINT64 to) const {
   const INT64 rise = static_cast<INT64>(to) - static_cast<INT64>(from);
-  return rise >= 0 && rise <= period;
+  return rise >= 0 && rise <= period_;
 }
 
 // Whether the run of the newest sample goes on to the entry at `wanted`, within one filling.
 bool SampleQueue::runReaches(UINT32 wanted) const {
-  UINT64 newest = stampOf(lastEntry);
+  UINT64 newest = stampOf(lastEntry_);
   int samples = 0;
-  for (UINT32 i = lastEntry + 1; i <= wanted; ++i) {
-    const GZDItem item = index.gzdItemList[i];
+  for (UINT32 i = lastEntry_ + 1; i <= wanted; ++i) {
+    const GZDItem item = index_.gzdItemList[i];
     if (item.isRecording()) return false;
     if (!item.isSample()) continue;
     if (!continuesRun(newest, item.getTimeStamp()) || ++samples > series_capacity) return false;
@@ -170,41 +170,41 @@ bool SampleQueue::runReaches(UINT32 wanted) const {
 
 void SampleQueue::batchReadSample(UINT32 wanted) {
   const bool sameRun =
-      sqsize > 0 && wanted >= firstEntry && (wanted <= lastEntry || runReaches(wanted));
+      sqsize_ > 0 && wanted >= firstEntry_ && (wanted <= lastEntry_ || runReaches(wanted));
   if (!sameRun) return readAfresh(wanted);
   shiftQueue();
-  readOn(lastEntry + 1);
+  readOn(lastEntry_ + 1);
 }
 
 void SampleQueue::readAfresh(UINT32 wanted) {
   clear();
-  period = source.stampsPerSampleAt(wanted);
+  period_ = source_.stampsPerSampleAt(wanted);
   UINT32 first = wanted;
   UINT32 i = wanted;
   int samples = 0;
-  runGoesBack = false;
-  while (i > 0 && !index.gzdItemList[i - 1].isRecording()) {
+  runGoesBack_ = false;
+  while (i > 0 && !index_.gzdItemList[i - 1].isRecording()) {
     --i;
-    if (!index.gzdItemList[i].isSample()) continue;
+    if (!index_.gzdItemList[i].isSample()) continue;
     if (!continuesRun(stampOf(i), stampOf(first))) break;
     // Entries of one stamp count once, so that the wanted sample gets its whole window.
     const bool isRepeated = stampOf(i) == stampOf(first);
     if (!isRepeated && samples++ == samples_before_wanted) {
-      runGoesBack = true;
+      runGoesBack_ = true;
       break;
     }
     first = i;
   }
-  firstEntry = first;
+  firstEntry_ = first;
   takeOver(first);
   readOn(first + 1);
 }
 
 void SampleQueue::readOn(UINT32 from) {
-  UINT64 newest = stampOf(lastEntry);
-  for (UINT32 i = from; i < index.size() && sqsize < series_capacity; ++i) {
-    if (!index.gzdItemList.isSampleAt(i)) {
-      if (index.gzdItemList[i].isRecording()) return;
+  UINT64 newest = stampOf(lastEntry_);
+  for (UINT32 i = from; i < index_.size() && sqsize_ < series_capacity; ++i) {
+    if (!index_.gzdItemList.isSampleAt(i)) {
+      if (index_.gzdItemList[i].isRecording()) return;
       continue;
     }
     const UINT64 stamp = stampOf(i);
@@ -215,31 +215,31 @@ void SampleQueue::readOn(UINT32 from) {
 }
 
 void SampleQueue::takeOver(UINT32 entry) {
-  lastEntry = entry;
-  const bool isRepeated = sqsize > 0 && stampAt(sqsize - 1) == stampOf(entry);
+  lastEntry_ = entry;
+  const bool isRepeated = sqsize_ > 0 && stampAt(sqsize_ - 1) == stampOf(entry);
   if (isRepeated) {
     const bool replacesDummy =
-        index.gzdItemList[at(sqsize - 1).entry].isDummy() && !index.gzdItemList[entry].isDummy();
+        index_.gzdItemList[at(sqsize_ - 1).entry].isDummy() && !index_.gzdItemList[entry].isDummy();
     if (!replacesDummy) return;
     dropNewest();
   }
-  source.readQueueSample(entry, incoming);
-  keepNewest(incoming, entry);
+  source_.readQueueSample(entry, incoming_);
+  keepNewest(incoming_, entry);
 }
 
 // ---- velocities ---------------------------------------------------------------------------------
 
 // Sees to it that the positions that these kinds need are at hand.
 void SampleQueue::followPositions(unsigned kinds) {
-  if ((kinds & ~followedKinds) == 0) return;
-  followedKinds |= kinds;
+  if ((kinds & ~followedKinds_) == 0) return;
+  followedKinds_ |= kinds;
   for (const VelocityKind& kind : velocity_kinds) {
-    if ((kinds & kind.bit) != 0) followed[kind.series] = true;
+    if ((kinds & kind.bit) != 0) followed_[kind.series] = true;
   }
   forEachFollowed([](PairSeries& series, int, std::size_t) { series.clear(); });
-  for (int slot = 0; slot < sqsize; ++slot) {
-    source.readQueueSample(entry(slot), incoming);
-    appendPositions(incoming);
+  for (int slot = 0; slot < sqsize_; ++slot) {
+    source_.readQueueSample(entry(slot), incoming_);
+    appendPositions(incoming_);
   }
 }
 
@@ -251,8 +251,8 @@ void SampleQueue::appendPositions(const Sample& s) {
 
 // Whether the queued samples follow each other at intervals of the rate, every one.
 bool SampleQueue::isRegular(int stampsPerSample) const {
-  const auto span = static_cast<UINT64>(stampsPerSample) * static_cast<UINT64>(sqsize - 1);
-  return stampsPerSample == period && stampAt(sqsize - 1) - stampAt(0) == span;
+  const auto span = static_cast<UINT64>(stampsPerSample) * static_cast<UINT64>(sqsize_ - 1);
+  return stampsPerSample == period_ && stampAt(sqsize_ - 1) - stampAt(0) == span;
 }
 
 // The slots of the window around a stamp; -1 for those that are absent, and in the middle.
@@ -275,7 +275,7 @@ void SampleQueue::setVelocityByStamp(FSAMPLE& s, UINT64 stamp, const VelocitySet
     if ((s.flags & eye_flag(eye)) == 0) continue;
     for (const VelocityKind& kind : velocity_kinds) {
       if ((settings.kinds & kind.bit) == 0) continue;
-      const PairSeries& queued = positions[static_cast<std::size_t>(eye)][kind.series];
+      const PairSeries& queued = positions_[static_cast<std::size_t>(eye)][kind.series];
       float x[window_size];
       float y[window_size];
       for (std::size_t i = 0; i < window_size; ++i) {
@@ -296,8 +296,8 @@ void SampleQueue::computeVelocity(FSAMPLE& s, UINT64 stamp, int slot,
   followPositions(settings.kinds);
   const int stampsPerSample = stamps_per_sample(static_cast<float>(settings.sampleRate));
   if (slot < 0 || !isRegular(stampsPerSample)) return setVelocityByStamp(s, stamp, settings);
-  batch.compute(slot, sqsize, s.flags, settings, positions, resolutions);
-  batch.copyTo(s, slot);
+  batch_.compute(slot, sqsize_, s.flags, settings, positions_, resolutions_);
+  batch_.copyTo(s, slot);
 }
 
 }  // namespace gzd

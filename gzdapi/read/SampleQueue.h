@@ -37,7 +37,7 @@ class SampleQueue {
   // another entry with the same stamp may stand for it: see entry(). Throws GZDException when a
   // sample, this or one behind it, cannot be read.
   int getSample(UINT32 wanted) {
-    return isNextInOrder(wanted) ? ++latest : (latest = findSample(wanted));
+    return isNextInOrder(wanted) ? ++latest_ : (latest_ = findSample(wanted));
   }
   [[nodiscard]] UINT32 entry(int slot) const { return at(slot).entry; }
   [[nodiscard]] UINT64 stampAt(int slot) const { return at(slot).stamp; }
@@ -47,8 +47,8 @@ class SampleQueue {
   // Fills the velocity fields of `s`, of the eyes that it holds and the kinds asked for. `slot` is
   // the slot that holds `s`, or -1 when it is another sample of the queue's time.
   void setVelocity(FSAMPLE& s, UINT64 stamp, int slot, const VelocitySettings& settings) {
-    if (batch.holds(slot, s.flags, settings)) {
-      batch.copyTo(s, slot);
+    if (batch_.holds(slot, s.flags, settings)) {
+      batch_.copyTo(s, slot);
     } else {
       computeVelocity(s, stamp, slot, settings);
     }
@@ -62,7 +62,7 @@ class SampleQueue {
   void shiftQueue();
   // The slot that holds a stamp, by arithmetic from the regular spacing; -1 when that finds none.
   [[nodiscard]] int getOldSample(UINT64 stamp) const;
-  [[nodiscard]] int size() const { return sqsize; }
+  [[nodiscard]] int size() const { return sqsize_; }
 
  private:
   // What is kept of a sample beside its positions.
@@ -79,20 +79,20 @@ class SampleQueue {
   static constexpr int slots_near_the_front = window_size - 1;
 
   Slot& at(int slot) {
-    return sqbuf[static_cast<std::size_t>((front + slot) & (series_capacity - 1))];
+    return sqbuf_[static_cast<std::size_t>((front_ + slot) & (series_capacity - 1))];
   }
   [[nodiscard]] const Slot& at(int slot) const {
-    return sqbuf[static_cast<std::size_t>((front + slot) & (series_capacity - 1))];
+    return sqbuf_[static_cast<std::size_t>((front_ + slot) & (series_capacity - 1))];
   }
-  [[nodiscard]] UINT64 stampOf(UINT32 entry) const { return index.gzdItemList.stampAt(entry); }
+  [[nodiscard]] UINT64 stampOf(UINT32 entry) const { return index_.gzdItemList.stampAt(entry); }
   [[nodiscard]] bool holds(UINT32 entry) const {
-    return sqsize > 0 && entry >= firstEntry && entry <= lastEntry;
+    return sqsize_ > 0 && entry >= firstEntry_ && entry <= lastEntry_;
   }
   // Whether the slot behind the one given last is the wanted one, with a whole window around it.
   [[nodiscard]] bool isNextInOrder(UINT32 wanted) const {
-    const int next = latest + 1;
-    return next < sqsize && next < slot_near_the_end && entry(next) == wanted &&
-           (next >= slots_near_the_front || !runGoesBack);
+    const int next = latest_ + 1;
+    return next < sqsize_ && next < slot_near_the_end && entry(next) == wanted &&
+           (next >= slots_near_the_front || !runGoesBack_);
   }
   int findSample(UINT32 wanted);
   [[nodiscard]] int slotOfStamp(UINT64 stamp) const;
@@ -119,30 +119,30 @@ class SampleQueue {
   template <class Action>
   void forEachFollowed(Action action) {
     for (std::size_t type = 0; type < position_types; ++type) {
-      for (int eye = 0; followed[type] && eye < eye_count; ++eye) {
-        action(positions[static_cast<std::size_t>(eye)][type], eye, type);
+      for (int eye = 0; followed_[type] && eye < eye_count; ++eye) {
+        action(positions_[static_cast<std::size_t>(eye)][type], eye, type);
       }
     }
   }
 
-  const Index& index;
-  SampleSource& source;
-  std::unique_ptr<Slot[]> sqbuf;
+  const Index& index_;
+  SampleSource& source_;
+  std::unique_ptr<Slot[]> sqbuf_;
   // Positions of the queued samples, by eye and type, of the types that velocities need.
-  std::array<SeriesOfEye, eye_count> positions;
-  std::array<bool, position_types> followed{};
-  unsigned followedKinds = GZD_VELOCITY_NONE;
-  PairSeries resolutions;
-  VelocityBatch batch;
-  Sample incoming;
-  int front = 0;
-  int latest = -1;  // the slot that getSample gave last
-  int sqsize = 0;
-  UINT32 firstEntry = 0;  // the entries that the queue stands for
-  UINT32 lastEntry = 0;
-  int period = 0;            // stamps, of the block that the run lies in
-  bool runGoesBack = false;  // the run has samples before the oldest one held
-  float last_pupil[2];
+  std::array<SeriesOfEye, eye_count> positions_;
+  std::array<bool, position_types> followed_{};
+  unsigned followedKinds_ = GZD_VELOCITY_NONE;
+  PairSeries resolutions_;
+  VelocityBatch batch_;
+  Sample incoming_;
+  int front_ = 0;
+  int latest_ = -1;  // the slot that getSample gave last
+  int sqsize_ = 0;
+  UINT32 firstEntry_ = 0;  // the entries that the queue stands for
+  UINT32 lastEntry_ = 0;
+  int period_ = 0;            // stamps, of the block that the run lies in
+  bool runGoesBack_ = false;  // the run has samples before the oldest one held
+  float last_pupil_[2];
 };
 
 }  // namespace gzd

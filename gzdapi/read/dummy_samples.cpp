@@ -15,53 +15,53 @@ bool is_recorded(const GZDItem& item) {
 
 // The nearest recorded sample before a dummy in its block, else after it; NONE when there is none.
 UINT32 DummySamples::recordedSampleNear(UINT32 itemIndex) {
-  if (itemIndex >= model.first && itemIndex <= model.last) return model.recorded;
-  const UINT32 begin = stretches.at(itemIndex).begin;
+  if (itemIndex >= model_.first && itemIndex <= model_.last) return model_.recorded;
+  const UINT32 begin = stretches_.at(itemIndex).begin;
   for (UINT32 i = itemIndex; i > begin; --i) {
-    if (i == model.last) {
-      model.last = itemIndex;
-      return model.recorded;
+    if (i == model_.last) {
+      model_.last = itemIndex;
+      return model_.recorded;
     }
-    if (is_recorded(index.gzdItemList[i - 1])) {
-      model.first = i;
-      model.last = itemIndex;
+    if (is_recorded(index_.gzdItemList[i - 1])) {
+      model_.first = i;
+      model_.last = itemIndex;
       return i - 1;
     }
   }
-  model.first = begin;
-  model.last = itemIndex;
+  model_.first = begin;
+  model_.last = itemIndex;
   return recordedSampleAfter(itemIndex);
 }
 
 UINT32 DummySamples::recordedSampleAfter(UINT32 itemIndex) {
-  const UINT32 end = stretches.at(itemIndex).end;
+  const UINT32 end = stretches_.at(itemIndex).end;
   for (UINT32 i = itemIndex + 1; i < end; ++i) {
-    if (is_recorded(index.gzdItemList[i])) return i;
+    if (is_recorded(index_.gzdItemList[i])) return i;
   }
   return no_sample;
 }
 
 // Makes what all dummies modelled on one recorded sample have in common.
 void DummySamples::makeModel(UINT32 recorded) {
-  model.recorded = recorded;
-  model.isMade = false;
-  model.dummy.clear();
+  model_.recorded = recorded;
+  model_.isMade = false;
+  model_.dummy.clear();
   if (recorded == no_sample) {
-    model.tag = 0;
-    make_dummy_sample(model.tag, nullptr, model.dummy);
+    model_.tag = 0;
+    make_dummy_sample(model_.tag, nullptr, model_.dummy);
   } else {
     Sample sample;
-    model.tag = readRecorded(recorded, sample);
-    make_dummy_sample(model.tag, &sample, model.dummy);
+    model_.tag = readRecorded_(recorded, sample);
+    make_dummy_sample(model_.tag, &sample, model_.dummy);
   }
-  model.isMade = true;
+  model_.isMade = true;
 }
 
 void DummySamples::make(UINT32 itemIndex, FSAMPLE& sample) {
   const UINT32 recorded = recordedSampleNear(itemIndex);
-  if (!model.isMade || recorded != model.recorded) makeModel(recorded);
-  sample = model.dummy;
-  sample.flags = flags_at(model.tag, index.gzdItemList.stampAt(itemIndex));
+  if (!model_.isMade || recorded != model_.recorded) makeModel(recorded);
+  sample = model_.dummy;
+  sample.flags = flags_at(model_.tag, index_.gzdItemList.stampAt(itemIndex));
 }
 
 }  // namespace gzd

@@ -19,10 +19,10 @@ class DummySamples {
 
   // `items` and `stretchesOfItems` are borrowed.
   DummySamples(const Index& items, Stretches& stretchesOfItems, RecordedSample reader)
-      : index(items), stretches(stretchesOfItems), readRecorded(std::move(reader)) {}
+      : index_(items), stretches_(stretchesOfItems), readRecorded_(std::move(reader)) {}
 
   // To be called when the index has changed.
-  void forget() { model = Model(); }
+  void forget() { model_ = Model(); }
 
   // The sample of the dummy at `itemIndex`, but for its time.
   void make(UINT32 itemIndex, FSAMPLE& sample);
@@ -43,10 +43,10 @@ class DummySamples {
   UINT32 recordedSampleAfter(UINT32 itemIndex);
   void makeModel(UINT32 recorded);
 
-  const Index& index;
-  Stretches& stretches;
-  RecordedSample readRecorded;
-  Model model;
+  const Index& index_;
+  Stretches& stretches_;
+  RecordedSample readRecorded_;
+  Model model_;
 };
 
 }  // namespace gzd

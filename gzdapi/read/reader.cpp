@@ -23,47 +23,47 @@ constexpr int largest_lstring_length = 32767;
 }  // namespace
 
 Reader::Reader(InputStream& stream, const StreamState& streamState, const Index& items)
-    : file(stream),
-      state(streamState),
-      index(items),
-      queue(items, *this),
-      stretches(items),
-      dummies(items, stretches, [this](UINT32 recorded, Sample& sample) {
+    : file_(stream),
+      state_(streamState),
+      index_(items),
+      queue_(items, *this),
+      stretches_(items),
+      dummies_(items, stretches_, [this](UINT32 recorded, Sample& sample) {
         readQueueSample(recorded, sample);
-        return layout_tag(goToSample(index.gzdItemList[recorded]));
+        return layout_tag(goToSample(index_.gzdItemList[recorded]));
       }) {}
 
 void Reader::indexIsFinal(bool pairEvents) {
-  timesFollowRepairs = pairEvents;
-  pairing = pairEvents ? EventPairing::build(index) : EventPairing();
+  timesFollowRepairs_ = pairEvents;
+  pairing_ = pairEvents ? EventPairing::build(index_) : EventPairing();
   startAnew();
 }
 
 void Reader::startAnew() {
-  stretches.forget();
-  run = SampleRun();
-  dummies.forget();
-  queue.clear();
+  stretches_.forget();
+  run_ = SampleRun();
+  dummies_.forget();
+  queue_.clear();
 }
 
 ALLF_DATA* Reader::getFloatData(UINT32 itemIndex, bool reports) {
-  state.reportsUnknownFields = reports;
-  run = SampleRun();  // the window may be about to move
-  if (itemIndex >= index.size() || failed) return nullptr;
+  state_.reportsUnknownFields = reports;
+  run_ = SampleRun();  // the window may be about to move
+  if (itemIndex >= index_.size() || failed_) return nullptr;
   try {
-    recordType = index.gzdItemList[itemIndex].getItemType();
-    if (readItem(itemIndex) == 0) return &fData;
+    recordType_ = index_.gzdItemList[itemIndex].getItemType();
+    if (readItem(itemIndex) == 0) return &fData_;
     print_log("Read error \n");
   } catch (const GZDException& error) {
-    failed = true;
+    failed_ = true;
     log_error(error);
   }
   return nullptr;
 }
 
 std::string_view Reader::messageText(UINT32 itemIndex, bool reports) {
-  if (itemIndex >= index.size() ||
-      !is_known_event_type(index.gzdItemList[itemIndex].getItemType())) {
+  if (itemIndex >= index_.size() ||
+      !is_known_event_type(index_.gzdItemList[itemIndex].getItemType())) {
     return {};
   }
   const ALLF_DATA* record = getFloatData(itemIndex, reports);
@@ -71,100 +71,100 @@ std::string_view Reader::messageText(UINT32 itemIndex, bool reports) {
 }
 
 int Reader::readItem(UINT32 itemIndex) {
-  const GZDItem item = index.gzdItemList[itemIndex];
+  const GZDItem item = index_.gzdItemList[itemIndex];
   if (item.isSample()) {
     readSample(itemIndex, item);
     return 0;
   }
-  presetTag = 0;
+  presetTag_ = 0;
   if (item.isRecording() && item.getRecording() != nullptr) {
-    fData.rec = *item.getRecording();
+    fData_.rec = *item.getRecording();
     return 0;
   }
   if (is_known_event_type(item.getItemType())) {
     readEvent(itemIndex, item);
     return 0;
   }
-  fData = ALLF_DATA{};
+  fData_ = ALLF_DATA{};
   return -1;
 }
 
 void Reader::enterEpochOf(INT64 position) {
-  const auto& epochs = index.parameterEpochs;
+  const auto& epochs = index_.parameterEpochs;
   const auto next =
       std::upper_bound(epochs.begin(), epochs.end(), position,
                        [](INT64 place, const ParameterEpoch& e) { return place < e.filePos; });
-  epochBegin = next == epochs.begin() ? 0 : (next - 1)->filePos;
-  epochEnd = next == epochs.end() ? std::numeric_limits<INT64>::max() : next->filePos;
-  state.parameters = (next == epochs.begin() ? next : next - 1)->parameters;
-  layout = SampleLayout();
+  epochBegin_ = next == epochs.begin() ? 0 : (next - 1)->filePos;
+  epochEnd_ = next == epochs.end() ? std::numeric_limits<INT64>::max() : next->filePos;
+  state_.parameters = (next == epochs.begin() ? next : next - 1)->parameters;
+  layout_ = SampleLayout();
 }
 
 // Goes to a place in a record, with the parameters of its block in force.
 void Reader::goTo(INT64 position) {
   if (!isInEpoch(position)) enterEpochOf(position);
-  file.moveTo(position);
+  file_.moveTo(position);
 }
 
 // Goes to the body of a recorded sample and returns its tag word, which stands in front of it.
 UINT16 Reader::goToSample(const GZDItem& item) {
   goTo(item.getFilePos() - static_cast<INT64>(sizeof(UINT16)));
-  const byte* const tag = file.peek(sizeof(UINT16));
-  if (tag == nullptr) return static_cast<UINT16>(file.getWord());
-  file.take(sizeof(UINT16));
+  const byte* const tag = file_.peek(sizeof(UINT16));
+  if (tag == nullptr) return static_cast<UINT16>(file_.getWord());
+  file_.take(sizeof(UINT16));
   return load_be16(tag);
 }
 
 const SampleLayout& Reader::layoutFor(UINT16 tag) {
-  if (!layout.suits(tag)) layout = layout_of(tag, state);
-  return layout;
+  if (!layout_.suits(tag)) layout_ = layout_of(tag, state_);
+  return layout_;
 }
 
 // ---- samples ------------------------------------------------------------------------------------
 
 void Reader::readSample(UINT32 itemIndex, GZDItem item) {
-  const Recording* const block = stretches.at(itemIndex).block;
-  const bool usesQueue = velocityKinds != GZD_VELOCITY_NONE;
+  const Recording* const block = stretches_.at(itemIndex).block;
+  const bool usesQueue = velocityKinds_ != GZD_VELOCITY_NONE;
   const bool hasVelocities =
       usesQueue && block != nullptr && static_cast<int>(block->sample_rate) > 0;
   // Velocities of the sample before are not to stay.
-  if (usesQueue && !hasVelocities) presetTag = 0;
+  if (usesQueue && !hasVelocities) presetTag_ = 0;
   // Also without a block: what the queue holds decides about velocities to come.
-  int slot = usesQueue ? queue.getSample(itemIndex) : -1;
+  int slot = usesQueue ? queue_.getSample(itemIndex) : -1;
   if (!readLikeTheOneBefore(item) && !readSampleDirectly(item)) {
-    if (!usesQueue) slot = queue.getSample(itemIndex);
+    if (!usesQueue) slot = queue_.getSample(itemIndex);
     readWithQueue(itemIndex, slot);
   }
   if (hasVelocities) setVelocities(itemIndex, slot, *block);
   if (block == nullptr) {
     print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
-              static_cast<long>(fData.fs.time));
+              static_cast<long>(fData_.fs.time));
   }
-  if (presetTag != 0 && !layout.hasBlocks && !usesQueue && block != nullptr)
-    beginRun(stretches.at(itemIndex));
+  if (presetTag_ != 0 && !layout_.hasBlocks && !usesQueue && block != nullptr)
+    beginRun(stretches_.at(itemIndex));
 }
 
 // Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
 // and does nothing, for any other.
 bool Reader::readLikeTheOneBefore(GZDItem item) {
-  const byte* const record = recordAsPreset(item, presetTag);
+  const byte* const record = recordAsPreset(item, presetTag_);
   if (record == nullptr) return false;
   setPlaceInTime(load_be16(record), item.getTimeStamp());
-  decode_fixed_part(record + sizeof(UINT16), layout, fData.fs);
+  decode_fixed_part(record + sizeof(UINT16), layout_, fData_.fs);
   return true;
 }
 
 // Makes the run that of the sample just read: its stretch, as far as window and epoch go.
 void Reader::beginRun(const Stretch& stretch) {
-  const InputStream::HeldBytes held = file.held();
-  const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin);
-  const INT64 end = std::min(held.offset + held.length - INT64{longest_fixed_part} + 1, epochEnd);
+  const InputStream::HeldBytes held = file_.held();
+  const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin_);
+  const INT64 end = std::min(held.offset + held.length - INT64{longest_fixed_part} + 1, epochEnd_);
   if (end <= first) return;
-  run.firstItem = stretch.begin;
-  run.items = stretch.end - stretch.begin;
-  run.firstPlace = first;
-  run.places = end - first;
-  run.bytes = held.bytes + (first - held.offset);
+  run_.firstItem = stretch.begin;
+  run_.items = stretch.end - stretch.begin;
+  run_.firstPlace = first;
+  run_.places = end - first;
+  run_.bytes = held.bytes + (first - held.offset);
 }
 
 // Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one
@@ -175,10 +175,10 @@ bool Reader::readSampleDirectly(GZDItem item) {
   if ((tag & SMP_PUPIL_SIZE) == 0) return false;
   const UINT64 stamp = item.getTimeStamp();
   const UINT32 time = time_of_stamp(stamp);
-  presetTag = 0;
-  preset_sample(tag, fData.fs);
-  decode_into_preset_sample(file, state, layoutFor(tag), time, fData.fs);
-  presetTag = layout_tag(tag);
+  presetTag_ = 0;
+  preset_sample(tag, fData_.fs);
+  decode_into_preset_sample(file_, state_, layoutFor(tag), time, fData_.fs);
+  presetTag_ = layout_tag(tag);
   setPlaceInTime(tag, stamp);
   return true;
 }
@@ -186,45 +186,45 @@ bool Reader::readSampleDirectly(GZDItem item) {
 // `slot` holds the entry's sample, or that of another entry with its stamp; negative for none. The
 // record's own values count all the same.
 void Reader::readWithQueue(UINT32 itemIndex, int slot) {
-  presetTag = 0;
+  presetTag_ = 0;
   Sample own;
   readQueueSample(itemIndex, own);
   if ((own.flags & SMP_PUPIL_SIZE) == 0 && slot >= 0) {
-    std::copy_n(queue.pupilSizes(slot), 2, own.pa);
+    std::copy_n(queue_.pupilSizes(slot), 2, own.pa);
   }
-  fData.fs = own;
+  fData_.fs = own;
 }
 
 void Reader::setVelocities(UINT32 itemIndex, int slot, const Recording& block) {
-  const bool isQueued = slot >= 0 && queue.entry(slot) == itemIndex;
+  const bool isQueued = slot >= 0 && queue_.entry(slot) == itemIndex;
   const CONFIG& config = default_config();
-  queue.setVelocity(fData.fs, index.gzdItemList.stampAt(itemIndex), isQueued ? slot : -1,
-                    {velocityKinds, config.default_rx, config.default_ry,
-                     static_cast<int>(block.sample_rate), state.ovilo_revision});
+  queue_.setVelocity(fData_.fs, index_.gzdItemList.stampAt(itemIndex), isQueued ? slot : -1,
+                     {velocityKinds_, config.default_rx, config.default_ry,
+                      static_cast<int>(block.sample_rate), state_.ovilo_revision});
 }
 
 void Reader::readQueueSampleAnew(const GZDItem& item, Sample& sample) {
   const UINT16 tag = goToSample(item);
   const UINT16 preset = layout_tag(tag);
   if (sample.presetFor != preset) {
-    if (preset != queuePresetTag) preset_sample(tag, queuePreset);
-    queuePresetTag = preset;
-    static_cast<FSAMPLE&>(sample) = queuePreset;
+    if (preset != queuePresetTag_) preset_sample(tag, queuePreset_);
+    queuePresetTag_ = preset;
+    static_cast<FSAMPLE&>(sample) = queuePreset_;
   }
   sample.presetFor = (tag & SMP_EXTENDED) == 0 ? preset : UINT16{0};
-  decode_into_preset_sample(file, state, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
+  decode_into_preset_sample(file_, state_, layoutFor(tag), time_of_stamp(item.getTimeStamp()),
                             sample);
   sample.flags = flags_at(tag, item.getTimeStamp());
 }
 
 void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
-  const GZDItem item = index.gzdItemList[itemIndex];
+  const GZDItem item = index_.gzdItemList[itemIndex];
   if (const byte* const record = recordAsPreset(item, sample.presetFor)) {
-    decode_fixed_part(record + sizeof(UINT16), layout, sample);
+    decode_fixed_part(record + sizeof(UINT16), layout_, sample);
     sample.flags = flags_at(load_be16(record), item.getTimeStamp());
   } else if (item.isDummy()) {
     sample.presetFor = 0;
-    dummies.make(itemIndex, sample);
+    dummies_.make(itemIndex, sample);
   } else {
     readQueueSampleAnew(item, sample);
   }
@@ -232,7 +232,7 @@ void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
 }
 
 int Reader::stampsPerSampleAt(UINT32 itemIndex) {
-  const Recording* const block = stretches.at(itemIndex).block;
+  const Recording* const block = stretches_.at(itemIndex).block;
   return block != nullptr ? stamps_per_sample(block->sample_rate) : 0;
 }
 
@@ -240,7 +240,7 @@ int Reader::stampsPerSampleAt(UINT32 itemIndex) {
 
 void Reader::decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event) {
   goTo(item.getFilePos());
-  const int result = decode_event(file, state, item.getLastTag(), target, event);
+  const int result = decode_event(file_, state_, item.getLastTag(), target, event);
   if (result < 0) {
     print_log("error reading gzd file 4   %d %ld\n", result, static_cast<long>(item.getFilePos()));
     throw GZDException("Error reading event - type(readItem)");
@@ -252,26 +252,26 @@ void Reader::readEvent(UINT32 itemIndex, GZDItem item) {
     readInsertedEvent(item);
   } else {
     EData event;
-    decodeEvent(item, lstring_buffer, event);
+    decodeEvent(item, lstring_buffer_, event);
     event.process_event();
-    fData.fe = event;
+    fData_.fe = event;
     if (piece_of_message(text_of(event.message)) == MessagePiece::First) assembleLongMessage(item);
   }
-  if (timesFollowRepairs) pairing.apply(itemIndex, item, fData.fe);
+  if (timesFollowRepairs_) pairing_.apply(itemIndex, item, fData_.fe);
 }
 
 // A start of blink that the repairs have added.
 void Reader::readInsertedEvent(const GZDItem& item) {
-  fData.fe = FEVENT{};
-  fData.fe.type = GZD_START_BLINK;
-  fData.fe.sttime = fData.fe.entime = time_of_stamp(item.getTimeStamp());
-  fData.fe.eye = static_cast<INT16>(item.getEye());
+  fData_.fe = FEVENT{};
+  fData_.fe.type = GZD_START_BLINK;
+  fData_.fe.sttime = fData_.fe.entime = time_of_stamp(item.getTimeStamp());
+  fData_.fe.eye = static_cast<INT16>(item.getEye());
 }
 
 void Reader::assembleLongMessage(const GZDItem& item) {
-  std::string text = without_marker(text_of(fData.fe.message));
-  const auto group = index.msg_item_list.find(item.getFilePos());
-  if (group != index.msg_item_list.end()) {
+  std::string text = without_marker(text_of(fData_.fe.message));
+  const auto group = index_.msg_item_list.find(item.getFilePos());
+  if (group != index_.msg_item_list.end()) {
     for (const GZDItem& piece : group->second) {
       if (text.size() > long_message_limit) {
         print_log("Long message is longer than 65536 characters.  Truncating it to %d \n",
@@ -279,15 +279,15 @@ void Reader::assembleLongMessage(const GZDItem& item) {
         break;
       }
       FEVENT event;
-      decodeEvent(piece, lstring_buffer, event);
+      decodeEvent(piece, lstring_buffer_, event);
       text += without_marker(text_of(event.message));
     }
   }
-  if (!longText) longText = std::make_unique<LongText>();
-  longText->len = static_cast<INT16>(std::min(text.size(), std::size_t{largest_lstring_length}));
-  text.copy(longText->text.data(), longText->text.size() - 1);
-  longText->text[std::min(text.size(), longText->text.size() - 1)] = '\0';
-  fData.fe.message = reinterpret_cast<LSTRING*>(longText.get());
+  if (!longText_) longText_ = std::make_unique<LongText>();
+  longText_->len = static_cast<INT16>(std::min(text.size(), std::size_t{largest_lstring_length}));
+  text.copy(longText_->text.data(), longText_->text.size() - 1);
+  longText_->text[std::min(text.size(), longText_->text.size() - 1)] = '\0';
+  fData_.fe.message = reinterpret_cast<LSTRING*>(longText_.get());
 }
 
 }  // namespace gzd

@@ -28,7 +28,7 @@ class Reader : public SampleSource {
   Reader(InputStream& stream, const StreamState& streamState, const Index& items);
 
   // Takes over what the scan found; its parameters do not matter.
-  void useState(const StreamState& scanned) { state = scanned; }
+  void useState(const StreamState& scanned) { state_ = scanned; }
   // To be called when the index has its final order. With `pairEvents` the times of eye events
   // follow the repairs.
   void indexIsFinal(bool pairEvents);
@@ -41,36 +41,36 @@ class Reader : public SampleSource {
   // The same of nearly every sample behind another one, quickly; null, with nothing done, for
   // any other entry.
   ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
-    const ItemList& items = index.gzdItemList;
-    if (!run.holds(itemIndex) || !items.isPlainAt(itemIndex)) return nullptr;
+    const ItemList& items = index_.gzdItemList;
+    if (!run_.holds(itemIndex) || !items.isPlainAt(itemIndex)) return nullptr;
     const INT64 place = items[itemIndex].getFilePos();
     const UINT64 stamp = items.stampAt(itemIndex);
-    const byte* const body = run.recordAt(place);
+    const byte* const body = run_.recordAt(place);
     if (body == nullptr) return nullptr;
     const UINT16 tag = load_be16(body - sizeof(UINT16));
-    if (!layout.suits(tag)) return nullptr;
+    if (!layout_.suits(tag)) return nullptr;
     setPlaceInTime(tag, stamp);
-    if (layout.isUsual)
-      decode_usual_part(body, layout, fData.fs);
+    if (layout_.isUsual)
+      decode_usual_part(body, layout_, fData_.fs);
     else
-      decode_fixed_part(body, layout, fData.fs);
-    return &fData;
+      decode_fixed_part(body, layout_, fData_.fs);
+    return &fData_;
   }
   // The message text of an entry, up to its first NUL; empty when it has none.
   std::string_view messageText(UINT32 itemIndex, bool reports = true);
 
   // Whether a record could not be read again. The file has changed since the scan, or fails: none
   // is read from then on.
-  [[nodiscard]] bool hasFailed() const { return failed; }
+  [[nodiscard]] bool hasFailed() const { return failed_; }
 
-  [[nodiscard]] const ALLF_DATA* record() const { return &fData; }
+  [[nodiscard]] const ALLF_DATA* record() const { return &fData_; }
   // The code of the entry whose record was read last; 0 before the first.
-  [[nodiscard]] int typeOfRecord() const { return recordType; }
+  [[nodiscard]] int typeOfRecord() const { return recordType_; }
 
   void setVelocityKinds(unsigned kinds) {
-    velocityKinds = kinds & GZD_VELOCITY_ALL;
-    presetTag = 0;
-    run = SampleRun();
+    velocityKinds_ = kinds & GZD_VELOCITY_ALL;
+    presetTag_ = 0;
+    run_ = SampleRun();
   }
 
   void readQueueSample(UINT32 itemIndex, Sample& sample) override;
@@ -80,8 +80,8 @@ class Reader : public SampleSource {
   int readItem(UINT32 itemIndex);
   bool readLikeTheOneBefore(GZDItem item);
   void setPlaceInTime(UINT16 tag, UINT64 stamp) {
-    fData.fs.time = time_of_stamp(stamp);
-    fData.fs.flags = flags_at(tag, stamp);
+    fData_.fs.time = time_of_stamp(stamp);
+    fData_.fs.flags = flags_at(tag, stamp);
   }
   void beginRun(const Stretch& stretch);
   void readSample(UINT32 itemIndex, GZDItem item);
@@ -91,9 +91,9 @@ class Reader : public SampleSource {
   [[nodiscard]] const byte* recordAsPreset(const GZDItem& item, UINT16 presetFor) const {
     constexpr std::size_t longest_record = sizeof(UINT16) + longest_fixed_part;
     const INT64 place = item.getFilePos() - static_cast<INT64>(sizeof(UINT16));
-    if (layout.tag != presetFor || layout.hasBlocks || !isInEpoch(place)) return nullptr;
-    const byte* const record = file.inWindow(place, longest_record);
-    return record != nullptr && layout.suits(load_be16(record)) ? record : nullptr;
+    if (layout_.tag != presetFor || layout_.hasBlocks || !isInEpoch(place)) return nullptr;
+    const byte* const record = file_.inWindow(place, longest_record);
+    return record != nullptr && layout_.suits(load_be16(record)) ? record : nullptr;
   }
   void readQueueSampleAnew(const GZDItem& item, Sample& sample);
   void readWithQueue(UINT32 itemIndex, int slot);
@@ -104,42 +104,42 @@ class Reader : public SampleSource {
   void decodeEvent(const GZDItem& item, MessageText& target, FEVENT& event);
 
   [[nodiscard]] bool isInEpoch(INT64 position) const {
-    return position >= epochBegin && position < epochEnd;
+    return position >= epochBegin_ && position < epochEnd_;
   }
   void enterEpochOf(INT64 position);
   void goTo(INT64 position);
   UINT16 goToSample(const GZDItem& item);
   const SampleLayout& layoutFor(UINT16 tag);
 
-  InputStream& file;
-  StreamState state;
-  const Index& index;
-  bool timesFollowRepairs = false;
-  EventPairing pairing;
-  SampleQueue queue;
-  Stretches stretches;
-  DummySamples dummies;
-  unsigned velocityKinds = GZD_VELOCITY_ALL;
+  InputStream& file_;
+  StreamState state_;
+  const Index& index_;
+  bool timesFollowRepairs_ = false;
+  EventPairing pairing_;
+  SampleQueue queue_;
+  Stretches stretches_;
+  DummySamples dummies_;
+  unsigned velocityKinds_ = GZD_VELOCITY_ALL;
 
   // Between these places the parameters in force hold.
-  INT64 epochBegin = 0;
-  INT64 epochEnd = -1;
+  INT64 epochBegin_ = 0;
+  INT64 epochEnd_ = -1;
 
-  ALLF_DATA fData{};
-  int recordType = 0;
-  bool failed = false;
-  UINT16 presetTag = 0;  // fData is a sample preset for this layout tag; 0 when it is not
-  SampleRun run;
-  SampleLayout layout;    // of the tag used last, in this epoch; tag 0 for none
-  FSAMPLE queuePreset{};  // a sample preset for queuePresetTag
-  UINT16 queuePresetTag = 0;
-  MessageText lstring_buffer;
+  ALLF_DATA fData_{};
+  int recordType_ = 0;
+  bool failed_ = false;
+  UINT16 presetTag_ = 0;  // fData is a sample preset for this layout tag; 0 when it is not
+  SampleRun run_;
+  SampleLayout layout_;    // of the tag used last, in this epoch; tag 0 for none
+  FSAMPLE queuePreset_{};  // a sample preset for queuePresetTag
+  UINT16 queuePresetTag_ = 0;
+  MessageText lstring_buffer_;
   // A long message, laid out as an LSTRING; made when the first one is met.
   struct LongText {
     INT16 len;
     std::array<char, long_message_capacity> text;
   };
-  std::unique_ptr<LongText> longText;
+  std::unique_ptr<LongText> longText_;
 };
 
 }  // namespace gzd

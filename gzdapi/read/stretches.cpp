@@ -6,15 +6,15 @@
 namespace gzd {
 
 const Stretch& Stretches::find(UINT32 itemIndex) {
-  const std::vector<UINT32>& boundaries = index.boundaries;
+  const std::vector<UINT32>& boundaries = index_.boundaries;
   const auto next = std::upper_bound(boundaries.begin(), boundaries.end(), itemIndex);
-  newest.end = next == boundaries.end() ? index.size() : *next;
-  newest.begin = next == boundaries.begin() ? 0 : *(next - 1);
-  newest.block = nullptr;
-  if (next == boundaries.begin()) return newest;
-  const GZDItem opening = index.gzdItemList[*(next - 1)];
-  if (opening.isRecordingStart()) newest.block = opening.getRecording();
-  return newest;
+  newest_.end = next == boundaries.end() ? index_.size() : *next;
+  newest_.begin = next == boundaries.begin() ? 0 : *(next - 1);
+  newest_.block = nullptr;
+  if (next == boundaries.begin()) return newest_;
+  const GZDItem opening = index_.gzdItemList[*(next - 1)];
+  if (opening.isRecordingStart()) newest_.block = opening.getRecording();
+  return newest_;
 }
 
 }  // namespace gzd

@@ -16,22 +16,22 @@ struct Stretch {
 class Stretches {
  public:
   // Borrowed, and to have found its boundaries before the first look-up.
-  explicit Stretches(const Index& items) : index(items) {}
+  explicit Stretches(const Index& items) : index_(items) {}
 
   // To be called when the boundaries have changed.
-  void forget() { newest = Stretch(); }
+  void forget() { newest_ = Stretch(); }
 
   // The stretch of an entry; valid until the next call. Asked in order it costs next to nothing.
   const Stretch& at(UINT32 itemIndex) {
-    const bool isInNewest = itemIndex >= newest.begin && itemIndex < newest.end;
-    return isInNewest ? newest : find(itemIndex);
+    const bool isInNewest = itemIndex >= newest_.begin && itemIndex < newest_.end;
+    return isInNewest ? newest_ : find(itemIndex);
   }
 
  private:
   const Stretch& find(UINT32 itemIndex);
 
-  const Index& index;
-  Stretch newest;
+  const Index& index_;
+  Stretch newest_;
 };
 
 }  // namespace gzd

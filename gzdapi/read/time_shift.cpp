@@ -20,11 +20,11 @@ UINT32 first_time_of(const FEVENT& event) {
 
 // Returns whether the record at hand is to be shifted.
 bool TimeShift::decide(UINT32 first, UINT32 maxTime, const char* announcement) {
-  if (firsttime != 0) return true;
-  firsttime = first;
-  disableTimeFix = maxTime < large_time;
-  if (!disableTimeFix) print_log("%s", announcement);
-  return !disableTimeFix;
+  if (firsttime_ != 0) return true;
+  firsttime_ = first;
+  disableTimeFix_ = maxTime < large_time;
+  if (!disableTimeFix_) print_log("%s", announcement);
+  return !disableTimeFix_;
 }
 
 void TimeShift::shift(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime) {
@@ -32,7 +32,7 @@ void TimeShift::shift(ALLF_DATA& d, int type, UINT32 minTime, UINT32 maxTime) {
     if (decide(d.fs.time, maxTime, "Enabling time offset fixup\n")) d.fs.time -= minTime;
   } else if (type == GZD_RECORDING) {
     // Boundaries are shifted by the first time handed out, not by the smallest.
-    if (decide(d.rec.time, maxTime, "Enabling time offset fixup\n")) d.rec.time -= firsttime;
+    if (decide(d.rec.time, maxTime, "Enabling time offset fixup\n")) d.rec.time -= firsttime_;
   } else if (is_known_event_type(type)) {
     if (!decide(first_time_of(d.fe), maxTime, "Enabling time offset fixup \n")) return;
     d.fe.time -= minTime;

@@ -44,10 +44,10 @@ class Sample : public FSAMPLE {
  public:
   Sample() : FSAMPLE() {}
 
-  [[nodiscard]] UINT64 getTimeStamp() const { return timeStamp; }
+  [[nodiscard]] UINT64 getTimeStamp() const { return timeStamp_; }
   [[nodiscard]] UINT32 getTime() const { return time; }
   void updateTimeStamp(UINT64 stamp) {
-    timeStamp = stamp;
+    timeStamp_ = stamp;
     time = time_of_stamp(stamp);
   }
   void clear() { *this = Sample(); }
@@ -61,7 +61,7 @@ class Sample : public FSAMPLE {
   UINT16 presetFor = 0;
 
  private:
-  UINT64 timeStamp = 0;  // half-milliseconds
+  UINT64 timeStamp_ = 0;  // half-milliseconds
 };
 
 }  // namespace gzd

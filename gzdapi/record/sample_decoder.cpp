@@ -25,33 +25,33 @@ constexpr int ellipse_length = 56, LONG_ELLIPSE_LENGTH = 72, ELLIPSE_KIND = 3;
 
 class BytesAt {
  public:
-  explicit BytesAt(const byte* start) : at(start) {}
+  explicit BytesAt(const byte* start) : at_(start) {}
   INT16 word() {
-    const INT16 value = load_be16s(at);
-    at += 2;
+    const INT16 value = load_be16s(at_);
+    at_ += 2;
     return value;
   }
   UINT32 integer() {
-    const UINT32 value = load_be32(at);
-    at += 4;
+    const UINT32 value = load_be32(at_);
+    at_ += 4;
     return value;
   }
   float real() { return missing_normalised(std::bit_cast<float>(integer())); }
-  [[nodiscard]] const byte* position() const { return at; }
+  [[nodiscard]] const byte* position() const { return at_; }
 
  private:
-  const byte* at;
+  const byte* at_;
 };
 
 class CheckedReads {
  public:
-  explicit CheckedReads(InputStream& in) : stream(in) {}
-  INT16 word() { return stream.getWord(); }
-  UINT32 integer() { return static_cast<UINT32>(stream.getInt()); }
-  float real() { return stream.getFloat(); }
+  explicit CheckedReads(InputStream& in) : stream_(in) {}
+  INT16 word() { return stream_.getWord(); }
+  UINT32 integer() { return static_cast<UINT32>(stream_.getInt()); }
+  float real() { return stream_.getFloat(); }
 
  private:
-  InputStream& stream;
+  InputStream& stream_;
 };
 
 inline bool has(UINT16 tag, unsigned bits) {

@@ -24,19 +24,19 @@ struct SaccadeState {
 
 class BlinkMerge {
  public:
-  explicit BlinkMerge(Index& list) : index(list), items(list.gzdItemList) {}
+  explicit BlinkMerge(Index& list) : index_(list), items_(list.gzdItemList) {}
 
   void run() {
-    for (const Landmark mark : index.landmarks()) examine(mark.place, items[mark]);
-    if (edits.apply(items)) index.itemsChanged();
+    for (const Landmark mark : index_.landmarks()) examine(mark.place, items_[mark]);
+    if (edits_.apply(items_)) index_.itemsChanged();
   }
 
  private:
   void examine(UINT32 place, const GZDItem& item) {
-    SaccadeState& eye = eyes[static_cast<std::size_t>(item.getEye())];
+    SaccadeState& eye = eyes_[static_cast<std::size_t>(item.getEye())];
     switch (item.getItemType()) {
       case GZD_RECORDING:
-        eyes = {};
+        eyes_ = {};
         break;
       case GZD_START_SACCADE:
         eye = {};
@@ -49,7 +49,7 @@ class BlinkMerge {
         startBlink(eye, place);
         break;
       case GZD_END_BLINK:
-        if (eye.merged) items.change(place, [](GZDItem& end) { end.markBlinkMerged(); });
+        if (eye.merged) items_.change(place, [](GZDItem& end) { end.markBlinkMerged(); });
         eye.lastEnd = place;
         break;
       default:
@@ -62,19 +62,19 @@ class BlinkMerge {
       ++eye.blinks;
       return;
     }
-    Finding merged = finding_of(GZD_FINDING_BLINKS_MERGED, items[*eye.lastEnd]);
-    merged.end = found_at(items.stampAt(place));
-    index.findings.add(merged);
-    edits.remove(*eye.lastEnd);
-    edits.remove(place);
+    Finding merged = finding_of(GZD_FINDING_BLINKS_MERGED, items_[*eye.lastEnd]);
+    merged.end = found_at(items_.stampAt(place));
+    index_.findings.add(merged);
+    edits_.remove(*eye.lastEnd);
+    edits_.remove(place);
     eye.merged = true;
     eye.lastEnd.reset();
   }
 
-  Index& index;
-  ItemList& items;
-  IndexEdits edits;
-  std::array<SaccadeState, 2> eyes;
+  Index& index_;
+  ItemList& items_;
+  IndexEdits edits_;
+  std::array<SaccadeState, 2> eyes_;
 };
 
 }  // namespace

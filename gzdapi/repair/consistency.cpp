@@ -35,62 +35,62 @@ std::size_t eye_of(const GZDItem& item) {
 
 class OutsideEvents {
  public:
-  explicit OutsideEvents(Index& list) : index(list) {}
+  explicit OutsideEvents(Index& list) : index_(list) {}
 
   void run() {
-    for (const Landmark mark : index.landmarks()) examine(mark.place, index.gzdItemList[mark]);
-    if (changed) index.stampsChanged();
+    for (const Landmark mark : index_.landmarks()) examine(mark.place, index_.gzdItemList[mark]);
+    if (changed_) index_.stampsChanged();
   }
 
  private:
   void examine(UINT32 place, const GZDItem& item) {
     if (item.isRecordingStart()) {
-      startSeen = true;
-      outside = false;
+      startSeen_ = true;
+      outside_ = false;
       releasePending(item.getTimeStamp());
     } else if (item.isRecording()) {
-      outside = startSeen;
-      endStamp = item.getTimeStamp();
-    } else if (outside && item.isEyeEvent() && item.getTimeStamp() > endStamp) {
+      outside_ = startSeen_;
+      endStamp_ = item.getTimeStamp();
+    } else if (outside_ && item.isEyeEvent() && item.getTimeStamp() > endStamp_) {
       examineOutside(place, item);
     }
   }
 
   void releasePending(UINT64 startStamp) {
-    for (const UINT32 start : pending) retime(start, startStamp);
-    changed |= !pending.empty();
-    pending.clear();
+    for (const UINT32 start : pending_) retime(start, startStamp);
+    changed_ |= !pending_.empty();
+    pending_.clear();
   }
 
   void retime(UINT32 place, UINT64 stamp) {
-    index.gzdItemList.change(place, [this, stamp](GZDItem& item) {
+    index_.gzdItemList.change(place, [this, stamp](GZDItem& item) {
       const UINT64 before = item.getTimeStamp();
       item.setFixedTimeStamp(stamp);
-      index.findings.add(retimed(item, before));
+      index_.findings.add(retimed(item, before));
     });
   }
 
   void examineOutside(UINT32 place, const GZDItem& item) {
     if (item.isStartEvent()) {
-      pending.push_back(place);
-      if (item.getItemType() == GZD_START_BLINK) blinkStarted = true;
+      pending_.push_back(place);
+      if (item.getItemType() == GZD_START_BLINK) blinkStarted_ = true;
       return;
     }
-    retime(place, endStamp);
-    changed = true;
-    if (item.getItemType() == GZD_END_BLINK && blinkStarted) {
-      index.gzdItemList.change(place, [](GZDItem& end) { end.markBlinkMerged(); });
-      blinkStarted = false;
+    retime(place, endStamp_);
+    changed_ = true;
+    if (item.getItemType() == GZD_END_BLINK && blinkStarted_) {
+      index_.gzdItemList.change(place, [](GZDItem& end) { end.markBlinkMerged(); });
+      blinkStarted_ = false;
     }
   }
 
-  Index& index;
-  bool changed = false;
-  std::vector<UINT32> pending;  // places of starts that wait for the next block
-  bool startSeen = false;
-  bool outside = false;  // behind the end of a block
-  UINT64 endStamp = 0;
-  bool blinkStarted = false;
+  Index& index_;
+  bool changed_ = false;
+  std::vector<UINT32> pending_;  // places of starts that wait for the next block
+  bool startSeen_ = false;
+  bool outside_ = false;  // behind the end of a block
+  UINT64 endStamp_ = 0;
+  bool blinkStarted_ = false;
 };
 
 // ---- the walk over blocks ----------------------------------------------------------------------
@@ -109,26 +109,26 @@ struct BlinkState {
 
 class BlockWalk {
  public:
-  BlockWalk(Index& list, bool repairs) : index(list), items(list.gzdItemList), repair(repairs) {}
+  BlockWalk(Index& list, bool repairs) : index_(list), items_(list.gzdItemList), repair_(repairs) {}
 
   void run() {
     UINT32 behind = 0;  // the place behind the landmark before
-    for (const Landmark mark : index.landmarks()) {
+    for (const Landmark mark : index_.landmarks()) {
       examineSamples(behind, mark.place);
       examine(mark);
       behind = mark.place + 1;
     }
-    examineSamples(behind, index.size());
-    if (edits.apply(items))
-      index.itemsChanged();
-    else if (anyRetimed)
-      index.stampsChanged();
+    examineSamples(behind, index_.size());
+    if (edits_.apply(items_))
+      index_.itemsChanged();
+    else if (anyRetimed_)
+      index_.stampsChanged();
   }
-  [[nodiscard]] bool boundariesChangedPlaces() const { return changedPlaces; }
+  [[nodiscard]] bool boundariesChangedPlaces() const { return changedPlaces_; }
 
  private:
   void examine(Landmark mark) {
-    switch (items[mark].getItemType()) {
+    switch (items_[mark].getItemType()) {
       case GZD_RECORDING:
         boundary(mark.place);
         break;
@@ -145,75 +145,76 @@ class BlockWalk {
 
   void examineSamples(UINT32 begin, UINT32 end) {
     UINT32 place = begin;
-    while (place < end && !inside && straySample(place)) ++place;
+    while (place < end && !inside_ && straySample(place)) ++place;
     if (place > begin) noteStrays(begin, place);
   }
 
-  [[nodiscard]] Remembered remember(UINT32 place) const { return {place, place + growth}; }
+  [[nodiscard]] Remembered remember(UINT32 place) const { return {place, place + growth_}; }
 
   void boundary(UINT32 place) {
-    inside = items[place].isRecordingStart();
-    if (inside) {
-      lastStart = place;
-      starts = ends = 0;
+    inside_ = items_[place].isRecordingStart();
+    if (inside_) {
+      lastStart_ = place;
+      starts_ = ends_ = 0;
     } else {
-      lastEnd = place;
+      lastEnd_ = place;
     }
   }
 
   void noteStrays(UINT32 begin, UINT32 end) {
-    index.findings.add({.kind = GZD_FINDING_SAMPLES_DROPPED,
-                        .count = INT64{end} - begin,
-                        .place = items[begin].getRecordPlace(),
-                        .start = found_at(items.stampAt(begin)),
-                        .end = found_at(items.stampAt(end - 1))});
+    index_.findings.add({.kind = GZD_FINDING_SAMPLES_DROPPED,
+                         .count = INT64{end} - begin,
+                         .place = items_[begin].getRecordPlace(),
+                         .start = found_at(items_.stampAt(begin)),
+                         .end = found_at(items_.stampAt(end - 1))});
   }
 
   // Returns whether the sample is dropped.
   bool straySample(UINT32 place) {
-    if (lastEnd && lastStart &&
-        items[*lastEnd].getTimeStamp() == items[*lastStart].getTimeStamp()) {
+    if (lastEnd_ && lastStart_ &&
+        items_[*lastEnd_].getTimeStamp() == items_[*lastStart_].getTimeStamp()) {
       moveEndBeforeStart();
       return false;
     }
-    strayLine.log(static_cast<int>(time_of(items[place])));
-    edits.remove(place);
-    --growth;
+    strayLine_.log(static_cast<int>(time_of(items_[place])));
+    edits_.remove(place);
+    --growth_;
     return true;
   }
 
   // The end, which is the newer of the two, goes to the start's place; all between moves up.
   void moveEndBeforeStart() {
-    edits.remove(*lastEnd);
-    edits.insertBefore(*lastStart, items[*lastEnd]);
-    if (pending && pending->place > *lastStart && pending->place < *lastEnd) ++pending->number;
-    inside = true;
-    changedPlaces = true;
-    Finding swap = finding_of(GZD_FINDING_BOUNDARIES_SWAPPED, items[*lastStart]);
+    edits_.remove(*lastEnd_);
+    edits_.insertBefore(*lastStart_, items_[*lastEnd_]);
+    if (pending_ && pending_->place > *lastStart_ && pending_->place < *lastEnd_)
+      ++pending_->number;
+    inside_ = true;
+    changedPlaces_ = true;
+    Finding swap = finding_of(GZD_FINDING_BOUNDARIES_SWAPPED, items_[*lastStart_]);
     swap.detail = 0;
-    index.findings.add(swap);
+    index_.findings.add(swap);
   }
 
   void endBlink(UINT32 place) {
-    BlinkState& eye = blinks[eye_of(items[place])];
-    ++ends;
-    if (eye.endSeen) loneEndLine.log(time_of(items[place]));
+    BlinkState& eye = blinks_[eye_of(items_[place])];
+    ++ends_;
+    if (eye.endSeen) loneEndLine_.log(time_of(items_[place]));
     eye.endSeen = true;
     if (eye.startOpen) {
       eye = {};
     } else {
-      pending = remember(place);
+      pending_ = remember(place);
     }
   }
 
   void startBlink(UINT32 place) {
-    BlinkState& eye = blinks[eye_of(items[place])];
-    ++starts;
-    if (starts > ends) {
+    BlinkState& eye = blinks_[eye_of(items_[place])];
+    ++starts_;
+    if (starts_ > ends_) {
       openBlink(eye, place);
-    } else if (starts != 1 || ends != 1) {
+    } else if (starts_ != 1 || ends_ != 1) {
       closeOrKeep(eye, place);
-    } else if (pending && lastStart) {
+    } else if (pending_ && lastStart_) {
       insertStart(eye, place);
       startBlink(place);  // once more, now behind the inserted start
     } else {
@@ -223,26 +224,26 @@ class BlockWalk {
 
   void openBlink(BlinkState& eye, UINT32 place) {
     if (eye.startOpen) {
-      loneStartLine.log(time_of(items[place]));
+      loneStartLine_.log(time_of(items_[place]));
     }
     eye.startOpen = true;
     if (!eye.endSeen) return;
-    if (repair && pending) pairWithPending(place);
+    if (repair_ && pending_) pairWithPending(place);
     eye = {};
   }
 
   void pairWithPending(UINT32 place) {
-    const GZDItem start = items[place];
-    const GZDItem end = items[pending->place];
+    const GZDItem start = items_[place];
+    const GZDItem end = items_[pending_->place];
     print_log("matching EBLINK found for SBLINK index %d for %lu fix order %d to %lu \n",
               static_cast<int>(remember(place).number), static_cast<unsigned long>(time_of(start)),
-              static_cast<int>(pending->number), static_cast<unsigned long>(time_of(end)));
-    items.change(place, [&](GZDItem& item) {
+              static_cast<int>(pending_->number), static_cast<unsigned long>(time_of(end)));
+    items_.change(place, [&](GZDItem& item) {
       item.setFixedTimeStamp(end.getTimeStamp());
-      index.findings.add(retimed(item, start.getTimeStamp()));
+      index_.findings.add(retimed(item, start.getTimeStamp()));
     });
-    anyRetimed = true;
-    pending.reset();
+    anyRetimed_ = true;
+    pending_.reset();
   }
 
   void closeOrKeep(BlinkState& eye, UINT32 place) {
@@ -250,42 +251,42 @@ class BlockWalk {
     if (eye.startOpen) {
       eye = {};
     } else {
-      pending = remember(place);
+      pending_ = remember(place);
     }
   }
 
   // The block begins inside a blink: its end has no start.
   void insertStart(BlinkState& eye, UINT32 place) {
-    items.change(pending->place, [](GZDItem& end) { end.markBlinkMerged(); });
-    const GZDItem start(position_of_dummy, GZD_START_BLINK, items[pending->place].getSide(),
-                        tag_of_inserted, items[*lastStart].getTimeStamp());
-    edits.insertBefore(place, start);
-    index.findings.add(finding_of(GZD_FINDING_BLINK_START_INSERTED, start));
-    ++growth;
-    pending.reset();
+    items_.change(pending_->place, [](GZDItem& end) { end.markBlinkMerged(); });
+    const GZDItem start(position_of_dummy, GZD_START_BLINK, items_[pending_->place].getSide(),
+                        tag_of_inserted, items_[*lastStart_].getTimeStamp());
+    edits_.insertBefore(place, start);
+    index_.findings.add(finding_of(GZD_FINDING_BLINK_START_INSERTED, start));
+    ++growth_;
+    pending_.reset();
     eye.endSeen = false;
-    starts = ends = 1;
+    starts_ = ends_ = 1;
   }
 
-  Index& index;
-  ItemList& items;
-  const bool repair;
-  bool anyRetimed = false;
-  NumberLine strayLine{"WARNING: GZD FILE MAY BE CORRUPTED. Sample at ",
-                       " found without start recording. Skipping this sample \n"};
-  NumberLine loneEndLine{"found EBLINK  with no SBLINK ", " \n"};
-  NumberLine loneStartLine{"No matching EBLINK found for SBLINK  ", " \n"};
-  IndexEdits edits;
-  INT64 growth = 0;  // entries inserted less entries removed so far
-  bool inside = false;
-  bool changedPlaces = false;
-  std::optional<UINT32> lastStart;
-  std::optional<UINT32> lastEnd;
+  Index& index_;
+  ItemList& items_;
+  const bool repair_;
+  bool anyRetimed_ = false;
+  NumberLine strayLine_{"WARNING: GZD FILE MAY BE CORRUPTED. Sample at ",
+                        " found without start recording. Skipping this sample \n"};
+  NumberLine loneEndLine_{"found EBLINK  with no SBLINK ", " \n"};
+  NumberLine loneStartLine_{"No matching EBLINK found for SBLINK  ", " \n"};
+  IndexEdits edits_;
+  INT64 growth_ = 0;  // entries inserted less entries removed so far
+  bool inside_ = false;
+  bool changedPlaces_ = false;
+  std::optional<UINT32> lastStart_;
+  std::optional<UINT32> lastEnd_;
   // The counters serve both eyes and begin anew with each block; flags and pending end live on.
-  UINT32 starts = 0;
-  UINT32 ends = 0;
-  std::array<BlinkState, 2> blinks;
-  std::optional<Remembered> pending;  // a blink end that waits for its start
+  UINT32 starts_ = 0;
+  UINT32 ends_ = 0;
+  std::array<BlinkState, 2> blinks_;
+  std::optional<Remembered> pending_;  // a blink end that waits for its start
 };
 
 }  // namespace

@@ -36,7 +36,7 @@ EventPairing EventPairing::build(const Index& index) {
     } else if (start) {
       const UINT32 startTime = time_of_stamp(start->getTimeStamp());
       if (start_decides(*start, item) && startTime < time_of_stamp(item.getTimeStamp())) {
-        pairing.ends.push_back({mark.place, startTime});
+        pairing.ends_.push_back({mark.place, startTime});
       }
       start.reset();
     }
@@ -56,9 +56,9 @@ void EventPairing::showEntryTime(const GZDItem& item, FEVENT& event) {
 
 void EventPairing::showStartTime(UINT32 itemIndex, FEVENT& event) const {
   const auto found =
-      std::lower_bound(ends.begin(), ends.end(), itemIndex,
+      std::lower_bound(ends_.begin(), ends_.end(), itemIndex,
                        [](const ChangedEnd& end, UINT32 wanted) { return end.itemIndex < wanted; });
-  if (found != ends.end() && found->itemIndex == itemIndex) event.sttime = found->startTime;
+  if (found != ends_.end() && found->itemIndex == itemIndex) event.sttime = found->startTime;
 }
 
 }  // namespace gzd

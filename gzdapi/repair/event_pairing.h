@@ -23,7 +23,7 @@ class EventPairing {
   void apply(UINT32 itemIndex, const GZDItem& item, FEVENT& event) const {
     if (!item.isEyeEvent()) return;
     if (item.isTimeChanged()) showEntryTime(item, event);
-    if (!ends.empty() && item.isEndEvent()) showStartTime(itemIndex, event);
+    if (!ends_.empty() && item.isEndEvent()) showStartTime(itemIndex, event);
   }
 
  private:
@@ -35,7 +35,7 @@ class EventPairing {
   static void showEntryTime(const GZDItem& item, FEVENT& event);
   void showStartTime(UINT32 itemIndex, FEVENT& event) const;
 
-  std::vector<ChangedEnd> ends;  // ascending indices
+  std::vector<ChangedEnd> ends_;  // ascending indices
 };
 
 }  // namespace gzd

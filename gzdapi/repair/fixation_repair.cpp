@@ -34,28 +34,28 @@ void report(const char* what, UINT64 position, const GZDItem& start, UINT64 endS
 void FixationRepair::follow(const FEVENT& event, Index& index) {
   const int eye = event.eye == GZD_LEFT_EYE ? 0 : 1;
   if (event.type == GZD_START_FIXATION) {
-    lastStart[eye] = event.sttime;
-    latestStart[eye] = std::max(latestStart[eye], event.sttime);
+    lastStart_[eye] = event.sttime;
+    latestStart_[eye] = std::max(latestStart_[eye], event.sttime);
   }
   if (event.type != GZD_END_FIXATION) return;
-  anyEndBeforeStart |= event.entime < latestStart[eye];
-  if (event.entime >= lastStart[eye]) return;
+  anyEndBeforeStart_ |= event.entime < latestStart_[eye];
+  if (event.entime >= lastStart_[eye]) return;
   const UINT64 recordingStart = start_of_newest_recording(index);
   print_notice(
       "ORIGINAL SFIX time is later than end fix time sfix.sttime=%d efix.entime=%d efix.sttime=%d "
       "rec_start_time=%d\n",
-      as_int(event.entime), as_int(lastStart[eye]), as_int(event.sttime), as_int(recordingStart));
+      as_int(event.entime), as_int(lastStart_[eye]), as_int(event.sttime), as_int(recordingStart));
   index.findings.add({.kind = GZD_FINDING_FIXATION_ENDS_FIRST,
                       .eye = eye == GZD_LEFT_EYE ? GZD_BLOCK_LEFT : GZD_BLOCK_RIGHT,
-                      .start = found_at(stamp_of_time(lastStart[eye])),
+                      .start = found_at(stamp_of_time(lastStart_[eye])),
                       .end = found_at(stamp_of_time(event.entime))});
-  if (start_fix_time_stamp_fix.size() < max_rows) {
-    start_fix_time_stamp_fix.push_back({lastStart[eye], event.sttime, recordingStart});
+  if (start_fix_time_stamp_fix_.size() < max_rows) {
+    start_fix_time_stamp_fix_.push_back({lastStart_[eye], event.sttime, recordingStart});
   }
 }
 
 void FixationRepair::repair(Index& index) const {
-  if (!anyEndBeforeStart) return;
+  if (!anyEndBeforeStart_) return;
   struct Start {
     std::size_t place = 0;
     UINT64 stamp = 0;  // as recorded, also after a repair
@@ -82,9 +82,9 @@ bool FixationRepair::repairStart(GZDItem& start, UINT64 position, UINT64 endStam
   const UINT64 time = start.getTimeStamp() >> 1;
   start.setFixedTimeStamp(start.getTimeStamp());
   report("FIXING", position, start, endStamp);
-  const auto row = std::find_if(start_fix_time_stamp_fix.begin(), start_fix_time_stamp_fix.end(),
+  const auto row = std::find_if(start_fix_time_stamp_fix_.begin(), start_fix_time_stamp_fix_.end(),
                                 [time](const SuspiciousFixation& s) { return s.start == time; });
-  if (row == start_fix_time_stamp_fix.end()) return false;
+  if (row == start_fix_time_stamp_fix_.end()) return false;
   const bool inside = row->recordingStart == 0 || row->recordingStart <= row->startOfEnd;
   start.setFixedTimeStamp(2 * (inside ? row->startOfEnd : row->recordingStart));
   report(inside ? "FIXED (A - Inside of recoding block)" : "FIXED (A - Outside of recoding block)",

@@ -30,10 +30,10 @@ class FixationRepair {
   // What becomes of the start at `position` whose end has `endStamp`. Returns whether it is mended.
   bool repairStart(GZDItem& start, UINT64 position, UINT64 endStamp) const;
 
-  UINT32 lastStart[2] = {0, 0};  // ms, by eye
-  UINT32 latestStart[2] = {0, 0};
-  bool anyEndBeforeStart = false;  // of any fixation of the same eye before it
-  std::vector<SuspiciousFixation> start_fix_time_stamp_fix;
+  UINT32 lastStart_[2] = {0, 0};  // ms, by eye
+  UINT32 latestStart_[2] = {0, 0};
+  bool anyEndBeforeStart_ = false;  // of any fixation of the same eye before it
+  std::vector<SuspiciousFixation> start_fix_time_stamp_fix_;
 };
 
 }  // namespace gzd

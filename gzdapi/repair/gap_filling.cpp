@@ -28,7 +28,7 @@ GZDItem dummy_sample(UINT64 stamp) {
 void SampleClock::findPeriod(Index& index, INT64 stamp, float sampleRate) {
   const INT64 observed = stamp - previousStamp();
   if (observed > longest_period || observed <= 0) return;
-  period = observed;
+  period_ = observed;
   const int expected = stamps_per_sample(sampleRate);
   if (expected < 1 || expected > longest_period || expected == observed) return;
   print_log(
@@ -36,7 +36,7 @@ void SampleClock::findPeriod(Index& index, INT64 stamp, float sampleRate) {
       "Using start recording sample rate. %d %d %d %d \n",
       expected, static_cast<int>(observed), static_cast<int>(previousStamp()),
       static_cast<int>(stamp));
-  period = expected;
+  period_ = expected;
   index.findings.add({.kind = GZD_FINDING_PERIOD_MISMATCH,
                       .detail = static_cast<int>(observed),
                       .start = previousStamp(),
@@ -47,15 +47,15 @@ void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRat
                              DummyBudget& budget) {
   const INT64 stamp = static_cast<INT64>(unsignedStamp);
   if (!knowsPeriod()) findPeriod(index, stamp, sampleRate);
-  if (!knowsPeriod() || stamp - previousStamp() <= period) return;
+  if (!knowsPeriod() || stamp - previousStamp() <= period_) return;
 
-  const int missing = static_cast<INT32>(stamp - 2 * last) / static_cast<INT32>(period);
+  const int missing = static_cast<INT32>(stamp - 2 * last_) / static_cast<INT32>(period_);
   print_log("Missing %d samples. Inserting dummy samples \n", missing);
   print_log("Missing (%llu-%llu) samples. Calculating speriod \n",
-            printable(static_cast<UINT64>(last)), printable(unsignedStamp >> 1));
+            printable(static_cast<UINT64>(last_)), printable(unsignedStamp >> 1));
   std::fflush(nullptr);
   Finding gap = {.kind = GZD_FINDING_GAP_LEFT,
-                 .count = (stamp - previousStamp() - 1) / period,
+                 .count = (stamp - previousStamp() - 1) / period_,
                  .start = previousStamp(),
                  .end = stamp};
   if (missing > DummyBudget::longest_gap || !budget.allows(missing - 1)) {
@@ -64,7 +64,7 @@ void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRat
     return;
   }
   for (INT64 k = 1; k < missing; ++k) {
-    index.gzdItemList.push_back(dummy_sample(static_cast<UINT64>(previousStamp() + k * period)));
+    index.gzdItemList.push_back(dummy_sample(static_cast<UINT64>(previousStamp() + k * period_)));
   }
   if (missing > 1) {
     gap.kind = GZD_FINDING_GAP_FILLED;
@@ -80,13 +80,13 @@ namespace {
 class BlockStartPadding {
  public:
   BlockStartPadding(DummyBudget& dummyBudget, Findings& found)
-      : budget(dummyBudget), findings(found) {}
+      : budget_(dummyBudget), findings_(found) {}
 
   // Pads between the block starts since the last sample and `sample`: the dummies, in ascending
   // order, go to `dummies`.
   void pad(const std::vector<const Recording*>& starts, UINT64 sampleStamp) {
     dummies.clear();
-    firstStamp = sampleStamp;
+    firstStamp_ = sampleStamp;
     for (const Recording* start : starts) padOne(*start);
     std::reverse(dummies.begin(), dummies.end());
   }
@@ -95,39 +95,39 @@ class BlockStartPadding {
 
  private:
   void padOne(const Recording& start) {
-    if (firstStamp <= start.getTime()) return;
-    const int diff = static_cast<int>((firstStamp - start.getTime()) / 2);
+    if (firstStamp_ <= start.getTime()) return;
+    const int diff = static_cast<int>((firstStamp_ - start.getTime()) / 2);
     const double samples = diff / (1000.0 / static_cast<double>(start.sample_rate));
     const int count = static_cast<int>(std::clamp(samples, -largest_count, largest_count));
     print_log(
         "Missing sample at trial start. Trial start time = %llu First sample time=%llu diff=%d  "
         "SampleRate=%.1f  Missing Sample count=%d\n",
-        printable(start.getTime() >> 1), printable(firstStamp >> 1), diff,
+        printable(start.getTime() >> 1), printable(firstStamp_ >> 1), diff,
         static_cast<double>(start.sample_rate), count);
-    const bool allowed = budget.allows(count);
+    const bool allowed = budget_.allows(count);
     if (count > 0)
       note(start, allowed ? GZD_FINDING_BLOCK_START_FILLED : GZD_FINDING_GAP_LEFT, count);
     if (!allowed) return;
-    const UINT64 sampleStamp = firstStamp;
+    const UINT64 sampleStamp = firstStamp_;
     const UINT64 period = static_cast<UINT64>(stamps_per_sample(start.sample_rate));
     for (int k = 1; k <= count; ++k) {
-      firstStamp = sampleStamp - static_cast<UINT64>(k) * period;
-      print_log("Inserting dummy sample at %d %llu\n", k, printable(firstStamp >> 1));
-      dummies.push_back(dummy_sample(firstStamp));
+      firstStamp_ = sampleStamp - static_cast<UINT64>(k) * period;
+      print_log("Inserting dummy sample at %d %llu\n", k, printable(firstStamp_ >> 1));
+      dummies.push_back(dummy_sample(firstStamp_));
     }
   }
 
   void note(const Recording& start, int kind, int count) {
-    findings.add({.kind = kind,
-                  .eye = start.eye,
-                  .count = count,
-                  .start = found_at(start.getTime()),
-                  .end = found_at(firstStamp)});
+    findings_.add({.kind = kind,
+                   .eye = start.eye,
+                   .count = count,
+                   .start = found_at(start.getTime()),
+                   .end = found_at(firstStamp_)});
   }
 
-  DummyBudget& budget;
-  Findings& findings;
-  UINT64 firstStamp = 0;
+  DummyBudget& budget_;
+  Findings& findings_;
+  UINT64 firstStamp_ = 0;
 };
 
 std::vector<ItemList::Packed> packed(ItemList& items, const std::vector<GZDItem>& dummies) {
@@ -187,17 +187,17 @@ namespace {
 
 class PeriodCount {
  public:
-  explicit PeriodCount(const Index& entries) : index(entries) {}
+  explicit PeriodCount(const Index& entries) : index_(entries) {}
 
   void run() {
     std::size_t behind = 0;  // the place behind the landmark before
-    for (const Landmark mark : index.landmarks()) {
+    for (const Landmark mark : index_.landmarks()) {
       countSamples(behind, mark.place);
       behind = mark.place + std::size_t{1};
-      const GZDItem& item = index.gzdItemList[mark];
+      const GZDItem& item = index_.gzdItemList[mark];
       if (item.isRecording()) meetBoundary(item);
     }
-    countSamples(behind, index.size());
+    countSamples(behind, index_.size());
   }
 
   unsigned shorter = 0;
@@ -205,29 +205,29 @@ class PeriodCount {
 
  private:
   void meetBoundary(const GZDItem& item) {
-    expected = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
-    hasPrevious = false;
+    expected_ = item.isRecordingStart() ? stamps_per_sample(item.getRecording()->sample_rate) : 0;
+    hasPrevious_ = false;
   }
 
   void countSamples(std::size_t first, std::size_t last) {
     for (std::size_t place = first; place < last; ++place) {
-      const INT64 stamp = static_cast<INT64>(index.gzdItemList.stampAt(place));
-      if (expected == 0) {
-        stray.log(stamp);
+      const INT64 stamp = static_cast<INT64>(index_.gzdItemList.stampAt(place));
+      if (expected_ == 0) {
+        stray_.log(stamp);
         continue;
       }
-      if (hasPrevious && stamp - previous < expected) ++shorter;
-      if (hasPrevious && stamp - previous > expected) ++longer;
-      previous = stamp;
-      hasPrevious = true;
+      if (hasPrevious_ && stamp - previous_ < expected_) ++shorter;
+      if (hasPrevious_ && stamp - previous_ > expected_) ++longer;
+      previous_ = stamp;
+      hasPrevious_ = true;
     }
   }
 
-  const Index& index;
-  NumberLine stray{"Sample at time ", " encountered before start of next recording block\n"};
-  INT64 expected = 0;
-  bool hasPrevious = false;
-  INT64 previous = 0;
+  const Index& index_;
+  NumberLine stray_{"Sample at time ", " encountered before start of next recording block\n"};
+  INT64 expected_ = 0;
+  bool hasPrevious_ = false;
+  INT64 previous_ = 0;
 };
 
 }  // namespace

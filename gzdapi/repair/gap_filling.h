@@ -26,24 +26,24 @@ struct DummyBudget {
 class SampleClock {
  public:
   // At any boundary of a block; at a start the period has to be found anew.
-  void forgetTimes() { last = beforeLast = unknown_length; }
-  void forgetPeriod() { period = unknown_length; }
+  void forgetTimes() { last_ = beforeLast_ = unknown_length; }
+  void forgetPeriod() { period_ = unknown_length; }
 
   // The stamp of a sample at `time`: a repeated time counts as half a millisecond later.
   [[nodiscard]] UINT64 stampOf(UINT32 time) const {
-    return stamp_of_time(time) + (INT64{time} == last ? 1 : 0);
+    return stamp_of_time(time) + (INT64{time} == last_ ? 1 : 0);
   }
   // The stamp of the sample before; -1 when none is known.
-  [[nodiscard]] INT64 previousStamp() const { return 2 * last + (last == beforeLast ? 1 : 0); }
+  [[nodiscard]] INT64 previousStamp() const { return 2 * last_ + (last_ == beforeLast_ ? 1 : 0); }
   // Whether largestStep() tells which samples are regular.
   [[nodiscard]] bool isTicking(bool checksGaps) const {
-    return last >= 1 && beforeLast >= 1 && (knowsPeriod() || !checksGaps);
+    return last_ >= 1 && beforeLast_ >= 1 && (knowsPeriod() || !checksGaps);
   }
   // From the stamp of the sample before to the next, if nothing is to be missing. Any step that
   // rises when gaps do not matter.
   [[nodiscard]] UINT64 largestStep(bool checksGaps) const {
     constexpr UINT64 any_rise = ~UINT64{0} >> 1;
-    return checksGaps ? static_cast<UINT64>(period) : any_rise;
+    return checksGaps ? static_cast<UINT64>(period_) : any_rise;
   }
   // Enters dummies for the samples missing before one with `stamp`, and says so in the log.
   void fillGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget) {
@@ -51,8 +51,8 @@ class SampleClock {
   }
   // Goes on to a sample at `time`.
   void advance(UINT32 time) {
-    beforeLast = last;
-    last = time;
+    beforeLast_ = last_;
+    last_ = time;
   }
 
  private:
@@ -60,16 +60,16 @@ class SampleClock {
 
   // Whether nothing is missing before a sample with `stamp`, as far as is known.
   [[nodiscard]] bool isRegular(UINT64 stamp) const {
-    if (last < 1 || beforeLast < 1) return true;
-    return knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period;
+    if (last_ < 1 || beforeLast_ < 1) return true;
+    return knowsPeriod() && static_cast<INT64>(stamp) - previousStamp() <= period_;
   }
   void examineGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget);
   void findPeriod(Index& index, INT64 stamp, float sampleRate);
-  [[nodiscard]] bool knowsPeriod() const { return period >= 1 && period <= 8; }
+  [[nodiscard]] bool knowsPeriod() const { return period_ >= 1 && period_ <= 8; }
 
-  INT64 last = unknown_length;  // ms
-  INT64 beforeLast = unknown_length;
-  INT64 period = unknown_length;  // stamps
+  INT64 last_ = unknown_length;  // ms
+  INT64 beforeLast_ = unknown_length;
+  INT64 period_ = unknown_length;  // stamps
 };
 
 // Enters dummies for samples that are missing at the start of blocks. The index is in time order.

@@ -35,58 +35,58 @@ bool boundaries_collide(const Index& index) {
 class ConfigurationMove {
  public:
   ConfigurationMove(Index& list, const MessageReader& reader)
-      : items(list.gzdItemList), findings(list.findings), messageText(reader) {}
+      : items_(list.gzdItemList), findings_(list.findings), messageText_(reader) {}
 
   // Returns whether anything moved.
   bool run() {
-    for (const Landmark mark : items.landmarks()) examine(mark);
-    return edits.apply(items);
+    for (const Landmark mark : items_.landmarks()) examine(mark);
+    return edits_.apply(items_);
   }
 
  private:
   void examine(Landmark mark) {
     const UINT32 place = mark.place;
-    const GZDItem item = items[mark];
+    const GZDItem item = items_[mark];
     if (item.isRecordingStart()) {
-      collected.clear();
-      watching = true;
+      collected_.clear();
+      watching_ = true;
     } else if (item.isRecording()) {
       putDownBehind(place);
-      watching = false;
-    } else if (watching && item.getItemType() == GZD_MESSAGE && belongsToNextBlock(place)) {
-      collected.push_back(place);
+      watching_ = false;
+    } else if (watching_ && item.getItemType() == GZD_MESSAGE && belongsToNextBlock(place)) {
+      collected_.push_back(place);
     }
   }
 
   [[nodiscard]] bool belongsToNextBlock(UINT32 place) const {
-    return !collected.empty() ||
-           messageText(place).find(configuration_mark) != std::string_view::npos;
+    return !collected_.empty() ||
+           messageText_(place).find(configuration_mark) != std::string_view::npos;
   }
 
   void putDownBehind(UINT32 blockEnd) {
-    if (collected.empty()) return;
+    if (collected_.empty()) return;
     note(blockEnd);
-    for (const UINT32 place : collected) {
-      edits.remove(place);
-      edits.insertBefore(blockEnd + 1, items[place]);
+    for (const UINT32 place : collected_) {
+      edits_.remove(place);
+      edits_.insertBefore(blockEnd + 1, items_[place]);
     }
-    collected.clear();
+    collected_.clear();
   }
 
   void note(UINT32 blockEnd) {
-    Finding moved = finding_of(GZD_FINDING_MESSAGES_MOVED, items[collected.front()]);
+    Finding moved = finding_of(GZD_FINDING_MESSAGES_MOVED, items_[collected_.front()]);
     moved.detail = 0;
-    moved.count = static_cast<INT64>(collected.size());
-    moved.end = found_at(items.stampAt(blockEnd));
-    findings.add(moved);
+    moved.count = static_cast<INT64>(collected_.size());
+    moved.end = found_at(items_.stampAt(blockEnd));
+    findings_.add(moved);
   }
 
-  ItemList& items;
-  Findings& findings;
-  const MessageReader& messageText;
-  IndexEdits edits;
-  std::vector<UINT32> collected;
-  bool watching = false;
+  ItemList& items_;
+  Findings& findings_;
+  const MessageReader& messageText_;
+  IndexEdits edits_;
+  std::vector<UINT32> collected_;
+  bool watching_ = false;
 };
 
 }  // namespace

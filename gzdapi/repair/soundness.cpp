@@ -11,17 +11,17 @@ constexpr INT64 longest_pause = 2;  // sample periods between the last sample an
 
 class BlockExamination {
  public:
-  explicit BlockExamination(Index& entries) : index(entries) {}
+  explicit BlockExamination(Index& entries) : index_(entries) {}
 
   void run() {
     UINT32 behind = 0;  // the place behind the landmark before
-    for (const Landmark mark : index.landmarks()) {
-      if (behind < mark.place) newest = found_at(index.gzdItemList.stampAt(mark.place - 1));
+    for (const Landmark mark : index_.landmarks()) {
+      if (behind < mark.place) newest_ = found_at(index_.gzdItemList.stampAt(mark.place - 1));
       behind = mark.place + 1;
-      const GZDItem item = index.gzdItemList[mark];
+      const GZDItem item = index_.gzdItemList[mark];
       if (item.isRecordingStart()) {
         begin(*item.getRecording());
-      } else if (item.isRecording() && block != nullptr) {
+      } else if (item.isRecording() && block_ != nullptr) {
         end(item.getTimeStamp());
       }
     }
@@ -31,26 +31,26 @@ class BlockExamination {
   // Samples and events of one block may each have a start of their own.
   void begin(const Recording& start) {
     if ((start.sflags & (SMP_LEFT | SMP_RIGHT)) == 0) return;
-    block = &start;
-    newest = found_at(start.getTime());
+    block_ = &start;
+    newest_ = found_at(start.getTime());
   }
 
   void end(UINT64 stamp) {
-    const Recording& start = *block;
-    block = nullptr;
+    const Recording& start = *block_;
+    block_ = nullptr;
     const INT64 period = stamps_per_sample(start.sample_rate);
-    const INT64 pause = found_at(stamp) - newest;
+    const INT64 pause = found_at(stamp) - newest_;
     if (period < 1 || pause <= longest_pause * period) return;
-    index.findings.add({.kind = GZD_FINDING_SAMPLES_END_EARLY,
-                        .eye = start.eye,
-                        .count = pause / period,
-                        .start = newest,
-                        .end = found_at(stamp)});
+    index_.findings.add({.kind = GZD_FINDING_SAMPLES_END_EARLY,
+                         .eye = start.eye,
+                         .count = pause / period,
+                         .start = newest_,
+                         .end = found_at(stamp)});
   }
 
-  Index& index;
-  const Recording* block = nullptr;  // the one at hand, if it announces samples
-  INT64 newest = 0;                  // stamp of its newest sample, or of its start
+  Index& index_;
+  const Recording* block_ = nullptr;  // the one at hand, if it announces samples
+  INT64 newest_ = 0;                  // stamp of its newest sample, or of its start
 };
 
 }  // namespace

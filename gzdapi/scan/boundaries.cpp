@@ -81,7 +81,7 @@ std::unique_ptr<Recording> make_boundary(const FEVENT& event, const StreamState&
 }
 
 void BoundaryPairing::add(Index& index, std::unique_ptr<Recording> boundary, UINT64 tolerance) {
-  Pending& pending = boundary->isStart() ? starts : ends;
+  Pending& pending = boundary->isStart() ? starts_ : ends_;
   const bool ofSamples = boundary->record_type == GZD_RECORD_SAMPLES;
   Recording* const partner = ofSamples ? pending.events : pending.samples;
   if (partner != nullptr && distance(partner->timestamp, boundary->timestamp) < tolerance) {

@@ -25,8 +25,8 @@ class BoundaryPairing {
     Recording* events = nullptr;
   };
 
-  Pending starts;
-  Pending ends;
+  Pending starts_;
+  Pending ends_;
 };
 
 }  // namespace gzd

@@ -37,12 +37,12 @@ std::string without_marker(std::string_view text) {
 void MessageGrouping::add(Index& index, const GZDItem& item, std::string_view text) {
   switch (piece_of_message(text)) {
     case MessagePiece::First:
-      openGroup = &index.msg_item_list[item.getFilePos()];
+      openGroup_ = &index.msg_item_list[item.getFilePos()];
       index.gzdItemList.push_back(item);
       break;
     case MessagePiece::Continuation:
-      if (openGroup != nullptr) {
-        openGroup->push_back(item);
+      if (openGroup_ != nullptr) {
+        openGroup_->push_back(item);
         ++index.pieceCount;
       } else {
         index.findings.add(finding_of(GZD_FINDING_MESSAGE_PIECE_DROPPED, item));

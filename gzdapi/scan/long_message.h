@@ -30,7 +30,7 @@ class MessageGrouping {
   void add(Index& index, const GZDItem& item, std::string_view text);
 
  private:
-  std::vector<GZDItem>* openGroup = nullptr;
+  std::vector<GZDItem>* openGroup_ = nullptr;
 };
 
 // A long message stops growing at the first piece that finds more characters than this before it.

@@ -68,53 +68,54 @@ bool is_block_start(int type) {
 class DebugTrace {
  public:
   DebugTrace(InputStream& file, const char* fileName) {
-    d.data_dump_size = 200;
+    d_.data_dump_size = 200;
     if (fileName == nullptr) return;
-    out.reset(std::fopen(fileName, "w"));
-    if (!out) return;
-    d.debugFile = out.get();
-    d.gzd_file_size = static_cast<int>(file.getFileSize());
-    std::fprintf(out.get(), "%s file size %d \n", "Start of debug ", d.gzd_file_size);
+    out_.reset(std::fopen(fileName, "w"));
+    if (!out_) return;
+    d_.debugFile = out_.get();
+    d_.gzd_file_size = static_cast<int>(file.getFileSize());
+    std::fprintf(out_.get(), "%s file size %d \n", "Start of debug ", d_.gzd_file_size);
   }
 
-  [[nodiscard]] bool isOn() const { return out != nullptr; }
+  [[nodiscard]] bool isOn() const { return out_ != nullptr; }
 
   void follow(InputStream& file, NextRecord kind) {
-    if (out) troubleshootScan(file, d, static_cast<int>(kind));
+    if (out_) troubleshootScan(file, d_, static_cast<int>(kind));
   }
 
   void finish(const InputStream& file) {
-    if (!out) return;
-    std::fprintf(out.get(), "Total Ov Items %d events %d samples %d File position %d \n",
-                 d.totalOvItem, d.totalEvents, d.totalSamples, static_cast<int>(file.getFilePos()));
-    out.reset();
+    if (!out_) return;
+    std::fprintf(out_.get(), "Total Ov Items %d events %d samples %d File position %d \n",
+                 d_.totalOvItem, d_.totalEvents, d_.totalSamples,
+                 static_cast<int>(file.getFilePos()));
+    out_.reset();
   }
 
  private:
-  DebugParaT d;
-  FileHandle out;
+  DebugParaT d_;
+  FileHandle out_;
 };
 
 class Scan {
  public:
   Scan(InputStream& in, StreamState& streamState, const ScanOptions& scanOptions, Index& target)
-      : file(in),
-        state(streamState),
-        options(scanOptions),
-        index(target),
-        trace(in, scanOptions.debugFileName),
-        fileSize(in.getFileSize()) {
-    index.parameterEpochs.push_back({0, state.parameters});
+      : file_(in),
+        state_(streamState),
+        options_(scanOptions),
+        index_(target),
+        trace_(in, scanOptions.debugFileName),
+        fileSize_(in.getFileSize()) {
+    index_.parameterEpochs.push_back({0, state_.parameters});
   }
 
   void run() {
-    while (!ended) {
+    while (!ended_) {
       checkSize();
       if (readRegularSamples()) continue;
-      recordStart = file.getFilePos();
+      recordStart_ = file_.getFilePos();
       const NextRecord kind = nextRecord();
-      trace.follow(file, kind);
-      const INT64 position = file.getFilePos();
+      trace_.follow(file_, kind);
+      const INT64 position = file_.getFilePos();
       switch (kind) {
         case NextRecord::End:
           endAtTag();
@@ -127,56 +128,56 @@ class Scan {
           break;
       }
     }
-    trace.finish(file);
-    if (endsAtLimit && !hasStopped) stopAt(GZD_FINDING_TOO_LARGE, file.getFilePos());
+    trace_.finish(file_);
+    if (endsAtLimit_ && !hasStopped_) stopAt(GZD_FINDING_TOO_LARGE, file_.getFilePos());
     finish();
   }
 
  private:
   NextRecord nextRecord() {
-    if (!options.failsafe) return next_combfile_item(file, state);
+    if (!options_.failsafe) return next_combfile_item(file_, state_);
     bool behindClosingTag = false;
     try {
-      const NextRecord kind = next_combfile_item(file, state);
+      const NextRecord kind = next_combfile_item(file_, state_);
       if (kind != NextRecord::End) return kind;
       behindClosingTag = true;
-      recordStart = file.getFilePos();
-      return next_combfile_item(file, state);
+      recordStart_ = file_.getFilePos();
+      return next_combfile_item(file_, state_);
     } catch (const GZDException& error) {
       log_clipped("Error reading items %s \n", error.getMessage());
-      sortItems(index);
-      stopAt(behindClosingTag ? GZD_FINDING_UNREAD : GZD_FINDING_CUT, recordStart);
+      sortItems(index_);
+      stopAt(behindClosingTag ? GZD_FINDING_UNREAD : GZD_FINDING_CUT, recordStart_);
       return NextRecord::End;
     }
   }
 
   // What lies behind the closing tag is not read.
   void endAtTag() {
-    ended = true;
-    if (!hasStopped) stopAt(GZD_FINDING_UNREAD, file.getFilePos());
+    ended_ = true;
+    if (!hasStopped_) stopAt(GZD_FINDING_UNREAD, file_.getFilePos());
   }
 
   // Notes that nothing is read from `place` on.
   void stopAt(int kind, INT64 place) {
-    hasStopped = true;
-    const INT64 left = std::max<INT64>(fileSize - place, 0);
+    hasStopped_ = true;
+    const INT64 left = std::max<INT64>(fileSize_ - place, 0);
     if (kind == GZD_FINDING_UNREAD && left == 0) return;
-    const int reason = kind == GZD_FINDING_UNREAD ? 0 : file.getReadError().reason;
-    const std::size_t entries = index.gzdItemList.size();
+    const int reason = kind == GZD_FINDING_UNREAD ? 0 : file_.getReadError().reason;
+    const std::size_t entries = index_.gzdItemList.size();
     const INT64 time =
-        entries != 0 ? found_at(index.gzdItemList.stampAt(entries - 1)) : Finding::none_found;
-    index.findings.add({.kind = reason != 0 ? GZD_FINDING_READ_ERROR : kind,
-                        .detail = reason,
-                        .count = left,
-                        .place = place,
-                        .start = time,
-                        .end = time});
+        entries != 0 ? found_at(index_.gzdItemList.stampAt(entries - 1)) : Finding::none_found;
+    index_.findings.add({.kind = reason != 0 ? GZD_FINDING_READ_ERROR : kind,
+                         .detail = reason,
+                         .count = left,
+                         .place = place,
+                         .start = time,
+                         .end = time});
   }
 
   void noteTimes(UINT32 firstTime, UINT32 lastTime) {
-    if (!anyRecord) index.minTime = firstTime;
-    anyRecord = true;
-    index.maxTime = std::max(index.maxTime, std::max(firstTime, lastTime));
+    if (!anyRecord_) index_.minTime = firstTime;
+    anyRecord_ = true;
+    index_.maxTime = std::max(index_.maxTime, std::max(firstTime, lastTime));
   }
 
   // Whether the scan goes on behind the record at `position`.
@@ -185,74 +186,75 @@ class Scan {
     print_log(
         "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files up "
         "to 2 GB. Data after the 2 GB limit will be discarded.\n");
-    ended = endsAtLimit = true;
+    ended_ = endsAtLimit_ = true;
   }
 
   // Ends the scan at a record that cannot be read, or throws.
   void failToRead(int errorNumber, const char* kind, const char* message) {
     print_log("error reading gzd file %d\n", errorNumber);
-    if (!options.failsafe) throw GZDException("%s", message);
+    if (!options_.failsafe) throw GZDException("%s", message);
     print_log("Unexpected file read error while reading %s; simulating end reached. \n", kind);
-    ended = true;
-    stopAt(file.eof() ? GZD_FINDING_CUT : GZD_FINDING_DAMAGE, recordStart);
+    ended_ = true;
+    stopAt(file_.eof() ? GZD_FINDING_CUT : GZD_FINDING_DAMAGE, recordStart_);
   }
 
   // ---- events ----
 
   void readEvent(INT64 position) {
-    const UINT16 tag = state.last_tag;
+    const UINT16 tag = state_.last_tag;
     const int result = with_errors_caught(
-        options.failsafe, [&] { return decode_event(file, state, tag, text, event); });
+        options_.failsafe, [&] { return decode_event(file_, state_, tag, text_, event_); });
     notePosition(position);
     if (result < 0) return failToRead(1, "event", "Error reading event - type(preScan)");
-    noteTimes(event.sttime, event.entime);
-    if (is_block_start(event.type)) noteParameters(position);
-    if (state.unknown_field != 0) note(GZD_FINDING_UNKNOWN_FIELD, state.unknown_field);
-    if (state.rate_assumed) note(GZD_FINDING_RATE_ASSUMED, static_cast<int>(rateNamed()));
-    if (options.failsafe && event.type == 0) {
+    noteTimes(event_.sttime, event_.entime);
+    if (is_block_start(event_.type)) noteParameters(position);
+    if (state_.unknown_field != 0) note(GZD_FINDING_UNKNOWN_FIELD, state_.unknown_field);
+    if (state_.rate_assumed) note(GZD_FINDING_RATE_ASSUMED, static_cast<int>(rateNamed()));
+    if (options_.failsafe && event_.type == 0) {
       print_log("Unexpected event type tag 0. Skipping event \n");
-      note(GZD_FINDING_EVENT_SKIPPED, event.type);
-    } else if (is_boundary(event.type)) {
+      note(GZD_FINDING_EVENT_SKIPPED, event_.type);
+    } else if (is_boundary(event_.type)) {
       indexBoundary();
-    } else if (options.loadEvents && position <= largest_position) {
+    } else if (options_.loadEvents && position <= largest_position) {
       indexEvent(position, tag);
     }
   }
 
   // Notes what is found of the event at hand.
   void note(int kind, int detail) {
-    const INT64 stamp = found_at(stamp_of_time(event.sttime));
-    index.findings.add(
-        {.kind = kind, .detail = detail, .place = recordStart, .start = stamp, .end = stamp});
+    const INT64 stamp = found_at(stamp_of_time(event_.sttime));
+    index_.findings.add(
+        {.kind = kind, .detail = detail, .place = recordStart_, .start = stamp, .end = stamp});
   }
 
   // The rate in the record at hand, of a block's start.
-  [[nodiscard]] float rateNamed() const { return std::clamp(event.avel, 0.0f, largest_rate_told); }
+  [[nodiscard]] float rateNamed() const { return std::clamp(event_.avel, 0.0f, largest_rate_told); }
 
   void noteParameters(INT64 position) {
-    if (index.parameterEpochs.back().parameters == state.parameters) return;
-    index.parameterEpochs.push_back({position, state.parameters});
+    if (index_.parameterEpochs.back().parameters == state_.parameters) return;
+    index_.parameterEpochs.push_back({position, state_.parameters});
   }
 
   void indexBoundary() {
-    const bool kept = is_boundary_of_samples(event.type) ? options.loadSamples : options.loadEvents;
-    clock.forgetTimes();
-    if (is_block_start(event.type)) clock.forgetPeriod();
+    const bool kept =
+        is_boundary_of_samples(event_.type) ? options_.loadSamples : options_.loadEvents;
+    clock_.forgetTimes();
+    if (is_block_start(event_.type)) clock_.forgetPeriod();
     if (!kept) return;
-    if (event.type == GZD_END_SAMPLES) adjustSampleFlags();
-    pairing.add(index, make_boundary(event, state, index),
-                static_cast<UINT64>(static_cast<int>(2 * state.sam_per_sec)));
+    if (event_.type == GZD_END_SAMPLES) adjustSampleFlags();
+    pairing_.add(index_, make_boundary(event_, state_, index_),
+                 static_cast<UINT64>(static_cast<int>(2 * state_.sam_per_sec)));
   }
 
   // The newest sample tells what the head data of its block really are.
   void adjustSampleFlags() {
-    Recording* const block = index.newestRecording();
+    Recording* const block = index_.newestRecording();
     if (block == nullptr || !block->isStart()) return;
-    const int htype = newestSample.htype;
+    const int htype = newestSample_.htype;
     constexpr int not_a_head_type = -32768;
     constexpr int head_type_without_data = 15;
     if ((htype & 8) == 0) {
-      if ((newestSample.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == head_type_without_data) {
+      if ((newestSample_.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == head_type_without_data) {
         block->sflags &= static_cast<UINT16>(~SMP_HEAD_DATA);
       }
     } else if (htype != not_a_head_type) {
@@ -261,25 +263,25 @@ class Scan {
   }
 
   void indexEvent(INT64 position, UINT16 tag) {
-    const int type = event.type;
-    if (options.failsafe && event.sttime == 0 && isTimedByStart(type)) {
+    const int type = event_.type;
+    if (options_.failsafe && event_.sttime == 0 && isTimedByStart(type)) {
       print_log("Unexpected time stamp 0. Skipping event \n");
       note(GZD_FINDING_EVENT_SKIPPED, type);
       return;
     }
     if (!is_known_event_type(type)) note(GZD_FINDING_UNKNOWN_KIND, type);
     if (type <= GZD_END_PARSE || type == GZD_RECORDING) return;
-    if (type == GZD_INPUT) index.inputType |= INPUT_EVENTS;
-    fixations.follow(event, index);
+    if (type == GZD_INPUT) index_.inputType |= INPUT_EVENTS;
+    fixations_.follow(event_, index_);
     const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
     const bool isEnd = isEyeEvent && type % 2 == 0;
-    const UINT16 side = !isEyeEvent                 ? SIDE_NONE
-                        : event.eye == GZD_LEFT_EYE ? SIDE_LEFT
-                                                    : SIDE_RIGHT;
+    const UINT16 side = !isEyeEvent                  ? SIDE_NONE
+                        : event_.eye == GZD_LEFT_EYE ? SIDE_LEFT
+                                                     : SIDE_RIGHT;
     const GZDItem item(position, type, side, tag,
-                       stamp_of_time(isEnd ? event.entime : event.sttime));
+                       stamp_of_time(isEnd ? event_.entime : event_.sttime));
     makeRoom(position);
-    messages.add(index, item, text_of(event.message));
+    messages_.add(index_, item, text_of(event_.message));
   }
 
   static bool isTimedByStart(int type) {
@@ -293,128 +295,129 @@ class Scan {
   // window: reads as many of them as there are. Returns false when the next record is another.
   bool readRegularSamples() {
     constexpr std::size_t longest_record = sizeof(UINT16) + longest_fixed_part;
-    const bool checksGaps = options.fixConsistency && options.loadSamples;
-    if (!canBeShort || (options.loadSamples && !clock.isTicking(checksGaps))) return false;
-    const byte* const start = file.peek(longest_record);
-    if (start == nullptr || !layout.suits(load_be16(start))) return false;
-    const std::size_t available = file.available();
-    const INT64 position = file.getFilePos();
+    const bool checksGaps = options_.fixConsistency && options_.loadSamples;
+    if (!canBeShort_ || (options_.loadSamples && !clock_.isTicking(checksGaps))) return false;
+    const byte* const start = file_.peek(longest_record);
+    if (start == nullptr || !layout_.suits(load_be16(start))) return false;
+    const std::size_t available = file_.available();
+    const INT64 position = file_.getFilePos();
     if (position + static_cast<INT64>(available) > last_position) return false;
 
     const RegularRun run =
-        read_regular_samples({.layout = layout,
+        read_regular_samples({.layout = layout_,
                               .record = start,
                               .last = start + (available - longest_record),
                               .position = position,
-                              .time = state.curr_time,
-                              .stamp = static_cast<UINT64>(clock.previousStamp()),
-                              .largestStep = clock.largestStep(checksGaps)},
-                             options.loadSamples ? &index.gzdItemList : nullptr);
+                              .time = state_.curr_time,
+                              .stamp = static_cast<UINT64>(clock_.previousStamp()),
+                              .largestStep = clock_.largestStep(checksGaps)},
+                             options_.loadSamples ? &index_.gzdItemList : nullptr);
     if (run.newest == nullptr) return false;
-    glance_at_fixed_part(run.newest, run.timeBefore, layout, newestSample);
-    file.take(static_cast<std::size_t>(run.end - start));
-    state.curr_time = run.time;
-    index.maxTime = std::max(index.maxTime, run.time);
-    if (options.loadSamples) {
-      clock.advance(run.timeBefore);
-      clock.advance(run.time);
+    glance_at_fixed_part(run.newest, run.timeBefore, layout_, newestSample_);
+    file_.take(static_cast<std::size_t>(run.end - start));
+    state_.curr_time = run.time;
+    index_.maxTime = std::max(index_.maxTime, run.time);
+    if (options_.loadSamples) {
+      clock_.advance(run.timeBefore);
+      clock_.advance(run.time);
       noteKind(run.hasNegativePupil, run.hasInput);
     }
     return true;
   }
 
   void readSample(INT64 position) {
-    const UINT16 tag = state.last_tag;
-    const int result = with_errors_caught(options.failsafe, [&] {
-      newestSample = glance_at_sample(file, state, tag, layout);
+    const UINT16 tag = state_.last_tag;
+    const int result = with_errors_caught(options_.failsafe, [&] {
+      newestSample_ = glance_at_sample(file_, state_, tag, layout_);
       return 0;
     });
     notePosition(position);
     if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
-    noteTimes(newestSample.time, newestSample.time);
-    canBeShort = !layout.hasBlocks && !trace.isOn();
-    if (options.loadSamples && position <= largest_position) indexSample(position);
+    noteTimes(newestSample_.time, newestSample_.time);
+    canBeShort_ = !layout_.hasBlocks && !trace_.isOn();
+    if (options_.loadSamples && position <= largest_position) indexSample(position);
   }
 
   void noteKind(bool hasNegativePupil, bool hasInput) {
-    hasRawSamples |= hasNegativePupil;
-    if (hasInput) index.inputType |= INPUT_IN_SAMPLES;
+    hasRawSamples_ |= hasNegativePupil;
+    if (hasInput) index_.inputType |= INPUT_IN_SAMPLES;
   }
 
   void indexSample(INT64 position) {
-    noteKind(newestSample.hasNegativePupil, newestSample.input != NOT_RECORDED_WORD);
-    const UINT64 stamp = clock.stampOf(newestSample.time);
-    if (options.fixConsistency) clock.fillGap(index, stamp, state.sam_per_sec, dummies);
+    noteKind(newestSample_.hasNegativePupil, newestSample_.input != NOT_RECORDED_WORD);
+    const UINT64 stamp = clock_.stampOf(newestSample_.time);
+    if (options_.fixConsistency) clock_.fillGap(index_, stamp, state_.sam_per_sec, dummies_);
     makeRoom(position);
-    index.gzdItemList.addSample(position, stamp);
-    clock.advance(newestSample.time);
+    index_.gzdItemList.addSample(position, stamp);
+    clock_.advance(newestSample_.time);
   }
 
   // When the size of the records shows how many entries there will be: growing step by step would
   // hold the index twice. Dummies take no bytes and tell nothing.
   void makeRoom(INT64 position) {
-    const std::size_t size = index.gzdItemList.size();
-    if (size < roomForEntries || fileSize <= position) return;
-    const std::size_t count = size - static_cast<std::size_t>(DummyBudget::all_gaps - dummies.left);
-    const double mostPerByte = hasEstimate ? 1.0 : most_entries_per_byte;
-    hasEstimate = true;
+    const std::size_t size = index_.gzdItemList.size();
+    if (size < roomForEntries_ || fileSize_ <= position) return;
+    const std::size_t count =
+        size - static_cast<std::size_t>(DummyBudget::all_gaps - dummies_.left);
+    const double mostPerByte = hasEstimate_ ? 1.0 : most_entries_per_byte;
+    hasEstimate_ = true;
     const double entriesPerByte =
         std::min(static_cast<double>(count) / static_cast<double>(position), mostPerByte);
     const auto estimate =
-        static_cast<std::size_t>(static_cast<double>(fileSize) * entriesPerByte * 1.05);
+        static_cast<std::size_t>(static_cast<double>(fileSize_) * entriesPerByte * 1.05);
     reserve(std::clamp(estimate, size + size / 4, std::max(largest_room, size + size / 4)));
   }
 
   void reserve(std::size_t entries) {
-    ItemList& items = index.gzdItemList;
+    ItemList& items = index_.gzdItemList;
     items.reserve(entries);
-    roomForEntries = items.capacity();
+    roomForEntries_ = items.capacity();
     ask_for_huge_pages(items.packed().data(), items.capacity() * sizeof(ItemList::Packed));
   }
 
   // Throws for an index that no machine should be asked to hold.
   void checkSize() const {
-    if (index.bytes() <= options.largestIndex) return;
+    if (index_.bytes() <= options_.largestIndex) return;
     throw GZDException("The index of this recording would take more than %u MB of memory",
-                       static_cast<unsigned>(options.largestIndex >> 20))
+                       static_cast<unsigned>(options_.largestIndex >> 20))
         .because({.reason = ENOMEM});
   }
 
   // ---- the whole index ----
 
   void finish() {
-    if (options.fixConsistency) fixations.repair(index);
-    sortItems(index);
-    if (!options.fixConsistency) return;
-    if (!hasRawSamples) pad_block_starts(index, dummies);
-    report_sample_periods(index);
+    if (options_.fixConsistency) fixations_.repair(index_);
+    sortItems(index_);
+    if (!options_.fixConsistency) return;
+    if (!hasRawSamples_) pad_block_starts(index_, dummies_);
+    report_sample_periods(index_);
   }
 
-  InputStream& file;
-  StreamState& state;
-  const ScanOptions& options;
-  Index& index;
-  DebugTrace trace;
-  const INT64 fileSize;
+  InputStream& file_;
+  StreamState& state_;
+  const ScanOptions& options_;
+  Index& index_;
+  DebugTrace trace_;
+  const INT64 fileSize_;
 
-  EData event;
-  MessageText text;
-  SampleLayout layout;
-  bool canBeShort = false;  // the records of this layout need no more than their fixed part
-  SampleGlance newestSample;
-  BoundaryPairing pairing;
-  MessageGrouping messages;
-  FixationRepair fixations;
-  SampleClock clock;
-  DummyBudget dummies;
-  bool hasRawSamples = false;
-  bool anyRecord = false;
-  bool hasEstimate = false;
-  std::size_t roomForEntries = entries_for_estimate;
-  INT64 recordStart = 0;  // where the tag of the record at hand stands
-  bool endsAtLimit = false;
-  bool hasStopped = false;  // before the end of the file
-  bool ended = false;
+  EData event_;
+  MessageText text_;
+  SampleLayout layout_;
+  bool canBeShort_ = false;  // the records of this layout need no more than their fixed part
+  SampleGlance newestSample_;
+  BoundaryPairing pairing_;
+  MessageGrouping messages_;
+  FixationRepair fixations_;
+  SampleClock clock_;
+  DummyBudget dummies_;
+  bool hasRawSamples_ = false;
+  bool anyRecord_ = false;
+  bool hasEstimate_ = false;
+  std::size_t roomForEntries_ = entries_for_estimate;
+  INT64 recordStart_ = 0;  // where the tag of the record at hand stands
+  bool endsAtLimit_ = false;
+  bool hasStopped_ = false;  // before the end of the file
+  bool ended_ = false;
 };
 
 }  // namespace

@@ -8,23 +8,23 @@ namespace {
 class PupilSigns {
  public:
   explicit PupilSigns(const SampleLayout& sampleLayout)
-      : layout(sampleLayout),
-        mask(layout.pupilSizes != 0 && layout.eyes != 0 ? 0x80 : 0),
-        first(layout.pupilSizes),
-        second(layout.pupilSizes + (layout.eyes == 2 ? sizeof(UINT16) : 0)) {}
+      : layout_(sampleLayout),
+        mask_(layout_.pupilSizes != 0 && layout_.eyes != 0 ? 0x80 : 0),
+        first_(layout_.pupilSizes),
+        second_(layout_.pupilSizes + (layout_.eyes == 2 ? sizeof(UINT16) : 0)) {}
 
   [[nodiscard]] bool hasNegative(const byte* body) const {
-    if (((body[first] | body[second]) & mask) == 0) return false;
+    if (((body[first_] | body[second_]) & mask_) == 0) return false;
     SampleGlance sample;
-    glance_at_fixed_part(body, 0, layout, sample);
+    glance_at_fixed_part(body, 0, layout_, sample);
     return sample.hasNegativePupil;
   }
 
  private:
-  const SampleLayout& layout;
-  unsigned mask;
-  std::size_t first;
-  std::size_t second;
+  const SampleLayout& layout_;
+  unsigned mask_;
+  std::size_t first_;
+  std::size_t second_;
 };
 
 }  // namespace

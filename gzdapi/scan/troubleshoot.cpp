@@ -40,108 +40,109 @@ bool is_valid_header(INT16 word) {
 class Tracer {
  public:
   Tracer(InputStream& stream, DebugParaT& parameters, int tagAnswer)
-      : file(stream), d(parameters), tag(tagAnswer), start(stream.getFilePos()) {}
+      : file_(stream), d_(parameters), tag_(tagAnswer), start_(stream.getFilePos()) {}
 
   void run() {
-    d.prevPos = static_cast<int>(start);
-    ++d.totalOvItem;
-    ++d.debug_count;
-    if (tag == tag_event || tag == tag_sample) {
+    d_.prevPos = static_cast<int>(start_);
+    ++d_.totalOvItem;
+    ++d_.debug_count;
+    if (tag_ == tag_event || tag_ == tag_sample) {
       examineRecord();
     } else {
       reportEnd();
     }
-    if (d.corruption != 0 && d.debugFile != nullptr) traceCorruption();
-    d.corruption = 0;
-    d.prevOvDataTime = d.curOvDataTime;
+    if (d_.corruption != 0 && d_.debugFile != nullptr) traceCorruption();
+    d_.corruption = 0;
+    d_.prevOvDataTime = d_.curOvDataTime;
   }
 
  private:
   void reportEnd() {
-    if (d.debugFile == nullptr) return;
-    std::fprintf(d.debugFile, "End of file detected %d \n", d.prevPos);
-    if (start + rest_worth_reading >= d.gzd_file_size) return;
-    std::fprintf(d.debugFile, "Trying to get more as size is %d \n", d.gzd_file_size);
-    d.corruption = 1;
+    if (d_.debugFile == nullptr) return;
+    std::fprintf(d_.debugFile, "End of file detected %d \n", d_.prevPos);
+    if (start_ + rest_worth_reading >= d_.gzd_file_size) return;
+    std::fprintf(d_.debugFile, "Trying to get more as size is %d \n", d_.gzd_file_size);
+    d_.corruption = 1;
   }
 
   void examineRecord() {
     readTime();
-    file.seek(start);
-    const INT16 header = file.getWord();
-    file.seek(start);
-    d.read_size = header;
+    file_.seek(start_);
+    const INT16 header = file_.getWord();
+    file_.seek(start_);
+    d_.read_size = header;
     if (is_valid_header(header)) return;
-    if (d.debugFile != nullptr) {
-      std::fprintf(d.debugFile, "OVData Time %d k = %d diff %d header %d \n",
-                   static_cast<int>(d.curOvDataTime), tag,
-                   static_cast<int>(d.curOvDataTime - d.prevOvDataTime), d.read_size);
+    if (d_.debugFile != nullptr) {
+      std::fprintf(d_.debugFile, "OVData Time %d k = %d diff %d header %d \n",
+                   static_cast<int>(d_.curOvDataTime), tag_,
+                   static_cast<int>(d_.curOvDataTime - d_.prevOvDataTime), d_.read_size);
     }
-    d.corruption = 1;
+    d_.corruption = 1;
   }
 
   void readTime() {
-    d.timeUpdate = file.getByte();
-    if (tag == tag_sample) {
-      d.curOvDataTime += d.timeUpdate;
-      ++d.totalSamples;
+    d_.timeUpdate = file_.getByte();
+    if (tag_ == tag_sample) {
+      d_.curOvDataTime += d_.timeUpdate;
+      ++d_.totalSamples;
     } else {
-      d.curOvDataTime = file.getInt();
-      ++d.totalEvents;
+      d_.curOvDataTime = file_.getInt();
+      ++d_.totalEvents;
     }
   }
 
   void traceCorruption() {
-    std::fprintf(d.debugFile, "File position corruption at %d \n", d.prevPos);
-    dumpAt(start);
+    std::fprintf(d_.debugFile, "File position corruption at %d \n", d_.prevPos);
+    dumpAt(start_);
     if (!findGoodPosition()) return;
-    std::fprintf(d.debugFile, "Good position is found at %d valid header %d \n",
-                 static_cast<int>(d.goodPos), d.goodHeader);
-    dumpAt(d.goodPos);
+    std::fprintf(d_.debugFile, "Good position is found at %d valid header %d \n",
+                 static_cast<int>(d_.goodPos), d_.goodHeader);
+    dumpAt(d_.goodPos);
   }
 
   // The byte behind the dump is 0.
   void dumpAt(INT64 position) {
-    d.data_block.assign(static_cast<std::size_t>(d.data_dump_size) + 1, 0);
-    file.seek(position);
-    file.getRawData(d.data_block.data(), d.data_dump_size);
-    d.read_size = d.data_dump_size;
+    d_.data_block.assign(static_cast<std::size_t>(d_.data_dump_size) + 1, 0);
+    file_.seek(position);
+    file_.getRawData(d_.data_block.data(), d_.data_dump_size);
+    d_.read_size = d_.data_dump_size;
     std::string digits;
-    for (const byte value : d.data_block) {
+    for (const byte value : d_.data_block) {
       if (value >= 16) digits += hex_digits[value / 16];
       digits += hex_digits[value % 16];
     }
-    std::fprintf(d.debugFile, "%s\n", digits.c_str());
+    std::fprintf(d_.debugFile, "%s\n", digits.c_str());
   }
 
   // Reads on until a known header word stands two bytes on. False when the stream ends before.
   bool findGoodPosition() {
-    if (d.searchedFrom < 0 || start < d.searchedFrom || (d.goodPos >= 0 && start >= d.goodPos)) {
-      d.searchedFrom = start;
-      d.goodPos = -1;
-      searchFrom(start + 1);
+    if (d_.searchedFrom < 0 || start_ < d_.searchedFrom ||
+        (d_.goodPos >= 0 && start_ >= d_.goodPos)) {
+      d_.searchedFrom = start_;
+      d_.goodPos = -1;
+      searchFrom(start_ + 1);
     }
-    return d.goodPos >= 0;
+    return d_.goodPos >= 0;
   }
 
   // A byte and two words are looked at in each place.
   void searchFrom(INT64 position) {
     for (;; ++position) {
-      file.seek(position - 1);
-      const byte* const bytes = file.peek(5);
+      file_.seek(position - 1);
+      const byte* const bytes = file_.peek(5);
       if (bytes == nullptr) return;
       const INT16 header = load_be16s(bytes + 3);
       if (!is_recovery_header(header)) continue;
-      d.goodPos = position;
-      d.goodHeader = header;
+      d_.goodPos = position;
+      d_.goodHeader = header;
       return;
     }
   }
 
-  InputStream& file;
-  DebugParaT& d;
-  const int tag;
-  const INT64 start;
+  InputStream& file_;
+  DebugParaT& d_;
+  const int tag_;
+  const INT64 start_;
 };
 
 }  // namespace

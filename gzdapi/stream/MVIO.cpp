@@ -32,12 +32,12 @@ int InputStream::getRawData(void* buffer, int count) {
   std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
   std::size_t got = 0;
   while (got < wanted) {
-    if (cursor == limit && !refill(1)) {
-      hitEnd = true;
+    if (cursor_ == limit_ && !refill(1)) {
+      hitEnd_ = true;
       break;
     }
-    const std::size_t piece = std::min(wanted - got, static_cast<std::size_t>(limit - cursor));
-    std::memcpy(target + got, cursor, piece);
+    const std::size_t piece = std::min(wanted - got, static_cast<std::size_t>(limit_ - cursor_));
+    std::memcpy(target + got, cursor_, piece);
     take(piece);
     got += piece;
   }
@@ -49,16 +49,17 @@ int InputStream::getTerminatedString(char* buffer, int capacity) {
   std::size_t got = 0;
   bool ended = false;
   while (got < room && !ended) {
-    if (cursor == limit && !refill(1)) {
-      hitEnd = true;
+    if (cursor_ == limit_ && !refill(1)) {
+      hitEnd_ = true;
       break;
     }
-    const std::size_t searched = std::min(room - got, static_cast<std::size_t>(limit - cursor));
-    const void* const newline = std::memchr(cursor, '\n', searched);
+    const std::size_t searched = std::min(room - got, static_cast<std::size_t>(limit_ - cursor_));
+    const void* const newline = std::memchr(cursor_, '\n', searched);
     ended = newline != nullptr;
     const std::size_t piece =
-        ended ? static_cast<std::size_t>(static_cast<const byte*>(newline) - cursor) + 1 : searched;
-    std::memcpy(buffer + got, cursor, piece);
+        ended ? static_cast<std::size_t>(static_cast<const byte*>(newline) - cursor_) + 1
+              : searched;
+    std::memcpy(buffer + got, cursor_, piece);
     take(piece);
     got += piece;
   }
@@ -108,98 +109,98 @@ void InputStream::getData(void* buffer, int count) {
 
 // ---- files --------------------------------------------------------------------------------------
 
-FileInputStream::FileInputStream(const char* path) : file(open_regular_file(path)) {
-  if (!file) {
+FileInputStream::FileInputStream(const char* path) : file_(open_regular_file(path)) {
+  if (!file_) {
     const int reason = errno;
     log_clipped("The file %s could not be opened\n", path);
     throw GZDException("File Could not be opened!").because({reason});
   }
-  std::setvbuf(file.get(), nullptr, _IONBF, 0);  // the window does the buffering
+  std::setvbuf(file_.get(), nullptr, _IONBF, 0);  // the window does the buffering
   setUp();
 }
 
 FileInputStream::FileInputStream(FILE* in, SystemError error)
-    : file(in), place(SystemError::Place::TemporaryDirectory) {
-  readError = error;
+    : file_(in), place_(SystemError::Place::TemporaryDirectory) {
+  readError_ = error;
   std::rewind(in);
   setUp();
 }
 
 void FileInputStream::setUp() {
-  buffer = std::make_unique_for_overwrite<byte[]>(buffer_size);
-  windowStart = cursor = limit = buffer.get();
-  readAhead = smallest_read;
+  buffer_ = std::make_unique_for_overwrite<byte[]>(buffer_size);
+  windowStart_ = cursor_ = limit_ = buffer_.get();
+  readAhead_ = smallest_read;
 }
 
 INT64 FileInputStream::getFileSize() {
-  std::fseek(file.get(), 0, SEEK_END);
-  fileOffset = -1;
-  return std::ftell(file.get());
+  std::fseek(file_.get(), 0, SEEK_END);
+  fileOffset_ = -1;
+  return std::ftell(file_.get());
 }
 
 void FileInputStream::seek(INT64 offset) {
-  hitEnd = false;
-  const INT64 windowPos = limitPos - (limit - windowStart);
-  if (offset >= windowPos && offset <= limitPos) {
-    cursor = limit - (limitPos - offset);
+  hitEnd_ = false;
+  const INT64 windowPos = limitPos_ - (limit_ - windowStart_);
+  if (offset >= windowPos && offset <= limitPos_) {
+    cursor_ = limit_ - (limitPos_ - offset);
     return;
   }
-  cursor = limit = buffer.get();
+  cursor_ = limit_ = buffer_.get();
   const bool isJustBefore = offset >= 0 && offset < windowPos && windowPos - offset <= step_back;
-  limitPos = isJustBefore ? std::max<INT64>(offset - step_back, 0) : offset;
-  readAhead = smallest_read;
+  limitPos_ = isJustBefore ? std::max<INT64>(offset - step_back, 0) : offset;
+  readAhead_ = smallest_read;
   if (isJustBefore) readUpTo(offset);
 }
 
 // Those who go back step by step find the next step in the window.
 void FileInputStream::readUpTo(INT64 offset) {
-  const auto before = static_cast<std::size_t>(offset - limitPos);
-  const std::size_t got = readInto(buffer.get(), before + smallest_read);
+  const auto before = static_cast<std::size_t>(offset - limitPos_);
+  const std::size_t got = readInto(buffer_.get(), before + smallest_read);
   if (got < before) {
-    limitPos = offset;
+    limitPos_ = offset;
     return;
   }
-  cursor = buffer.get() + before;
-  limit = buffer.get() + got;
-  limitPos += static_cast<INT64>(got);
+  cursor_ = buffer_.get() + before;
+  limit_ = buffer_.get() + got;
+  limitPos_ += static_cast<INT64>(got);
 }
 
 FILE* FileInputStream::getRawFile() {
-  if (std::fseek(file.get(), static_cast<long>(getFilePos()), SEEK_SET) != 0)
-    throw GZDException("File could not be read").because({errno, place});
-  fileOffset = -1;
-  return file.get();
+  if (std::fseek(file_.get(), static_cast<long>(getFilePos()), SEEK_SET) != 0)
+    throw GZDException("File could not be read").because({errno, place_});
+  fileOffset_ = -1;
+  return file_.get();
 }
 
 bool FileInputStream::refill(std::size_t count) {
-  const std::size_t unread = static_cast<std::size_t>(limit - cursor);
+  const std::size_t unread = static_cast<std::size_t>(limit_ - cursor_);
   if (count > largest_read) return false;
   const std::size_t kept =
-      std::min(history_bytes, static_cast<std::size_t>(cursor - windowStart)) + unread;
-  std::memmove(buffer.get(), limit - kept, kept);
-  const std::size_t got = readInto(buffer.get() + kept, std::max(readAhead, count));
-  readAhead = std::min(readAhead * 2, largest_read);
-  limit = buffer.get() + kept + got;
-  cursor = limit - got - unread;
-  limitPos += static_cast<INT64>(got);
+      std::min(history_bytes, static_cast<std::size_t>(cursor_ - windowStart_)) + unread;
+  std::memmove(buffer_.get(), limit_ - kept, kept);
+  const std::size_t got = readInto(buffer_.get() + kept, std::max(readAhead_, count));
+  readAhead_ = std::min(readAhead_ * 2, largest_read);
+  limit_ = buffer_.get() + kept + got;
+  cursor_ = limit_ - got - unread;
+  limitPos_ += static_cast<INT64>(got);
   const bool isServed = unread + got >= count;
-  if (!isServed && newestReason != 0) readError = {newestReason, place};
+  if (!isServed && newestReason_ != 0) readError_ = {newestReason_, place_};
   return isServed;
 }
 
 std::size_t FileInputStream::readInto(byte* target, std::size_t count) {
-  if (limitPos < 0) return 0;
-  if (fileOffset != limitPos) {
-    if (std::fseek(file.get(), static_cast<long>(limitPos), SEEK_SET) != 0) {
-      newestReason = errno;
+  if (limitPos_ < 0) return 0;
+  if (fileOffset_ != limitPos_) {
+    if (std::fseek(file_.get(), static_cast<long>(limitPos_), SEEK_SET) != 0) {
+      newestReason_ = errno;
       return 0;
     }
-    fileOffset = limitPos;
+    fileOffset_ = limitPos_;
   }
-  const std::size_t got = std::fread(target, 1, count, file.get());
-  newestReason = std::ferror(file.get()) != 0 ? errno : 0;
-  std::clearerr(file.get());  // a file may end inside a read-ahead; what was asked for decides
-  fileOffset += static_cast<INT64>(got);
+  const std::size_t got = std::fread(target, 1, count, file_.get());
+  newestReason_ = std::ferror(file_.get()) != 0 ? errno : 0;
+  std::clearerr(file_.get());  // a file may end inside a read-ahead; what was asked for decides
+  fileOffset_ += static_cast<INT64>(got);
   return got;
 }
 

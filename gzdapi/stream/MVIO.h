@@ -30,19 +30,19 @@ class InputStream {
   // seek(), without a call when the place lies in the window.
   void moveTo(INT64 offset) {
     const INT64 ahead = offset - getFilePos();
-    if (ahead >= windowStart - cursor && ahead <= limit - cursor) {
-      cursor += ahead;
-      hitEnd = false;
+    if (ahead >= windowStart_ - cursor_ && ahead <= limit_ - cursor_) {
+      cursor_ += ahead;
+      hitEnd_ = false;
     } else {
       seek(offset);
     }
   }
 
   // True once a read has hit the end, until the next seek.
-  [[nodiscard]] bool eof() const { return hitEnd; }
-  [[nodiscard]] INT64 getFilePos() const { return limitPos - (limit - cursor); }
+  [[nodiscard]] bool eof() const { return hitEnd_; }
+  [[nodiscard]] INT64 getFilePos() const { return limitPos_ - (limit_ - cursor_); }
   // Why, for the system, a read has ever come up short.
-  [[nodiscard]] SystemError getReadError() const { return readError; }
+  [[nodiscard]] SystemError getReadError() const { return readError_; }
 
   // Copies up to `count` bytes and returns how many there were.
   int getRawData(void* buffer, int count);
@@ -55,30 +55,30 @@ class InputStream {
   // The position has then moved to the end.
   INT16 getWord() {
     if (available() < sizeof(INT16)) return getWordBeyond();
-    cursor += sizeof(INT16);
-    return load_be16s(cursor - sizeof(INT16));
+    cursor_ += sizeof(INT16);
+    return load_be16s(cursor_ - sizeof(INT16));
   }
   INT32 getInt() {
     if (available() < sizeof(INT32)) return getIntBeyond();
-    cursor += sizeof(INT32);
-    return static_cast<INT32>(load_be32(cursor - sizeof(INT32)));
+    cursor_ += sizeof(INT32);
+    return static_cast<INT32>(load_be32(cursor_ - sizeof(INT32)));
   }
   float getFloat();  // NOT_RECORDED reads as MISSING_DATA
   // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): without bytes the ends are the same
-  byte getByte() { return cursor != limit ? *cursor++ : getByteBeyond(); }
+  byte getByte() { return cursor_ != limit_ ? *cursor_++ : getByteBeyond(); }
   void getData(void* buffer, int count);
 
   // `count` contiguous bytes at the position, or null when the stream ends before (or the window
   // cannot hold so many). The position stays; take() moves over bytes that peek has shown.
   const byte* peek(std::size_t count) {
-    return static_cast<std::size_t>(limit - cursor) >= count ? cursor : peekBeyond(count);
+    return static_cast<std::size_t>(limit_ - cursor_) >= count ? cursor_ : peekBeyond(count);
   }
-  void take(std::size_t count) { cursor += count; }
+  void take(std::size_t count) { cursor_ += count; }
   // `count` bytes at a byte offset from the start when all of them lie in the window, else null.
   [[nodiscard]] const byte* inWindow(INT64 offset, std::size_t count) const {
-    const INT64 ahead = offset - limitPos + (limit - windowStart);
-    if (ahead < 0 || ahead + static_cast<INT64>(count) > limit - windowStart) return nullptr;
-    return windowStart + ahead;
+    const INT64 ahead = offset - limitPos_ + (limit_ - windowStart_);
+    if (ahead < 0 || ahead + static_cast<INT64>(count) > limit_ - windowStart_) return nullptr;
+    return windowStart_ + ahead;
   }
   // The window: its bytes, how many they are, and where they lie in the file. Valid until the
   // stream is moved or read.
@@ -88,26 +88,26 @@ class InputStream {
     INT64 offset = 0;
   };
   [[nodiscard]] HeldBytes held() const {
-    const INT64 length = limit - windowStart;
-    return {windowStart, length, limitPos - length};
+    const INT64 length = limit_ - windowStart_;
+    return {windowStart_, length, limitPos_ - length};
   }
   // How many bytes of the window lie behind the position.
-  [[nodiscard]] std::size_t available() const { return static_cast<std::size_t>(limit - cursor); }
+  [[nodiscard]] std::size_t available() const { return static_cast<std::size_t>(limit_ - cursor_); }
 
  protected:
   // Brings more bytes behind the cursor, at least `count` in all when the stream has them. Returns
   // false when it does not.
   virtual bool refill(std::size_t count) = 0;
 
-  const byte* windowStart = nullptr;
-  const byte* cursor = nullptr;
-  const byte* limit = nullptr;
-  INT64 limitPos = 0;  // offset in the file of `limit`
-  bool hitEnd = false;
-  SystemError readError;
+  const byte* windowStart_ = nullptr;
+  const byte* cursor_ = nullptr;
+  const byte* limit_ = nullptr;
+  INT64 limitPos_ = 0;  // offset in the file of `limit`
+  bool hitEnd_ = false;
+  SystemError readError_;
 
  private:
-  const byte* peekBeyond(std::size_t count) { return refill(count) ? cursor : nullptr; }
+  const byte* peekBeyond(std::size_t count) { return refill(count) ? cursor_ : nullptr; }
   INT16 getWordBeyond();
   INT32 getIntBeyond();
   byte getByteBeyond();
@@ -137,37 +137,37 @@ class FileInputStream : public InputStream {
   void readUpTo(INT64 offset);
   std::size_t readInto(byte* target, std::size_t count);
 
-  FileHandle file;
-  std::unique_ptr<byte[]> buffer;
-  INT64 fileOffset = 0;       // where the FILE stands
-  std::size_t readAhead = 0;  // size of the next read
-  int newestReason = 0;       // why the newest read of the file failed; 0 when it did not
-  SystemError::Place place = SystemError::Place::Recording;
+  FileHandle file_;
+  std::unique_ptr<byte[]> buffer_;
+  INT64 fileOffset_ = 0;       // where the FILE stands
+  std::size_t readAhead_ = 0;  // size of the next read
+  int newestReason_ = 0;       // why the newest read of the file failed; 0 when it did not
+  SystemError::Place place_ = SystemError::Place::Recording;
 };
 
 // A read cursor over the bytes of a message that holds binary values.
 class LString {
  public:
-  LString(const byte* text, std::size_t length) : bp(text), left(length) {}
+  LString(const byte* text, std::size_t length) : bp_(text), left_(length) {}
 
   // The next four bytes as a big-endian float, no value mapped; 0 behind the end.
   float getFloat() {
-    if (left < sizeof(float)) return 0.0f;
-    const float value = load_be_float(bp);
-    bp += sizeof(float);
-    left -= sizeof(float);
+    if (left_ < sizeof(float)) return 0.0f;
+    const float value = load_be_float(bp_);
+    bp_ += sizeof(float);
+    left_ -= sizeof(float);
     return value;
   }
   // The next byte; 0 behind the end.
   byte getByte() {
-    if (left == 0) return 0;
-    --left;
-    return *bp++;
+    if (left_ == 0) return 0;
+    --left_;
+    return *bp_++;
   }
 
  private:
-  const byte* bp;
-  std::size_t left;
+  const byte* bp_;
+  std::size_t left_;
 };
 
 }  // namespace gzd

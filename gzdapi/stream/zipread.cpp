@@ -21,32 +21,32 @@ constexpr INT64 largest_output = INT64{2147400000} + 1024 * 1024;
 class Inflater {
  public:
   Inflater(FILE* source, FILE* target)
-      : in(source),
-        out(target),
-        input(std::make_unique_for_overwrite<byte[]>(chunk_size)),
-        output(std::make_unique_for_overwrite<byte[]>(written_at_once + chunk_size)) {
-    startResult = inflateInit(&stream);
+      : in_(source),
+        out_(target),
+        input_(std::make_unique_for_overwrite<byte[]>(chunk_size)),
+        output_(std::make_unique_for_overwrite<byte[]>(written_at_once + chunk_size)) {
+    startResult_ = inflateInit(&stream_);
   }
   Inflater(const Inflater&) = delete;
   Inflater& operator=(const Inflater&) = delete;
   ~Inflater() {
-    if (startResult == Z_OK) inflateEnd(&stream);
+    if (startResult_ == Z_OK) inflateEnd(&stream_);
   }
 
   int run() {
-    if (startResult == Z_MEM_ERROR) return uncompress_no_memory;
-    if (startResult != Z_OK) return startResult;
+    if (startResult_ == Z_MEM_ERROR) return uncompress_no_memory;
+    if (startResult_ != Z_OK) return startResult_;
     const int result = inflateAll();
-    return write(filled) ? result : uncompress_io_error;
+    return write(filled_) ? result : uncompress_io_error;
   }
 
  private:
   int inflateAll() {
-    while (!ended) {
-      stream.avail_in = static_cast<uInt>(std::fread(input.get(), 1, chunk_size, in));
-      if (std::ferror(in) != 0) return uncompress_io_error;
-      if (stream.avail_in == 0) return uncompress_data_error;
-      stream.next_in = input.get();
+    while (!ended_) {
+      stream_.avail_in = static_cast<uInt>(std::fread(input_.get(), 1, chunk_size, in_));
+      if (std::ferror(in_) != 0) return uncompress_io_error;
+      if (stream_.avail_in == 0) return uncompress_data_error;
+      stream_.next_in = input_.get();
       const int result = inflateInput();
       if (result != uncompress_ok) return result;
     }
@@ -56,38 +56,38 @@ class Inflater {
   // Inflates what lies in the input buffer, in as many pieces as it takes.
   int inflateInput() {
     do {
-      stream.avail_out = chunk_size;
-      stream.next_out = output.get() + filled;
-      const int result = inflate(&stream, Z_NO_FLUSH);
+      stream_.avail_out = chunk_size;
+      stream_.next_out = output_.get() + filled_;
+      const int result = inflate(&stream_, Z_NO_FLUSH);
       if (result == Z_NEED_DICT || result == Z_DATA_ERROR) return uncompress_data_error;
       if (result == Z_MEM_ERROR) return uncompress_no_memory;
-      const std::size_t produced = chunk_size - stream.avail_out;
-      filled += produced;
-      if (filled >= written_at_once && !write(written_at_once)) return uncompress_io_error;
-      inflated += static_cast<INT64>(produced);
-      ended = result == Z_STREAM_END || inflated > largest_output;
-    } while (!ended && stream.avail_out == 0);
+      const std::size_t produced = chunk_size - stream_.avail_out;
+      filled_ += produced;
+      if (filled_ >= written_at_once && !write(written_at_once)) return uncompress_io_error;
+      inflated_ += static_cast<INT64>(produced);
+      ended_ = result == Z_STREAM_END || inflated_ > largest_output;
+    } while (!ended_ && stream_.avail_out == 0);
     return uncompress_ok;
   }
 
   // Writes the first `count` bytes of the output buffer; the others move up. When it fails they are
   // dropped: nothing is to follow a hole. Returns whether it was done.
   bool write(std::size_t count) {
-    const bool done = std::fwrite(output.get(), 1, count, out) == count && std::ferror(out) == 0;
-    filled = done ? filled - count : 0;
-    std::memmove(output.get(), output.get() + count, filled);
+    const bool done = std::fwrite(output_.get(), 1, count, out_) == count && std::ferror(out_) == 0;
+    filled_ = done ? filled_ - count : 0;
+    std::memmove(output_.get(), output_.get() + count, filled_);
     return done;
   }
 
-  FILE* in;
-  FILE* out;
-  z_stream stream{};
-  int startResult;
-  std::unique_ptr<byte[]> input;
-  std::unique_ptr<byte[]> output;
-  std::size_t filled = 0;  // bytes of `output`
-  INT64 inflated = 0;
-  bool ended = false;
+  FILE* in_;
+  FILE* out_;
+  z_stream stream_{};
+  int startResult_;
+  std::unique_ptr<byte[]> input_;
+  std::unique_ptr<byte[]> output_;
+  std::size_t filled_ = 0;  // bytes of `output`
+  INT64 inflated_ = 0;
+  bool ended_ = false;
 };
 
 }  // namespace

@@ -23,47 +23,47 @@ bool is_sync(std::string_view text) {
 }  // namespace
 
 int LogMerge::getNextDataWLogInternal() {
-  isFromLogFile = false;
+  isFromLogFile_ = false;
   for (;;) {
-    if (logExhausted()) return deliver(walk.currentData);
+    if (logExhausted()) return deliver(walk_.currentData);
     const UINT64 time = elementTime();
-    if (logIdx < 0 && !findLogPosition(time)) return deliver(walk.currentData);
+    if (logIdx_ < 0 && !findLogPosition(time)) return deliver(walk_.currentData);
     const UINT64 log_time = nextLogTime();
-    if (time + time_tolerance < log_time) return deliver(walk.currentData);
+    if (time + time_tolerance < log_time) return deliver(walk_.currentData);
     if (log_time + time_tolerance < time) return deliverLogMessage();
-    const bool atLast = walk.currentData + 1 == index.size();
+    const bool atLast = walk_.currentData + 1 == index_.size();
     const int code = atLast ? mergeAtLastElement() : mergeSimultaneous(time);
     if (code != merge_goes_on) return code;
   }
 }
 
 bool LogMerge::logExhausted() const {
-  return logIdx >= 0 && static_cast<std::size_t>(logIdx) >= log.messages().size();
+  return logIdx_ >= 0 && static_cast<std::size_t>(logIdx_) >= log_.messages().size();
 }
 
 UINT64 LogMerge::elementTime() const {
-  if (walk.currentData >= index.size()) return time_behind_all;
-  return index.gzdItemList[walk.currentData].getTimeStamp() >> 1;
+  if (walk_.currentData >= index_.size()) return time_behind_all;
+  return index_.gzdItemList[walk_.currentData].getTimeStamp() >> 1;
 }
 
 UINT64 LogMerge::nextLogTime() const {
-  return log.messages()[static_cast<std::size_t>(logIdx)].time;
+  return log_.messages()[static_cast<std::size_t>(logIdx_)].time;
 }
 
 // Positions the log at the first message that does not lie before `time`; earlier ones are skipped
 // for good. False when the element is to be delivered without looking at the log.
 bool LogMerge::findLogPosition(UINT64 time) {
-  const auto& messages = log.messages();
+  const auto& messages = log_.messages();
   const auto found =
       std::lower_bound(messages.begin(), messages.end(), LogMsg{time, 0}, tq_log_msg_comparator);
   if (found == messages.end()) return false;
-  logIdx = static_cast<int>(found - messages.begin());
-  return logIdx > 0;
+  logIdx_ = static_cast<int>(found - messages.begin());
+  return logIdx_ > 0;
 }
 
 int LogMerge::deliverLogMessage() {
-  ++logIdx;
-  isFromLogFile = true;
+  ++logIdx_;
+  isFromLogFile_ = true;
   return GZD_MESSAGE;
 }
 
@@ -71,8 +71,8 @@ int LogMerge::mergeAtLastElement() {
   const std::string_view text = readLogText();
   const bool isSameSync = is_sync(text) && elementIsSync();
   if (!text.empty() && !isSameSync) return deliverLogMessage();
-  ++logIdx;
-  return deliver(walk.currentData);
+  ++logIdx_;
+  return deliver(walk_.currentData);
 }
 
 int LogMerge::mergeSimultaneous(UINT64 time) {
@@ -80,40 +80,40 @@ int LogMerge::mergeSimultaneous(UINT64 time) {
   const bool inRecording = elementIsSync();
   const bool inLog = is_sync(readLogText());
   if (inRecording && inLog) {
-    ++logIdx;
-    return deliver(walk.currentData);
+    ++logIdx_;
+    return deliver(walk_.currentData);
   }
   const bool logFirst = log_time <= time;
   if (logFirst && inLog) {
-    ++logIdx;
+    ++logIdx_;
     return merge_goes_on;
   }
   if (!logFirst && inRecording) {
-    ++walk.currentData;
+    ++walk_.currentData;
     return merge_goes_on;
   }
-  return logFirst ? deliverLogMessage() : deliver(walk.currentData);
+  return logFirst ? deliverLogMessage() : deliver(walk_.currentData);
 }
 
 // Many messages of the log may lie within the tolerance of one element: its text is read once.
 bool LogMerge::elementIsSync() {
-  if (examinedElement == walk.currentData) return examinedIsSync;
-  const bool message = index.gzdItemList[walk.currentData].getItemType() == GZD_MESSAGE;
-  examinedIsSync = message && is_sync(textOf(walk.currentData));
-  examinedElement = walk.currentData;
-  return examinedIsSync;
+  if (examinedElement_ == walk_.currentData) return examinedIsSync_;
+  const bool message = index_.gzdItemList[walk_.currentData].getItemType() == GZD_MESSAGE;
+  examinedIsSync_ = message && is_sync(textOf_(walk_.currentData));
+  examinedElement_ = walk_.currentData;
+  return examinedIsSync_;
 }
 
 std::string_view LogMerge::readLogText() {
-  readLogId = logIdx + 1;
-  log.getEyeLogMsg(logIdx);
-  return log.text();
+  readLogId_ = logIdx_ + 1;
+  log_.getEyeLogMsg(logIdx_);
+  return log_.text();
 }
 
 const ALLF_DATA& LogMerge::logRecord() {
-  log.getEyeLogMsg(logIdx - 1);
-  readLogId = logIdx;
-  return log.record();
+  log_.getEyeLogMsg(logIdx_ - 1);
+  readLogId_ = logIdx_;
+  return log_.record();
 }
 
 }  // namespace gzd

@@ -21,46 +21,47 @@ class LogMerge {
   // All are borrowed and must outlive this. The log may be read after this is made; call rewind()
   // then.
   LogMerge(const Index& items, Walk& position, MessageLog& messageLog, TextReader reader)
-      : index(items), walk(position), log(messageLog), textOf(std::move(reader)) {}
+      : index_(items), walk_(position), log_(messageLog), textOf_(std::move(reader)) {}
 
   // Steps to the next element in time order and returns its code: GZD_MESSAGE for a message of the
   // log, GZD_END_OF_DATA at the end.
   int getNextDataMergeWithLog() {
-    if (!log.isLoaded()) return deliver(walk.currentData);
-    readLogId = -1;
+    if (!log_.isLoaded()) return deliver(walk_.currentData);
+    readLogId_ = -1;
     return getNextDataWLogInternal();
   }
 
   // Steps to the next element when it is a sample and no log is merged; else does nothing. Returns
   // whether it has.
   bool stepToSample() noexcept {
-    const UINT32 next = walk.currentData;
-    if (log.isLoaded() || next >= index.size() || !index.gzdItemList.isPlainAt(next)) return false;
-    walk.currentData = next + 1;
+    const UINT32 next = walk_.currentData;
+    if (log_.isLoaded() || next >= index_.size() || !index_.gzdItemList.isPlainAt(next))
+      return false;
+    walk_.currentData = next + 1;
     return true;
   }
 
   // True when the element just announced is a message of the log.
-  [[nodiscard]] bool isFromLog() const { return isFromLogFile; }
+  [[nodiscard]] bool isFromLog() const { return isFromLogFile_; }
   // Its record; only while isFromLog(). It stays until the next step.
   [[nodiscard]] const ALLF_DATA& logRecord();
 
   // Back to the first message of the log.
-  void rewind() { placeLog(0, readLogId); }
+  void rewind() { placeLog(0, readLogId_); }
   // Behind the last message of the log.
-  void skipLog() { placeLog(static_cast<int>(log.messages().size()), readLogId); }
+  void skipLog() { placeLog(static_cast<int>(log_.messages().size()), readLogId_); }
   // Moves the walk to the element at `place`: its block is that of the walk, and the log goes on at
   // its time.
   void moveTo(UINT32 place) {
-    walk.currentData = place;
-    walk.lastRecording = index.blockAt(place);
+    walk_.currentData = place;
+    walk_.lastRecording = index_.blockAt(place);
     placeLog(-1, -1);
   }
   // As before the first step.
   void startAnew() {
     rewind();
-    readLogId = -1;
-    examinedElement = no_element;
+    readLogId_ = -1;
+    examinedElement_ = no_element;
   }
 
   // The place in the log, for those who walk ahead and come back.
@@ -72,31 +73,31 @@ class LogMerge {
     bool examinedIsSync;
   };
   [[nodiscard]] Position position() const {
-    return {logIdx, readLogId, isFromLogFile, examinedElement, examinedIsSync};
+    return {logIdx_, readLogId_, isFromLogFile_, examinedElement_, examinedIsSync_};
   }
   void restore(const Position& place) {
     placeLog(place.logIdx, place.readLogId);
-    isFromLogFile = place.isFromLogFile;
-    examinedElement = place.examinedElement;
-    examinedIsSync = place.examinedIsSync;
+    isFromLogFile_ = place.isFromLogFile;
+    examinedElement_ = place.examinedElement;
+    examinedIsSync_ = place.examinedIsSync;
   }
 
  private:
   // Announces the element at index i.
   int deliver(UINT32 i) {
-    if (i >= index.size()) return GZD_END_OF_DATA;
-    walk.currentData = i + 1;
-    const GZDItem item = index.gzdItemList[i];
+    if (i >= index_.size()) return GZD_END_OF_DATA;
+    walk_.currentData = i + 1;
+    const GZDItem item = index_.gzdItemList[i];
     if (!item.isRecording()) return item.getItemType();
-    walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
+    walk_.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
     return GZD_RECORDING;
   }
 
   void placeLog(int next, int read) {
-    logIdx = next;
-    readLogId = read;
-    isFromLogFile = false;
-    examinedElement = no_element;
+    logIdx_ = next;
+    readLogId_ = read;
+    isFromLogFile_ = false;
+    examinedElement_ = no_element;
   }
 
   int getNextDataWLogInternal();
@@ -112,17 +113,17 @@ class LogMerge {
   [[nodiscard]] bool elementIsSync();
   std::string_view readLogText();
 
-  const Index& index;
-  Walk& walk;
-  MessageLog& log;
-  TextReader textOf;
+  const Index& index_;
+  Walk& walk_;
+  MessageLog& log_;
+  TextReader textOf_;
 
-  int logIdx = 0;      // the message of the log that comes next; negative: to be found
-  int readLogId = -1;  // `logIdx` behind the message that was read for the element just announced
-  bool isFromLogFile = false;
+  int logIdx_ = 0;      // the message of the log that comes next; negative: to be found
+  int readLogId_ = -1;  // `logIdx` behind the message that was read for the element just announced
+  bool isFromLogFile_ = false;
   static constexpr UINT32 no_element = 0xFFFFFFFFu;
-  UINT32 examinedElement = no_element;  // the element last asked whether it is a sync message
-  bool examinedIsSync = false;
+  UINT32 examinedElement_ = no_element;  // the element last asked whether it is a sync message
+  bool examinedIsSync_ = false;
 };
 
 }  // namespace gzd

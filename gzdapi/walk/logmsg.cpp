@@ -38,31 +38,32 @@ bool is_digit(char c) {
 // Takes fields from the front of a line.
 class FieldReader {
  public:
-  explicit FieldReader(std::string_view line) : whole(line), rest(line) {}
+  explicit FieldReader(std::string_view line) : whole_(line), rest_(line) {}
 
-  [[nodiscard]] std::size_t taken() const { return whole.size() - rest.size(); }
+  [[nodiscard]] std::size_t taken() const { return whole_.size() - rest_.size(); }
 
   // A decimal number; infinities and the like are none. One too small for a double is 0.
   std::optional<double> number() {
     skipBlanks();
     const std::size_t sign = signLength();
-    const std::string_view digits = rest.substr(sign);
+    const std::string_view digits = rest_.substr(sign);
     if (digits.empty() || !(is_digit(digits[0]) || digits[0] == '.')) return std::nullopt;
     double value = 0.0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     const bool outOfRange = error == std::errc::result_out_of_range;
     if (outOfRange ? isLarge({digits.data(), end}) : error != std::errc()) return std::nullopt;
     if (outOfRange) value = 0.0;
-    const bool negative = rest[0] == '-';
+    const bool negative = rest_[0] == '-';
     moveTo(end);
     return negative ? -value : value;
   }
 
   std::optional<int> integer() {
     skipBlanks();
-    const std::size_t plus = rest.substr(0, 1) == "+" ? 1 : 0;
+    const std::size_t plus = rest_.substr(0, 1) == "+" ? 1 : 0;
     int value = 0;
-    const auto [end, error] = std::from_chars(rest.data() + plus, rest.data() + rest.size(), value);
+    const auto [end, error] =
+        std::from_chars(rest_.data() + plus, rest_.data() + rest_.size(), value);
     if (error != std::errc()) return std::nullopt;
     moveTo(end);
     return value;
@@ -70,8 +71,8 @@ class FieldReader {
 
   bool word() {
     skipBlanks();
-    const std::size_t length = std::min(rest.find_first_of(blank_characters), rest.size());
-    rest.remove_prefix(length);
+    const std::size_t length = std::min(rest_.find_first_of(blank_characters), rest_.size());
+    rest_.remove_prefix(length);
     return length > 0;
   }
 
@@ -79,7 +80,7 @@ class FieldReader {
   static constexpr std::string_view blank_characters = " \t\n\v\f\r";
 
   void skipBlanks() {
-    rest.remove_prefix(std::min(rest.find_first_not_of(blank_characters), rest.size()));
+    rest_.remove_prefix(std::min(rest_.find_first_not_of(blank_characters), rest_.size()));
   }
   // Whether a number, well formed, is 1 or larger: decided by the place of its first digit above 0.
   static bool isLarge(std::string_view number) {
@@ -95,14 +96,14 @@ class FieldReader {
            0;
   }
   [[nodiscard]] std::size_t signLength() const {
-    return !rest.empty() && (rest[0] == '+' || rest[0] == '-') ? 1 : 0;
+    return !rest_.empty() && (rest_[0] == '+' || rest_[0] == '-') ? 1 : 0;
   }
   void moveTo(const char* place) {
-    rest.remove_prefix(static_cast<std::size_t>(place - rest.data()));
+    rest_.remove_prefix(static_cast<std::size_t>(place - rest_.data()));
   }
 
-  std::string_view whole;
-  std::string_view rest;
+  std::string_view whole_;
+  std::string_view rest_;
 };
 
 // The line without its end: a newline, with the carriage return before it.
@@ -124,32 +125,32 @@ UINT64 log_time(double time) {
 
 void MessageLog::setEyeLogFileName(const char* name) {
   if (name == nullptr || *name == '\0') return;
-  eyeLogFileName = name;
+  eyeLogFileName_ = name;
   log_clipped("Log file name %s \n", name);
 }
 
 int MessageLog::openEyeLogFile() {
   errno = 0;
-  xinfile = open_regular_file(eyeLogFileName.c_str());
-  if (!xinfile) {
+  xinfile_ = open_regular_file(eyeLogFileName_.c_str());
+  if (!xinfile_) {
     // One that is there is not taken for none when the system runs out of something.
     if (errno == ENOMEM || errno == EMFILE || errno == ENFILE || errno == EIO)
-      readError = {errno, SystemError::Place::MessageLog};
+      readError_ = {errno, SystemError::Place::MessageLog};
     return -1;
   }
   const Ending ending = readLines();
   if (ending == Ending::Unreadable) {
-    vl.clear();
-    vt.clear();
+    vl_.clear();
+    vt_.clear();
     return -1;
   }
   if (ending == Ending::Complete) {
     finish();
   } else {
-    std::rewind(xinfile.get());
+    std::rewind(xinfile_.get());
   }
-  numOfLogMsg = static_cast<int>(vl.size());
-  return numOfLogMsg;
+  numOfLogMsg_ = static_cast<int>(vl_.size());
+  return numOfLogMsg_;
 }
 
 // The log is complete when the closing line is found.
@@ -157,10 +158,10 @@ MessageLog::Ending MessageLog::readLines() {
   char buffer[line_capacity];
   bool synchronised = false;
   for (;;) {
-    const INT64 linePos = ftello(xinfile.get());
-    if (std::fgets(buffer, sizeof buffer, xinfile.get()) == nullptr) {
-      if (std::ferror(xinfile.get()) == 0) return Ending::Incomplete;
-      readError = {errno, SystemError::Place::MessageLog};
+    const INT64 linePos = ftello(xinfile_.get());
+    if (std::fgets(buffer, sizeof buffer, xinfile_.get()) == nullptr) {
+      if (std::ferror(xinfile_.get()) == 0) return Ending::Incomplete;
+      readError_ = {errno, SystemError::Place::MessageLog};
       return Ending::Unreadable;
     }
     const std::string_view line = buffer;
@@ -185,65 +186,65 @@ void MessageLog::readSyncLine(std::string_view line, INT64 linePos) {
     print_notice("ERROR: incorrect TRACKER_TIME format\n");
     return;
   }
-  vt.push_back({static_cast<int>(vl.size()), *order, *timeOfTracker, *timeOfLog});
+  vt_.push_back({static_cast<int>(vl_.size()), *order, *timeOfTracker, *timeOfLog});
   addMessage(std::floor(*timeOfTracker + 0.5), textPos);
 }
 
 void MessageLog::readMessageLine(std::string_view line, INT64 linePos) {
   FieldReader fields(line);
   const auto time = fields.number();
-  if (!time || vt.empty()) return;
-  const TrackerT& clock = vt.back();
+  if (!time || vt_.empty()) return;
+  const TrackerT& clock = vt_.back();
   addMessage(std::floor(*time - clock.timeDiff + std::trunc(clock.timeStamp) + 0.5),
              linePos + static_cast<INT64>(fields.taken()));
 }
 
 void MessageLog::addMessage(double time, INT64 textPos) {
-  vl.push_back({log_time(time), textPos});
+  vl_.push_back({log_time(time), textPos});
 }
 
 void MessageLog::finish() {
-  loadEYELOG = !vt.empty();
+  loadEYELOG_ = !vt_.empty();
 }
 
 const char* MessageLog::getEyeLogMsg(int number) {
-  if (number != recordHolds) {
-    recordHolds = -1;
-    const LogMsg& message = vl[static_cast<std::size_t>(number)];
-    linestring = std::to_string(message.time);
+  if (number != recordHolds_) {
+    recordHolds_ = -1;
+    const LogMsg& message = vl_[static_cast<std::size_t>(number)];
+    linestring_ = std::to_string(message.time);
     readText(message.filePos);
     fillRecord(message.time);
-    recordHolds = number;
+    recordHolds_ = number;
   }
-  return linestring.c_str();
+  return linestring_.c_str();
 }
 
 void MessageLog::readText(INT64 textPos) {
-  const std::size_t numberLength = linestring.size();
+  const std::size_t numberLength = linestring_.size();
   char buffer[line_capacity];
-  std::clearerr(xinfile.get());
-  const bool found = fseeko(xinfile.get(), textPos, SEEK_SET) == 0 &&
-                     std::fgets(buffer, sizeof buffer, xinfile.get()) != nullptr;
+  std::clearerr(xinfile_.get());
+  const bool found = fseeko(xinfile_.get(), textPos, SEEK_SET) == 0 &&
+                     std::fgets(buffer, sizeof buffer, xinfile_.get()) != nullptr;
   const int reason = errno;
-  const bool atEnd = std::feof(xinfile.get()) != 0;
+  const bool atEnd = std::feof(xinfile_.get()) != 0;
   // The closing line of a complete log stands behind every message: one at the end has shrunk.
-  if (atEnd ? loadEYELOG : !found) {
+  if (atEnd ? loadEYELOG_ : !found) {
     throw GZDException("The message log cannot be read")
         .because({atEnd ? ENODATA : reason, SystemError::Place::MessageLog});
   }
-  if (found) linestring += buffer;
-  messageText = without_line_end(std::string_view(linestring).substr(numberLength));
+  if (found) linestring_ += buffer;
+  messageText_ = without_line_end(std::string_view(linestring_).substr(numberLength));
 }
 
 void MessageLog::fillRecord(UINT64 time) {
-  fDataLog = {};
-  lstring_buffer_for_log.clear();
-  const std::string_view shown = messageText.substr(0, record_text_capacity);
-  lstring_buffer_for_log.len = static_cast<INT16>(shown.size());
-  std::copy(shown.begin(), shown.end(), lstring_buffer_for_log.text.begin());
-  fDataLog.fe.type = GZD_MESSAGE;
-  fDataLog.fe.sttime = static_cast<UINT32>(time);
-  fDataLog.fe.message = lstring_buffer_for_log.asLString();
+  fDataLog_ = {};
+  lstring_buffer_for_log_.clear();
+  const std::string_view shown = messageText_.substr(0, record_text_capacity);
+  lstring_buffer_for_log_.len = static_cast<INT16>(shown.size());
+  std::copy(shown.begin(), shown.end(), lstring_buffer_for_log_.text.begin());
+  fDataLog_.fe.type = GZD_MESSAGE;
+  fDataLog_.fe.sttime = static_cast<UINT32>(time);
+  fDataLog_.fe.message = lstring_buffer_for_log_.asLString();
 }
 
 }  // namespace gzd

@@ -48,22 +48,22 @@ class MessageLog {
   // or it cannot be read to its end: it then counts as none.
   int openEyeLogFile();
   // Why, for the system, the log could not be read to its end.
-  [[nodiscard]] SystemError getReadError() const { return readError; }
-  [[nodiscard]] const std::string& name() const { return eyeLogFileName; }
+  [[nodiscard]] SystemError getReadError() const { return readError_; }
+  [[nodiscard]] const std::string& name() const { return eyeLogFileName_; }
 
-  [[nodiscard]] int getNumOfLogMsg() const { return numOfLogMsg; }
+  [[nodiscard]] int getNumOfLogMsg() const { return numOfLogMsg_; }
   // True when the log is complete and synchronised: its messages are to be merged.
-  [[nodiscard]] bool isLoaded() const { return loadEYELOG; }
-  [[nodiscard]] const std::vector<LogMsg>& messages() const { return vl; }
-  [[nodiscard]] const std::vector<TrackerT>& syncs() const { return vt; }
+  [[nodiscard]] bool isLoaded() const { return loadEYELOG_; }
+  [[nodiscard]] const std::vector<LogMsg>& messages() const { return vl_; }
+  [[nodiscard]] const std::vector<TrackerT>& syncs() const { return vt_; }
 
   // Reads message `number` (from 0) into the record. Returns its line: the time, then the text.
   // The record and the line hold until the next call. Throws GZDException when the file fails.
   const char* getEyeLogMsg(int number);
   // The record of the message read last: type 24, `sttime` its time, at most 260 characters.
-  [[nodiscard]] const ALLF_DATA& record() const { return fDataLog; }
+  [[nodiscard]] const ALLF_DATA& record() const { return fDataLog_; }
   // Its whole text, without the newline.
-  [[nodiscard]] std::string_view text() const { return messageText; }
+  [[nodiscard]] std::string_view text() const { return messageText_; }
 
  private:
   // The reading of the log.
@@ -77,19 +77,19 @@ class MessageLog {
   void readText(INT64 textPos);
   void fillRecord(UINT64 time);
 
-  std::string eyeLogFileName;
-  FileHandle xinfile;
-  std::vector<TrackerT> vt;
-  std::vector<LogMsg> vl;
-  bool loadEYELOG = false;
-  int numOfLogMsg = 0;
+  std::string eyeLogFileName_;
+  FileHandle xinfile_;
+  std::vector<TrackerT> vt_;
+  std::vector<LogMsg> vl_;
+  bool loadEYELOG_ = false;
+  int numOfLogMsg_ = 0;
 
-  SystemError readError;
-  int recordHolds = -1;  // the message in the record
-  std::string linestring;
-  std::string_view messageText;  // in linestring
-  ALLF_DATA fDataLog{};
-  MessageText lstring_buffer_for_log;
+  SystemError readError_;
+  int recordHolds_ = -1;  // the message in the record
+  std::string linestring_;
+  std::string_view messageText_;  // in linestring
+  ALLF_DATA fDataLog_{};
+  MessageText lstring_buffer_for_log_;
 };
 
 }  // namespace gzd

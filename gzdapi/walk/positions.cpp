@@ -13,27 +13,27 @@ namespace gzd {
 
 std::size_t Bookmarks::placeOf(const BOOKMARK* bm) const {
   if (bm == nullptr) return nowhere;
-  const auto known = serialOf.find(bm->id);
-  if (known == serialOf.end()) return nowhere;
+  const auto known = serialOf_.find(bm->id);
+  if (known == serialOf_.end()) return nowhere;
   const auto entry =
-      std::lower_bound(bookmarks.begin(), bookmarks.end(), known->second,
+      std::lower_bound(bookmarks_.begin(), bookmarks_.end(), known->second,
                        [](const Entry& e, UINT64 serial) { return e.serial < serial; });
-  return static_cast<std::size_t>(entry - bookmarks.begin());
+  return static_cast<std::size_t>(entry - bookmarks_.begin());
 }
 
 int Bookmarks::moveTo(UINT32 place) {
-  walk.currentBookMark = place;
-  merge.moveTo(bookmarks[place].mark.id);
+  walk_.currentBookMark = place;
+  merge_.moveTo(bookmarks_[place].mark.id);
   return 0;
 }
 
 int Bookmarks::setBookMark(BOOKMARK* bm) {
-  if (bm == nullptr || walk.currentData >= index.size()) return -1;
-  const std::size_t count = bookmarks.size();
-  if (count == bookmarks.capacity()) bookmarks.reserve(2 * count + 1);  // nothing fails half-way
-  if (!serialOf.emplace(walk.currentData, nextSerial).second) return 0;
-  bm->id = walk.currentData;
-  bookmarks.push_back({*bm, nextSerial++});
+  if (bm == nullptr || walk_.currentData >= index_.size()) return -1;
+  const std::size_t count = bookmarks_.size();
+  if (count == bookmarks_.capacity()) bookmarks_.reserve(2 * count + 1);  // nothing fails half-way
+  if (!serialOf_.emplace(walk_.currentData, nextSerial_).second) return 0;
+  bm->id = walk_.currentData;
+  bookmarks_.push_back({*bm, nextSerial_++});
   return 0;
 }
 
@@ -45,21 +45,21 @@ int Bookmarks::gotoBookMark(const BOOKMARK* bm) {
 int Bookmarks::removeBookMark(const BOOKMARK* bm) {
   const std::size_t place = placeOf(bm);
   if (place == nowhere) return -1;
-  serialOf.erase(bookmarks[place].mark.id);
-  bookmarks.erase(bookmarks.begin() + static_cast<std::ptrdiff_t>(place));
+  serialOf_.erase(bookmarks_[place].mark.id);
+  bookmarks_.erase(bookmarks_.begin() + static_cast<std::ptrdiff_t>(place));
   // At the first bookmark this wraps to the largest value, from which the next one is the first.
-  if (walk.currentBookMark >= place) --walk.currentBookMark;
+  if (walk_.currentBookMark >= place) --walk_.currentBookMark;
   return 0;
 }
 
 int Bookmarks::gotoNextBookMark() {
-  const UINT32 next = walk.currentBookMark + 1;
-  return next < bookmarks.size() ? moveTo(next) : -1;
+  const UINT32 next = walk_.currentBookMark + 1;
+  return next < bookmarks_.size() ? moveTo(next) : -1;
 }
 
 int Bookmarks::gotoPreviousBookMark() {
-  const UINT32 previous = walk.currentBookMark - 1;
-  return previous < bookmarks.size() ? moveTo(previous) : -1;
+  const UINT32 previous = walk_.currentBookMark - 1;
+  return previous < bookmarks_.size() ? moveTo(previous) : -1;
 }
 
 // ---- searching ---------------------------------------------------------------------------------

@@ -17,7 +17,7 @@ class Bookmarks {
  public:
   // All are borrowed and must outlive this.
   Bookmarks(const Index& items, Walk& position, LogMerge& logMerge)
-      : index(items), walk(position), merge(logMerge) {}
+      : index_(items), walk_(position), merge_(logMerge) {}
 
   // Marks the position of the walk. One that is marked already leaves `bm` as it was.
   int setBookMark(BOOKMARK* bm);
@@ -38,12 +38,12 @@ class Bookmarks {
   [[nodiscard]] std::size_t placeOf(const BOOKMARK* bm) const;
   int moveTo(UINT32 place);
 
-  const Index& index;
-  Walk& walk;
-  LogMerge& merge;
-  std::vector<Entry> bookmarks;                 // ascending serials
-  std::unordered_map<UINT32, UINT64> serialOf;  // by id
-  UINT64 nextSerial = 0;
+  const Index& index_;
+  Walk& walk_;
+  LogMerge& merge_;
+  std::vector<Entry> bookmarks_;                 // ascending serials
+  std::unordered_map<UINT32, UINT64> serialOf_;  // by id
+  UINT64 nextSerial_ = 0;
 };
 
 // The index of the sample with stamp `find_time` within items startIndex ... endIndex of the sorted

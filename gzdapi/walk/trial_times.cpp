@@ -31,7 +31,7 @@ std::vector<Edge> edges_in_time_order(const std::vector<TrialTimes::Interval>& i
 }  // namespace
 
 void TrialTimes::build(const std::vector<Interval>& intervals) {
-  stretches.clear();
+  stretches_.clear();
   const std::vector<Edge> edges = edges_in_time_order(intervals);
   std::set<UINT32> open;
   for (std::size_t i = 0; i < edges.size();) {
@@ -43,15 +43,15 @@ void TrialTimes::build(const std::vector<Interval>& intervals) {
         open.erase(edges[i].interval);
       }
     }
-    stretches.push_back({time, open.empty() ? nowhere : *open.rbegin()});
+    stretches_.push_back({time, open.empty() ? nowhere : *open.rbegin()});
   }
 }
 
 UINT32 TrialTimes::at(UINT32 time) const {
   const auto behind =
-      std::upper_bound(stretches.begin(), stretches.end(), time,
+      std::upper_bound(stretches_.begin(), stretches_.end(), time,
                        [](UINT64 wanted, const Stretch& stretch) { return wanted < stretch.from; });
-  return behind == stretches.begin() ? nowhere : std::prev(behind)->interval;
+  return behind == stretches_.begin() ? nowhere : std::prev(behind)->interval;
 }
 
 }  // namespace gzd

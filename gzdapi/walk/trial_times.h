@@ -31,7 +31,7 @@ class TrialTimes {
     UINT32 interval;
   };
 
-  std::vector<Stretch> stretches;  // ascending
+  std::vector<Stretch> stretches_;  // ascending
 };
 
 }  // namespace gzd

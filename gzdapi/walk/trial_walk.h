@@ -25,7 +25,7 @@ struct GZDTrial : TRIAL {
 class TrialWalk {
  public:
   TrialWalk(const Index& items, std::vector<GZDTrial>& list, bool blockStartsAreWeak)
-      : index(items), trials(list), ignoreRecordStart(blockStartsAreWeak) {}
+      : index_(items), trials_(list), ignoreRecordStart_(blockStartsAreWeak) {}
 
   // The end of a block at `place`. Without identifiers it closes the open trial.
   void blockEnd(UINT32 place, bool closesTrial);
@@ -39,12 +39,12 @@ class TrialWalk {
   bool finish();
 
  private:
-  [[nodiscard]] bool trialIsOpen() const { return !trialEndFound && !trials.empty(); }
+  [[nodiscard]] bool trialIsOpen() const { return !trialEndFound_ && !trials_.empty(); }
   [[nodiscard]] bool lastLacksBlock() const {
-    return !trials.empty() && trials.back().rec == nullptr;
+    return !trials_.empty() && trials_.back().rec == nullptr;
   }
   [[nodiscard]] GZDItem itemAt(int place) const {
-    return index.gzdItemList[static_cast<std::size_t>(place)];
+    return index_.gzdItemList[static_cast<std::size_t>(place)];
   }
   [[nodiscard]] UINT32 timeAt(int place) const {
     return time_of_stamp(itemAt(place).getTimeStamp());
@@ -58,15 +58,15 @@ class TrialWalk {
   void enterBlock(UINT32 place);
   void leaveTrial();
 
-  const Index& index;
-  std::vector<GZDTrial>& trials;
-  const bool ignoreRecordStart;
+  const Index& index_;
+  std::vector<GZDTrial>& trials_;
+  const bool ignoreRecordStart_;
 
-  bool trialEndFound = true;  // no trial is open
-  bool trialStartFound = false;
-  int lastRecInfoIndex = -1;  // the last start of a block
-  int lastRecIndex = -1;      // the last end of a block
-  Recording* rec = nullptr;   // the current block
+  bool trialEndFound_ = true;  // no trial is open
+  bool trialStartFound_ = false;
+  int lastRecInfoIndex_ = -1;  // the last start of a block
+  int lastRecIndex_ = -1;      // the last end of a block
+  Recording* rec_ = nullptr;   // the current block
 };
 
 }  // namespace gzd

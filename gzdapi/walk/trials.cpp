@@ -38,31 +38,31 @@ UINT16 input_value(const char* text) {
 class PlaceKeeper {
  public:
   PlaceKeeper(Walk& position, LogMerge& log)
-      : walk(position), merge(log), walkBefore(position), logBefore(log.position()) {}
+      : walk_(position), merge_(log), walkBefore_(position), logBefore_(log.position()) {}
   PlaceKeeper(const PlaceKeeper&) = delete;
   PlaceKeeper& operator=(const PlaceKeeper&) = delete;
   ~PlaceKeeper() {
-    walk = walkBefore;
-    merge.restore(logBefore);
+    walk_ = walkBefore_;
+    merge_.restore(logBefore_);
   }
 
  private:
-  Walk& walk;
-  LogMerge& merge;
-  const Walk walkBefore;
-  const LogMerge::Position logBefore;
+  Walk& walk_;
+  LogMerge& merge_;
+  const Walk walkBefore_;
+  const LogMerge::Position logBefore_;
 };
 
 // Tells, while it lives, that the walk is only for the trials.
 class CollectingMark {
  public:
-  explicit CollectingMark(Walk& position) : walk(position) { walk.collectsTrials = true; }
-  ~CollectingMark() { walk.collectsTrials = false; }
+  explicit CollectingMark(Walk& position) : walk_(position) { walk_.collectsTrials = true; }
+  ~CollectingMark() { walk_.collectsTrials = false; }
   CollectingMark(const CollectingMark&) = delete;
   CollectingMark& operator=(const CollectingMark&) = delete;
 
  private:
-  Walk& walk;
+  Walk& walk_;
 };
 
 }  // namespace
@@ -71,85 +71,85 @@ class CollectingMark {
 
 void Trials::setTrialIdentifier(char* start, char* end) {
   std::fflush(nullptr);
-  endTrialID = end;
+  endTrialID_ = end;
   const bool inputForm = start != nullptr && contains(start, input_form_text);
   if (end == nullptr) print_log("Set TrialEndMesage Empty\n");
-  segmentationType = inputForm ? cut_by_input : 0;
-  trialID = inputForm ? start + input_form_text.size() : start;
-  if (inputForm) log_clipped("Input Split option found :%s  %s\n", start, trialID);
-  ignoreRecordStart = end != nullptr || inputForm ? 1 : 0;
+  segmentationType_ = inputForm ? cut_by_input : 0;
+  trialID_ = inputForm ? start + input_form_text.size() : start;
+  if (inputForm) log_clipped("Input Split option found :%s  %s\n", start, trialID_);
+  ignoreRecordStart_ = end != nullptr || inputForm ? 1 : 0;
   collectTrials();
 }
 
 void Trials::takeInputValues() {
-  startInput = input_value(trialID);
-  endInput = input_value(endTrialID);
-  print_log("Start Input: %d\n End Input: %d\n", startInput, endInput);
+  startInput_ = input_value(trialID_);
+  endInput_ = input_value(endTrialID_);
+  print_log("Start Input: %d\n End Input: %d\n", startInput_, endInput_);
 }
 
 // ---- collecting --------------------------------------------------------------------------------
 
 // The trials count as collected at the end only: when memory runs out on the way there are none.
 int Trials::collectTrials() {
-  const CollectingMark mark(walk);
-  trialsCollected = false;
-  trials.clear();
+  const CollectingMark mark(walk_);
+  trialsCollected_ = false;
+  trials_.clear();
   backToBeginning();
   if (cutsByInput()) takeInputValues();
-  TrialWalk cut(index, trials, ignoreRecordStart == 1);
-  if (log.isLoaded() && !cutsByBlocksOnly()) {
+  TrialWalk cut(index_, trials_, ignoreRecordStart_ == 1);
+  if (log_.isLoaded() && !cutsByBlocksOnly()) {
     stepThroughMerge(cut);
   } else {
     stepThroughIndex(cut);
   }
   if (cut.finish()) backToBeginning();
   rebuildTimes();
-  trialsCollected = true;
+  trialsCollected_ = true;
   return 0;
 }
 
 void Trials::collectIfNeeded() {
-  if (!trialsCollected) collectTrials();
+  if (!trialsCollected_) collectTrials();
 }
 
 // Collects without moving the walk, also when memory runs out.
 void Trials::collectInPlace() {
-  if (trialsCollected) return;
-  const PlaceKeeper keeper(walk, merge);
+  if (trialsCollected_) return;
+  const PlaceKeeper keeper(walk_, merge_);
   collectTrials();
 }
 
 void Trials::backToBeginning() {
-  merge.rewind();
-  walk.currentData = 0;
-  walk.lastRecording = nullptr;
+  merge_.rewind();
+  walk_.currentData = 0;
+  walk_.lastRecording = nullptr;
 }
 
 bool Trials::cutsByBlocksOnly() const {
-  return trialID == nullptr && endTrialID == nullptr && !cutsByInput();
+  return trialID_ == nullptr && endTrialID_ == nullptr && !cutsByInput();
 }
 
 void Trials::stepThroughIndex(TrialWalk& cut) {
-  for (const Landmark mark : index.landmarks()) {
-    const GZDItem& item = index.gzdItemList[mark];
+  for (const Landmark mark : index_.landmarks()) {
+    const GZDItem& item = index_.gzdItemList[mark];
     if (item.isRecording())
-      walk.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
+      walk_.lastRecording = item.isRecordingStart() ? item.getRecording() : nullptr;
     examine(cut, item.getItemType(), mark.place);
   }
-  walk.currentData = index.size();
-  merge.skipLog();
+  walk_.currentData = index_.size();
+  merge_.skipLog();
 }
 
 void Trials::stepThroughMerge(TrialWalk& cut) {
   for (;;) {
-    const int type = merge.getNextDataMergeWithLog();
+    const int type = merge_.getNextDataMergeWithLog();
     if (type == GZD_END_OF_DATA) return;
-    if (merge.isFromLog()) {
+    if (merge_.isFromLog()) {
       if (cutsByInput()) continue;
-      const FEVENT& message = merge.logRecord().fe;
-      examineText(cut, text_of(message.message), walk.currentData, message.sttime);
+      const FEVENT& message = merge_.logRecord().fe;
+      examineText(cut, text_of(message.message), walk_.currentData, message.sttime);
     } else {
-      examine(cut, type, walk.currentData - 1);
+      examine(cut, type, walk_.currentData - 1);
     }
   }
 }
@@ -166,83 +166,83 @@ void Trials::examine(TrialWalk& cut, int type, UINT32 place) {
 }
 
 void Trials::examineBoundary(TrialWalk& cut, UINT32 place) const {
-  if (index.gzdItemList[place].isRecordingStart()) {
+  if (index_.gzdItemList[place].isRecordingStart()) {
     cut.blockStart(place);
   } else {
-    cut.blockEnd(place, trialID == nullptr && endTrialID == nullptr);
+    cut.blockEnd(place, trialID_ == nullptr && endTrialID_ == nullptr);
   }
 }
 
 void Trials::examineInput(TrialWalk& cut, UINT32 place) {
-  const ALLF_DATA* record = readRecord(place);
+  const ALLF_DATA* record = readRecord_(place);
   if (record == nullptr) return;
-  const UINT32 time = time_of_stamp(index.gzdItemList[place].getTimeStamp());
-  if (record->fe.input == startInput) {
+  const UINT32 time = time_of_stamp(index_.gzdItemList[place].getTimeStamp());
+  if (record->fe.input == startInput_) {
     cut.startMark(place, time);
-  } else if (record->fe.input == endInput) {
+  } else if (record->fe.input == endInput_) {
     cut.endMark(place, time);
   }
 }
 
 void Trials::examineMessage(TrialWalk& cut, UINT32 place) {
-  if (trialID == nullptr && endTrialID == nullptr) return;
-  const ALLF_DATA* record = readRecord(place);
+  if (trialID_ == nullptr && endTrialID_ == nullptr) return;
+  const ALLF_DATA* record = readRecord_(place);
   if (record == nullptr) return;
   examineText(cut, text_of(record->fe.message), place,
-              time_of_stamp(index.gzdItemList[place].getTimeStamp()));
+              time_of_stamp(index_.gzdItemList[place].getTimeStamp()));
 }
 
 void Trials::examineText(TrialWalk& cut, std::string_view text, UINT32 place, UINT32 time) const {
   if (contains(text, no_trial_mark)) return;
-  if (trialID != nullptr && contains(text, trialID)) {
+  if (trialID_ != nullptr && contains(text, trialID_)) {
     cut.startMark(place, time);
-  } else if (endTrialID != nullptr && contains(text, endTrialID)) {
+  } else if (endTrialID_ != nullptr && contains(text, endTrialID_)) {
     cut.endMark(place, time);
   }
 }
 
 void Trials::rebuildTimes() {
   std::vector<TrialTimes::Interval> intervals;
-  intervals.reserve(trials.size());
-  for (const GZDTrial& trial : trials) intervals.push_back({trial.starttime, trial.endtime});
-  times.build(intervals);
+  intervals.reserve(trials_.size());
+  for (const GZDTrial& trial : trials_) intervals.push_back({trial.starttime, trial.endtime});
+  times_.build(intervals);
 }
 
 // ---- moving ------------------------------------------------------------------------------------
 
 int Trials::jumpToTrial(int n) {
   collectIfNeeded();
-  if (n < 0 || static_cast<std::size_t>(n) >= trials.size()) return -1;
-  walk.currentTrial = static_cast<UINT32>(n);
-  merge.moveTo(static_cast<UINT32>(trials[walk.currentTrial].start));
+  if (n < 0 || static_cast<std::size_t>(n) >= trials_.size()) return -1;
+  walk_.currentTrial = static_cast<UINT32>(n);
+  merge_.moveTo(static_cast<UINT32>(trials_[walk_.currentTrial].start));
   return 0;
 }
 
 int Trials::gotoNextTrial() {
-  return jumpToTrial(static_cast<int>(walk.currentTrial + 1));
+  return jumpToTrial(static_cast<int>(walk_.currentTrial + 1));
 }
 
 int Trials::gotoPreviousTrial() {
-  return jumpToTrial(static_cast<int>(walk.currentTrial - 1));
+  return jumpToTrial(static_cast<int>(walk_.currentTrial - 1));
 }
 
 int Trials::gotoTrialWithStartTime(UINT32 time) {
   collectIfNeeded();
-  const auto found = std::find_if(trials.begin(), trials.end(),
+  const auto found = std::find_if(trials_.begin(), trials_.end(),
                                   [time](const GZDTrial& t) { return t.starttime == time; });
-  return found == trials.end() ? -1 : jumpToTrial(static_cast<int>(found - trials.begin()));
+  return found == trials_.end() ? -1 : jumpToTrial(static_cast<int>(found - trials_.begin()));
 }
 
 int Trials::gotoTrialWithEndTime(UINT32 time) {
   collectIfNeeded();
-  const auto found = std::find_if(trials.begin(), trials.end(),
+  const auto found = std::find_if(trials_.begin(), trials_.end(),
                                   [time](const GZDTrial& t) { return t.endtime == time; });
-  return found == trials.end() ? -1 : jumpToTrial(static_cast<int>(found - trials.begin()));
+  return found == trials_.end() ? -1 : jumpToTrial(static_cast<int>(found - trials_.begin()));
 }
 
 GZDTrial* Trials::getTrialHeaders() {
   collectIfNeeded();
-  return walk.currentTrial < trials.size() ? &trials[walk.currentTrial] : nullptr;
+  return walk_.currentTrial < trials_.size() ? &trials_[walk_.currentTrial] : nullptr;
 }
 
 int Trials::getTrialHeaders(TRIAL* trial) {
@@ -255,10 +255,10 @@ int Trials::getTrialHeaders(TRIAL* trial) {
 
 UINT32 Trials::firstTrialStartingAt(int itemIndex) const {
   const auto found =
-      std::lower_bound(trials.begin(), trials.end(), itemIndex,
+      std::lower_bound(trials_.begin(), trials_.end(), itemIndex,
                        [](const GZDTrial& trial, int wanted) { return trial.start < wanted; });
-  return found != trials.end() && found->start == itemIndex
-             ? static_cast<UINT32>(found - trials.begin())
+  return found != trials_.end() && found->start == itemIndex
+             ? static_cast<UINT32>(found - trials_.begin())
              : no_trial;
 }
 
@@ -266,8 +266,8 @@ UINT32 Trials::firstTrialStartingAt(int itemIndex) const {
 
 const GZDTrial* Trials::trial_at_time(UINT32 time) {
   collectInPlace();
-  const UINT32 place = times.at(time);
-  return place == TrialTimes::nowhere ? nullptr : &trials[place];
+  const UINT32 place = times_.at(time);
+  return place == TrialTimes::nowhere ? nullptr : &trials_[place];
 }
 
 const Recording* Trials::blockAtTime(UINT32 time) {

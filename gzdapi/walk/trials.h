@@ -26,28 +26,28 @@ class Trials {
   // All are borrowed and must outlive this.
   Trials(const Index& items, Walk& position, LogMerge& logMerge, const MessageLog& messageLog,
          RecordReader reader)
-      : index(items),
-        walk(position),
-        merge(logMerge),
-        log(messageLog),
-        readRecord(std::move(reader)) {}
+      : index_(items),
+        walk_(position),
+        merge_(logMerge),
+        log_(messageLog),
+        readRecord_(std::move(reader)) {}
 
   // Sets the texts that cut trials, which are borrowed, and collects anew.
   void setTrialIdentifier(char* start, char* end);
-  [[nodiscard]] char* getTrialIdentifier() const { return trialID; }
-  [[nodiscard]] char* getEndTrialIdentifier() const { return endTrialID; }
+  [[nodiscard]] char* getTrialIdentifier() const { return trialID_; }
+  [[nodiscard]] char* getEndTrialIdentifier() const { return endTrialID_; }
 
   // Collects the trials anew and puts the walk back to its beginning (at its end when a trial was
   // still open at the end of the index and its block's end closed it). Returns 0.
   int collectTrials();
-  [[nodiscard]] bool areCollected() const { return trialsCollected; }
+  [[nodiscard]] bool areCollected() const { return trialsCollected_; }
   // The trials collected so far.
-  [[nodiscard]] const std::vector<GZDTrial>& list() const { return trials; }
+  [[nodiscard]] const std::vector<GZDTrial>& list() const { return trials_; }
 
   // Number of trials.
   int count() {
     collectIfNeeded();
-    return static_cast<int>(trials.size());
+    return static_cast<int>(trials_.size());
   }
   int jumpToTrial(int n);
   int gotoNextTrial();
@@ -84,25 +84,25 @@ class Trials {
   void examineText(TrialWalk& cut, std::string_view text, UINT32 place, UINT32 time) const;
   void rebuildTimes();
   const Recording* blockAtTime(UINT32 time);
-  [[nodiscard]] bool cutsByInput() const { return segmentationType == cut_by_input; }
+  [[nodiscard]] bool cutsByInput() const { return segmentationType_ == cut_by_input; }
 
   static constexpr UINT32 cut_by_input = 1;
 
-  const Index& index;
-  Walk& walk;
-  LogMerge& merge;
-  const MessageLog& log;
-  RecordReader readRecord;
+  const Index& index_;
+  Walk& walk_;
+  LogMerge& merge_;
+  const MessageLog& log_;
+  RecordReader readRecord_;
 
-  std::vector<GZDTrial> trials;
-  TrialTimes times;
-  char* trialID = nullptr;
-  char* endTrialID = nullptr;
-  UINT32 segmentationType = 0;
-  int ignoreRecordStart = 0;
-  UINT16 startInput = 0;
-  UINT16 endInput = 0;
-  bool trialsCollected = false;
+  std::vector<GZDTrial> trials_;
+  TrialTimes times_;
+  char* trialID_ = nullptr;
+  char* endTrialID_ = nullptr;
+  UINT32 segmentationType_ = 0;
+  int ignoreRecordStart_ = 0;
+  UINT16 startInput_ = 0;
+  UINT16 endInput_ = 0;
+  bool trialsCollected_ = false;
 };
 
 }  // namespace gzd

@@ -35,10 +35,10 @@ class AscFile {
   // Closes the stream and removes what was written.
   void discard();
 
-  const std::string& path() const { return path_; }
+  [[nodiscard]] const std::string& path() const { return path_; }
 
   // The open file when it is an ordinary one: what the text's name will lead to.
-  std::optional<FileId> id() const;
+  [[nodiscard]] std::optional<FileId> id() const;
 
  private:
   FILE* open_part();

@@ -61,15 +61,15 @@ class LineBuffer {
   // Goes back to standard output.
   void end_file() { file_ = nullptr; }
   // The output file, or null.
-  FILE* file() const { return file_; }
+  [[nodiscard]] FILE* file() const { return file_; }
 
   // Drops what has not been handed on.
   void forget_text() { cursor_ = bytes_; }
 
   // True when a write has failed since the last call of forget_failure().
-  bool failed() const { return failed_; }
+  [[nodiscard]] bool failed() const { return failed_; }
   // The system's reason, a value of errno, or 0.
-  int reason() const { return reason_; }
+  [[nodiscard]] int reason() const { return reason_; }
   // To be called when text cannot be made or written, with the system's reason.
   void fail(int reason) {
     failed_ = true;
@@ -81,7 +81,7 @@ class LineBuffer {
   }
 
  private:
-  std::size_t size() const { return static_cast<std::size_t>(cursor_ - bytes_); }
+  [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(cursor_ - bytes_); }
   char* advance(std::size_t count) {
     char* const place = cursor_;
     set_cursor(place + count);

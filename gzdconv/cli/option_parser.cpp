@@ -33,7 +33,7 @@ class Arguments {
     rest_ = rest_.subspan(1);
     return argument;
   }
-  const char* program() const { return program_; }
+  [[nodiscard]] const char* program() const { return program_; }
 
  private:
   const char* program_;

@@ -21,7 +21,7 @@ constexpr int extended_decimals = 3;
 
 struct Point {
   float x, y;
-  bool is_missing() const { return x == MISSING_DATA || y == MISSING_DATA; }
+  [[nodiscard]] bool is_missing() const { return x == MISSING_DATA || y == MISSING_DATA; }
 };
 
 void print_point(int decimals, Point point) {

@@ -68,9 +68,9 @@ class HrefMean {
     add(sample.hx[eye], x_, x_count_);
     add(sample.hy[eye], y_, y_count_);
   }
-  bool is_known() const { return x_count_ > 0 && y_count_ > 0; }
-  float x() const { return x_ / static_cast<float>(x_count_); }
-  float y() const { return y_ / static_cast<float>(y_count_); }
+  [[nodiscard]] bool is_known() const { return x_count_ > 0 && y_count_ > 0; }
+  [[nodiscard]] float x() const { return x_ / static_cast<float>(x_count_); }
+  [[nodiscard]] float y() const { return y_ / static_cast<float>(y_count_); }
 
  private:
   static void add(float value, float& sum, int& count) {

@@ -20,7 +20,7 @@ class SamplePlan {
   void forget() { key_ = no_key; }
 
   // True when the plan is one for samples of this shape.
-  bool suits(const FSAMPLE& sample) const { return key_ == shape_key(sample); }
+  [[nodiscard]] bool suits(const FSAMPLE& sample) const { return key_ == shape_key(sample); }
 
   // Makes the plan that of `sample`.
   void choose(const RunState& state, const RECORDINGS& block, const FSAMPLE& sample);

@@ -24,12 +24,12 @@ struct AVIGZDTime {
   AVIGZDTime(int frame_number, bool field, int entry_time, int frame_time, bool first_marker,
              bool second_marker);
 
-  int frameNumber() const;
-  int field() const;  // 0 or 1
-  int entryTime() const { return entry_time; }
-  int frameTime() const;  // the entry time and its offset
-  int firstMarker() const;
-  int secondMarker() const;
+  [[nodiscard]] int frameNumber() const;
+  [[nodiscard]] int field() const;  // 0 or 1
+  [[nodiscard]] int entryTime() const { return entry_time; }
+  [[nodiscard]] int frameTime() const;  // the entry time and its offset
+  [[nodiscard]] int firstMarker() const;
+  [[nodiscard]] int secondMarker() const;
 
   // One line of six numbers to `stream`, or to standard output when it is null.
   void print(FILE* stream) const;
@@ -52,14 +52,14 @@ class AVIGZDTimeLookupTime {
   void print(FILE* stream) const;
 
   // The first record that a binary search over [lo, hi] meets within 30 ms of `time`, or null.
-  const AVIGZDTime* findFrameForGZDTime(int lo, int hi, int time) const;
-  const AVIGZDTime* findFrameForGZDTime(int time) const;
+  [[nodiscard]] const AVIGZDTime* findFrameForGZDTime(int lo, int hi, int time) const;
+  [[nodiscard]] const AVIGZDTime* findFrameForGZDTime(int time) const;
 
   // The record with exactly this entry time, or null: the first of them, or the one after it when
   // only that has the wanted field flag (0, 1 or any_field). secfind looks at every record.
-  const AVIGZDTime* binfindAVIGZDEntry(int lo, int hi, int time, int field) const;
-  const AVIGZDTime* findAVIGZDEntry(int time, int field) const;
-  const AVIGZDTime* secfindAVIGZDEntry(int time, int field) const;
+  [[nodiscard]] const AVIGZDTime* binfindAVIGZDEntry(int lo, int hi, int time, int field) const;
+  [[nodiscard]] const AVIGZDTime* findAVIGZDEntry(int time, int field) const;
+  [[nodiscard]] const AVIGZDTime* secfindAVIGZDEntry(int time, int field) const;
 
   // The record at the cursor, which moves on; null after the last one.
   const AVIGZDTime* getNextEntry();
@@ -72,15 +72,17 @@ class AVIGZDTimeLookupTime {
   // Names are cut to 19 characters, paths to 1023.
   void setSessionName(const char* name);
   void setSessionPath(const char* path);
-  const std::string& sessionName() const { return session_name_; }
-  const std::string& sessionPath() const { return session_path_; }
-  int sessionNumber() const { return session_number_; }
-  int count() const { return static_cast<int>(records_.size()); }
+  [[nodiscard]] const std::string& sessionName() const { return session_name_; }
+  [[nodiscard]] const std::string& sessionPath() const { return session_path_; }
+  [[nodiscard]] int sessionNumber() const { return session_number_; }
+  [[nodiscard]] int count() const { return static_cast<int>(records_.size()); }
 
  private:
-  bool holds(int index) const { return index >= 0 && index < count(); }
-  const AVIGZDTime& at(int index) const { return records_[static_cast<std::size_t>(index)]; }
-  const AVIGZDTime* choose_field(int index, int time, int field) const;
+  [[nodiscard]] bool holds(int index) const { return index >= 0 && index < count(); }
+  [[nodiscard]] const AVIGZDTime& at(int index) const {
+    return records_[static_cast<std::size_t>(index)];
+  }
+  [[nodiscard]] const AVIGZDTime* choose_field(int index, int time, int field) const;
   bool read_records(FILE* file, int claimed);
 
   int cursor_ = 0;

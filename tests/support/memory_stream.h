@@ -21,31 +21,31 @@ class MemoryStream : public InputStream {
       : bytes(std::move(content)), readAhead(step) {
     bytes.resize(std::min(end, bytes.size()));
     bytes.shrink_to_fit();  // so that a read behind the end is noticed
-    windowStart = cursor = limit = bytes.data();
+    windowStart_ = cursor_ = limit_ = bytes.data();
   }
 
   INT64 getFileSize() override { return static_cast<INT64>(bytes.size()); }
 
   void seek(INT64 offset) override {
-    hitEnd = false;
+    hitEnd_ = false;
     const INT64 inside = std::clamp<INT64>(offset, 0, static_cast<INT64>(bytes.size()));
-    windowStart = cursor = limit = bytes.data() + inside;
-    limitPos = offset;
+    windowStart_ = cursor_ = limit_ = bytes.data() + inside;
+    limitPos_ = offset;
   }
 
  protected:
   bool refill(std::size_t count) override {
-    const auto unread = static_cast<std::size_t>(limit - cursor);
+    const auto unread = static_cast<std::size_t>(limit_ - cursor_);
     show(std::max(count > unread ? count - unread : 0, readAhead));
-    return static_cast<std::size_t>(limit - cursor) >= count;
+    return static_cast<std::size_t>(limit_ - cursor_) >= count;
   }
 
   // Brings so many more bytes into the window, or all that are left.
   void show(std::size_t count) {
     const std::size_t got =
-        std::min(count, static_cast<std::size_t>(bytes.data() + bytes.size() - limit));
-    limit += got;
-    limitPos += static_cast<INT64>(got);
+        std::min(count, static_cast<std::size_t>(bytes.data() + bytes.size() - limit_));
+    limit_ += got;
+    limitPos_ += static_cast<INT64>(got);
   }
 
  private:
