@@ -20,13 +20,13 @@ std::vector<byte> samples_of(unsigned flags) {
   std::vector<byte> bytes;
   for (int i = 0; i < samples_in_stream; ++i) {
     gzdsynth::put_sample(bytes, {.flags = flags,
-                                .step = 1,
-                                .gx = {4978 + i % 50, 5068 - i % 40},
-                                .gy = {3112 + i % 30, 3110 + i % 20},
-                                .rx = 360,
-                                .ry = 360,
-                                .pa = {893, 861},
-                                .input = 127});
+                                 .step = 1,
+                                 .gx = {4978 + i % 50, 5068 - i % 40},
+                                 .gy = {3112 + i % 30, 3110 + i % 20},
+                                 .rx = 360,
+                                 .ry = 360,
+                                 .pa = {893, 861},
+                                 .input = 127});
   }
   return bytes;
 }

@@ -26,10 +26,10 @@ gzdsynth::Bytes body() {
     noise = noise * 1103515245u + 12345u;
     const int n = static_cast<int>(noise >> 16 & 15u);
     gzdsynth::put_sample(bytes, {.flags = SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE,
-                                .step = 1,
-                                .gx = {5000 + n},
-                                .gy = {3000 + (n ^ 5)},
-                                .pa = {900 + n / 4}});
+                                 .step = 1,
+                                 .gx = {5000 + n},
+                                 .gy = {3000 + (n ^ 5)},
+                                 .pa = {900 + n / 4}});
   }
   return bytes;
 }

@@ -109,7 +109,7 @@ Bytes walk_tail(unsigned number, unsigned how) {
     put_byte(tail, static_cast<unsigned>(small_log.size()));
   }
   put_bytes(tail, bytes_of({number % 6, number % 64, merges ? 7U : 5U,
-                           consistencies[number % std::size(consistencies)]}));
+                            consistencies[number % std::size(consistencies)]}));
   return tail;
 }
 

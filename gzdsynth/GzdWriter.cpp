@@ -161,7 +161,7 @@ GzdWriter& GzdWriter::message(std::uint32_t time, std::string_view text) {
 }
 
 GzdWriter& GzdWriter::long_message(std::uint32_t time, int id, std::string_view text,
-                                  std::size_t pieceSize) {
+                                   std::size_t pieceSize) {
   const std::string tail = std::string(" ").append(std::to_string(id)).append("_");
   std::string marker = "!V LONGMS_ST" + tail;
   do {

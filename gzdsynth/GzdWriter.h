@@ -69,7 +69,7 @@ class GzdWriter {
   GzdWriter& preamble_line(std::string_view line);  // a newline is added
   GzdWriter& clear_preamble();
   GzdWriter& endp_text(std::string line);  // "ENDP:\n" verbatim; empty leaves it away
-  GzdWriter& compressed(bool on);         // set by magic() as well
+  GzdWriter& compressed(bool on);          // set by magic() as well
   GzdWriter& end_tag(bool on);             // the closing zero tag; on unless switched off
 
   // ---- records ----
@@ -89,7 +89,7 @@ class GzdWriter {
   // A text of any length in pieces of `pieceSize` characters at most, each behind its marker, all
   // at `time`. `id` tells long messages apart.
   GzdWriter& long_message(std::uint32_t time, int id, std::string_view text,
-                         std::size_t pieceSize = 460);
+                          std::size_t pieceSize = 460);
   // Bits 0-7 the state of the buttons, bits 8-15 those that changed.
   GzdWriter& button(std::uint32_t time, int buttons);
   GzdWriter& input(std::uint32_t time, int value);

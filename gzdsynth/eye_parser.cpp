@@ -106,7 +106,8 @@ void EyeParser::put_resolution(EventRecord& record, const Running& event) const 
 }
 
 // The payload of a start event has no end and no average.
-void EyeParser::put_head(EventRecord& record, const Running* ended, const Observation& first) const {
+void EyeParser::put_head(EventRecord& record, const Running* ended,
+                         const Observation& first) const {
   std::array<float, 36> payload;
   payload.fill(MISSING_DATA);
   const auto start = head_values(first.pose, side_);

@@ -13,7 +13,7 @@ void put_floats(Bytes& out, const std::array<float, N>& values) {
 }
 
 void put_positions(Bytes& out, unsigned flags, const std::array<int, 2>& x,
-                  const std::array<int, 2>& y) {
+                   const std::array<int, 2>& y) {
   if (flags & SMP_LEFT) {
     put_word(out, x[0]);
     put_word(out, y[0]);
@@ -93,7 +93,7 @@ SampleBlock ellipse_block56(const Ellipse& ellipse) {
   Bytes payload;
   payload.reserve(56);
   put_floats<4>(payload,
-               {ellipse.headGazeX, ellipse.headGazeY, ellipse.eyeGazeX[2], ellipse.eyeGazeY[2]});
+                {ellipse.headGazeX, ellipse.headGazeY, ellipse.eyeGazeX[2], ellipse.eyeGazeY[2]});
   put_ellipses(payload, ellipse);
   return sized_block(3, std::move(payload));
 }

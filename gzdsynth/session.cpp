@@ -232,7 +232,7 @@ bool Session::drops_blink(const EventRecord& record) {
 }
 
 void Session::write_sample(const Observation& observation, const GazeState& state,
-                          std::int64_t tick) {
+                           std::int64_t tick) {
   SampleRecord sample = observation.sample;
   if (settings_.rawPacked) camera_.pack(sample, state);
   if (settings_.rate == 2000 && tick % 2 == 1) sample.flags |= SMP_HALF_MS;

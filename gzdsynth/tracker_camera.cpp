@@ -127,7 +127,8 @@ void TrackerCamera::pack(SampleRecord& sample, const GazeState& state) const {
   for (std::size_t eye = 0; eye < 2; ++eye) {
     if (!(eye == 0 ? settings_.left : settings_.right)) continue;
     sample.pa[eye] = static_cast<int>(std::lround(state.eyes[eye].pupil)) - packed_offset;
-    if (state.phase != Phase::Lost) pack_eye(sample, state.eyes[eye], eye, both && eye == 1 ? 4 : 0);
+    if (state.phase != Phase::Lost)
+      pack_eye(sample, state.eyes[eye], eye, both && eye == 1 ? 4 : 0);
   }
 }
 

@@ -131,7 +131,7 @@ float calcVelocity_non_falcon(bool fastVelocity, const float* x, int xlen, float
 }
 
 void calc_velocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,
-                               float sampleRate, float* velocities) {
+                                float sampleRate, float* velocities) {
   for (int i = 0; i < count; ++i) {
     const float* const series = x + i - velocity_reach;
     velocities[i] = is_present(resolutions[i])
@@ -159,7 +159,7 @@ float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_sam
 }
 
 void calc_velocities_falcon(bool fast, const float* x, const float* resolutions, int count,
-                           float sampleRate, float* velocities) {
+                            float sampleRate, float* velocities) {
   const RateModel& model = model_at(sampleRate);
   (fast ? model.fastVelocities : model.velocities)(x, resolutions, count, velocities);
 }

@@ -23,9 +23,9 @@ float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_sam
 // no velocity is to be had. The results are the same, bit by bit.
 constexpr int velocity_reach = 19;
 void calc_velocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,
-                               float sampleRate, float* velocities);
+                                float sampleRate, float* velocities);
 void calc_velocities_falcon(bool fast, const float* x, const float* resolutions, int count,
-                           float sampleRate, float* velocities);
+                            float sampleRate, float* velocities);
 
 // How many positions to either side of the middle calcVelocity_falcon uses at this rate.
 int falcon_half_window(float samples_per_second);

@@ -68,7 +68,7 @@ void make_inputs(const Path& directory, const Words& words) {
     std::ofstream(directory / kind.messageLog) << gzdsynth::message_log_text(trials);
     for (std::size_t i = 0; i < trials.size(); ++i)
       gzdsynth::save_bytes(gzdsynth::frame_table_bytes(trials[i]),
-                          directory / gzdsynth::frame_table_name(name, i));
+                           directory / gzdsynth::frame_table_name(name, i));
   }
 }
 

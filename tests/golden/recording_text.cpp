@@ -126,9 +126,9 @@ BlockStart block_of(const Line& line) {
   BlockStart block{.time = time_of(line.plain.at(1))};
   const std::map<std::string, int*> fields = {
       {"gaze", &block.gaze_prescale},  {"velocity", &block.velocityPrescale},
-      {"divisor", &block.divisor},    {"eye", &block.eye},
-      {"link", &block.linkFilter},    {"filter", &block.fileFilter},
-      {"mode", &block.recordingMode}, {"ptype", &block.pupilType},
+      {"divisor", &block.divisor},     {"eye", &block.eye},
+      {"link", &block.linkFilter},     {"filter", &block.fileFilter},
+      {"mode", &block.recordingMode},  {"ptype", &block.pupilType},
       {"sflags", &block.sample_flags}, {"eflags", &block.event_flags}};
   for (const auto& [key, value] : line.named) {
     if (key == "flags")
@@ -322,7 +322,7 @@ class Recorder {
       {"long",
        [this](auto& line) {
          writer.long_message(time_of(line.plain.at(1)), int_of(number_of(line.plain.at(2))),
-                            line.text);
+                             line.text);
        }},
       {"button", [this](auto& line) { timed(GZD_BUTTON, FIELD_BUTTONS, line); }},
       {"input", [this](auto& line) { timed(GZD_INPUT, FIELD_INPUT, line); }},

@@ -58,9 +58,9 @@ TEST(Open, WhatIsNotARecording) {
   EXPECT_EQ(refusal_of(scratch.save("noise", gzdsynth::Bytes(5000, 0xA5))), badMagic);
   GzdWriter headOnly;
   headOnly.endp_text("");
-  EXPECT_EQ(
-      refusal_of(scratch.save("head", gzdsynth::cut_at(headOnly.bytes(), headOnly.header().size()))),
-      "error reading gzd file 6\nEnd of file Exception\n");
+  EXPECT_EQ(refusal_of(
+                scratch.save("head", gzdsynth::cut_at(headOnly.bytes(), headOnly.header().size()))),
+            "error reading gzd file 6\nEnd of file Exception\n");
   EXPECT_EQ(refusal_of(scratch.save("cut", gzdsynth::without_tail(small_recording().bytes(), 2))),
             "error reading gzd file 7a r = 0 \nEnd of file Exception\n");
 }

@@ -30,11 +30,11 @@ constexpr INT64 last_short = (INT64{1} << 31) - 2;
 // Samples that fit into a word and samples that just do not, events of either eye.
 std::vector<GZDItem> mixture() {
   std::vector<GZDItem> items = {sample(2, first_stamp)};
-  constexpr UINT64 stamps_before = 1 << 26, RANGE = 1 << 30;
+  constexpr UINT64 stamps_before = 1 << 26, step_range = 1 << 30;
   for (const UINT64 stamp :
        {first_stamp + 1, first_stamp - stamps_before, first_stamp - stamps_before - 1,
-        first_stamp - stamps_before + RANGE - 1, first_stamp - stamps_before + RANGE, UINT64{0},
-        ~UINT64{0}, ~UINT64{0} - 5, UINT64{1} << 34}) {
+        first_stamp - stamps_before + step_range - 1, first_stamp - stamps_before + step_range,
+        UINT64{0}, ~UINT64{0}, ~UINT64{0} - 5, UINT64{1} << 34}) {
     items.push_back(sample(77, stamp));
     items.push_back(sample(position_of_dummy, stamp));
     items.push_back({90, GZD_START_BLINK, SIDE_RIGHT, 0x1234, stamp});

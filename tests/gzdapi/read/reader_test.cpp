@@ -26,9 +26,9 @@ constexpr UINT32 block_start = 1000;
 void add_block(GzdWriter& w, UINT32 start, int count, double rate, unsigned flags, int prescale,
                unsigned furtherFlags = 0) {
   w.start_block({.time = start,
-                .rate = rate,
-                .sample_flags = static_cast<int>(flags),
-                .gaze_prescale = prescale});
+                 .rate = rate,
+                 .sample_flags = static_cast<int>(flags),
+                 .gaze_prescale = prescale});
   for (int i = 0; i < count; ++i) {
     SampleRecord s{.flags = flags | SMP_TIME_ABSOLUTE | (i % 5 == 4 ? furtherFlags : 0)};
     s.time = start + static_cast<UINT32>(i * 1000.0 / rate);

@@ -32,10 +32,10 @@ using Lines = std::vector<std::string>;
 
 TEST(MessageLog, OnlyFiniteDecimalNumbersAreTimes) {
   EXPECT_EQ(messages_of(std::string(sync_line) + "no number\n\nnan x\ninf x\n1e999 x\n" +
-                       std::string(400, '9') +
-                       " x\n-9000 neg\n1.5e2x\n +120 plus\n. x\n-1e-999 tiny\n0." +
-                       std::string(400, '0') + "1e9 tinier\n4294962395 last\n4294962396 far\n" +
-                       "1e300 further\n" + quit_line),
+                        std::string(400, '9') +
+                        " x\n-9000 neg\n1.5e2x\n +120 plus\n. x\n-1e-999 tiny\n0." +
+                        std::string(400, '0') + "1e9 tinier\n4294962395 last\n4294962396 far\n" +
+                        "1e300 further\n" + quit_line),
             (Lines{"5000| TRACKER_TIME 1 5000.0", "0| neg", "5050|x", "5020| plus", "4900| tiny",
                    "4900| tinier", "4294967295| last", "4294967295| far", "4294967295| further"}));
 }
