@@ -121,12 +121,9 @@ double rate_of(GZDFILE* ef) {
 // The camera set-up of the trial that a sample lies in.
 CameraSetup camera_at(GZDFILE* gzd, const FSAMPLE* sam) {
   return guarded(gzd, CameraSetup(), [=](GZDFile& file) {
-    CameraSetup camera;
-    Trials& trials = file.getTrials();
-    const UINT32 time = file.recordedTime(sam->time);
-    camera.prescaler = trials.getGazePrescaler(time);
-    trials.getWindowSize(time, &camera.width, &camera.height);
-    return camera;
+    const Recording* block = file.getTrials().blockAtTime(file.recordedTime(sam->time));
+    if (block == nullptr) return CameraSetup();
+    return CameraSetup{block->getPrescaler(), block->getWindowWidth(), block->getWindowHeight()};
   });
 }
 
@@ -411,6 +408,10 @@ void gzd_get_window_position(GZDFILE* gzd, FSAMPLE* sam, UINT32* rv) {
 
 void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv) {
   pupil_cr(camera_at(gzd, sam), *sam, eye, rv);
+}
+
+void gzd_get_raw_eye(GZDFILE* gzd, FSAMPLE* sam, int eye, GZD_RAW_EYE* raw) {
+  *raw = raw_eye(camera_at(gzd, sam), *sam, eye);
 }
 
 // ---- pixels per degree --------------------------------------------------------------------------

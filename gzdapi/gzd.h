@@ -338,6 +338,9 @@ GZD_API void gzd_get_window_position(GZDFILE* gzd, FSAMPLE* sam, UINT32* rv);
    missing inputs it is the formula's value, not a missing pair. */
 GZD_API void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv);
 
+/* All of the above at once, which costs a fraction of asking for each. */
+GZD_API void gzd_get_raw_eye(GZDFILE* gzd, FSAMPLE* sam, int eye, GZD_RAW_EYE* raw);
+
 /* ---- pixels per degree
  * --------------------------------------------------------------------------------- */
 

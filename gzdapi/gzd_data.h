@@ -379,6 +379,17 @@ typedef struct {
   unsigned int id; /* index of the element */
 } BOOKMARK;
 
+/* The camera's measurements of one eye: positions and boxes in camera pixels, x and y or width and
+   height. A position that cannot be given is a pair of MISSING_DATA, a box a pair of
+   MISSING_DATA_INT; areas are 0 then. */
+typedef struct {
+  float pupil[2], cr[2], cr2[2]; /* centres of the pupil and of the corneal reflections */
+  float pupil_cr[2];             /* as gzd_get_pupil_cr gives it */
+  UINT32 pupil_area, cr_area, cr2_area;
+  UINT32 pupil_dimension[2], cr_dimension[2]; /* boxes */
+  UINT32 window_position[2];                  /* centre of the tracking window */
+} GZD_RAW_EYE;
+
 /* Something that reading, checks or repairs have found. Of each kind the first 1000 are kept; the
    last of these takes in those that follow: it adds up their `count`, and its `end` is the largest
    of theirs. */

@@ -90,6 +90,17 @@ void plain_position(const CameraSetup& camera, const FSAMPLE& sam, int word, flo
       centre.y + static_cast<float>(sam.hdata[word + 1]) / word_scale);
 }
 
+// Centre of the pupil, or of its reflection, of an eye that has an area of it.
+void centre_of_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+  if (!is_packed(sam, eye)) return plain_position(camera, sam, 0, rv);
+  packed_position(camera.prescaler, sam.px[eye], sam.py[eye], sam.gx[eye], rv);
+}
+
+void centre_of_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+  if (!is_packed(sam, eye)) return plain_position(camera, sam, 2, rv);
+  packed_position(camera.prescaler, sam.hx[eye], sam.hy[eye], sam.gy[eye], rv);
+}
+
 }  // namespace
 
 // ---- pupil -------------------------------------------------------------------------------------
@@ -101,8 +112,7 @@ UINT32 uncorrected_pupil_area(const FSAMPLE& sam, int eye) {
 
 void uncorrected_raw_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
   if (uncorrected_pupil_area(sam, eye) == 0) return set_missing(rv);
-  if (!is_packed(sam, eye)) return plain_position(camera, sam, 0, rv);
-  packed_position(camera.prescaler, sam.px[eye], sam.py[eye], sam.gx[eye], rv);
+  centre_of_pupil(camera, sam, eye, rv);
 }
 
 void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UINT32* rv) {
@@ -130,8 +140,7 @@ UINT32 uncorrected_cr_area(const CameraSetup& camera, const FSAMPLE& sam, int ey
 
 void uncorrected_raw_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
   if (uncorrected_cr_area(camera, sam, eye) == 0) return set_missing(rv);
-  if (!is_packed(sam, eye)) return plain_position(camera, sam, 2, rv);
-  packed_position(camera.prescaler, sam.hx[eye], sam.hy[eye], sam.gy[eye], rv);
+  centre_of_cr(camera, sam, eye, rv);
 }
 
 void cr_dimension(const FSAMPLE& sam, UINT32* rv) {
@@ -162,16 +171,45 @@ void window_position(const CameraSetup& camera, const FSAMPLE& sam, UINT32* rv) 
   rv[1] = truncated<UINT32>(centre.y);
 }
 
-void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
-  float pupil[2];
-  float reflection[2];
-  uncorrected_raw_pupil(camera, sam, eye, pupil);
-  uncorrected_raw_cr(camera, sam, eye, reflection);
-  UINT32 area = uncorrected_pupil_area(sam, eye);
-  const auto crArea = static_cast<float>(uncorrected_cr_area(camera, sam, eye));
-  do_pupil_cr_fixup(&pupil[0], &pupil[1], &area, reflection[0], reflection[1], crArea,
+namespace {
+
+// Pupil minus reflection, of the values that `raw` has already.
+void set_pupil_cr(GZD_RAW_EYE& raw) {
+  float x = raw.pupil[0];
+  float y = raw.pupil[1];
+  UINT32 area = raw.pupil_area;
+  do_pupil_cr_fixup(&x, &y, &area, raw.cr[0], raw.cr[1], static_cast<float>(raw.cr_area),
                     overlap_margin, overlap_passes);
-  set(rv, pupil[0] - cr_weight * reflection[0], pupil[1] - cr_weight * reflection[1]);
+  set(raw.pupil_cr, x - cr_weight * raw.cr[0], y - cr_weight * raw.cr[1]);
+}
+
+}  // namespace
+
+void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+  GZD_RAW_EYE raw;
+  uncorrected_raw_pupil(camera, sam, eye, raw.pupil);
+  uncorrected_raw_cr(camera, sam, eye, raw.cr);
+  raw.pupil_area = uncorrected_pupil_area(sam, eye);
+  raw.cr_area = uncorrected_cr_area(camera, sam, eye);
+  set_pupil_cr(raw);
+  set(rv, raw.pupil_cr[0], raw.pupil_cr[1]);
+}
+
+GZD_RAW_EYE raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
+  GZD_RAW_EYE raw;
+  raw.pupil_area = uncorrected_pupil_area(sam, eye);
+  raw.cr_area = uncorrected_cr_area(camera, sam, eye);
+  raw.cr2_area = uncorrected_cr2_area(sam, eye);
+  set_missing(raw.pupil);
+  set_missing(raw.cr);
+  if (raw.pupil_area != 0) centre_of_pupil(camera, sam, eye, raw.pupil);
+  if (raw.cr_area != 0) centre_of_cr(camera, sam, eye, raw.cr);
+  uncorrected_raw_cr2(sam, eye, raw.cr2);
+  pupil_dimension(camera, sam, eye, raw.pupil_dimension);
+  cr_dimension(sam, raw.cr_dimension);
+  window_position(camera, sam, raw.window_position);
+  set_pupil_cr(raw);
+  return raw;
 }
 
 // ---- overlap -----------------------------------------------------------------------------------

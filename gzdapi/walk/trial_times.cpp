@@ -4,6 +4,7 @@
 #include "walk/trial_times.h"
 
 #include <algorithm>
+#include <limits>
 #include <set>
 
 namespace gzd {
@@ -32,6 +33,7 @@ std::vector<Edge> edges_in_time_order(const std::vector<TrialTimes::Interval>& i
 
 void TrialTimes::build(const std::vector<Interval>& intervals) {
   stretches_.clear();
+  latestEnd_ = 0;
   const std::vector<Edge> edges = edges_in_time_order(intervals);
   std::set<UINT32> open;
   for (std::size_t i = 0; i < edges.size();) {
@@ -47,11 +49,13 @@ void TrialTimes::build(const std::vector<Interval>& intervals) {
   }
 }
 
-UINT32 TrialTimes::at(UINT32 time) const {
+UINT32 TrialTimes::find(UINT32 time) {
   const auto behind =
       std::upper_bound(stretches_.begin(), stretches_.end(), time,
                        [](UINT64 wanted, const Stretch& stretch) { return wanted < stretch.from; });
-  return behind == stretches_.begin() ? nowhere : std::prev(behind)->interval;
+  latest_ = behind == stretches_.begin() ? Stretch{0, nowhere} : *std::prev(behind);
+  latestEnd_ = behind == stretches_.end() ? std::numeric_limits<UINT64>::max() : behind->from;
+  return latest_.interval;
 }
 
 }  // namespace gzd

@@ -21,8 +21,11 @@ class TrialTimes {
 
   // Cost: n log n.
   void build(const std::vector<Interval>& intervals);
-  // The place of the interval in the list given, or NOWHERE. Logarithmic.
-  [[nodiscard]] UINT32 at(UINT32 time) const;
+  // The place of the interval in the list given, or nowhere. Logarithmic, quick near the time asked
+  // for last.
+  [[nodiscard]] UINT32 at(UINT32 time) {
+    return time >= latest_.from && time < latestEnd_ ? latest_.interval : find(time);
+  }
 
  private:
   // From `from` on, up to the next stretch, `interval` is the answer.
@@ -31,7 +34,11 @@ class TrialTimes {
     UINT32 interval;
   };
 
+  UINT32 find(UINT32 time);
+
   std::vector<Stretch> stretches_;  // ascending
+  Stretch latest_ = {0, nowhere};   // found last, up to
+  UINT64 latestEnd_ = 0;
 };
 
 }  // namespace gzd

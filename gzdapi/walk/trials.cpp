@@ -275,18 +275,4 @@ const Recording* Trials::blockAtTime(UINT32 time) {
   return trial != nullptr ? trial->getRecording() : nullptr;
 }
 
-float Trials::getGazePrescaler(UINT32 time) {
-  const Recording* block = blockAtTime(time);
-  return block != nullptr ? block->getPrescaler() : 0.0f;
-}
-
-int Trials::getWindowSize(UINT32 time, int* width, int* height) {
-  const Recording* block = blockAtTime(time);
-  if (block != nullptr) {
-    *width = block->getWindowWidth();
-    *height = block->getWindowHeight();
-  }
-  return 0;
-}
-
 }  // namespace gzd

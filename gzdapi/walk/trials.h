@@ -59,12 +59,11 @@ class Trials {
   GZDTrial* getTrialHeaders();
 
   // The last trial whose time, start and end included, contains `time` (ms); null without one.
-  // Logarithmic in the number of trials. The walk stays where it is.
+  // Logarithmic in the number of trials, and quick for times of one trial in a row. The walk stays
+  // where it is.
   const GZDTrial* trial_at_time(UINT32 time);
-  // Gaze prescaler of that trial's block, or 0.0.
-  float getGazePrescaler(UINT32 time);
-  // Tracking window of that trial's block; leaves both alone without one. Returns 0.
-  int getWindowSize(UINT32 time, int* width, int* height);
+  // That trial's block, or null.
+  const Recording* blockAtTime(UINT32 time);
 
   // The first collected trial that starts at an item, or no_trial.
   [[nodiscard]] UINT32 firstTrialStartingAt(int itemIndex) const;
@@ -83,7 +82,6 @@ class Trials {
   void examineMessage(TrialWalk& cut, UINT32 place);
   void examineText(TrialWalk& cut, std::string_view text, UINT32 place, UINT32 time) const;
   void rebuildTimes();
-  const Recording* blockAtTime(UINT32 time);
   [[nodiscard]] bool cutsByInput() const { return segmentationType_ == cut_by_input; }
 
   static constexpr UINT32 cut_by_input = 1;

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "asc/number.h"
+#include "asc/number_form.h"
 #include "asc/output.h"
 #include "asc/sample_time.h"
 #include "cli/options.h"
@@ -50,54 +50,50 @@ bool has_position(const float (&pair)[2]) {
   return pair[0] != MISSING_DATA && pair[1] != MISSING_DATA;
 }
 
-void append_position(const float (&pair)[2]) {
-  print_value(position_decimals, pair[0]);
-  print_value(position_decimals, pair[1]);
+char* write_missing_columns(char* place, int count) {
+  for (int i = 0; i < count; ++i) place = write_missing(place);
+  return place;
 }
 
-void append_missing(int count) {
-  for (int i = 0; i < count; ++i) print_value(position_decimals, MISSING_DATA);
+// The forms of a line's numbers.
+struct RawForms {
+  const NumberForm& position = form_of(position_decimals);
+  const NumberForm& area = form_of(area_decimals);
+};
+
+char* write_position(char* place, const float (&pair)[2], const RawForms& forms) {
+  place = write_column(place, pair[0], forms.position);
+  return write_column(place, pair[1], forms.position);
+}
+
+char* write_position_and_area(char* place, const float (&pair)[2], UINT32 area,
+                              const RawForms& forms) {
+  return write_column(write_position(place, pair, forms), area, forms.area);
 }
 
 // What an eye's pupil would be seen at if it moved with the corneal reflection: nothing without
 // both.
-void append_pupil_cr(GZDFILE* handle, FSAMPLE& sample, int eye, bool complete) {
-  if (!complete) {
-    append_missing(2);
-    return;
-  }
-  float pupil_cr[2];
-  gzd_get_pupil_cr(handle, &sample, eye, pupil_cr);
-  append_position(pupil_cr);
+char* write_pupil_cr(char* place, const GZD_RAW_EYE& raw, const RawForms& forms) {
+  const bool complete = has_position(raw.pupil) && has_position(raw.cr);
+  return complete ? write_position(place, raw.pupil_cr, forms) : write_missing_columns(place, 2);
 }
 
-void append_second_cr(GZDFILE* handle, FSAMPLE& sample, int eye) {
-  float cr2[2];
-  gzd_get_uncorrected_raw_cr2(handle, &sample, eye, cr2);
-  append_position(cr2);
-  print_value(area_decimals, gzd_get_uncorrected_cr2_area(handle, &sample, eye));
+char* write_eye(char* place, const GZD_RAW_EYE& raw, const RawForms& forms) {
+  place = write_position_and_area(place, raw.pupil, raw.pupil_area, forms);
+  place = write_position_and_area(place, raw.cr, raw.cr_area, forms);
+  place = write_pupil_cr(place, raw, forms);
+  return columns.second_cr ? write_position_and_area(place, raw.cr2, raw.cr2_area, forms) : place;
 }
 
-void append_eye(GZDFILE* handle, FSAMPLE& sample, int eye) {
-  float pupil[2], cr[2];
-  gzd_get_uncorrected_raw_pupil(handle, &sample, eye, pupil);
-  gzd_get_uncorrected_raw_cr(handle, &sample, eye, cr);
-  append_position(pupil);
-  print_value(area_decimals, gzd_get_uncorrected_pupil_area(handle, &sample, eye));
-  append_position(cr);
-  print_value(area_decimals, gzd_get_uncorrected_cr_area(handle, &sample, eye));
-  append_pupil_cr(handle, sample, eye, has_position(pupil) && has_position(cr));
-  if (columns.second_cr) append_second_cr(handle, sample, eye);
-}
-
-void append_eye_or_missing(GZDFILE* handle, FSAMPLE& sample, int eye, UINT16 eye_flag) {
+char* write_eye_or_missing(char* place, GZDFILE* handle, FSAMPLE& sample, int eye, UINT16 flag) {
   constexpr int first_columns = 8;
   constexpr int second_cr_columns = 3;
-  if ((sample.flags & eye_flag) != 0) {
-    append_eye(handle, sample, eye);
-  } else {
-    append_missing(first_columns + (columns.second_cr ? second_cr_columns : 0));
-  }
+  if ((sample.flags & flag) == 0)
+    return write_missing_columns(place,
+                                 first_columns + (columns.second_cr ? second_cr_columns : 0));
+  GZD_RAW_EYE raw;
+  gzd_get_raw_eye(handle, &sample, eye, &raw);
+  return write_eye(place, raw, RawForms());
 }
 
 }  // namespace
@@ -113,10 +109,13 @@ void write_raw_sample(const RunState& state, const RECORDINGS& block, FSAMPLE& s
     append_labels();
   }
   lpbuffer.begin_line();
-  lpbuffer.set_cursor(write_sample_time(lpbuffer.cursor(), sample));
-  if (columns.left) append_eye_or_missing(state.recording, sample, GZD_LEFT_EYE, SMP_LEFT);
-  if (columns.right) append_eye_or_missing(state.recording, sample, GZD_RIGHT_EYE, SMP_RIGHT);
-  lpbuffer.append('\n');
+  char* end = write_sample_time(lpbuffer.cursor(), sample);
+  if (columns.left)
+    end = write_eye_or_missing(end, state.recording, sample, GZD_LEFT_EYE, SMP_LEFT);
+  if (columns.right)
+    end = write_eye_or_missing(end, state.recording, sample, GZD_RIGHT_EYE, SMP_RIGHT);
+  *end++ = '\n';
+  lpbuffer.set_cursor(end);
 }
 
 }  // namespace gzdconv

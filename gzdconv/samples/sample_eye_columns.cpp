@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "asc/number.h"
+#include "asc/number_form.h"
 #include "asc/output.h"
 #include "asc/sample_number.h"
 #include "cli/options.h"
@@ -52,26 +53,24 @@ bool left_counts_for_average(const FSAMPLE& sample) {
          has_value(sample.gx[left]) && has_value(sample.gy[left]);
 }
 
-void append_camera_pair(const float (&pair)[2]) {
+char* write_camera_pair(char* place, const float (&pair)[2]) {
   for (const float value : pair) {
-    lpbuffer.append('\t');
-    append_fixed(value, 3, 8);
+    if (is_formed(value, camera_form)) {
+      place = write_number(place, value, camera_form);
+    } else {
+      *place++ = '\t';
+      lpbuffer.set_cursor(place);
+      append_fixed(value, camera_form.decimals, camera_width);
+      place = lpbuffer.cursor();
+    }
   }
-}
-
-void append_count(UINT32 value) {
-  lpbuffer.append('\t');
-  lpbuffer.append_unsigned(value);
+  return place;
 }
 
 // Box heights have a sign.
-void append_signed_pair(const UINT32 (&pair)[2]) {
-  for (const UINT32 value : pair) {
-    const bool negative = static_cast<INT32>(value) < 0;
-    lpbuffer.append('\t');
-    if (negative) lpbuffer.append('-');
-    lpbuffer.append_unsigned(negative ? 0u - value : value);
-  }
+char* write_box(char* place, const UINT32 (&pair)[2]) {
+  for (const UINT32 value : pair) place = write_count(place, static_cast<INT32>(value));
+  return place;
 }
 
 }  // namespace
@@ -171,25 +170,17 @@ void append_average(const SampleLine& line) {
 
 // Values that cannot be given print as the numbers that stand for them.
 template <int eye>
-void append_uncorrected(const SampleLine& line) {
-  GZDFILE* const file = line.state.recording;
-  FSAMPLE* const sample = &line.sample;
-  float pupil[2], cr[2], pupil_cr[2];
-  UINT32 pupil_box[2], cr_box[2], window[2];
-  gzd_get_uncorrected_raw_pupil(file, sample, eye, pupil);
-  gzd_get_uncorrected_raw_cr(file, sample, eye, cr);
-  gzd_get_pupil_dimension(file, sample, eye, pupil_box);
-  gzd_get_cr_dimension(file, sample, cr_box);
-  gzd_get_window_position(file, sample, window);
-  gzd_get_pupil_cr(file, sample, eye, pupil_cr);
-  append_camera_pair(pupil);
-  append_camera_pair(cr);
-  append_count(gzd_get_uncorrected_pupil_area(file, sample, eye));
-  append_count(gzd_get_uncorrected_cr_area(file, sample, eye));
-  append_signed_pair(pupil_box);
-  append_signed_pair(cr_box);
-  append_signed_pair(window);
-  append_camera_pair(pupil_cr);
+char* write_uncorrected(char* place, SampleLine line) {
+  GZD_RAW_EYE raw;
+  gzd_get_raw_eye(line.state.recording, &line.sample, eye, &raw);
+  place = write_camera_pair(place, raw.pupil);
+  place = write_camera_pair(place, raw.cr);
+  place = write_count(place, raw.pupil_area);
+  place = write_count(place, raw.cr_area);
+  place = write_box(place, raw.pupil_dimension);
+  place = write_box(place, raw.cr_dimension);
+  place = write_box(place, raw.window_position);
+  return write_camera_pair(place, raw.pupil_cr);
 }
 
 template void append_position<left>(const SampleLine&);
@@ -198,8 +189,8 @@ template void append_screen_resolution<left>(const SampleLine&);
 template void append_screen_resolution<right>(const SampleLine&);
 template void append_velocity<left>(const SampleLine&);
 template void append_velocity<right>(const SampleLine&);
-template void append_uncorrected<left>(const SampleLine&);
-template void append_uncorrected<right>(const SampleLine&);
+template char* write_uncorrected<left>(char*, SampleLine);
+template char* write_uncorrected<right>(char*, SampleLine);
 template char* write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>(char*, SampleLine);
 template char* write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>(char*, SampleLine);
 template char* write_both_positions<&FSAMPLE::px, &FSAMPLE::py>(char*, SampleLine);

@@ -41,7 +41,7 @@ void append_average(const SampleLine& line);
 
 // The camera's measurements, in fourteen columns.
 template <int eye>
-void append_uncorrected(const SampleLine& line);
+char* write_uncorrected(char* place, SampleLine line);
 
 extern template void append_position<GZD_LEFT_EYE>(const SampleLine&);
 extern template void append_position<GZD_RIGHT_EYE>(const SampleLine&);
@@ -49,8 +49,8 @@ extern template void append_screen_resolution<GZD_LEFT_EYE>(const SampleLine&);
 extern template void append_screen_resolution<GZD_RIGHT_EYE>(const SampleLine&);
 extern template void append_velocity<GZD_LEFT_EYE>(const SampleLine&);
 extern template void append_velocity<GZD_RIGHT_EYE>(const SampleLine&);
-extern template void append_uncorrected<GZD_LEFT_EYE>(const SampleLine&);
-extern template void append_uncorrected<GZD_RIGHT_EYE>(const SampleLine&);
+extern template char* write_uncorrected<GZD_LEFT_EYE>(char*, SampleLine);
+extern template char* write_uncorrected<GZD_RIGHT_EYE>(char*, SampleLine);
 
 extern template char* write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>(char*, SampleLine);
 extern template char* write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>(char*, SampleLine);

@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "asc/output.h"
-#include "asc/sample_number.h"
 
 namespace gzdconv {
 
@@ -13,7 +12,6 @@ namespace {
 
 constexpr int marker_decimals = 0;
 constexpr int target_decimals = 1;
-constexpr double target_distance_scale = 10.0;
 
 struct FlagMark {
   unsigned bit;
@@ -38,64 +36,54 @@ constexpr FlagMark head_marker_marks[] = {{GZD_HEAD_MARKER_IMU_ONLY, 'X'},
                                           {GZD_HEAD_MARKER_WARNING, 'X'}};
 
 template <std::size_t count>
-void append_marks(unsigned word, const FlagMark (&marks)[count]) {
-  char* place = lpbuffer.cursor();
+char* write_marks(char* place, unsigned word, const FlagMark (&marks)[count]) {
   for (const FlagMark& m : marks) *place++ = mark(word, m.bit, m.letter);
-  lpbuffer.set_cursor(place);
+  return place;
 }
 
-// What print_value appends. Of a stored word, or a tenth of it, a float gives the same tenths.
-void append_word(double value) {
-  if (has_usual_form())
-    print_tenths(static_cast<float>(value));
-  else
-    print_value(target_decimals, value);
-}
-
-double word_value(INT16 word) {
-  return word == INT16_MIN ? double{MISSING_DATA} : word;
-}
-
-void append_values(const float (&values)[3]) {
-  for (const float value : values) print_value(head_decimals, missing_if_absent(value));
+float word_value(INT16 word) {
+  return word == INT16_MIN ? MISSING_DATA : word;
 }
 
 }  // namespace
 
-void append_markers(const SampleLine& line) {
+char* write_markers(char* place, SampleLine line) {
   const bool has_markers = (line.sample.flags & SMP_HEAD_DATA) != 0;
-  for (const INT16 word : line.sample.hdata) {
-    print_value(marker_decimals, has_markers ? word_value(word) : double{MISSING_DATA});
-  }
+  const NumberForm& form = form_of(marker_decimals);
+  for (const INT16 word : line.sample.hdata)
+    place = write_column(place, has_markers ? word_value(word) : MISSING_DATA, form);
+  return place;
 }
 
-void append_target(const SampleLine& line) {
+char* write_target(char* place, SampleLine line) {
   const auto& words = line.sample.hdata;
-  const double distance =
-      words[2] == INT16_MIN ? double{MISSING_DATA} : words[2] / target_distance_scale;
-  lpbuffer.append(' ');
-  append_word(word_value(words[0]));
-  append_word(word_value(words[1]));
-  append_word(distance);
+  const NumberForm& form = form_of(target_decimals);
+  *place++ = ' ';
+  place = write_column(place, word_value(words[0]), form);
+  place = write_column(place, word_value(words[1]), form);
+  if (words[2] == INT16_MIN) return write_missing(place);
+  return write_tenths_of(place, words[2], form);
 }
 
-void append_target_flags(const SampleLine& line) {
-  lpbuffer.append(' ');
-  append_marks(static_cast<UINT16>(line.sample.hdata[3]), target_marks);
+char* write_target_flags(char* place, SampleLine line) {
+  *place++ = ' ';
+  return write_marks(place, static_cast<UINT16>(line.sample.hdata[3]), target_marks);
 }
 
-void append_second_eye_flags(const SampleLine& line) {
-  append_marks(static_cast<UINT16>(line.sample.hdata[6]), second_eye_marks);
+char* write_second_eye_flags(char* place, SampleLine line) {
+  return write_marks(place, static_cast<UINT16>(line.sample.hdata[6]), second_eye_marks);
 }
 
-void append_head_tracking(const SampleLine& line) {
-  append_values(line.sample.headRotation);
-  append_values(line.sample.headPosition);
+char* write_head_tracking(char* place, SampleLine line) {
+  const NumberForm& form = form_of(head_decimals);
+  for (const auto& values : {line.sample.headRotation, line.sample.headPosition})
+    for (int i = 0; i < 3; ++i) place = write_recorded(place, values[i], form);
+  return place;
 }
 
-void append_marker_flags(const SampleLine& line) {
-  lpbuffer.append('\t');
-  append_marks(line.sample.headMarkerFlags, head_marker_marks);
+char* write_marker_flags(char* place, SampleLine line) {
+  *place++ = '\t';
+  return write_marks(place, line.sample.headMarkerFlags, head_marker_marks);
 }
 
 void append_marker_bits(const SampleLine& line) {
@@ -105,11 +93,12 @@ void append_marker_bits(const SampleLine& line) {
   }
 }
 
-void append_head_resolution(const SampleLine& line) {
+char* write_head_resolution(char* place, SampleLine line) {
   const FSAMPLE& s = line.sample;
-  for (const float value : {s.hrgx, s.hrgy, s.ergx, s.ergy}) {
-    print_value(head_decimals, missing_if_absent(value));
-  }
+  const NumberForm& form = form_of(head_decimals);
+  for (const float value : {s.hrgx, s.hrgy, s.ergx, s.ergy})
+    place = write_recorded(place, value, form);
+  return place;
 }
 
 }  // namespace gzdconv

@@ -2,7 +2,7 @@
 #ifndef GZDCONV_SAMPLE_HEAD_COLUMNS_H
 #define GZDCONV_SAMPLE_HEAD_COLUMNS_H
 
-#include "asc/number.h"
+#include "asc/number_form.h"
 #include "samples/sample_line.h"
 
 namespace gzdconv {
@@ -10,42 +10,43 @@ namespace gzdconv {
 inline constexpr int head_decimals = 3;
 
 // The eight words of the head markers.
-void append_markers(const SampleLine& line);
+char* write_markers(char* place, SampleLine line);
 
 // Position and distance of the head target, after a blank; its flag characters, after another;
 // and those of the second eye.
-void append_target(const SampleLine& line);
-void append_target_flags(const SampleLine& line);
-void append_second_eye_flags(const SampleLine& line);
+char* write_target(char* place, SampleLine line);
+char* write_target_flags(char* place, SampleLine line);
+char* write_second_eye_flags(char* place, SampleLine line);
 
 // Head rotation and position, x, y and z each.
-void append_head_tracking(const SampleLine& line);
+char* write_head_tracking(char* place, SampleLine line);
 
 // The four named head-marker flags as characters; all 32 as digits.
-void append_marker_flags(const SampleLine& line);
+char* write_marker_flags(char* place, SampleLine line);
 void append_marker_bits(const SampleLine& line);
 
 // Resolutions of head in space and eye in head, x and y each.
-void append_head_resolution(const SampleLine& line);
+char* write_head_resolution(char* place, SampleLine line);
 
 // The pupil ellipse: centre, axes, angle.
 template <int eye>
-void append_ellipse(const SampleLine& line) {
+char* write_ellipse(char* place, SampleLine line) {
   const FSAMPLE& s = line.sample;
-  for (const float value : {s.ex[eye], s.ey[eye], s.emajor[eye], s.eminor[eye], s.eangle[eye]}) {
-    print_value(head_decimals, missing_if_absent(value));
-  }
+  const NumberForm& form = form_of(head_decimals);
+  for (const float value : {s.ex[eye], s.ey[eye], s.emajor[eye], s.eminor[eye], s.eangle[eye]})
+    place = write_recorded(place, value, form);
+  return place;
 }
 
 // One member of the sample, or one element of it.
 template <auto member>
-void append_head_value(const SampleLine& line) {
-  print_value(head_decimals, missing_if_absent(line.sample.*member));
+char* write_head_value(char* place, SampleLine line) {
+  return write_recorded(place, line.sample.*member, form_of(head_decimals));
 }
 
 template <auto member, int index>
-void append_head_element(const SampleLine& line) {
-  print_value(head_decimals, missing_if_absent((line.sample.*member)[index]));
+char* write_head_element(char* place, SampleLine line) {
+  return write_recorded(place, (line.sample.*member)[index], form_of(head_decimals));
 }
 
 }  // namespace gzdconv

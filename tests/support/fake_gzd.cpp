@@ -117,35 +117,8 @@ ALLF_DATA* gzd_get_float_data(GZDFILE* /*ef*/) {
 }
 
 // Camera data: nothing of it.
-UINT32 gzd_get_uncorrected_pupil_area(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/) {
-  return 0;
-}
-UINT32 gzd_get_uncorrected_cr_area(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/) {
-  return 0;
-}
-UINT32 gzd_get_uncorrected_cr2_area(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/) {
-  return 0;
-}
-void gzd_get_uncorrected_raw_pupil(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/, float* rv) {
-  std::fill_n(rv, 2, MISSING_DATA);
-}
-void gzd_get_uncorrected_raw_cr(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/, float* rv) {
-  std::fill_n(rv, 2, MISSING_DATA);
-}
-void gzd_get_uncorrected_raw_cr2(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/, float* rv) {
-  std::fill_n(rv, 2, MISSING_DATA);
-}
-void gzd_get_pupil_dimension(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/, UINT32* rv) {
-  std::fill_n(rv, 2, MISSING_DATA_INT);
-}
-void gzd_get_cr_dimension(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, UINT32* rv) {
-  std::fill_n(rv, 2, MISSING_DATA_INT);
-}
-void gzd_get_window_position(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, UINT32* rv) {
-  std::fill_n(rv, 2, MISSING_DATA_INT);
-}
-void gzd_get_pupil_cr(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/, float* rv) {
-  std::fill_n(rv, 2, MISSING_DATA);
+void gzd_get_raw_eye(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/, GZD_RAW_EYE* raw) {
+  *raw = {};
 }
 int gzd_compute_physical_setup(float, float, float, float, float, float, float, float, float,
                                float) {

@@ -140,28 +140,29 @@ inline std::string text_of(ALLF_DATA* record) {
   return "no record";
 }
 
+// What the functions for single values give, which gzd_get_raw_eye gives at once.
 inline std::string camera_text(GZDFILE* file, FSAMPLE& sample, int eye) {
-  using Place = void (*)(GZDFILE*, FSAMPLE*, int, float*);
-  using Area = UINT32 (*)(GZDFILE*, FSAMPLE*, int);
-  using record_text::add;
+  GZD_RAW_EYE raw, at_once;
+  gzd_get_uncorrected_raw_pupil(file, &sample, eye, raw.pupil);
+  gzd_get_uncorrected_raw_cr(file, &sample, eye, raw.cr);
+  gzd_get_uncorrected_raw_cr2(file, &sample, eye, raw.cr2);
+  gzd_get_pupil_cr(file, &sample, eye, raw.pupil_cr);
+  raw.pupil_area = gzd_get_uncorrected_pupil_area(file, &sample, eye);
+  raw.cr_area = gzd_get_uncorrected_cr_area(file, &sample, eye);
+  raw.cr2_area = gzd_get_uncorrected_cr2_area(file, &sample, eye);
+  gzd_get_pupil_dimension(file, &sample, eye, raw.pupil_dimension);
+  gzd_get_cr_dimension(file, &sample, raw.cr_dimension);
+  gzd_get_window_position(file, &sample, raw.window_position);
+  gzd_get_raw_eye(file, &sample, eye, &at_once);
+  if (std::memcmp(&raw, &at_once, sizeof raw) != 0) return " and another raw eye at once";
   std::string line;
-  for (const Place place : {&gzd_get_uncorrected_raw_pupil, &gzd_get_uncorrected_raw_cr,
-                            &gzd_get_uncorrected_raw_cr2, &gzd_get_pupil_cr}) {
-    float pair[2];
-    place(file, &sample, eye, pair);
+  for (const auto& pair : {raw.pupil, raw.cr, raw.cr2, raw.pupil_cr})
     line += " (" + record_text::text_of(pair[0], NOT_RECORDED) +
             record_text::text_of(pair[1], NOT_RECORDED) + " )";
-  }
-  for (const Area area : {&gzd_get_uncorrected_pupil_area, &gzd_get_uncorrected_cr_area,
-                          &gzd_get_uncorrected_cr2_area})
-    add(line, " %u", area(file, &sample, eye));
-  UINT32 size[2];
-  gzd_get_pupil_dimension(file, &sample, eye, size);
-  add(line, " %ux%u", size[0], size[1]);
-  gzd_get_cr_dimension(file, &sample, size);
-  add(line, " %ux%u", size[0], size[1]);
-  gzd_get_window_position(file, &sample, size);
-  add(line, " at %u,%u;", size[0], size[1]);
+  record_text::add(line, " %u %u %u %ux%u %ux%u at %u,%u;", raw.pupil_area, raw.cr_area,
+                   raw.cr2_area, raw.pupil_dimension[0], raw.pupil_dimension[1],
+                   raw.cr_dimension[0], raw.cr_dimension[1], raw.window_position[0],
+                   raw.window_position[1]);
   return line;
 }
 

@@ -1,5 +1,8 @@
 #include "asc/sample_number.h"
 
+#include "asc/number.h"
+#include "asc/number_form.h"
+
 #include <cmath>
 #include <limits>
 #include <random>
@@ -52,6 +55,29 @@ TEST_F(SampleNumberTest, RandomFloats) {
   std::uniform_real_distribution<float> distribution(-99000.0f, 99000.0f);
   for (int i = 0; i < 200000; ++i) add(distribution(random));
   compare();
+}
+
+// In every form what print_value gives, ties and neighbours of the limits among the values.
+TEST_F(SampleNumberTest, FormsEqualPrintValue) {
+  std::mt19937 random(2);
+  std::uniform_real_distribution<float> distribution(-9999.0f, 10001.0f);
+  for (int i = 0; i < 300000; ++i) {
+    options.tabs_only = static_cast<int>(random() % 2);
+    options.extra_decimals = static_cast<int>(random() % 8) - 1;
+    const int decimals = static_cast<int>(random() % 4);
+    float value = distribution(random);
+    if (i % 3 == 0) value = std::ldexp(std::nearbyint(value), -static_cast<int>(random() % 16));
+    if (i % 50 == 0) value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+    const char* const start = lpbuffer.cursor();
+    lpbuffer.set_cursor(write_column(lpbuffer.cursor(), value, form_of(decimals)));
+    const std::string column(start, static_cast<const char*>(lpbuffer.cursor()));
+    print_value(decimals, value);
+    ASSERT_EQ(asc(), column + column) << value << " with " << decimals;
+  }
+  for (const INT64 count : {-70000, -1, 0, 7, 9999, 10000, 123456}) {
+    lpbuffer.set_cursor(write_count(lpbuffer.cursor(), count));
+    EXPECT_EQ(asc(), "\t" + std::to_string(count));
+  }
 }
 
 }  // namespace

@@ -1,0 +1,184 @@
+// Columns of singles in every form: with so many decimals, seven characters wide or behind a tab
+// alone.
+//
+// A number is its whole part, of which all below 10000 stand ready in a table, and its decimals,
+// three at a time from another. What does not fit goes to print_value, which gives the same text.
+#ifndef GZDCONV_NUMBER_FORM_H
+#define GZDCONV_NUMBER_FORM_H
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "cli/options.h"
+#include "gzd_data.h"
+
+namespace gzdconv {
+
+namespace number_form {
+
+// "   12", the last one of eight bytes the number of digits.
+struct WholeCell {
+  char text[7];
+  char digits;
+};
+constexpr int cell_width = 5;
+constexpr int whole_count = 10000;
+struct WholeCells {
+  WholeCell of[whole_count];
+};
+extern const WholeCells whole_cells;
+
+// ".345"
+struct DecimalCell {
+  char text[4];
+};
+constexpr int decimals_at_once = 3;
+struct DecimalCells {
+  DecimalCell of[1000];
+};
+extern const DecimalCells decimal_cells;
+
+}  // namespace number_form
+
+// How singles of one precision print.
+struct NumberForm {
+  int asked_decimals = 0;        // of print_value
+  int decimals = 0;              // as shown, up to 8
+  int indent = 0;                // blanks in front of what follows
+  int whole_width = 0;           // least characters in front of the point, up to 5
+  int tail_length = 0;           // the point and the decimals
+  float limit = 0.0F;            // what is smaller is written from tables
+  std::uint64_t power = 1;       // of ten, as many decimals
+  std::uint64_t reciprocal = 0;  // 2^63 / power, rounded up
+  std::uint64_t stretch = 1;     // makes whole groups of three decimals
+  double scale = 1.0;            // the same as `power`
+};
+
+namespace number_form {
+
+// By the decimals asked for and the extra ones, behind a tab alone or seven characters wide.
+constexpr std::size_t asked_choices = 4;
+constexpr std::size_t extra_choices = 6;
+using Forms = std::array<std::array<NumberForm, extra_choices>, asked_choices>;
+extern const Forms compact_forms, aligned_forms;
+
+}  // namespace number_form
+
+// The form of columns with `decimals`, 0 to 3. Constant while options stay.
+inline const NumberForm& form_of(int decimals) {
+  const auto extra = static_cast<std::size_t>(options.extra_decimals);
+  const auto& forms =
+      options.tabs_only != 0 ? number_form::compact_forms : number_form::aligned_forms;
+  return forms[static_cast<std::size_t>(decimals)][extra < number_form::extra_choices ? extra : 0];
+}
+
+// The form of "\t%8.3f".
+constexpr int camera_width = 8;
+extern const NumberForm camera_form;
+
+// True for numbers that write_number takes; false for what stands for a missing one.
+inline bool is_formed(float value, const NumberForm& form) {
+  return std::fabs(value) < form.limit;
+}
+
+// Writes a whole number below 10000 at `place`, at least `width` characters wide, and returns its
+// end. Eight bytes are stored.
+inline char* write_whole(char* place, std::uint64_t whole, bool negative, int width) {
+  using namespace number_form;
+  static_assert(std::endian::native == std::endian::little);
+  std::uint64_t cell;
+  std::memcpy(&cell, &whole_cells.of[whole], sizeof cell);
+  int length = static_cast<int>(cell >> 56);
+  if (negative) {
+    constexpr std::uint64_t to_sign = ' ' ^ '-';  // of the blank in front of the first digit
+    cell |= to_sign << 8 * (cell_width - ++length);
+  }
+  length = std::max(width, length);
+  cell >>= 8 * (cell_width - length);
+  std::memcpy(place, &cell, sizeof cell);
+  return place + length;
+}
+
+// Writes the point and the decimals of `rest` / form.power.
+inline char* write_decimals(char* place, std::uint64_t rest, const NumberForm& form) {
+  using namespace number_form;
+  rest *= form.stretch;
+  // The last ones first: each group brings a point, which the one before overwrites.
+  for (int at = form.decimals - 1; at >= decimals_at_once; at -= decimals_at_once) {
+    const int group = at / decimals_at_once * decimals_at_once;
+    std::memcpy(place + group, &decimal_cells.of[rest % 1000], sizeof(DecimalCell));
+    rest /= 1000;
+  }
+  std::memcpy(place, &decimal_cells.of[rest], sizeof(DecimalCell));
+  return place + form.tail_length;
+}
+
+// Writes a number of two parts, the second in units of the last decimal, with its tab at `place`,
+// and returns its end.
+inline char* write_parts(char* place, bool negative, std::uint64_t whole, std::uint64_t rest,
+                         const NumberForm& form) {
+  std::memcpy(place, "\t   ", 4);
+  place = write_whole(place + 1 + form.indent, whole, negative, form.whole_width);
+  return write_decimals(place, rest, form);
+}
+
+// The same of a single that is formed.
+inline char* write_number(char* place, float value, const NumberForm& form) {
+  __extension__ using Wide = unsigned __int128;
+  // Behind a sum with this no bit of a fraction is left, and the lowest bits are the nearest
+  // integer, halves to even.
+  constexpr double shift = 6755399441055744.0;  // 1.5 * 2^52
+  // A float times a power of ten up to 10^12 is exact in double precision.
+  const double product = static_cast<double>(std::fabs(value)) * form.scale;
+  const std::uint64_t scaled =
+      std::bit_cast<std::uint64_t>(product + shift) - std::bit_cast<std::uint64_t>(shift);
+  // A division, exact below 2^63 / power.
+  const auto whole = static_cast<std::uint64_t>(Wide{scaled} * form.reciprocal >> 63);
+  return write_parts(place, std::signbit(value), whole, scaled - whole * form.power, form);
+}
+
+// The same of tenths, as a double that is nearest to them; at least one decimal is shown.
+inline char* write_tenths_of(char* place, std::int32_t tenths, const NumberForm& form) {
+  const auto size = static_cast<std::uint32_t>(tenths < 0 ? -tenths : tenths);
+  return write_parts(place, tenths < 0, size / 10, size % 10 * (form.power / 10), form);
+}
+
+// Writes a missing number with its tab, and returns its end.
+char* write_missing(char* place);
+
+// What print_value gives for any number.
+char* write_unformed(char* place, double value, const NumberForm& form);
+
+// Writes at `place`, in the line buffer at or after its cursor, what
+// print_value(form.asked_decimals, value) appends, and returns the end.
+inline char* write_column(char* place, float value, const NumberForm& form) {
+  return is_formed(value, form) ? write_number(place, value, form)
+                                : write_unformed(place, value, form);
+}
+inline char* write_column(char* place, std::uint32_t value, const NumberForm& form) {
+  return value < 9999 ? write_number(place, static_cast<float>(value), form)
+                      : write_unformed(place, value, form);
+}
+
+// The same of a value that the record may lack: NOT_RECORDED prints as missing.
+inline char* write_recorded(char* place, float value, const NumberForm& form) {
+  if (is_formed(value, form)) return write_number(place, value, form);
+  return value == NOT_RECORDED ? write_missing(place) : write_unformed(place, value, form);
+}
+
+// Writes `value` as "%u" or "%d" does, a tab in front, and returns its end.
+char* write_large_count(char* place, std::int64_t value);
+inline char* write_count(char* place, std::int64_t value) {
+  if (value < 0 || value >= number_form::whole_count) return write_large_count(place, value);
+  *place = '\t';
+  return write_whole(place + 1, static_cast<std::uint64_t>(value), false, 1);
+}
+
+}  // namespace gzdconv
+
+#endif
