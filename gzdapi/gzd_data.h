@@ -176,10 +176,11 @@ extern "C" {
    marked (fail-safe) with GZD_OPEN_FAILSAFE. */
 enum GZD_FINDING_KIND {
   /* (fail-safe) The file ends without the closing tag of its records: reading stopped at `place`,
-     behind the last whole record. `count`: bytes from there to the end. `start`, `end`: the time of
-     the last element before. */
+     behind the last whole record. `count`: bytes from there to the end, of compressed recordings
+     the inflated ones and those that were not inflated. `start`, `end`: the time of the last
+     element before. */
   GZD_FINDING_CUT = 1,
-  /* (fail-safe) The record at `place` cannot be: reading stopped there. Members as above. */
+  /* (fail-safe) The record at `place` cannot be read: reading stopped there. Members as above. */
   GZD_FINDING_DAMAGE = 2,
   /* (fail-safe) The system could not read on: reading stopped at `place`. `detail`: its reason, a
      value of errno. Members as above. */

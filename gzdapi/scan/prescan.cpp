@@ -160,7 +160,7 @@ class Scan {
   // Notes that nothing is read from `place` on.
   void stopAt(int kind, INT64 place) {
     hasStopped_ = true;
-    const INT64 left = std::max<INT64>(fileSize_ - place, 0);
+    const INT64 left = std::max<INT64>(fileSize_ - place, 0) + file_.bytesBehind();
     if (kind == GZD_FINDING_UNREAD && left == 0) return;
     const int reason = kind == GZD_FINDING_UNREAD ? 0 : file_.getReadError().reason;
     const std::size_t entries = index_.gzdItemList.size();

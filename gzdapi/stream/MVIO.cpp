@@ -119,9 +119,10 @@ FileInputStream::FileInputStream(const char* path) : file_(open_regular_file(pat
   setUp();
 }
 
-FileInputStream::FileInputStream(FILE* in, SystemError error)
+FileInputStream::FileInputStream(FILE* in, SystemError error, INT64 unused)
     : file_(in), place_(SystemError::Place::TemporaryDirectory) {
   readError_ = error;
+  behind_ = unused;
   std::rewind(in);
   setUp();
 }

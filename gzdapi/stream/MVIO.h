@@ -41,6 +41,9 @@ class InputStream {
   // True once a read has hit the end, until the next seek.
   [[nodiscard]] bool eof() const { return hitEnd_; }
   [[nodiscard]] INT64 getFilePos() const { return limitPos_ - (limit_ - cursor_); }
+  // Bytes of the recording that are no part of the stream: of a compressed one those that were not
+  // inflated.
+  [[nodiscard]] INT64 bytesBehind() const { return behind_; }
   // Why, for the system, a read has ever come up short.
   [[nodiscard]] SystemError getReadError() const { return readError_; }
 
@@ -104,6 +107,7 @@ class InputStream {
   const byte* limit_ = nullptr;
   INT64 limitPos_ = 0;  // offset in the file of `limit`
   bool hitEnd_ = false;
+  INT64 behind_ = 0;
   SystemError readError_;
 
  private:
@@ -119,8 +123,8 @@ class FileInputStream : public InputStream {
   // Opens `path`; throws GZDException, logged first, when that fails or it is not a regular file.
   explicit FileInputStream(const char* path);
   // Takes over an open temporary file and goes to its beginning. `error`: why it could not be
-  // written to its end.
-  explicit FileInputStream(FILE* in, SystemError error = {});
+  // written to its end. `unused`: see bytesBehind.
+  explicit FileInputStream(FILE* in, SystemError error = {}, INT64 unused = 0);
 
   INT64 getFileSize() override;
   void seek(INT64 offset) override;

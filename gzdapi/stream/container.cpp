@@ -71,6 +71,12 @@ int find_encoding(string_view text) {
   return text.find("Netvia") != text.npos ? 1 : -1;
 }
 
+INT64 bytes_left(FILE* file) {
+  const long here = std::ftell(file);
+  std::fseek(file, 0, SEEK_END);
+  return std::ftell(file) - here;
+}
+
 // What cannot be inflated for another reason than memory shows up later, as a record stream that
 // ends early.
 std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
@@ -89,7 +95,7 @@ std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   if (result == uncompress_io_error) {
     error = {reason, std::ferror(compressed) != 0 ? Place::Recording : Place::TemporaryDirectory};
   }
-  return std::make_unique<FileInputStream>(inflated.release(), error);
+  return std::make_unique<FileInputStream>(inflated.release(), error, bytes_left(compressed));
 }
 
 }  // namespace

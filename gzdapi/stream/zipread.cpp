@@ -37,6 +37,7 @@ class Inflater {
     if (startResult_ == Z_MEM_ERROR) return uncompress_no_memory;
     if (startResult_ != Z_OK) return startResult_;
     const int result = inflateAll();
+    if (stream_.avail_in != 0) std::fseek(in_, -static_cast<long>(stream_.avail_in), SEEK_CUR);
     return write(filled_) ? result : uncompress_io_error;
   }
 

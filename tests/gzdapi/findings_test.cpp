@@ -54,6 +54,12 @@ TEST(Findings, TellWhatWasFoundWhereAndWhen) {
     e.start(start);
     return end != 0 ? e.end(end) : e;
   };
+  const std::size_t behind_tag = block().end_block(1010).body_size() + 2;
+  const auto zipped_with_more = [] {
+    Bytes bytes = block().end_block(1010).magic(gzdsynth::Magic::FalcZip).bytes();
+    bytes.insert(bytes.end(), 3, 0);
+    return bytes;
+  };
   const auto at = [](const GzdWriter& w) { return " @" + std::to_string(w.body_size()) + " "; };
   const struct {
     const char* what;
@@ -70,7 +76,9 @@ TEST(Findings, TellWhatWasFoundWhereAndWhen) {
       {"damage", block().raw({0x18, 0x00, 94, 0xFF, 0xFF}).bytes(), failsafe_open,
        "2 0 0 7" + at(block()) + "1009-1009\n"},
       {"unread", block().end_block(1010).raw({0, 0, 1, 2}).bytes(), 0,
-       "4 0 0 4 @" + std::to_string(block().end_block(1010).body_size() + 2) + " 1010-1010\n"},
+       "4 0 0 4 @" + std::to_string(behind_tag) + " 1010-1010\n"},
+      {"unread behind what is compressed", zipped_with_more(), 0,
+       "4 0 0 3 @" + std::to_string(behind_tag - GzdWriter(3).header().size()) + " 1010-1010\n"},
       {"gap", block(1003, 1006).end_block(1010).bytes(), check_and_repair,
        "6 0 0 3 @- 1002-1006\n"},
       {"long gap", block(1003, 12000, 1000, 12010).end_block(12010).bytes(), check_and_repair,
