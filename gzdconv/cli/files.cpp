@@ -2,6 +2,7 @@
 #include "cli/files.h"
 
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -45,6 +46,20 @@ std::string directory_of(string_view path) {
   return std::string(path.substr(0, path.rfind('/') + 1)) + ".";
 }
 
+// The path that symbolic links lead to, whether or not something is there.
+std::string behind_links(std::string path) {
+  constexpr int most_links = 40;
+  std::array<char, PATH_MAX> target;
+  for (int i = 0; i < most_links; ++i) {
+    const ssize_t length = readlink(path.c_str(), target.data(), target.size());
+    if (length <= 0) break;
+    const string_view next(target.data(), static_cast<std::size_t>(length));
+    path.resize(next[0] == '/' ? 0 : path.rfind('/') + 1);
+    path += next;
+  }
+  return path;
+}
+
 bool is_same_directory(const std::string& one, const std::string& other) {
   struct stat first, second;
   return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 &&
@@ -75,8 +90,9 @@ bool is_same_file(const std::string& one, const std::string& other) {
 
 bool is_same_place(const std::string& one, const std::string& other) {
   if (is_same_file(one, other)) return true;
-  return name_in_directory(one) == name_in_directory(other) &&
-         is_same_directory(directory_of(one), directory_of(other));
+  const std::string first = behind_links(one), second = behind_links(other);
+  return name_in_directory(first) == name_in_directory(second) &&
+         is_same_directory(directory_of(first), directory_of(second));
 }
 
 File open_regular(const std::string& name) {
