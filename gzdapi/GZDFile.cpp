@@ -103,6 +103,7 @@ void GZDFile::openMessageLog(const char* path) {
 
 void GZDFile::scan(const char* path, int flags, int loadEvents, int loadSamples) {
   noteSystemError(messageLog_.getReadError());
+  if (messageLog_.isLeftOut()) index_.findings.add({.kind = GZD_FINDING_LOG_LEFT_OUT});
   const int level = flags & level_mask;
   const bool repair = level == GZD_CONSISTENCY_REPAIR;
   state_.enableMsgTimestampOffsetTranslation = (flags & GZD_OPEN_MESSAGE_OFFSETS) != 0;

@@ -245,7 +245,11 @@ enum GZD_FINDING_KIND {
   /* A later piece of a long message without its first piece was dropped. */
   GZD_FINDING_MESSAGE_PIECE_DROPPED = 25,
 
-  GZD_FINDING_KINDS = 26 /* behind the last kind */
+  /* The experiment's message log can be read, but holds no sync line or does not end with its
+     closing line: none of it was merged. */
+  GZD_FINDING_LOG_LEFT_OUT = 26,
+
+  GZD_FINDING_KINDS = 27 /* behind the last kind */
 };
 
 /* ---- records --------------------------------------------------------------------------------- */

@@ -24,6 +24,11 @@ void put_unread(Line& line, const GZD_FINDING& unread) {
                 static_cast<long long>(unread.count), static_cast<long long>(unread.place));
 }
 
+void put_log(Line& line) {
+  std::snprintf(line.data(), line.size(),
+                "the message log was not merged: it lacks a sync line or its closing line");
+}
+
 int decimals_of(double time) {
   return time == std::floor(time) ? 0 : 1;
 }
@@ -58,6 +63,9 @@ bool put_loss(Line& line, const GZD_FINDING& finding) {
       return true;
     case GZD_FINDING_SAMPLES_END_EARLY:
       put_early_end(line, finding);
+      return true;
+    case GZD_FINDING_LOG_LEFT_OUT:
+      put_log(line);
       return true;
     default:
       return false;

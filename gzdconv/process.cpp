@@ -34,7 +34,12 @@ class LogFileGuard {
 // A message log that cannot be read counts as none; why it cannot is told.
 void check_message_log(const Job& job) {
   const std::string log = message_log_of(job);
-  if (const int reason = why_not_readable(log)) report_reason(log, reason);
+  errno = 0;
+  if (open_regular(log)) return;
+  if (errno != 0)
+    report_reason(log, errno);
+  else
+    report_problem(log.c_str(), "is no ordinary file");
 }
 
 int convert(RunState& state, const Job& job) {

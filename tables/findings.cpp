@@ -48,6 +48,8 @@ constexpr std::array<Kind, GZD_FINDING_KINDS> kinds{{
     {"unknown_kind", "an event is of an unknown kind", "", Times::none},
     {"message_piece_dropped", "a piece of a long message without its beginning was dropped", "",
      Times::at_start},
+    {"log_left_out", "the message log lacks a sync line or its closing line, and was not merged",
+     "", Times::none},
 }};
 
 constexpr Kind times_repeat{"times_repeat",

@@ -144,6 +144,7 @@ int MessageLog::openEyeLogFile() {
     vt_.clear();
     return -1;
   }
+  wasRead_ = true;
   if (ending == Ending::Complete) {
     finish();
   } else {

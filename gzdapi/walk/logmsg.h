@@ -54,6 +54,8 @@ class MessageLog {
   [[nodiscard]] int getNumOfLogMsg() const { return numOfLogMsg_; }
   // True when the log is complete and synchronised: its messages are to be merged.
   [[nodiscard]] bool isLoaded() const { return loadEYELOG_; }
+  // True when it could be read to its end, and is not to be merged all the same.
+  [[nodiscard]] bool isLeftOut() const { return wasRead_ && !loadEYELOG_; }
   [[nodiscard]] const std::vector<LogMsg>& messages() const { return vl_; }
   [[nodiscard]] const std::vector<TrackerT>& syncs() const { return vt_; }
 
@@ -81,6 +83,7 @@ class MessageLog {
   FileHandle xinfile_;
   std::vector<TrackerT> vt_;
   std::vector<LogMsg> vl_;
+  bool wasRead_ = false;
   bool loadEYELOG_ = false;
   int numOfLogMsg_ = 0;
 

@@ -121,6 +121,7 @@ TEST_F(ConvertTest, TellsWhatTheTextLacks) {
       {GZD_FINDING_CUT, 0, 0, 1, 3, 70001, -1, -1},
       {GZD_FINDING_DAMAGE, 0, 0, 1, 9, 70002, -1, -1},
       {GZD_FINDING_READ_ERROR, 0, EIO, 1, 9, 70003, -1, -1},
+      {GZD_FINDING_LOG_LEFT_OUT, 0, 0, 1, 1, -1, -1, -1},
   };
   asc();
   EXPECT_EQ(
@@ -134,7 +135,8 @@ TEST_F(ConvertTest, TellsWhatTheTextLacks) {
       "gzdconv: a.gzd: a record cannot be read: reading stopped at byte 70002, 9 bytes before "
       "the end\n"
       "gzdconv: a.gzd: the file cannot be read on: reading stopped at byte 70003, 9 bytes "
-      "before the end\n");
+      "before the end\n"
+      "gzdconv: a.gzd: the message log was not merged: it lacks a sync line or its closing line\n");
 }
 
 }  // namespace
