@@ -96,21 +96,12 @@ void ElementWalk::open_trial() {
   element_.opens_trial = true;
 }
 
-// A library without origins tells no sample and no message from another.
 bool ElementWalk::is_filled() const {
-#ifdef GZD_ORIGIN_GAP
   return gzd_get_element_origin(handle_) == GZD_ORIGIN_GAP;
-#else
-  return false;
-#endif
 }
 
 bool ElementWalk::is_from_log() const {
-#ifdef GZD_ORIGIN_LOG
   return gzd_get_element_origin(handle_) == GZD_ORIGIN_LOG;
-#else
-  return false;
-#endif
 }
 
 }  // namespace gzdtables

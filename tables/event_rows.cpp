@@ -19,14 +19,6 @@ constexpr double ms_per_second = 1000.0;
 constexpr double href_distance = 15000.0;
 constexpr double degrees_per_radian = 57.296;  // of saccade angles
 
-// Bits of `read`: a moment of the event, and a kind of position held at some moment.
-constexpr unsigned at_start = 0x0008;
-constexpr unsigned at_end = 0x0010;
-constexpr unsigned in_mean = 0x0020;
-constexpr unsigned raw_kind = 0x0400;
-constexpr unsigned href_kind = 0x0800;
-constexpr unsigned gaze_kind = 0x1000;
-
 float above_zero_or_null(float value) {
   return is_value(value) && value > 0.0F ? value : nan_value;
 }
@@ -41,18 +33,19 @@ Position position(bool is_held, float x, float y) {
   return {is_value(x) ? x : nan_value, is_value(y) ? y : nan_value};
 }
 
-bool holds(const FEVENT& event, unsigned moment, unsigned kind) {
+// Whether the record holds a kind of position at a moment: EVT_ bits.
+bool holds(const FEVENT& event, int moment, int kind) {
   return (event.read & (moment | kind)) == (moment | kind);
 }
 
 // A head-pose block of an event brings gaze at every moment.
-bool holds_gaze(const FEVENT& event, unsigned moment) {
-  return (event.read & EVT_HEAD_POSE) != 0 || holds(event, moment, gaze_kind);
+bool holds_gaze(const FEVENT& event, int moment) {
+  return (event.read & EVT_HEAD_POSE) != 0 || holds(event, moment, EVT_GAZE);
 }
 
 // Raw positions stand where gaze stands when there is gaze.
-bool holds_raw(const FEVENT& event, unsigned moment) {
-  return holds(event, moment, raw_kind) && !holds_gaze(event, moment);
+bool holds_raw(const FEVENT& event, int moment) {
+  return holds(event, moment, EVT_PUPIL_POS) && !holds_gaze(event, moment);
 }
 
 float resolution_of(float start, float end) {
@@ -107,28 +100,30 @@ PositionGroup position_group(const Rows& rows, const std::string& prefix) {
 }
 
 Positions gaze_of(const FEVENT& e) {
-  if (e.type == GZD_END_FIXATION) return {position(holds_gaze(e, in_mean), e.gavx, e.gavy), {}, {}};
+  if (e.type == GZD_END_FIXATION)
+    return {position(holds_gaze(e, EVT_AVERAGE_POSITION), e.gavx, e.gavy), {}, {}};
   if (e.type != GZD_END_SACCADE) return {};
   return {{},
-          position(holds_gaze(e, at_start), e.gstx, e.gsty),
-          position(holds_gaze(e, at_end), e.genx, e.geny)};
+          position(holds_gaze(e, EVT_START_POSITION), e.gstx, e.gsty),
+          position(holds_gaze(e, EVT_END_POSITION), e.genx, e.geny)};
 }
 
 Positions raw_of(const FEVENT& e) {
-  if (e.type == GZD_END_FIXATION) return {position(holds_raw(e, in_mean), e.gavx, e.gavy), {}, {}};
+  if (e.type == GZD_END_FIXATION)
+    return {position(holds_raw(e, EVT_AVERAGE_POSITION), e.gavx, e.gavy), {}, {}};
   if (e.type != GZD_END_SACCADE) return {};
   return {{},
-          position(holds_raw(e, at_start), e.gstx, e.gsty),
-          position(holds_raw(e, at_end), e.genx, e.geny)};
+          position(holds_raw(e, EVT_START_POSITION), e.gstx, e.gsty),
+          position(holds_raw(e, EVT_END_POSITION), e.genx, e.geny)};
 }
 
 Positions href_of(const FEVENT& e) {
   if (e.type == GZD_END_FIXATION)
-    return {position(holds(e, in_mean, href_kind), e.havx, e.havy), {}, {}};
+    return {position(holds(e, EVT_AVERAGE_POSITION, EVT_HREF), e.havx, e.havy), {}, {}};
   if (e.type != GZD_END_SACCADE) return {};
   return {{},
-          position(holds(e, at_start, href_kind), e.hstx, e.hsty),
-          position(holds(e, at_end, href_kind), e.henx, e.heny)};
+          position(holds(e, EVT_START_POSITION, EVT_HREF), e.hstx, e.hsty),
+          position(holds(e, EVT_END_POSITION, EVT_HREF), e.henx, e.heny)};
 }
 
 // The rows of one type, or of all.

@@ -36,7 +36,6 @@ Recording::Recording(const std::string& path, const Options& options)
     : path_(path), options_(options) {
   check_options(options);
   handle_.reset(open_file(path, options));
-  gzd_set_bookmark(handle_.get(), &first_);
 }
 
 Recording::~Recording() = default;
@@ -55,7 +54,7 @@ Outline& Recording::outline() {
 }
 
 std::uint64_t Recording::begin_walk() {
-  gzd_goto_bookmark(handle_.get(), &first_);
+  gzd_rewind(handle_.get());
   gzd_set_velocity_kinds(handle_.get(), GZD_VELOCITY_NONE);
   return ++walk_;
 }

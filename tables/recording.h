@@ -95,7 +95,6 @@ class Recording {
   std::string path_;
   Options options_;
   std::unique_ptr<GZDFILE, Close> handle_;
-  BOOKMARK first_{};
   std::unique_ptr<Outline> outline_;
   std::uint64_t walk_ = 0;
 };

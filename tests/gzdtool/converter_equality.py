@@ -10,7 +10,7 @@ import sys
 import tempfile
 
 TOOL, CONVERTER = sys.argv[1:3]
-GOLDEN = """block_repairs block_shapes buttons_and_input event_kinds geometry
+GOLDEN = """blink_repairs block_repairs block_shapes buttons_and_input event_kinds geometry
             half_milliseconds mapping messages pose_events pose_flags position_types status_flags
             target_flags""".split()
 MADE = ["--generation 1 --eyes left --coords gaze,href", "--rate 2000 --gap 9 --eyes right",
