@@ -182,6 +182,15 @@ int GZDFile::elementOrigin() const {
   return item.isSample() ? GZD_ORIGIN_GAP : GZD_ORIGIN_REPAIR;
 }
 
+UINT32 GZDFile::skipSamples(UINT32* filled) {
+  const UINT32 skipped = reader_.hasFailed() ? 0 : merge_.skipSamples();
+  if (filled == nullptr) return skipped;
+  *filled = 0;
+  for (UINT32 place = walk_.currentData - skipped; place < walk_.currentData; ++place)
+    *filled += index_.gzdItemList[place].isDummy() ? 1 : 0;
+  return skipped;
+}
+
 void GZDFile::rewind() {
   walk_ = Walk();
   merge_.startAnew();

@@ -35,6 +35,9 @@ class GZDFile : public _GZDFILE {
   // The same for nearly every element, quickly: whether the next one is a sample, which is then
   // announced. False, with nothing done, for anything else.
   bool stepToSample() noexcept { return !reader_.hasFailed() && merge_.stepToSample(); }
+  // Steps over the samples that come next. Returns how many, and how many of them were filled in
+  // when `filled` is not null.
+  UINT32 skipSamples(UINT32* filled);
   // The record of the element just announced, its times not shifted; null when there is none.
   ALLF_DATA* getFloatData() {
     return walk_.currentData == 0 ? nullptr : reader_.getFloatData(walk_.currentData - 1);

@@ -173,6 +173,11 @@ int gzd_get_next_data(GZDFILE* ef) {
   return of(ef).stepToSample() ? GZD_SAMPLE : any_next(ef);
 }
 
+unsigned int gzd_skip_samples(GZDFILE* ef, unsigned int* filled) {
+  if (filled != nullptr) *filled = 0;
+  return guarded(ef, 0U, [=](GZDFile& file) { return file.skipSamples(filled); });
+}
+
 ALLF_DATA* gzd_get_float_data(GZDFILE* ef) {
   ALLF_DATA* const sample = of(ef).sampleInRun();
   return sample != nullptr ? sample : any_record(ef);

@@ -173,6 +173,12 @@ GZD_API unsigned int gzd_get_element_index(GZDFILE* ef);
    this tells. */
 GZD_API int gzd_get_element_origin(GZDFILE* ef);
 
+/* Steps over the samples that come next, as so many calls of gzd_get_next_data would: the call that
+   follows announces the first element that is none. Returns how many; `filled`, when not null, gets
+   how many of them the library filled in. While messages of the experiment's log are merged, none
+   is stepped over. Cost: hardly any; with `filled`, a look at each sample's entry of the index. */
+GZD_API unsigned int gzd_skip_samples(GZDFILE* ef, unsigned int* filled);
+
 /* Goes back to before the first element: walking from there gives what it gave after opening. No
    trial is current; trials, bookmarks and what was set for the file stay. */
 GZD_API void gzd_rewind(GZDFILE* ef);

@@ -157,16 +157,20 @@ class WholeWalk : public testing::Test {
   void SetUp() override {
     GzdWriter w = block(1003, 1005);
     w.event(EventRecord(4).start(1002).end(1006)).event(EventRecord(3).start(1008)).end_block(1010);
-    const std::string path = scratch.save("r.gzd", w.bytes());
+    path = scratch.save("r.gzd", w.bytes());
     std::ofstream(scratch.file("tq_messages.log"))
         << "1 TRACKER_TIME 1 1000.0\n7 TRIAL\nQuit logger\n";
-    const CapturedLog quiet;
-    int rv;
-    file = gzd_open_file(path.c_str(), GZD_CONSISTENCY_REPAIR,
-                         GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG, 1, &rv);
-    ASSERT_NE(file, nullptr);
+    open(GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG);
   }
   void TearDown() override { gzd_close_file(file); }
+
+  void open(int events) {
+    if (file != nullptr) gzd_close_file(file);
+    const CapturedLog quiet;
+    int rv;
+    file = gzd_open_file(path.c_str(), GZD_CONSISTENCY_REPAIR, events, 1, &rv);
+    ASSERT_NE(file, nullptr);
+  }
 
   // At most `steps` elements, each as "code/origin:time".
   std::string walk(unsigned steps) {
@@ -186,6 +190,7 @@ class WholeWalk : public testing::Test {
   }
 
   ScratchDirectory scratch;
+  std::string path;
   GZDFILE* file = nullptr;
 };
 
@@ -218,6 +223,29 @@ TEST_F(WholeWalk, BeginsAnewWhereverItStood) {
   TRIAL trial;
   EXPECT_EQ(gzd_get_trial_header(file, &trial), -1);
   EXPECT_EQ(walk(100), whole);
+}
+
+// From wherever the walk stands; none while a log is merged.
+TEST_F(WholeWalk, SkipsTheSamplesThatComeNext) {
+  unsigned filled = 99;
+  static_cast<void>(walk(2));
+  EXPECT_EQ(gzd_skip_samples(file, &filled) + filled, 0u);
+  open(GZD_LOAD_EVENTS);
+  for (unsigned steps = 0; steps < 18; ++steps) {
+    gzd_rewind(file);
+    static_cast<void>(walk(steps));
+    unsigned samples = 0, gaps = 0;
+    while (gzd_get_next_data(file) == GZD_SAMPLE && ++samples)
+      gaps += gzd_get_element_origin(file) == GZD_ORIGIN_GAP ? 1 : 0;
+    const std::string rest = walk(100);
+    gzd_rewind(file);
+    static_cast<void>(walk(steps));
+    EXPECT_EQ(gzd_skip_samples(file, &filled), samples) << steps;
+    EXPECT_EQ(filled, gaps) << steps;
+    EXPECT_EQ(gzd_skip_samples(file, nullptr), 0u);
+    static_cast<void>(gzd_get_next_data(file));
+    EXPECT_EQ(walk(100), rest) << steps;
+  }
 }
 
 TEST(Rewind, TheFirstRecordDecidesAboutTimesAnew) {
