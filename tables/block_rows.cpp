@@ -68,7 +68,7 @@ class BlockRows final : public RowBuilder {
         has_revision_(gzd_get_revision(recording.handle()) != 0) {}
 
   void bind(Rows& rows) override { rows_ = &rows; }
-  void take(const ElementWalk& walk, Rows& rows) override;
+  void take(ElementWalk& walk, Rows& rows) override;
   void finish(Rows& rows) override { append(rows); }
 
  private:
@@ -83,7 +83,7 @@ class BlockRows final : public RowBuilder {
   Rows* rows_ = nullptr;
 };
 
-void BlockRows::take(const ElementWalk& walk, Rows& rows) {
+void BlockRows::take(ElementWalk& walk, Rows& rows) {
   const Element& element = walk.element();
   if (element.code == GZD_RECORDING) return take_recording(element, rows);
   if (element.block == 0) return;
@@ -114,7 +114,7 @@ void BlockRows::take_sample(const ElementWalk& walk) {
     return;
   }
   ++block_.samples;
-  block_.loss.take(sample, block_.record);
+  block_.loss.take(sample, block_.record, presence_of(sample, block_.record.eye));
 }
 
 void BlockRows::append(Rows& rows) {

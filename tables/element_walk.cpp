@@ -2,6 +2,7 @@
 #include "element_walk.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "trial_rule.h"
 
@@ -43,13 +44,24 @@ bool ElementWalk::next() {
     throw std::logic_error("the recording is being read by another reader");
   if (has_ended_) leave_element();
   do {
-    element_.code = gzd_get_next_data(handle_);
+    element_.code = step();
     if (element_.code == GZD_END_OF_DATA) return false;
   } while (!is_shown(element_.code));
   element_.record = gzd_get_float_data(handle_);
-  if (element_.record == nullptr) throw ReadError("an element could not be read again");
+  if (element_.record == nullptr) throw_unreadable();
   if (element_.code != GZD_SAMPLE) take_mark();
   return true;
+}
+
+// The code of the next element. Samples that nobody wants are stepped over.
+int ElementWalk::step() {
+  if (following_ != nothing) return std::exchange(following_, nothing);
+  if ((wanted_ & want_samples) == 0) gzd_skip_samples(handle_, nullptr);
+  return gzd_get_next_data(handle_);
+}
+
+void ElementWalk::throw_unreadable() {
+  throw ReadError("an element could not be read again");
 }
 
 // What the element makes of blocks and trials.

@@ -46,6 +46,17 @@ class ElementWalk {
   // Throws ReadError when a record cannot be read again.
   [[nodiscard]] bool next();
 
+  // From a sample to the next element when that is one, too, quickly: of the element only `record`
+  // changes. Else false, and next() goes on as if this had not been asked.
+  [[nodiscard]] bool next_sample() {
+    following_ = gzd_get_next_data(handle_);
+    if (following_ != GZD_SAMPLE) return false;
+    following_ = nothing;
+    element_.record = gzd_get_float_data(handle_);
+    if (element_.record == nullptr) throw_unreadable();
+    return true;
+  }
+
   [[nodiscard]] const Element& element() const { return element_; }
   // The start record of the block that the walk is in, or null.
   [[nodiscard]] const RECORDINGS* block() const { return in_block_ ? &block_ : nullptr; }
@@ -66,6 +77,10 @@ class ElementWalk {
 
  private:
   [[nodiscard]] bool is_filled() const;
+  static constexpr int nothing = -1;
+
+  [[nodiscard]] int step();
+  [[noreturn]] static void throw_unreadable();
   [[nodiscard]] bool is_shown(int code) const;
   void leave_element();
   void take_mark();
@@ -79,6 +94,7 @@ class ElementWalk {
   unsigned wanted_;
   bool by_messages_;
   Element element_;
+  int following_ = nothing;  // code of an element that next_sample() came upon
   RECORDINGS block_{};
   bool in_block_ = false, leaves_block_ = false;
   bool has_ended_ = false;  // a block or a trial ended, or began, with the element before

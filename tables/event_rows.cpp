@@ -143,7 +143,7 @@ class EventRows final : public RowBuilder {
         eye_(request.eye) {}
 
   void bind(Rows& rows) override;
-  void take(const ElementWalk& walk, Rows& rows) override;
+  void take(ElementWalk& walk, Rows& rows) override;
 
  private:
   [[nodiscard]] bool is_wanted(const FEVENT& event, std::int32_t trial) const;
@@ -193,7 +193,7 @@ bool EventRows::is_wanted(const FEVENT& event, std::int32_t trial) const {
          accepts(event.sttime, trial);
 }
 
-void EventRows::take(const ElementWalk& walk, Rows& rows) {
+void EventRows::take(ElementWalk& walk, Rows& rows) {
   const Element& element = walk.element();
   if (!is_ended_event(element.code)) return;
   const FEVENT& event = element.record->fe;

@@ -107,8 +107,10 @@ class FactsWalk {
 
  private:
   int next();
+  void skip_samples();
   bool count_unfetched(int code);
   void count_sample();
+  void count_samples(std::int64_t samples, std::int64_t filled);
   void take(int code);
   void take_recording(const RECORDINGS& record);
   void take_message(const FEVENT& message);
@@ -122,13 +124,15 @@ class FactsWalk {
   BlockFacts* block_ = nullptr;
   std::optional<double> first_, last_;
   std::uint64_t step_ = 0;
-  std::uint64_t unfetched_ = 0;  // step of the last element behind what was fetched last, or 0
+  int last_code_ = GZD_END_OF_DATA;  // of the element at that step
+  std::uint64_t unfetched_ = 0;      // step of the last element behind what was fetched last, or 0
 };
 
 void FactsWalk::run() {
   static_cast<void>(recording_.begin_walk());
   while (const int code = next()) {
     ++step_;
+    last_code_ = code;
     if (first_ && count_unfetched(code))
       unfetched_ = step_;
     else
@@ -138,18 +142,20 @@ void FactsWalk::run() {
   if (first_) facts_.duration = *last_ - *first_;
 }
 
-// The code of the next element that is no recorded sample, nearly all being that.
+// The code of the next element, samples that need not be seen counted on the way.
 int FactsWalk::next() {
-  if (!first_ || has_filled_) return gzd_get_next_data(file_);
-  std::int64_t samples = 0;
-  int code = 0;
-  while ((code = gzd_get_next_data(file_)) == GZD_SAMPLE) ++samples;
-  if (samples == 0) return code;
-  facts_.elements.samples += samples;
-  if (block_ != nullptr) block_->samples += samples;
-  step_ += static_cast<std::uint64_t>(samples);
+  if (first_) skip_samples();
+  return gzd_get_next_data(file_);
+}
+
+void FactsWalk::skip_samples() {
+  unsigned filled = 0;
+  const unsigned samples = gzd_skip_samples(file_, has_filled_ ? &filled : nullptr);
+  if (samples == 0) return;
+  count_samples(samples - filled, filled);
+  step_ += samples;
   unfetched_ = step_;
-  return code;
+  last_code_ = GZD_SAMPLE;
 }
 
 // Counts an element whose record need not be seen; false for any other.
@@ -161,10 +167,18 @@ bool FactsWalk::count_unfetched(int code) {
   return code != GZD_RECORDING && code != GZD_MESSAGE;
 }
 
+// One that was announced and not skipped: the first element, or any where a log is merged.
 void FactsWalk::count_sample() {
   const bool is_filled = has_filled_ && gzd_get_element_origin(file_) == GZD_ORIGIN_GAP;
-  ++(is_filled ? facts_.repairs.samples_filled : facts_.elements.samples);
-  if (block_ != nullptr) ++(is_filled ? block_->filled : block_->samples);
+  count_samples(is_filled ? 0 : 1, is_filled ? 1 : 0);
+}
+
+void FactsWalk::count_samples(std::int64_t samples, std::int64_t filled) {
+  facts_.elements.samples += samples;
+  facts_.repairs.samples_filled += filled;
+  if (block_ == nullptr) return;
+  block_->samples += samples;
+  block_->filled += filled;
 }
 
 void FactsWalk::take(int code) {
@@ -214,13 +228,15 @@ void FactsWalk::note_time(double time) {
   last_ = time;
 }
 
-// The walk ended with elements that were not fetched: goes to the last of them once more.
+// The walk ended with elements that were not fetched. The last of them is still at hand, unless
+// elements of an unknown kind stand behind it.
 void FactsWalk::note_time_of_last() {
-  static_cast<void>(recording_.begin_walk());
-  int code = 0;
-  for (std::uint64_t step = 0; step < unfetched_; ++step) code = gzd_get_next_data(file_);
+  if (unfetched_ != step_) {
+    static_cast<void>(recording_.begin_walk());
+    for (std::uint64_t step = 0; step < unfetched_; ++step) last_code_ = gzd_get_next_data(file_);
+  }
   const ALLF_DATA* const record = gzd_get_float_data(file_);
-  if (record != nullptr) note_time(time_of_element(code, *record));
+  if (record != nullptr) note_time(time_of_element(last_code_, *record));
 }
 
 void count_repairs(Facts& facts) {

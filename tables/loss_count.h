@@ -13,9 +13,9 @@ namespace gzdtables {
 // those of them without a valid position of the first kind that the block records.
 class LossCount {
  public:
-  void take(const FSAMPLE& sample, const RECORDINGS& block) {
+  // `there`: what of the sample is, in that block.
+  void take(const FSAMPLE& sample, const RECORDINGS& block, const Presence& there) {
     const int kind = first_kind(block);
-    const Presence there = presence_of(sample, block.eye);
     if (kind == 0 || there.packed()) return;
     for (const std::size_t eye : {0, 1}) {
       if (!block_has(block, eye)) continue;

@@ -37,7 +37,7 @@ class MessageRows final : public RowBuilder {
     source_ = rows.slot<std::uint8_t>("source");
     text_ = rows.find("text");
   }
-  void take(const ElementWalk& walk, Rows& rows) override {
+  void take(ElementWalk& walk, Rows& rows) override {
     const Element& element = walk.element();
     if (element.code != GZD_MESSAGE || !accepts(element.record->fe.sttime, element.trial)) return;
     const std::size_t row = rows.begin_row();
@@ -62,7 +62,7 @@ class InputRows final : public RowBuilder {
     button_ = rows.slot<std::int32_t>("button");
     value_ = rows.slot<std::int32_t>("value");
   }
-  void take(const ElementWalk& walk, Rows& rows) override;
+  void take(ElementWalk& walk, Rows& rows) override;
 
  private:
   void append(Rows& rows, const Element& element, std::int32_t button, std::int32_t value);
@@ -72,7 +72,7 @@ class InputRows final : public RowBuilder {
   Slot<std::int32_t> button_, value_;
 };
 
-void InputRows::take(const ElementWalk& walk, Rows& rows) {
+void InputRows::take(ElementWalk& walk, Rows& rows) {
   const Element& element = walk.element();
   const bool is_button = element.code == GZD_BUTTON;
   if (!is_button && element.code != GZD_INPUT) return;

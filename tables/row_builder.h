@@ -2,6 +2,7 @@
 #ifndef GZDTABLES_ROW_BUILDER_H
 #define GZDTABLES_ROW_BUILDER_H
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -32,6 +33,7 @@ class Rows {
     return index < 0 ? nullptr : &batch_.columns[static_cast<std::size_t>(index)];
   }
   [[nodiscard]] std::size_t begin_row() { return batch_.rows++; }
+  [[nodiscard]] std::size_t count() const { return batch_.rows; }
   [[nodiscard]] const Schema& schema() const { return schema_; }
   [[nodiscard]] Batch& batch() { return batch_; }
 
@@ -43,7 +45,11 @@ class Rows {
 // Makes rows of elements. It is bound to each batch before it fills it.
 class RowBuilder {
  public:
-  RowBuilder(unsigned wanted, const Request& request) : request_(request), wanted_(wanted) {}
+  RowBuilder(unsigned wanted, const Request& request)
+      : request_(request),
+        wanted_(wanted),
+        takes_all_(request.from < 0 && std::isinf(request.from) && request.to > 0 &&
+                   std::isinf(request.to) && !request.trial) {}
   virtual ~RowBuilder() = default;
   RowBuilder(const RowBuilder&) = delete;
   RowBuilder& operator=(const RowBuilder&) = delete;
@@ -52,8 +58,9 @@ class RowBuilder {
   [[nodiscard]] std::int64_t replaced_messages() const { return replaced_; }
 
   virtual void bind(Rows& rows) = 0;
-  // Makes the rows of one element, at most rows_of_element.
-  virtual void take(const ElementWalk& walk, Rows& rows) = 0;
+  // Makes the rows of the element that the walk is at, at most rows_of_element. It may go on to the
+  // samples that follow while the batch is not full.
+  virtual void take(ElementWalk& walk, Rows& rows) = 0;
   // Makes the rows that the end of the recording completes, at most one.
   virtual void finish(Rows&) {}
   // Ends a batch: what is left to be written of its rows is written.
@@ -62,14 +69,16 @@ class RowBuilder {
  protected:
   // Whether a row is asked for.
   [[nodiscard]] bool accepts(double time, std::int32_t trial) const {
-    return time >= request_.from && time <= request_.to &&
-           (!request_.trial || *request_.trial == trial);
+    return takes_all_ || (time >= request_.from && time <= request_.to &&
+                          (!request_.trial || *request_.trial == trial));
   }
+  [[nodiscard]] bool is_full(const Rows& rows) const { return rows.count() >= request_.batch_rows; }
   void append_message(Column* column, const char* text);
 
  private:
   Request request_;
   unsigned wanted_;
+  bool takes_all_;
   std::int64_t replaced_ = 0;
 };
 

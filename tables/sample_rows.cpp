@@ -1,4 +1,5 @@
 // Rows of `samples`.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -99,6 +100,62 @@ void set_word(const Slot<std::uint16_t>& slot, std::size_t row, bool is_there, U
   is_there ? slot.set(row, word) : slot.set_null(row);
 }
 
+// Gaze and pupil of the eyes of most samples: those of which everything is there, copied as it is.
+class PlainColumns {
+ public:
+  // Without a column of an eye that the table is read without.
+  void bind(const Rows& rows) {
+    for (const std::size_t eye : {0, 1}) {
+      const std::string name = eye_name[eye];
+      const auto values = [&](const char* column) {
+        Column* const found = rows.find(name + column);
+        return found == nullptr ? nullptr : found->filling<float>();
+      };
+      columns_[eye] = {values("x"), values("y"), values("pupil")};
+    }
+  }
+  // Returns whether the sample is such; else what was written of its row says nothing. `eyes`:
+  // those of the block.
+  [[nodiscard]] bool put(std::size_t row, const FSAMPLE& s, unsigned eyes) const {
+    const unsigned flags = s.flags;
+    const unsigned present = eyes_in(flags) & eyes;
+    if ((flags & SMP_PUPIL_SIZE) == 0 || present == 0) return false;
+    for (const std::size_t eye : {0, 1}) {
+      const bool is_present = ((present >> eye) & 1U) != 0;
+      if (is_present && !is_whole(s, eye)) return false;
+      if (columns_[eye].x == nullptr) continue;
+      if (is_present)
+        copy(row, columns_[eye], s, eye);
+      else
+        put_null(row, columns_[eye]);
+    }
+    return true;
+  }
+
+ private:
+  struct Columns {
+    float *x, *y, *pupil;
+  };
+
+  static bool is_whole(const FSAMPLE& s, std::size_t eye) {
+    const auto is_inside = [](float value, float low) {
+      return value > low && value < MISSING_DATA;
+    };
+    return is_inside(s.pa[eye], 0) && is_inside(s.gx[eye], NOT_RECORDED) &&
+           is_inside(s.gy[eye], NOT_RECORDED);
+  }
+  static void copy(std::size_t row, const Columns& to, const FSAMPLE& s, std::size_t eye) {
+    to.x[row] = s.gx[eye];
+    to.y[row] = s.gy[eye];
+    to.pupil[row] = s.pa[eye];
+  }
+  static void put_null(std::size_t row, const Columns& to) {
+    to.x[row] = to.y[row] = to.pupil[row] = nan_value;
+  }
+
+  std::array<Columns, 2> columns_{};
+};
+
 class SampleRows final : public RowBuilder {
  public:
   SampleRows(Recording& recording, const Request& request)
@@ -108,11 +165,14 @@ class SampleRows final : public RowBuilder {
         has_targets_(recording.generation() == third_generation) {}
 
   void bind(Rows& rows) override;
-  void take(const ElementWalk& walk, Rows& rows) override;
+  void take(ElementWalk& walk, Rows& rows) override;
   void complete(Rows& rows) override;
 
  private:
-  void set_eye(std::size_t row, const FSAMPLE& s, const Presence& there, std::size_t eye);
+  void take_sample(const ElementWalk& walk, Rows& rows);
+  void take_with_nulls(std::size_t row, const ElementWalk& walk);
+  void put_events(std::size_t row, std::uint32_t time);
+  void set_eye(std::size_t row, const FSAMPLE& s, const Presence& there, std::size_t eye) const;
   void set_other_of_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
                         std::size_t eye) const;
   void set_head_of_eye(std::size_t row, const FSAMPLE& s, bool is_there, std::size_t eye) const;
@@ -130,6 +190,8 @@ class SampleRows final : public RowBuilder {
   RunColumn<std::int32_t, 0> block_, trial_;
   RunColumn<std::uint8_t, 1> recorded_;
   std::array<RunColumn<std::uint8_t, 1>, 2> events_;
+  std::uint32_t events_from_ = 1, events_to_ = 0;  // times of the labels put last
+  PlainColumns plain_;
   std::array<EyeColumns, 2> eyes_;
   OtherColumns others_;
   FSAMPLE blank_{};
@@ -145,6 +207,7 @@ void SampleRows::bind(Rows& rows) {
     eyes_[eye] = EyeColumns(rows, name);
     events_[eye].bind(rows.slot<std::uint8_t>(name + "event"));
   }
+  plain_.bind(rows);
   others_ = OtherColumns(rows);
   has_others_ = rows.schema().fields.back().name != "recorded";
   choose_velocities();
@@ -173,27 +236,55 @@ const FSAMPLE& SampleRows::without_fields(const FSAMPLE& filled) {
   return blank_;
 }
 
-void SampleRows::take(const ElementWalk& walk, Rows& rows) {
+void SampleRows::take(ElementWalk& walk, Rows& rows) {
+  if (walk.element().code != GZD_SAMPLE) return;
+  block_.put(rows.count(), walk.element().block);
+  trial_.put(rows.count(), walk.element().trial);
+  do take_sample(walk, rows);
+  while (!is_full(rows) && walk.next_sample());
+}
+
+void SampleRows::take_sample(const ElementWalk& walk, Rows& rows) {
   const Element& element = walk.element();
-  if (element.code != GZD_SAMPLE || !accepts(time_of(element.record->fs), element.trial)) return;
-  const bool recorded = !walk.is_filled(element.record->fs);
-  const FSAMPLE& sample = recorded ? element.record->fs : without_fields(element.record->fs);
+  const FSAMPLE& sample = element.record->fs;
+  const double time = time_of(sample);
+  if (!accepts(time, element.trial)) return;
   const std::size_t row = rows.begin_row();
-  block_.put(row, element.block);
-  trial_.put(row, element.trial);
-  time_.set(row, time_of(sample));
+  time_.set(row, time);
+  if (sample.time < events_from_ || sample.time > events_to_) put_events(row, sample.time);
+  if (has_others_ || !plain_.put(row, sample, walk.eyes()))
+    take_with_nulls(row, walk);
+  else
+    recorded_.put(row, 2);
+}
+
+// Any sample; one with all its values is not asked where it comes from.
+void SampleRows::take_with_nulls(std::size_t row, const ElementWalk& walk) {
+  const FSAMPLE& announced = walk.element().record->fs;
+  const bool recorded = !walk.is_filled(announced);
+  const FSAMPLE& sample = recorded ? announced : without_fields(announced);
   recorded_.put(row, recorded ? 2 : 1);
   const Presence there = presence_of(sample, walk.eyes());
   for (const std::size_t eye : {0, 1}) set_eye(row, sample, there, eye);
   if (has_others_) set_others(row, sample, there.packed());
 }
 
+void SampleRows::put_events(std::size_t row, std::uint32_t time) {
+  events_from_ = 0;
+  events_to_ = Timeline::latest;
+  for (const std::size_t eye : {0, 1}) {
+    Timeline& events = outline_.events[eye];
+    events_[eye].put(row, events.at(time));
+    events_from_ = std::max(events_from_, events.from());
+    events_to_ = std::min(events_to_, events.to());
+  }
+}
+
 void SampleRows::set_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
-                         std::size_t eye) {
+                         std::size_t eye) const {
   const EyeColumns& to = eyes_[eye];
   to.gaze.set(row, there.position(eye), s.gx[eye], s.gy[eye]);
   to.pupil.set(row, kept(there.pupil(eye), s.pa[eye]));
-  events_[eye].put(row, outline_.events[eye].at(s.time));
   if (has_others_) set_other_of_eye(row, s, there, eye);
 }
 

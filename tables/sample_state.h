@@ -21,6 +21,11 @@ namespace gzdtables {
   return ((static_cast<unsigned>(block.eye) >> eye) & 1U) != 0;  // GZD_BLOCK_LEFT, _RIGHT
 }
 
+// The GZD_BLOCK_ eyes that the flags of a sample name.
+[[nodiscard]] inline unsigned eyes_in(unsigned flags) {
+  return ((flags >> 15U) & 1U) | ((flags >> 13U) & 2U);  // SMP_LEFT, SMP_RIGHT
+}
+
 // What of a sample is there for each eye, 0 left, 1 right. Bits of one number, which stays in a
 // register.
 class Presence {
@@ -55,7 +60,7 @@ class Presence {
   };
   const unsigned flags = sample.flags;
   const unsigned sized = (flags & SMP_PUPIL_SIZE) != 0 ? Presence::both_eyes : 0U;
-  const unsigned present = ((flags >> 15U) | ((flags >> 13U) & 2U)) & eyes;  // SMP_LEFT, SMP_RIGHT
+  const unsigned present = eyes_in(flags) & eyes;
   const bool packed = (present & sized & by_eye([](float size) { return size < 0.0F; })) != 0;
   const unsigned usable = packed ? 0U : present;
   const unsigned lost = sized & by_eye([](float size) { return size == 0.0F; });

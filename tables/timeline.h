@@ -22,6 +22,10 @@ class Timeline {
   // Ends the filling. Costs n log n.
   void finish();
 
+  // The moment asked for last and all from from() to to() have one label.
+  [[nodiscard]] std::uint32_t from() const { return from_; }
+  [[nodiscard]] std::uint32_t to() const { return to_; }
+
   // A moment's label, 0 when no stretch holds it. Remembers where it was asked last, so moments in
   // order of time cost nothing.
   [[nodiscard]] std::int32_t at(std::uint32_t time) {

@@ -44,7 +44,7 @@ class TrialRows final : public RowBuilder {
   }
 
   void bind(Rows&) override {}
-  void take(const ElementWalk& walk, Rows& rows) override;
+  void take(ElementWalk& walk, Rows& rows) override;
   void finish(Rows& rows) override { append_row(rows); }
 
  private:
@@ -63,7 +63,7 @@ class TrialRows final : public RowBuilder {
   TrialState trial_;
 };
 
-void TrialRows::take(const ElementWalk& walk, Rows& rows) {
+void TrialRows::take(ElementWalk& walk, Rows& rows) {
   const Element& element = walk.element();
   if (element.opens_trial) open(element, rows);
   if (element.trial == 0) return;
@@ -93,7 +93,8 @@ void TrialRows::take_sample(const ElementWalk& walk) {
   const FSAMPLE& sample = walk.element().record->fs;
   if (walk.is_filled(sample)) return;
   ++trial_.samples;
-  if (walk.block() != nullptr) trial_.loss.take(sample, *walk.block());
+  if (walk.block() != nullptr)
+    trial_.loss.take(sample, *walk.block(), presence_of(sample, walk.eyes()));
 }
 
 void TrialRows::take_message(const char* text) {
