@@ -124,7 +124,18 @@ void append_findings(std::string& report, const Facts& facts) {
         with_commas(static_cast<double>(findings.size() - most)) + " more, told by gzdtool check");
 }
 
-std::string report_of(const Facts& facts) {
+using Loss = std::array<std::optional<double>, 2>;  // shares by eye
+
+void append_loss(std::string& report, const Loss& loss) {
+  std::string text;
+  for (const std::size_t eye : {0, 1})
+    if (loss[eye])
+      text += fmt::format("{}{} eye {:.1f} %", text.empty() ? "" : ", ",
+                          eye == 0 ? "left" : "right", 100.0 * *loss[eye]);
+  append_line(report, "lost", text.empty() ? "no eye was recorded" : text + " of samples");
+}
+
+std::string report_of(const Facts& facts, const std::optional<Loss>& loss) {
   std::string report;
   append_shown(report, facts.file);
   report += '\n';
@@ -133,6 +144,7 @@ std::string report_of(const Facts& facts) {
   if (facts.duration) append_line(report, "duration", seconds(*facts.duration));
   append_blocks(report, facts);
   append_counts(report, facts);
+  if (loss) append_loss(report, *loss);
   if (facts.display) {
     const auto& [left, top, right, bottom] = *facts.display;
     append_line(
@@ -147,6 +159,18 @@ std::string report_of(const Facts& facts) {
   return report;
 }
 
+std::string json_line(const Facts& facts, const std::optional<Loss>& loss) {
+  Json json = json_of(facts);
+  const auto share = [&](std::size_t eye) { return json_number((*loss)[eye]); };
+  if (loss) json["loss"] = {{"left", share(0)}, {"right", share(1)}};
+  return line_of(json);
+}
+
+Loss loss_of(gzdtables::Recording& recording) {
+  const auto examination = gzdtables::examine(recording);
+  return {gzdtables::lost_share(examination, 0), gzdtables::lost_share(examination, 1)};
+}
+
 class InfoCommand final : public Command {
  public:
   InfoCommand() : Command("info", "Tell what is in recordings") {}
@@ -154,6 +178,8 @@ class InfoCommand final : public Command {
   void declare(CLI::App& app) override {
     app.add_option("FILE", files_, "Recordings")->required()->type_name("");
     app.add_flag("--json", json_, "One line of JSON a recording");
+    app.add_flag("--loss", loss_,
+                 "Also the share of lost samples by eye; takes several times as long");
     recording_.declare_basic(app);
   }
   int run() override;
@@ -162,7 +188,7 @@ class InfoCommand final : public Command {
   bool tell(const std::string& file, ByteSink& output) const;
 
   std::vector<std::string> files_;
-  bool json_ = false;
+  bool json_ = false, loss_ = false;
   RecordingOptions recording_;
 };
 
@@ -174,7 +200,8 @@ bool InfoCommand::tell(const std::string& file, ByteSink& output) const {
     options.failsafe = true;
     gzdtables::Recording recording(file, options);
     const Facts facts = gzdtables::facts_of(recording);
-    output.write(json_ ? line_of(json_of(facts)) : report_of(facts));
+    const auto loss = loss_ ? std::optional(loss_of(recording)) : std::nullopt;
+    output.write(json_ ? json_line(facts, loss) : report_of(facts, loss));
     return true;
   } catch (const gzdtables::ReadError& error) {
     KeptLog::tell();

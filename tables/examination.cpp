@@ -93,8 +93,9 @@ void Examiner::take_sample(const FSAMPLE& sample) {
 
 void Examiner::take_recorded(const FSAMPLE& sample) {
   ++block_.samples;
-  loss_.take(sample, record_);
-  fixations_.take_sample(sample, presence_of(sample, record_.eye));
+  const Presence there = presence_of(sample, record_.eye);
+  loss_.take(sample, record_, there);
+  fixations_.take_sample(sample, there);
 }
 
 void Examiner::note_repeat(double time) {
@@ -135,6 +136,16 @@ void Examiner::tell_comparisons() {
 }
 
 }  // namespace
+
+std::optional<double> lost_share(const Examination& examination, std::size_t eye) {
+  std::int64_t lost = 0, counted = 0;
+  for (const BlockExamination& block : examination.blocks) {
+    lost += block.lost.at(eye).value_or(0);
+    counted += block.counted.at(eye);
+  }
+  if (counted == 0) return std::nullopt;
+  return static_cast<double>(lost) / static_cast<double>(counted);
+}
 
 Examination examine(Recording& recording) {
   Examination result;

@@ -39,6 +39,10 @@ struct Examination {
   std::array<FixationShift, 2> shifts;
 };
 
+// The share of samples without a valid position over all blocks, of an eye (0 left, 1 right); none
+// of one that no block records.
+[[nodiscard]] std::optional<double> lost_share(const Examination& examination, std::size_t eye);
+
 // Walks over all elements and their samples. Throws ReadError.
 [[nodiscard]] Examination examine(Recording& recording);
 
