@@ -12,6 +12,14 @@ set(GZD_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STR
 install(TARGETS gzdconv gzdsynth RUNTIME COMPONENT converter)
 if(TARGET gzdtool)
   install(TARGETS gzdtool RUNTIME COMPONENT converter)
+  set(gzdtool_dir ${PROJECT_BINARY_DIR}/gzdtool)
+  install(FILES ${gzdtool_dir}/gzdtool.1 COMPONENT converter
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${gzdtool_dir}/gzdtool.bash RENAME gzdtool COMPONENT converter
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES ${gzdtool_dir}/_gzdtool DESTINATION ${GZD_ZSH_COMPLETION_DIR} COMPONENT converter)
+  install(FILES ${gzdtool_dir}/gzdtool.fish COMPONENT converter
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
 install(FILES completions/gzdconv.bash RENAME gzdconv COMPONENT converter
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)

@@ -98,7 +98,7 @@ void BidsCommand::declare(CLI::App& app) {
   app.add_option("--task", task_, "Label of the task")->required()->type_name("LABEL");
   app.add_option("--run", run_, "Number of the first run")->type_name("N");
   app.add_option("--datatype", datatype_, "Folder of the data: beh (the default), func, eeg, meg")
-      ->type_name("NAME");
+      ->type_name("DATATYPE");
   app.add_option("--lab", lab_file_,
                  "JSON of what recordings do not tell: ScreenSize and ScreenDistance (m), "
                  "Manufacturer, ManufacturersModelName and more")

@@ -52,12 +52,14 @@ void append_table_commands(std::vector<std::unique_ptr<Command>>& commands);
 void append_bids_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_convert_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_export_command(std::vector<std::unique_ptr<Command>>& commands);
+void append_manual_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_schema_command(std::vector<std::unique_ptr<Command>>& commands);
 
 // Version, commit and libraries, a line each.
 [[nodiscard]] std::string version_text();
 
-// A line on standard error, with the program's name in front.
+// A line on standard error, with the program's name in front. Names of files and texts of
+// recordings in it do not speak to a terminal.
 void complain(const std::string& text);
 
 }  // namespace gzdtool

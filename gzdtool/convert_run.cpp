@@ -142,10 +142,7 @@ void ConvertRun::tell(std::size_t place, const Outcome& outcome) {
   const auto lines = lines_of(outcome.result.messages);
   if (!lines.empty()) progress_.clear();
   for (const std::string& line : lines) std::fprintf(stderr, "%s\n", line.c_str());
-  if (report_)
-    report_->write(
-        json_of_outcome(place, outcome).dump(-1, ' ', false, Json::error_handler_t::replace) +
-        "\n");
+  if (report_) report_->write(line_of(json_of_outcome(place, outcome)));
 }
 
 void ConvertRun::tell_finished() {

@@ -9,6 +9,7 @@
 #include "gzd.h"
 #include "recording_options.h"
 #include "sinks/byte_sink.h"
+#include "sinks/escape.h"
 #include "tables/schema.h"
 
 namespace {
@@ -113,11 +114,14 @@ std::vector<std::unique_ptr<Command>> all_commands() {
   append_schema_command(commands);
   append_convert_command(commands);
   append_bids_command(commands);
+  append_manual_command(commands);
   return commands;
 }
 
 void complain(const std::string& text) {
-  std::fprintf(stderr, "gzdtool: %s\n", text.c_str());
+  std::string shown;
+  append_shown(shown, text);
+  std::fprintf(stderr, "gzdtool: %s\n", shown.c_str());
 }
 
 }  // namespace gzdtool

@@ -2,9 +2,11 @@
 #include "recording_options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
+#include "sinks/escape.h"
 #include "tables/schema.h"
 
 namespace gzdtool {
@@ -24,8 +26,19 @@ void keep(const char* message) {
   if (kept_log().size() < most) kept_log() += message;
 }
 
+// Lines to standard error; what is in them does not speak to a terminal.
+void print_lines(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    std::string line;
+    append_shown(line, text.substr(0, end));
+    std::fprintf(stderr, end < text.size() ? "%s\n" : "%s", line.c_str());
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
+
 void tell_at_once(const char* message) {
-  std::fputs(message, stderr);
+  print_lines(message);
 }
 
 std::pair<std::string, std::string> variable_of(const std::string& text) {
@@ -90,7 +103,7 @@ KeptLog::~KeptLog() {
 }
 
 void KeptLog::tell() {
-  std::fputs(kept_log().c_str(), stderr);
+  print_lines(kept_log());
   clear();
 }
 

@@ -92,7 +92,7 @@ class SchemaCommand final : public Command {
   SchemaCommand() : Command("schema", "Tell the columns of every table") {}
 
   void declare(CLI::App& app) override {
-    app.add_option("--format", format_, "json or markdown")->type_name("NAME");
+    app.add_option("--format", format_, "json or markdown")->type_name("PAGE");
   }
   int run() override {
     if (format_ != "json" && format_ != "markdown")

@@ -161,7 +161,7 @@ void declare_table_options(CLI::App& app, TableOptions& options, Table table) {
                  "File to write, - for standard output; .gz is compressed")
       ->type_name("FILE");
   app.add_option("--format", options.format, "tsv, csv or jsonl; by default as the output is named")
-      ->type_name("NAME");
+      ->type_name("FORMAT");
   if (gzdtables::groups_of(table).size() > 1 && table != Table::messages)
     app.add_option("--columns", options.columns,
                    "Further groups of columns, with commas between; all: what was recorded")
