@@ -78,9 +78,10 @@ class BidsCommand final : public Command {
   bool write_file(const std::string& file);
   void write_runs(Recording& recording);
   [[nodiscard]] std::string stem_of(bool has_runs);
+  void describe_dataset() const;
 
   std::vector<std::string> files_;
-  std::string directory_, subject_, session_, task_, datatype_ = "beh", lab_file_;
+  std::string directory_, subject_, session_, task_, datatype_ = "beh", lab_file_, dataset_name_;
   std::optional<int> run_;
   double start_time_ = 0;
   RecordingOptions recording_;
@@ -103,6 +104,9 @@ void BidsCommand::declare(CLI::App& app) {
                  "JSON of what recordings do not tell: ScreenSize and ScreenDistance (m), "
                  "Manufacturer, ManufacturersModelName and more")
       ->type_name("FILE");
+  app.add_option("--dataset-name", dataset_name_,
+                 "Name of the dataset, for a dataset_description.json where there is none")
+      ->type_name("TEXT");
   app.add_option("--start-time", start_time_, "StartTime of the sidecars (s), 0 by default")
       ->type_name("S");
   recording_.declare_basic(app);
@@ -158,6 +162,19 @@ bool BidsCommand::write_file(const std::string& file) {
   }
 }
 
+// A dataset has a name, which nobody but the user knows.
+void BidsCommand::describe_dataset() const {
+  const std::string name = directory_ + "/dataset_description.json";
+  if (std::filesystem::exists(name)) return;
+  if (dataset_name_.empty())
+    return complain("the dataset has no dataset_description.json yet: name it with --dataset-name");
+  const Json description = {
+      {"Name", dataset_name_}, {"BIDSVersion", "1.11.0"}, {"DatasetType", "raw"}};
+  const auto bytes = open_byte_sink(name);
+  bytes->write(description.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  bytes->close();
+}
+
 int BidsCommand::run() {
   check_label("--subject", subject_);
   check_label("--task", task_);
@@ -169,8 +186,7 @@ int BidsCommand::run() {
   const KeptLog log;
   bool is_whole = true;
   for (const std::string& file : files_) is_whole &= write_file(file);
-  if (!std::filesystem::exists(directory_ + "/dataset_description.json"))
-    complain("the dataset has no dataset_description.json yet, which names it");
+  describe_dataset();
   return is_whole ? exit_whole : exit_failed;
 }
 

@@ -7,7 +7,9 @@ import sys
 from pathlib import Path
 
 NAME = re.compile(r"(sub-01)/beh/\1_task-read_run-\d+_recording-eye[12]_physio(events)?\.(tsv\.gz|json)$")
-files = [p for p in Path(sys.argv[1]).rglob("*") if p.is_file()]
+description = Path(sys.argv[1]) / "dataset_description.json"
+assert json.loads(description.read_text())["Name"] == "Reading" and "BIDSVersion" in description.read_text()
+files = [p for p in Path(sys.argv[1]).rglob("*") if p.is_file() and p != description]
 assert len(files) == 12, files  # two eyes, then one
 assert all(NAME.search(str(p)) for p in files), files
 
