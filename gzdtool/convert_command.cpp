@@ -60,6 +60,9 @@ class ConvertCommand final : public Command {
         ->type_name("DIR");
     app.add_option("--report", plan_.report, "One line of JSON a recording, in the order of input")
         ->type_name("FILE");
+    app.add_option("--gzdconv", plan_.converter.program,
+                   "The converter; by default the one beside this program")
+        ->type_name("FILE");
     app.add_flag("--redo", plan_.redoes, "Also what has a text that is younger than the recording");
     app.footer("Options of gzdconv stand behind --, as in: gzdtool convert *.gzd -- -res -vel");
   }
@@ -83,7 +86,7 @@ int ConvertCommand::run() {
     for (std::string& name : names_from(list_)) plan_.recordings.push_back(std::move(name));
   if (plan_.recordings.empty() && list_.empty()) throw UsageError("no recordings are named");
   plan_.converter.tells_findings = !plan_.report.empty();
-  check_converter_options(plan_.converter.words);
+  check_converter_options(plan_.converter);
   return convert_recordings(plan_);
 }
 

@@ -12,6 +12,7 @@
 #include "command.h"
 #include "progress.h"
 #include "recording_json.h"
+#include "recording_options.h"
 #include "sinks/byte_sink.h"
 #include "sinks/escape.h"
 
@@ -98,7 +99,7 @@ void ConvertRun::begin(std::size_t place) {
   const auto [first, is_first] = texts_.try_emplace(text, place);
   if (!is_first)
     return fail(place, "has the text of " + plan_.recordings[first->second] + ", not converted");
-  if (!recording.ends_with(".gzd")) return fail(place, "is not named .gzd");
+  if (without_extension(recording) == recording) return fail(place, "is not named .gzd");
   if (!plan_.redoes && is_done(recording, text)) {
     outcomes_[place] = Outcome{.state = "skipped", .result = {}};
     return;
@@ -129,6 +130,7 @@ Json ConvertRun::json_of_outcome(std::size_t place, const Outcome& outcome) cons
   const Json findings = Json::parse(outcome.result.findings, nullptr, false);
   return {{"file", plan_.recordings[place]},
           {"state", outcome.state},
+          {"status", outcome.result.status},
           {"text", has_text ? Json(text) : Json(nullptr)},
           {"bytes", bytes_of(plan_.recordings[place])},
           {"text_bytes", has_text ? Json(bytes_of(text)) : Json(nullptr)},

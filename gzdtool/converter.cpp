@@ -26,11 +26,12 @@ namespace {
 
 using gzdtables::UsageError;
 
-constexpr std::string_view extension = ".gzd";
 constexpr int cannot_run = 127;
 
-// The converter beside this program, as installed or as built, else of the PATH.
-std::string converter_path() {
+// The converter that was named, else the one beside this program, as installed or as built, else of
+// the PATH.
+std::string converter_path(const ConverterOptions& options) {
+  if (!options.program.empty()) return options.program;
   std::error_code none;
   const auto folder = std::filesystem::read_symlink("/proc/self/exe", none).parent_path();
   for (const auto& path : {folder / "gzdconv", folder / "../gzdconv/gzdconv"})
@@ -126,24 +127,24 @@ std::vector<std::string> arguments_of(const std::string& recording,
   ::_exit(cannot_run);
 }
 
-void run_without_recordings(const std::vector<std::string>& words, int output) {
+void run_without_recordings(const ConverterOptions& options, int output) {
   ::dup2(output, STDOUT_FILENO);
   ::dup2(output, STDERR_FILENO);
   std::vector<std::string> arguments{"gzdconv", "-q"};
-  arguments.insert(arguments.end(), words.begin(), words.end());
-  become_converter(converter_path(), arguments);
+  arguments.insert(arguments.end(), options.words.begin(), options.words.end());
+  become_converter(converter_path(options), arguments);
 }
 
 }  // namespace
 
 // The converter itself is asked, without a recording.
-void check_converter_options(const std::vector<std::string>& words) {
-  refuse_names_and_files(words);
-  if (words.empty()) return;
+void check_converter_options(const ConverterOptions& options) {
+  refuse_names_and_files(options.words);
+  if (options.words.empty()) return;
   const int output = file_without_name();
   const pid_t process = ::fork();
   if (process < 0) throw std::system_error(errno, std::generic_category(), "cannot run gzdconv");
-  if (process == 0) run_without_recordings(words, output);
+  if (process == 0) run_without_recordings(options, output);
   int status = 0;
   ::waitpid(process, &status, 0);
   std::string told = contents_of(output);
@@ -153,9 +154,7 @@ void check_converter_options(const std::vector<std::string>& words) {
 }
 
 std::string text_of_recording(const std::string& recording, const std::string& directory) {
-  const std::string stem = recording.ends_with(extension)
-                               ? recording.substr(0, recording.size() - extension.size())
-                               : recording;
+  const std::string stem = without_extension(recording);
   if (directory.empty()) return stem + ".asc";
   return directory + "/" + stem.substr(stem.find_last_of('/') + 1) + ".asc";
 }
@@ -175,7 +174,7 @@ Conversion::Conversion(const std::string& recording, const ConverterOptions& opt
   ::dup2(output_, STDOUT_FILENO);
   ::dup2(errors_, STDERR_FILENO);
   if (options.tells_findings) write_findings(findings_, recording, options);
-  become_converter(converter_path(), arguments_of(recording, options));
+  become_converter(converter_path(options), arguments_of(recording, options));
 }
 
 Conversion::Conversion(Conversion&& other) noexcept

@@ -12,6 +12,7 @@ namespace gzdtool {
 // What is asked of the converter for every recording.
 struct ConverterOptions {
   std::vector<std::string> words;  // its own options
+  std::string program;             // its path; empty: the one beside this program, else of the PATH
   std::string directory;           // for the texts; empty: beside the recordings
   bool tells_findings = false;
 };
@@ -25,7 +26,7 @@ struct ConverterResult {
 
 // Throws gzdtables::UsageError for options that the converter does not know, or that a run of many
 // processes cannot have.
-void check_converter_options(const std::vector<std::string>& words);
+void check_converter_options(const ConverterOptions& options);
 
 // The path of the text of a recording.
 [[nodiscard]] std::string text_of_recording(const std::string& recording,

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include <strings.h>
+
 #include "sinks/escape.h"
 #include "tables/schema.h"
 
@@ -122,12 +124,16 @@ std::string sentence_of(const gzdtables::ReadError& error) {
   return text;
 }
 
-std::string name_of_recording(const std::string& path) {
+std::string without_extension(const std::string& path) {
   constexpr std::string_view extension = ".gzd";
-  std::string name = path.substr(path.find_last_of('/') + 1);
-  if (name.size() > extension.size() && name.ends_with(extension))
-    name.resize(name.size() - extension.size());
-  return name;
+  const std::string name = path.substr(path.find_last_of('/') + 1);
+  if (name.size() <= extension.size()) return path;
+  const std::size_t stem = path.size() - extension.size();
+  return ::strcasecmp(path.c_str() + stem, extension.data()) == 0 ? path.substr(0, stem) : path;
+}
+
+std::string name_of_recording(const std::string& path) {
+  return without_extension(path.substr(path.find_last_of('/') + 1));
 }
 
 }  // namespace gzdtool

@@ -46,6 +46,9 @@ void log_to_standard_error();
 // An error with the system's part in it.
 [[nodiscard]] std::string sentence_of(const gzdtables::ReadError& error);
 
+// The path without ".gzd" in any case; the same path when it does not end so.
+[[nodiscard]] std::string without_extension(const std::string& path);
+
 // The name that a recording goes by in tables and file names: its file name without folder and
 // ".gzd".
 [[nodiscard]] std::string name_of_recording(const std::string& path);

@@ -1,10 +1,12 @@
 """Converts one chunk: convert.py PLAN CHUNK RESULT
 
 Each recording is a call of gzdconv of its own into a folder of the chunk: so what is said is said of
-it, and a crash takes no other along. Only whole texts are moved to their places.
+it, and a crash takes no other along. With gzdtool, its `convert` makes these calls, and its report says
+what became of them. Only whole texts are moved to their places.
 """
 
 import errno
+import json
 import os
 import shlex
 import shutil
@@ -25,20 +27,71 @@ def convert_chunk(plan, members, stage):
     """One result row for each recording, in their order."""
     shutil.rmtree(stage, ignore_errors=True)
     os.makedirs(stage)
-    rows = [_convert(plan, one, os.path.join(stage, str(n))) for n, one in enumerate(members)]
+    convert = _convert_by_tool if plan.get("gzdtool") else _convert_one_by_one
+    rows = list(convert(plan, members, stage))
     shutil.rmtree(stage)
     return rows
 
 
-def _convert(plan, recording, staged):
+def _convert_one_by_one(plan, members, stage):
+    for number, recording in enumerate(members):
+        before = stamp(recording.path)
+        staged = os.path.join(stage, str(number))
+        code, lines = _call(plan, recording, staged)
+        verdict = _judge(code, lines, os.path.exists(staged + ".asc"))
+        yield _place(plan, recording, before, staged + ".asc", verdict)
+
+
+def _convert_by_tool(plan, members, stage):
+    """One call for all recordings whose names differ, as their texts lie side by side."""
+    rows = {}
+    for number, names in enumerate(_of_different_names(members)):
+        folder = os.path.join(stage, str(number))
+        before = [stamp(one.path) for one in names]
+        for one, was, told in zip(names, before, _call_tool(plan, names, folder)):
+            lines = words.said("\n".join(told["messages"]).encode(), one.path)
+            findings = [finding["text"] for finding in told["findings"] or []]
+            staged = os.path.join(folder, _stem(one) + ".asc")
+            verdict = _judge(told["status"], [*findings, *lines], os.path.exists(staged))
+            if findings and verdict[0] == CONVERTED:
+                verdict = CONVERTED, LOSSY, verdict[2]
+            rows[one.path] = _place(plan, one, was, staged, verdict)
+    return [rows[one.path] for one in members]
+
+
+def _stem(recording):
+    return os.path.basename(recording.path)[: -len(".gzd")]
+
+
+def _of_different_names(members):
+    """Lists of recordings, as few as can be, of different names each."""
+    lists = []
+    for recording in members:
+        home = next((one for one in lists if _stem(recording) not in map(_stem, one)), None)
+        if home is None:
+            lists.append(home := [])
+        home.append(recording)
+    return lists
+
+
+def _call_tool(plan, recordings, folder):
+    """The report's lines; what else is said goes to the log of the job."""
+    report = folder + ".ndjson"
+    command = [plan["gzdtool"], "convert", "-j", "1", "--redo", "--gzdconv", plan["gzdconv"]]
+    command += ["--output-dir", folder, "--report", report, *(one.path for one in recordings)]
+    code = subprocess.call([*command, "--", *shlex.split(plan["options"])], stderr=sys.stdout)
+    if code not in (0, 1):
+        raise subprocess.CalledProcessError(code, command)
+    with open(report, encoding="utf-8") as lines:
+        return list(map(json.loads, lines))
+
+
+def _place(plan, recording, before, staged, verdict):
     """The result row; the text is in its place or, after a failure, nowhere.
 
     Only the text of a recording that was taken away stays.
     """
-    before = stamp(recording.path)
-    code, lines = _call(plan, recording, staged)
-    staged += ".asc"
-    status, state, message = _judge(code, lines, os.path.exists(staged))
+    status, state, message = verdict
     if stamp(recording.path) != before:
         status, state = STOPPED, ""
         message = "the recording changed while it was converted"

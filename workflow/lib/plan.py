@@ -13,7 +13,8 @@ from state import still_true
 
 def make_plan(settings):
     """Number of the plan whose chunks bring all up to date: a new one when there is work."""
-    program = _find_program(settings.gzdconv)
+    program = _find_program("gzdconv", settings.gzdconv)
+    tool = _find_program("gzdtool", settings.gzdtool) if settings.gzdtool else ""
     recordings = find_recordings(settings)
     results = latest_results(settings.output)
     pending = [one for one in recordings if _needs_work(one, results.get(one.path), settings)]
@@ -31,6 +32,7 @@ def make_plan(settings):
         {
             "number": number,
             "gzdconv": program,
+            "gzdtool": tool,
             "options": settings.options,
             "output": settings.output,
             "recordings": rows,
@@ -68,10 +70,10 @@ def _chunks(pending, size):
     return {f"{i:03}": [[one.path, one.text] for one in part] for i, part in enumerate(parts, 1)}
 
 
-def _find_program(name):
+def _find_program(key, name):
     path = shutil.which(name)
     if path is None:
-        raise ConfigError(f"gzdconv: cannot run {name}; give its path with the key gzdconv")
+        raise ConfigError(f"{key}: cannot run {name}; give its path with the key {key}")
     return os.path.abspath(path)
 
 

@@ -5,7 +5,7 @@ import os
 import shlex
 from dataclasses import dataclass
 
-KEYS = {"list", "folder", "pattern", "output", "base", "options", "chunk", "gzdconv", "retry"}
+KEYS = {"list", "folder", "pattern", "output", "base", "options", "chunk", "gzdconv", "gzdtool", "retry"}
 
 
 class ConfigError(ValueError):
@@ -27,6 +27,7 @@ class Settings:
     options: str
     chunk: int
     gzdconv: str
+    gzdtool: str  # "" converts without it
     retry: bool
 
 
@@ -52,6 +53,7 @@ def read_settings(config):
         options=_checked_options(str(config.get("options") or "")),
         chunk=_positive("chunk", config.get("chunk", 20)),
         gzdconv=str(config.get("gzdconv") or "gzdconv"),
+        gzdtool=str(config.get("gzdtool") or ""),
         retry=_flag("retry", config.get("retry", False)),
     )
 
