@@ -15,8 +15,9 @@ GOLDEN = """blink_repairs block_repairs block_shapes buttons_and_input event_kin
             target_flags""".split()
 MADE = ["--generation 1 --eyes left --coords gaze,href", "--rate 2000 --gap 9 --eyes right",
         "--coords gaze,href,raw --gap 30 --zip", "--generation 4 --pose --ellipse 72",
-        "--unpaired-blinks --stray-samples --repeat-times", "--start-time 1500000000 --target",
+        "--unpaired-blinks --stray-samples --repeat-times", "--start-time 1500000000 --target --gap 9",
         "--generation 2 --no-resolution --rate 500"]
+OTHERS = "made3 made5 pose_flags status_flags".split()  # with words, targets, poses of both eyes
 EVENTS = {"EFIX": "fixation", "ESACC": "saccade", "EBLINK": "blink"}
 POSITIONS = {"-sg": ("gaze", ""), "-sh": ("href", "href_"), "-sp": ("raw", "raw_")}
 faults, compared = [], 0
@@ -81,6 +82,52 @@ def compare_samples(path, options, position, blocks):
                 expect(same(cells.pop(0), row[name]), path, name, line, row)
 
 
+def text_of_bits(word, bits):
+    return "".join(letter if word & bit else "." for bit, letter in bits)
+
+
+# The columns of -input -buttons -hr -pe -sfhmf behind gaze, in the order of the text; "|" is a text.
+WORDS = "input buttons status|".split()
+BY_EYE = [f"{eye}_{{}}_{axis}" for axis in "xy" for eye in ("left", "right", "")]
+POSE = (["head_rotation_" + axis for axis in "xyz"] + ["head_" + axis for axis in "xyz"] + ["letters|", "bits|"]
+        + [name.format(kind).lstrip("_") for kind in ("head_in_space", "eye_in_head") for name in BY_EYE]
+        + [f"{kind}_resolution_{axis}" for kind in ("head_in_space", "eye_in_head") for axis in "xy"]
+        + [f"{eye}_ellipse_{what}" for eye in ("left", "right") for what in "x y major minor angle".split()])
+TARGET = ["target_x", "target_y", "target_distance"]
+STATUS_BITS = [(0x1000, "I"), (0x100, "C"), (0x400, "R"), (0x200, "C"), (0x800, "R")]
+TARGET_BITS = list(zip((0x4000, 0x2000, 0x1000, 0x800, 0x400, 0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1),
+                       "MANCFTBLRTBLR"))
+
+
+def compare_others(path, options, blocks):
+    """Words, head targets, poses and ellipses of binocular recordings."""
+    rows = [row for row in table("samples", path, "--columns", "input,buttons,status,target,head,ellipse",
+                                 *options[0]) if row["block"] != "n/a"]
+    lines = [line for line in text(path, *"-ftime -s -input -buttons -hr -pe -sfhmf".split(), *options[1])
+             if line[0][:1].isdigit()]
+    expect(len(lines) == len(rows) > 0, path, len(lines), len(rows))
+    for line, row in zip(lines, rows):
+        if blocks[int(row["block"]) - 1]["eyes"] != "both":
+            continue
+        names = [name for name in WORDS if name != "status|" or row["status"] != "n/a" or "..." in line[9]]
+        names += POSE if len(line) > 30 else TARGET if len(line) > 10 else []
+        expect(len(line) == 7 + len(names), path, line, names)
+        for name, cell in zip(names, line[7:]):
+            if not name.endswith("|"):
+                cell = cell.split()[0] if name == "target_distance" else cell
+                is_same = same(cell, row[name], zero_is_null=name == "buttons")
+                expect(is_same or row["recorded"] == "false", path, name, cell, row)
+            elif name == "status|" and row["status"] != "n/a" and len(line) < 30:
+                expect(cell[:5] == text_of_bits(int(row["status"]), STATUS_BITS), path, cell, row["status"])
+            elif name == "status|" and row["status"] != "n/a":
+                expect(int(cell.split("error: ")[1], 16) == int(row["status"]), path, cell, row["status"])
+            elif name == "bits|" and row["head_marker_flags"] != "n/a":
+                expect(cell == f"{int(row['head_marker_flags']):032b}", path, cell, row["head_marker_flags"])
+        if names[-1] == "target_distance" and row["target_flags"] != "n/a":
+            shown = line[-1].split()[1][:13]
+            expect(shown == text_of_bits(int(row["target_flags"]), TARGET_BITS), path, shown, row["target_flags"])
+
+
 def compare_event(line, row, positions_in):
     duration = (int(line[4]) + 2 ** 31) % 2 ** 32 - 2 ** 31
     expect([EVENTS[line[0]], *line[2:4], str(duration)] ==
@@ -130,6 +177,8 @@ def compare(path):
         for position in POSITIONS:
             compare_samples(path, options, position, blocks)
         compare_events(path, options, blocks)
+        if any(kind in path for kind in OTHERS):
+            compare_others(path, options, blocks)
 
 
 def make_recordings(folder, synth, golden):

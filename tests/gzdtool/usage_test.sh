@@ -29,6 +29,7 @@ refuses 2 "start text" trials --trial-end x words.gzd
 refuses 2 "NAME=REGEX" trials --trial-variable x words.gzd
 refuses 2 "is a recording of this run" samples -o other.gzd words.gzd other.gzd
 refuses 2 "unknown format" samples --format ods words.gzd
+refuses 2 "did you mean '--redo'" convert --rdo words.gzd
 refuses 1 "no.gzd" samples no.gzd
 cmp -s words.gzd other.gzd || fail "a recording was written over"
 
@@ -45,6 +46,48 @@ gzip -dc table.tsv.gz | cmp - table.tsv
 rows=$(($(wc -l <table.tsv) - 1))
 [[ $("$tool" messages --format jsonl words.gzd 2>/dev/null | wc -l) -eq $rows ]] || fail "rows of jsonl"
 [[ $("$tool" messages words.gzd other.gzd 2>/dev/null | grep -c '^other') -eq $rows ]] || fail "two files"
+
+# Texts of messages and names of files do not speak to a terminal.
+sed 's/text !V inside/\x1b[31m\xc2\x9b inside/' words.gzd >"$(printf 'a\033b.gzd')"
+python3 - "$tool" <<'P'
+import pty, subprocess, sys
+shown = b""
+def keep(fd):
+    global shown
+    import os
+    data = os.read(fd, 4096)
+    shown += data
+    return b"." * (len(data) > 0)
+name = "a\x1bb.gzd"
+for words in (["messages", name], ["messages", "--format", "csv", name], ["info", name], ["info", "--json", name],
+              ["messages", "--format", "jsonl", name], ["check", name], ["samples", "\x1b" + name],
+              ["convert", "\x1b" + name], ["export", "--table", "\x1b"], ["samples", "--\x1b"]):
+    shown = b""
+    pty.spawn([sys.argv[1], *words], keep)
+    assert b"\x1b" not in shown and b"\xc2\x9b" not in shown and shown, (words, shown)
+P
+
+# The completion offers each verb and each option of its help, and completes values.
+"$tool" manual bash >completion.bash
+# shellcheck source=/dev/null
+source completion.bash
+offers() { # WORD LINE...: that word is offered at the end of the line
+  local wanted=$1
+  COMP_WORDS=("${@:2}") COMP_CWORD=$(($# - 2))
+  _gzdtool || true
+  [[ " ${COMPREPLY[*]} " == *" $wanted "* ]] || fail "$wanted is not offered behind ${*:2}: ${COMPREPLY[*]}"
+}
+"$tool" --help | sed -n '/^Subcommands:/,$ s/^  \([a-z]*\) .*/\1/p' >verbs
+[[ $(wc -l <verbs) -eq 15 ]] || fail "verbs of the help: $(cat verbs)"
+while read -r verb; do
+  offers "$verb" gzdtool ""
+  while read -r option; do offers "$option" gzdtool "$verb" --; done \
+    < <("$tool" help "$verb" | grep -oE '^  (-[a-z],)?--[a-z-]+' | grep -oE -- '--[a-z-]+')
+done <verbs
+offers velocity gzdtool samples --columns ""
+offers tsv.gz gzdtool export --format ""
+offers words.gzd gzdtool info ""
+"$tool" manual man | grep -q '^.It Fl -trial-variable Ar NAME=REGEX$' || fail "the manual page lacks an option"
 
 "$tool" schema --format markdown | diff "$source/docs/tables.md" - ||
   fail "docs/tables.md is old: gzdtool schema --format markdown > docs/tables.md"

@@ -26,8 +26,43 @@ report() {
     done
   done
 }
-[[ -z ${GZD_UPDATE:-} ]] || report >"$here/verbs.expected"
-report | diff "$here/verbs.expected" - || fail "info or check tell something else"
+
+# ---- every table and format, their first lines ----
+for name in event_kinds buttons_and_input target_flags pose_flags half_milliseconds gaps packed trials; do
+  "$golden" "$name" "$name.gzd"
+done
+tables() {
+  local name words
+  while read -r name words; do
+    echo "--- $name: $words"
+    # shellcheck disable=SC2086
+    "$tool" $words "$name.gzd" 2>err | head -n 5
+  done <<'END'
+event_kinds events --columns href,raw
+event_kinds fixations --format csv --eye left
+event_kinds saccades --format jsonl
+blink_repairs blinks
+messages messages
+messages messages --message-offsets --format csv
+messages messages --format jsonl --from 1050
+buttons_and_input inputs
+buttons_and_input samples --columns input,buttons,status
+block_shapes blocks
+trials trials
+sound trials --trial-start TRIALID --trial-end RESULT --trial-variable n=D.([0-9]+) --format jsonl
+target_flags samples --columns target --eye left
+pose_flags samples --columns all
+half_milliseconds samples --format jsonl
+gaps samples --from 1007
+packed samples --columns raw
+odd_values samples --columns all
+END
+}
+for kept in report:verbs.expected tables:tables.expected; do
+  [[ -z ${GZD_UPDATE:-} ]] || ${kept%:*} >"$here/${kept#*:}"
+  ${kept%:*} | diff "$here/${kept#*:}" - || fail "${kept#*:}: something else is told"
+done
+"$tool" info --loss --json sound.gzd | grep -q '"loss":{"left":0.0' || fail "loss of info"
 
 # ---- export ----
 export_all() { "$tool" export sound.gzd lossy.gzd --output-dir tables --columns all "$@"; }
@@ -88,4 +123,7 @@ refused other.gzd
 echo '{"ScreenSize": [0.4, 0.3], "ScreenDistance": 0.6}' >lab.json
 "$tool" bids sound.gzd lossy.gzd --output-dir set --subject 01 --task read --lab lab.json 2>words
 grep -q "not told by recording or --lab: Manufacturer" words || fail "what is missing was not named"
+grep -q "no dataset_description.json" words || fail "a dataset without a name was not told"
+"$tool" bids sound.gzd lossy.gzd --output-dir set --subject 01 --task read --lab lab.json \
+  --dataset-name Reading 2>words
 python3 "$here/bids_structure.py" set

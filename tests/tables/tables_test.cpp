@@ -5,8 +5,10 @@
 
 #include <filesystem>
 #include <random>
+#include <sstream>
 
 #include "golden/recording_text.h"
+#include "tables/examination.h"
 #include "tables/reader.h"
 #include "tables/timeline.h"
 #include "tables/trial_rule.h"
@@ -79,6 +81,28 @@ TEST(TrialRule, KnowsMessagesAndRefusesRulesWithoutSense) {
     EXPECT_THROW(check_trial_rule({.variables = variables}), UsageError);
   EXPECT_THROW(check_trial_rule({.end = "b"}), UsageError);
   EXPECT_THROW(check_trial_rule({.start = ""}), UsageError);
+}
+
+// The recorded mean of a fixation against the mean of the samples inside it, which is 500.
+TEST(Examination, TellsOfFixationsWhoseMeansAreNotThoseOfTheirSamples) {
+  const std::string path = testing::TempDir() + "shift_" + std::to_string(::getpid()) + ".gzd";
+  for (const auto& [mean, is_off] : {std::pair{"5100", false}, {"5500", true}}) {
+    std::stringstream text;
+    text << "tracker 2\nblock 1000 flags=Lga\nevent SFIX start=1000\n"
+         << "sample 1000 flags=Lga gx=5000,0 gy=4000,0 pa=900,0\nsample +1 *50\n"
+         << "event EFIX start=1000 end=1050 106=" << mean << ",4000 114=900\nend 1051\n";
+    golden::recording_of(text).save(path);
+    Recording recording(path);
+    const Examination examination = examine(recording);
+    EXPECT_EQ(examination.shifts[0].compared, 1);
+    EXPECT_EQ(examination.shifts[1].compared, 0);
+    ASSERT_EQ(examination.findings.size(), is_off ? 1U : 0U);
+    for (const Finding& finding : examination.findings)
+      EXPECT_EQ(finding.name, "fixations_shifted");
+    EXPECT_EQ(lost_share(examination, 0), 0.0);
+    EXPECT_EQ(lost_share(examination, 1), std::nullopt);
+  }
+  std::filesystem::remove(path);
 }
 
 // ---- whole tables -------------------------------------------------------------------------------

@@ -8,14 +8,19 @@
 
 #include "sinks/cell_text.h"
 #include "sinks/escape.h"
+#include "sinks/ready_cells.h"
 
 namespace {
 
 using namespace gzdtool;
 
 std::string float_text(float value) {
-  char text[longest_number];
-  return {text, write_float(text, value)};
+  static ReadyFloats ready;
+  char text[longest_number], again[longest_number], plain[longest_number];
+  const std::string first(text, ready.write(text, value));
+  EXPECT_EQ(first, std::string(again, ready.write(again, value)));
+  EXPECT_EQ(first, std::string(plain, write_float(plain, value)));
+  return first;
 }
 
 TEST(CellText, WritesFloatsAsTheStandardDoes) {
@@ -46,6 +51,19 @@ TEST(CellText, WritesDoublesInFixedNotation) {
     char text[longest_number];
     const std::string written(text, write_double(text, value));
     EXPECT_EQ(written, expected);
+  }
+}
+
+TEST(RisingNumber, WritesWhatIsWrittenOfEachNumberAlone) {
+  std::mt19937 random(5);
+  RisingNumber rising;
+  double number = 0;
+  for (int i = 0; i < 100000; ++i) {
+    number += static_cast<double>(random() % 24) / 2;
+    if (random() % 100 == 0) number = static_cast<double>(random()) * 1.25 - 1e6;
+    char text[longest_number], plain[longest_number];
+    ASSERT_EQ(std::string(text, rising.write(text, number)),
+              std::string(plain, write_double(plain, number)));
   }
 }
 
