@@ -140,8 +140,7 @@ void Reader::readSample(UINT32 itemIndex, GZDItem item) {
     print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
               static_cast<long>(fData_.fs.time));
   }
-  if (presetTag_ != 0 && !layout_.hasBlocks && !usesQueue && block != nullptr)
-    beginRun(stretches_.at(itemIndex));
+  if (presetTag_ != 0 && !usesQueue && block != nullptr) beginRun(stretches_.at(itemIndex));
 }
 
 // Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
@@ -156,15 +155,29 @@ bool Reader::readLikeTheOneBefore(GZDItem item) {
 
 // Makes the run that of the sample just read: its stretch, as far as window and epoch go.
 void Reader::beginRun(const Stretch& stretch) {
+  if (layout_.hasBlocks && !blocks_.isKnown()) return;
+  const std::size_t longest = longest_fixed_part + (layout_.hasBlocks ? blocks_.length() : 0);
   const InputStream::HeldBytes held = file_.held();
   const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin_);
-  const INT64 end = std::min(held.offset + held.length - INT64{longest_fixed_part} + 1, epochEnd_);
+  const INT64 end =
+      std::min(held.offset + held.length - static_cast<INT64>(longest) + 1, epochEnd_);
   if (end <= first) return;
   run_.firstItem = stretch.begin;
   run_.items = stretch.end - stretch.begin;
   run_.firstPlace = first;
   run_.places = end - first;
   run_.bytes = held.bytes + (first - held.offset);
+}
+
+// The sample of a run with another layout than the usual one; null when its blocks are not those of
+// the one before it.
+ALLF_DATA* Reader::unusualSampleInRun(const byte* body, UINT16 tag, UINT64 stamp) noexcept {
+  const byte* const chain = body + length_with_head_data(body, layout_);
+  if (layout_.hasBlocks && !blocks_.isAt(chain)) return nullptr;
+  setPlaceInTime(tag, stamp);
+  decode_fixed_part(body, layout_, fData_.fs);
+  if (layout_.hasBlocks) blocks_.decode(chain, state_.parameters, fData_.fs);
+  return &fData_;
 }
 
 // Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one
@@ -179,6 +192,7 @@ bool Reader::readSampleDirectly(GZDItem item) {
   preset_sample(tag, fData_.fs);
   decode_into_preset_sample(file_, state_, layoutFor(tag), time, fData_.fs);
   presetTag_ = layout_tag(tag);
+  if (layout_.hasBlocks) blocks_ = blocks_of_record(file_, item.getFilePos(), layout_);
   setPlaceInTime(tag, stamp);
   return true;
 }

@@ -13,6 +13,7 @@
 #include "read/sample_run.h"
 #include "read/stretches.h"
 #include "record/EData.h"
+#include "record/sample_blocks.h"
 #include "record/sample_layout.h"
 #include "record/stream_state.h"
 #include "repair/event_pairing.h"
@@ -49,11 +50,9 @@ class Reader : public SampleSource {
     if (body == nullptr) return nullptr;
     const UINT16 tag = load_be16(body - sizeof(UINT16));
     if (!layout_.suits(tag)) return nullptr;
+    if (!layout_.isUsual) return unusualSampleInRun(body, tag, stamp);
     setPlaceInTime(tag, stamp);
-    if (layout_.isUsual)
-      decode_usual_part(body, layout_, fData_.fs);
-    else
-      decode_fixed_part(body, layout_, fData_.fs);
+    decode_usual_part(body, layout_, fData_.fs);
     return &fData_;
   }
   // The message text of an entry, up to its first NUL; empty when it has none.
@@ -84,6 +83,7 @@ class Reader : public SampleSource {
     fData_.fs.flags = flags_at(tag, stamp);
   }
   void beginRun(const Stretch& stretch);
+  ALLF_DATA* unusualSampleInRun(const byte* body, UINT16 tag, UINT64 stamp) noexcept;
   void readSample(UINT32 itemIndex, GZDItem item);
   bool readSampleDirectly(GZDItem item);
   // The record of a sample, from its tag on, when it can be decoded where it lies into a sample
@@ -129,6 +129,7 @@ class Reader : public SampleSource {
   int recordType_ = 0;
   bool failed_ = false;
   UINT16 presetTag_ = 0;  // fData is a sample preset for this layout tag; 0 when it is not
+  BlockChain blocks_;     // and for these blocks, when its layout has some
   SampleRun run_;
   SampleLayout layout_;    // of the tag used last, in this epoch; tag 0 for none
   FSAMPLE queuePreset_{};  // a sample preset for queuePresetTag

@@ -1,8 +1,7 @@
 // A sample record is a time, the fixed fields that its tag word announces, and up to two chains of
 // blocks. Nearly always the whole fixed part lies in the stream's window: one check, and it is
 // decoded where it lies (sample_layout). Near the end of the stream it is read value by value, so
-// that a cut record is reported at the very value that is missing. So are blocks: unchecked when
-// they are whole in the window (BytesAt), value by value otherwise (CheckedReads).
+// that a cut record is reported at the very value that is missing. Blocks: sample_blocks.
 #include "record/sample_decoder.h"
 
 #include <algorithm>
@@ -14,45 +13,6 @@ namespace gzd {
 namespace {
 
 constexpr UINT32 head_markers_not_recorded = 0xFFFF8000u;
-
-constexpr float angle_units_per_degree = 182.0f;
-constexpr float position_units_per_mm = 10.0f;
-
-// Recognised extended blocks, by length and kind.
-constexpr int head_target_length = 24, HEAD_TARGET_KIND = 1;
-constexpr int head_pose_length = 92, HEAD_POSE_KIND = 2;
-constexpr int ellipse_length = 56, LONG_ELLIPSE_LENGTH = 72, ELLIPSE_KIND = 3;
-
-class BytesAt {
- public:
-  explicit BytesAt(const byte* start) : at_(start) {}
-  INT16 word() {
-    const INT16 value = load_be16s(at_);
-    at_ += 2;
-    return value;
-  }
-  UINT32 integer() {
-    const UINT32 value = load_be32(at_);
-    at_ += 4;
-    return value;
-  }
-  float real() { return missing_normalised(std::bit_cast<float>(integer())); }
-  [[nodiscard]] const byte* position() const { return at_; }
-
- private:
-  const byte* at_;
-};
-
-class CheckedReads {
- public:
-  explicit CheckedReads(InputStream& in) : stream_(in) {}
-  INT16 word() { return stream_.getWord(); }
-  UINT32 integer() { return static_cast<UINT32>(stream_.getInt()); }
-  float real() { return stream_.getFloat(); }
-
- private:
-  InputStream& stream_;
-};
 
 inline bool has(UINT16 tag, unsigned bits) {
   return (tag & bits) != 0;
@@ -101,151 +61,6 @@ void read_fixed_part(InputStream& in, const SampleLayout& layout, FSAMPLE& sampl
   if (layout.input != 0) sample.input = word();
   if (layout.buttons != 0) sample.buttons = word();
   if (layout.headData != 0) read_head_data(in, sample);
-}
-
-// ---- chains of blocks ---------------------------------------------------------------------------
-
-void skip_bytes(InputStream& in, std::size_t count) {
-  if (in.peek(count) != nullptr) {
-    in.take(count);
-  } else {
-    for (; count > 0; --count) in.getByte();
-  }
-}
-
-enum class Block { HeadTarget, HeadPose, Ellipse, LongEllipse, Unknown };
-
-Block recognise(int length, int kind) {
-  if (length == head_target_length && kind == HEAD_TARGET_KIND) return Block::HeadTarget;
-  if (length == head_pose_length && kind == HEAD_POSE_KIND) return Block::HeadPose;
-  if (length == ellipse_length && kind == ELLIPSE_KIND) return Block::Ellipse;
-  if (length == LONG_ELLIPSE_LENGTH && kind == ELLIPSE_KIND) return Block::LongEllipse;
-  return Block::Unknown;
-}
-
-// Bytes behind the kind byte of a block that is not recognised. One that has the length of a known
-// block is a byte shorter than its length says.
-std::size_t bytes_to_skip(int length) {
-  const bool lengthIsKnown = length == head_target_length || length == ellipse_length ||
-                             length == LONG_ELLIPSE_LENGTH || length == head_pose_length;
-  return static_cast<std::size_t>(lengthIsKnown ? length - 1 : length);
-}
-
-void read_head_in_space(FSAMPLE& s, auto value) {
-  s.unused_headInSpaceX[0] = value();
-  s.unused_headInSpaceX[1] = value();
-  s.headInSpaceX = value();
-  s.unused_headInSpaceY[0] = value();
-  s.unused_headInSpaceY[1] = value();
-  s.headInSpaceY = value();
-  for (float& x : s.eyeInHeadX) x = value();
-  for (float& y : s.eyeInHeadY) y = value();
-}
-
-template <class Source>
-void read_head_target(Source& in, const DecodingParameters& parameters, FSAMPLE& s) {
-  const Scaled as_gaze = scaled_by(parameters.gaze_prescale);
-  read_head_in_space(s, [&] { return as_gaze(in.word()); });
-  for (int i = 0; i < 3; ++i) {
-    s.headRotation[i] = static_cast<float>(s.hdata[i]) / angle_units_per_degree;
-    s.headPosition[i] = static_cast<float>(s.hdata[3 + i]) / position_units_per_mm;
-  }
-  s.headMarkerFlags = static_cast<UINT32>(((s.hdata[7] & 0x7F) << 16) + s.hdata[6]);
-}
-
-template <class Source>
-void read_head_pose(Source& in, FSAMPLE& s) {
-  read_head_in_space(s, [&] { return in.real(); });
-  s.headMarkerFlags = in.integer();
-  for (float& angle : s.headRotation) angle = in.real();
-  for (float& position : s.headPosition) position = in.real();
-  for (int eye = 0; eye < 2; ++eye) {
-    s.gx[eye] = in.real();
-    s.gy[eye] = in.real();
-  }
-}
-
-// Six candidates for the eye-referenced pair, three for x and three for y. The last that was
-// recorded counts; a stored NOT_RECORDED reads as MISSING_DATA, so that is always the third.
-template <class Source>
-void read_candidates(Source& in, FSAMPLE& s) {
-  float x[3];
-  float y[3];
-  for (float& value : x) value = in.real();
-  for (float& value : y) value = in.real();
-  s.ergx = s.ergy = NOT_RECORDED;
-  for (const int i : {2, 0, 1}) {
-    if (x[i] == NOT_RECORDED || y[i] == NOT_RECORDED) continue;
-    s.ergx = x[i];
-    s.ergy = y[i];
-    return;
-  }
-}
-
-template <class Source>
-void read_ellipse(Source& in, Block kind, FSAMPLE& s) {
-  s.hrgx = in.real();
-  s.hrgy = in.real();
-  if (kind == Block::LongEllipse) {
-    read_candidates(in, s);
-  } else {
-    s.ergx = in.real();
-    s.ergy = in.real();
-  }
-  for (int eye = 0; eye < 2; ++eye) {
-    for (float* field : {s.ex, s.ey, s.emajor, s.eminor, s.eangle}) field[eye] = in.real();
-  }
-}
-
-template <class Source>
-void read_block(Source& in, Block kind, const DecodingParameters& parameters, FSAMPLE& s) {
-  if (kind == Block::HeadTarget) {
-    read_head_target(in, parameters, s);
-  } else if (kind == Block::HeadPose) {
-    read_head_pose(in, s);
-  } else {
-    read_ellipse(in, kind, s);
-  }
-}
-
-// Blocks up to a length of 0; each is a length, a kind and its bytes.
-void read_extended_blocks(InputStream& in, const DecodingParameters& parameters, FSAMPLE& s) {
-  while (const int length = in.getByte()) {
-    const Block kind = recognise(length, in.getByte());
-    if (kind == Block::Unknown) {
-      skip_bytes(in, bytes_to_skip(length));
-    } else if (const byte* start = in.peek(static_cast<std::size_t>(length))) {
-      BytesAt source(start);
-      read_block(source, kind, parameters, s);
-      in.take(static_cast<std::size_t>(length));
-    } else {
-      CheckedReads source(in);
-      read_block(source, kind, parameters, s);
-    }
-  }
-}
-
-// The same chain with nothing decoded; a value cut off is reported as when decoding.
-void skip_extended_blocks(InputStream& in, const DecodingParameters& parameters) {
-  while (const int length = in.getByte()) {
-    const Block kind = recognise(length, in.getByte());
-    if (kind == Block::Unknown) {
-      skip_bytes(in, bytes_to_skip(length));
-    } else if (in.peek(static_cast<std::size_t>(length)) != nullptr) {
-      in.take(static_cast<std::size_t>(length));
-    } else {
-      FSAMPLE unused{};
-      CheckedReads source(in);
-      read_block(source, kind, parameters, unused);
-    }
-  }
-}
-
-void skip_blocks(InputStream& in) {
-  while (const byte length = in.getByte()) {
-    in.getByte();
-    skip_bytes(in, length);
-  }
 }
 
 // ---- the scan's view ----------------------------------------------------------------------------
@@ -337,6 +152,13 @@ SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
   if (has(tag, SMP_EXTENDED)) skip_extended_blocks(in, state.parameters);
   if (has(tag, SMP_SKIP_BLOCKS)) skip_blocks(in);
   return glance;
+}
+
+BlockChain blocks_of_record(const InputStream& in, INT64 position, const SampleLayout& layout) {
+  const auto length = static_cast<std::size_t>(in.getFilePos() - position);
+  const byte* const body = in.inWindow(position, length);
+  if (body == nullptr || has(layout.tag, SMP_SKIP_BLOCKS)) return {};
+  return BlockChain::at(body + length_with_head_data(body, layout), body + length);
 }
 
 void make_dummy_sample(UINT16 tag, const FSAMPLE* model, FSAMPLE& sample) {

@@ -3,6 +3,7 @@
 #define GZDAPI_SAMPLE_DECODER_H
 
 #include "gzd_data.h"
+#include "record/sample_blocks.h"
 #include "record/sample_layout.h"
 #include "record/stream_state.h"
 #include "stream/MVIO.h"
@@ -20,6 +21,10 @@ void decode_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expec
 // before and is made anew when the tag changes. State and errors as above.
 SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
                               SampleLayout& layout);
+
+// The blocks of the record that was read last, whose body stands at `position`, as far as they may
+// be those of the next one as well.
+BlockChain blocks_of_record(const InputStream& in, INT64 position, const SampleLayout& layout);
 
 // Presets every field that a record with this tag does not hold. decode_sample begins with it; a
 // record that is decoded into a sample preset for the same tag need not repeat it.

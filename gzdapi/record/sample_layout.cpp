@@ -104,7 +104,7 @@ SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   layout.hasUsualValues =
       layout.eyes == 2 && layout.gaze != 0 && layout.resolution != 0 && layout.pupilSizes != 0;
   layout.isUsual = layout.hasUsualValues && layout.pupilPositions == 0 && layout.href == 0 &&
-                   layout.headData == 0;
+                   layout.headData == 0 && !layout.hasBlocks;
   const float gaze = layout.asGaze.divisor;
   layout.asUsualGaze = FourScaled{Floats4{gaze, gaze, gaze, gaze}};
   const float size = layout.hasScaledSizes ? layout.asSize.divisor : 1.0f;

@@ -47,7 +47,8 @@ struct SampleLayout {
 
   // Gaze of both eyes, resolution and pupil sizes: eight words from `gaze` on.
   bool hasUsualValues = false;
-  bool isUsual = false;  // these, no other positions, and behind them no more than single words
+  bool isUsual =
+      false;  // these, no other positions, behind them no more than single words, no blocks
   FourScaled asUsualGaze = {};
   FourScaled asResolutionAndSizes = {};
 

@@ -294,7 +294,8 @@ class Scan {
   // Nearly every record is a sample like the one before, at the regular distance, and whole in the
   // window: reads as many of them as there are. Returns false when the next record is another.
   bool readRegularSamples() {
-    constexpr std::size_t longest_record = sizeof(UINT16) + longest_fixed_part;
+    const std::size_t longest_record =
+        sizeof(UINT16) + longest_fixed_part + (layout_.hasBlocks ? blocks_.length() : 0);
     const bool checksGaps = options_.fixConsistency && options_.loadSamples;
     if (!canBeShort_ || (options_.loadSamples && !clock_.isTicking(checksGaps))) return false;
     const byte* const start = file_.peek(longest_record);
@@ -305,6 +306,7 @@ class Scan {
 
     const RegularRun run =
         read_regular_samples({.layout = layout_,
+                              .blocks = blocks_,
                               .record = start,
                               .last = start + (available - longest_record),
                               .position = position,
@@ -334,7 +336,8 @@ class Scan {
     notePosition(position);
     if (result < 0) return failToRead(2, "sample", "Error reading Sample - type");
     noteTimes(newestSample_.time, newestSample_.time);
-    canBeShort_ = !layout_.hasBlocks && !trace_.isOn();
+    if (layout_.hasBlocks) blocks_ = blocks_of_record(file_, position, layout_);
+    canBeShort_ = (!layout_.hasBlocks || blocks_.isKnown()) && !trace_.isOn();
     if (options_.loadSamples && position <= largest_position) indexSample(position);
   }
 
@@ -403,6 +406,7 @@ class Scan {
   EData event_;
   MessageText text_;
   SampleLayout layout_;
+  BlockChain blocks_;        // of the sample read last, when its layout has some
   bool canBeShort_ = false;  // the records of this layout need no more than their fixed part
   SampleGlance newestSample_;
   BoundaryPairing pairing_;

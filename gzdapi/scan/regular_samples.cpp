@@ -27,9 +27,8 @@ class PupilSigns {
   std::size_t second_;
 };
 
-}  // namespace
-
-RegularRun read_regular_samples(const RegularSamples& expected, ItemList* items) {
+template <bool hasBlocks>
+RegularRun read_samples(const RegularSamples& expected, ItemList* items) {
   const SampleLayout layout = expected.layout;
   const PupilSigns pupils(layout);
   const INT64 position = expected.position;
@@ -49,6 +48,7 @@ RegularRun read_regular_samples(const RegularSamples& expected, ItemList* items)
     const UINT64 stamp = stamp_of_time(next) + (next == time ? 1 : 0);
     // The step to one that falls is large, too.
     if (stamp - stampBefore - 1 >= largestStep) break;
+    if (hasBlocks && !expected.blocks.isAt(body + length_with_head_data(body, layout))) break;
     if (items != nullptr) items->addSample(position + (body - start), stamp);
     hasNegativePupil |= pupils.hasNegative(body);
     hasInput |= layout.input != 0 && load_be16(body + layout.input) != NOT_RECORDED_WORD;
@@ -56,9 +56,17 @@ RegularRun read_regular_samples(const RegularSamples& expected, ItemList* items)
     time = next;
     stampBefore = stamp;
     newest = body;
-    record = body + length_with_head_data(body, layout);
+    record =
+        body + length_with_head_data(body, layout) + (hasBlocks ? expected.blocks.length() : 0);
   }
   return {record, newest, time, timeBefore, hasNegativePupil, hasInput};
+}
+
+}  // namespace
+
+RegularRun read_regular_samples(const RegularSamples& expected, ItemList* items) {
+  return expected.layout.hasBlocks ? read_samples<true>(expected, items)
+                                   : read_samples<false>(expected, items);
 }
 
 }  // namespace gzd

@@ -78,10 +78,11 @@ constinit const Forms number_form::compact_forms = make_forms(0);
 constinit const Forms number_form::aligned_forms = make_forms(column_width);
 constinit const NumberForm camera_form = make_form(camera_decimals, camera_decimals, camera_width);
 
-char* write_missing(char* place) {
+char* write_long_missing(char* place) {
   *place++ = '\t';
-  std::memcpy(place, missing_string, sizeof missing_string);
-  return place + std::strlen(missing_string);
+  const std::size_t length = std::strlen(missing_string);
+  std::memcpy(place, missing_string, length);
+  return place + length;
 }
 
 char* write_unformed(char* place, double value, const NumberForm& form) {

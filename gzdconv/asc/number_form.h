@@ -149,7 +149,18 @@ inline char* write_tenths_of(char* place, std::int32_t tenths, const NumberForm&
 }
 
 // Writes a missing number with its tab, and returns its end.
-char* write_missing(char* place);
+char* write_long_missing(char* place);
+inline char* write_missing(char* place) {
+  constexpr std::uint64_t ones = 0x0101010101010101, tops = ones << 7;
+  std::uint64_t text;
+  std::memcpy(&text, missing_string, sizeof text);
+  // The lowest set bit is the top one of the first byte that is 0.
+  const std::uint64_t zeros = (text - ones) & ~text & tops;
+  if (zeros == 0) return write_long_missing(place);
+  *place++ = '\t';
+  std::memcpy(place, &text, sizeof text);
+  return place + (std::countr_zero(zeros) >> 3);
+}
 
 // What print_value gives for any number.
 char* write_unformed(char* place, double value, const NumberForm& form);
@@ -165,10 +176,21 @@ inline char* write_column(char* place, std::uint32_t value, const NumberForm& fo
                       : write_unformed(place, value, form);
 }
 
+// The same of a double that usually is the nearest one to a number of tenths.
+inline char* write_tenths_column(char* place, double value, const NumberForm& form) {
+  if (value == double{MISSING_DATA}) return write_missing(place);
+  const double tenths = value * 10.0 + 0.5;
+  if (!(tenths >= 0.0 && tenths < 99990.0)) return write_unformed(place, value, form);
+  const auto whole = static_cast<std::int32_t>(tenths);
+  return whole / 10.0 == value ? write_tenths_of(place, whole, form)
+                               : write_unformed(place, value, form);
+}
+
 // The same of a value that the record may lack: NOT_RECORDED prints as missing.
 inline char* write_recorded(char* place, float value, const NumberForm& form) {
   if (is_formed(value, form)) return write_number(place, value, form);
-  return value == NOT_RECORDED ? write_missing(place) : write_unformed(place, value, form);
+  if (value == MISSING_DATA || value == NOT_RECORDED) return write_missing(place);
+  return write_unformed(place, value, form);
 }
 
 // Writes `value` as "%u" or "%d" does, a tab in front, and returns its end.

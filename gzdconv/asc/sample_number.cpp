@@ -1,10 +1,9 @@
-// The tables of digits and the slower ways of the numbers of samples.
+// The table of ready columns and the slower ways of the numbers of samples.
 #include "asc/sample_number.h"
 
 #include <iterator>
 
-#include "asc/number.h"
-#include "gzd_data.h"
+#include "asc/number_form.h"
 
 namespace gzdconv {
 
@@ -12,7 +11,6 @@ namespace {
 
 using sample_number::Cell;
 using sample_number::ReadyCells;
-using sample_number::rounded;
 
 // Plain arrays: all of this is worked out by the compiler, which allows only so many steps.
 struct Quad {
@@ -72,19 +70,9 @@ constexpr ReadyCells make_cells() {
 constinit const ReadyCells sample_number::ready_cells = make_cells();
 
 char* write_any_tenths(char* place, float value) {
-  const float size = std::fabs(value);
-  if (has_usual_form() && has_ready_tenths(size)) return write_ready_signed_tenths(place, value);
-  // One place is left for the sign.
-  const bool negative = std::signbit(value);
-  if (has_usual_form() && size < (negative ? 9999.0F : 99999.0F)) {
-    Cell cell = make_cell(rounded(static_cast<double>(size) * 10.0));
-    if (negative) cell.text[1] = '-';
-    std::memcpy(place, cell.text, sizeof cell.text);
-    return place + sizeof cell.text;
-  }
-  lpbuffer.set_cursor(place);
-  print_value(1, value == NOT_RECORDED ? MISSING_DATA : value);
-  return lpbuffer.cursor();
+  if (has_usual_form() && has_ready_signed_tenths(value))
+    return write_ready_signed_tenths(place, value);
+  return write_recorded(place, value, form_of(1));
 }
 
 }  // namespace gzdconv

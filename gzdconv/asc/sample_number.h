@@ -1,8 +1,7 @@
 // The column that sample lines are made of: a float with one decimal, seven characters wide.
 //
-// The column of a value below 3276.8 stands ready in a table. Of a larger one, "\t12345.6", the
-// first four characters depend on the thousands of the tenths alone, the last four on the rest: two
-// look-ups. What does not fit goes to print_value, which gives the same text.
+// The column of a value below 3276.8 stands ready in a table. What does not fit is written like a
+// column of any form (number_form), which gives the same text.
 #ifndef GZDCONV_SAMPLE_NUMBER_H
 #define GZDCONV_SAMPLE_NUMBER_H
 

@@ -3,6 +3,8 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
+#include <string_view>
 
 #include "asc/number.h"
 #include "asc/number_form.h"
@@ -17,11 +19,11 @@ namespace {
 
 constexpr int left = GZD_LEFT_EYE;
 constexpr int right = GZD_RIGHT_EYE;
+constexpr int position_decimals = 1;
 constexpr int resolution_decimals = 2;
 
-void append_missing_pair() {
-  print_tenths(MISSING_DATA);
-  print_tenths(MISSING_DATA);
+char* write_missing_pair(char* place) {
+  return write_missing(write_missing(place));
 }
 
 void set_up_screen_once() {
@@ -53,10 +55,15 @@ bool left_counts_for_average(const FSAMPLE& sample) {
          has_value(sample.gx[left]) && has_value(sample.gy[left]);
 }
 
+// A missing number prints as the number that stands for it.
 char* write_camera_pair(char* place, const float (&pair)[2]) {
+  constexpr std::string_view missing = "\t100000000.000";
   for (const float value : pair) {
     if (is_formed(value, camera_form)) {
       place = write_number(place, value, camera_form);
+    } else if (value == MISSING_DATA) {
+      std::memcpy(place, missing.data(), missing.size());
+      place += missing.size();
     } else {
       *place++ = '\t';
       lpbuffer.set_cursor(place);
@@ -103,6 +110,23 @@ bool is_ready_size(float size) {
   return appended<append_both_positions>(place, line);
 }
 
+// Positions and sizes as they are recorded, each by `write`. A lost pupil may have no position.
+template <EyePair x, EyePair y, class Write>
+char* write_each_position(char* place, SampleLine line, Write write) {
+  const FSAMPLE& s = line.sample;
+  if (s.pa[left] == 0.0F || s.pa[right] == 0.0F) return write_unusual_positions(place, line);
+  for (const int eye : {left, right})
+    for (const float value : {(s.*x)[eye], (s.*y)[eye], s.pa[eye]}) place = write(place, value);
+  return place;
+}
+
+// Of the usual form, but not all ready as they are.
+template <EyePair x, EyePair y>
+[[gnu::noinline]] char* write_signed_positions(char* place, SampleLine line) {
+  return write_each_position<x, y>(
+      place, line, [](char* at, float value) { return write_signed_tenths(at, value, true); });
+}
+
 }  // namespace
 
 template <EyePair x, EyePair y>
@@ -113,7 +137,7 @@ char* write_both_positions(char* place, SampleLine line) {
   const bool ready = is_ready_size(sizes[left]) && is_ready_size(sizes[right]) &&
                      has_ready_tenths(xs[left]) && has_ready_tenths(xs[right]) &&
                      has_ready_tenths(ys[left]) && has_ready_tenths(ys[right]);
-  if (!ready) return write_unusual_positions(place, line);
+  if (!ready) return write_signed_positions<x, y>(place, line);
   const ReadyPair x_cells(xs), y_cells(ys), size_cells(sizes);
   for (const int eye : {left, right}) {
     place = x_cells.write(place, eye);
@@ -123,52 +147,53 @@ char* write_both_positions(char* place, SampleLine line) {
   return place;
 }
 
+template <EyePair x, EyePair y>
+char* write_formed_positions(char* place, SampleLine line) {
+  const NumberForm& form = form_of(position_decimals);
+  return write_each_position<x, y>(
+      place, line, [&form](char* at, float value) { return write_recorded(at, value, form); });
+}
+
 template <int eye>
-void append_screen_resolution(const SampleLine& line) {
+char* write_screen_resolution(char* place, SampleLine line) {
   set_up_screen_once();
   const auto& s = options.screen_setup;
   double rx = MISSING_DATA;
   double ry = MISSING_DATA;
   gzd_calculate_ppd(s[8] - s[6], s[9] - s[7], &line.sample, eye, &rx, &ry);
-  print_value(resolution_decimals, rx);
-  print_value(resolution_decimals, ry);
+  const NumberForm& form = form_of(resolution_decimals);
+  return write_tenths_column(write_tenths_column(place, rx, form), ry, form);
 }
 
 template <int eye>
-void append_velocity(const SampleLine& line) {
+char* write_velocity(char* place, SampleLine line) {
   const int position_type = line.state.block.sample_position;
   const EyeData data = eye_data_of(line.sample, eye, position_type);
-  if (!has_value(data.x) || !has_value(data.y)) {
-    append_missing_pair();
-    return;
-  }
+  if (!has_value(data.x) || !has_value(data.y)) return write_missing_pair(place);
   const Velocity velocity = velocity_of(line.sample, eye, position_type);
   const bool usual = has_usual_form();
-  char* place = lpbuffer.cursor();
   place = write_signed_tenths(place, velocity.x, usual);
-  place = write_signed_tenths(place, velocity.y, usual);
-  lpbuffer.set_cursor(place);
+  return write_signed_tenths(place, velocity.y, usual);
 }
 
 // The horizontal value alone decides between the sample's pair and the default one.
-void append_resolution(const SampleLine& line) {
+char* write_resolution(char* place, SampleLine line) {
   const bool own = options.fixed_resolution == 0 && is_usable_resolution(line.sample.rx);
-  print_value(resolution_decimals, own ? line.sample.rx : options.default_res_x);
-  print_value(resolution_decimals, own ? line.sample.ry : options.default_res_y);
+  const NumberForm& form = form_of(resolution_decimals);
+  place = write_column(place, own ? line.sample.rx : options.default_res_x, form);
+  return write_column(place, own ? line.sample.ry : options.default_res_y, form);
 }
 
-void append_average(const SampleLine& line) {
+char* write_average(char* place, SampleLine line) {
   const FSAMPLE& sample = line.sample;
   const EyeData other = eye_data_of(sample, right, GZD_POSITION_GAZE);
-  if (!left_counts_for_average(sample) || !has_value(other.x) || !has_value(other.y)) {
-    append_missing_pair();
-    return;
-  }
-  print_tenths((getMappedX(sample.gx[left]) + other.x) * 0.5f);
-  print_tenths((getMappedY(sample.gy[left]) + other.y) * 0.5f);
+  if (!left_counts_for_average(sample) || !has_value(other.x) || !has_value(other.y))
+    return write_missing_pair(place);
+  const bool usual = has_usual_form();
+  place = write_tenths(place, (getMappedX(sample.gx[left]) + other.x) * 0.5f, usual);
+  return write_tenths(place, (getMappedY(sample.gy[left]) + other.y) * 0.5f, usual);
 }
 
-// Values that cannot be given print as the numbers that stand for them.
 template <int eye>
 char* write_uncorrected(char* place, SampleLine line) {
   GZD_RAW_EYE raw;
@@ -185,14 +210,17 @@ char* write_uncorrected(char* place, SampleLine line) {
 
 template void append_position<left>(const SampleLine&);
 template void append_position<right>(const SampleLine&);
-template void append_screen_resolution<left>(const SampleLine&);
-template void append_screen_resolution<right>(const SampleLine&);
-template void append_velocity<left>(const SampleLine&);
-template void append_velocity<right>(const SampleLine&);
+template char* write_screen_resolution<left>(char*, SampleLine);
+template char* write_screen_resolution<right>(char*, SampleLine);
+template char* write_velocity<left>(char*, SampleLine);
+template char* write_velocity<right>(char*, SampleLine);
 template char* write_uncorrected<left>(char*, SampleLine);
 template char* write_uncorrected<right>(char*, SampleLine);
 template char* write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>(char*, SampleLine);
 template char* write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>(char*, SampleLine);
 template char* write_both_positions<&FSAMPLE::px, &FSAMPLE::py>(char*, SampleLine);
+template char* write_formed_positions<&FSAMPLE::gx, &FSAMPLE::gy>(char*, SampleLine);
+template char* write_formed_positions<&FSAMPLE::hx, &FSAMPLE::hy>(char*, SampleLine);
+template char* write_formed_positions<&FSAMPLE::px, &FSAMPLE::py>(char*, SampleLine);
 
 }  // namespace gzdconv

@@ -26,13 +26,14 @@ constexpr int word_decimals = 1;
 
 // ---- input, buttons, status ---------------------------------------------------------------------
 
-void append_input(const SampleLine& line) {
-  const UINT16 word = line.sample.input;
-  print_value(word_decimals, word == NOT_RECORDED_WORD ? double{MISSING_DATA} : word);
+char* write_input(char* place, SampleLine line) {
+  const std::uint32_t word = line.sample.input;
+  return word == NOT_RECORDED_WORD ? write_missing(place)
+                                   : write_column(place, word, form_of(word_decimals));
 }
 
-void append_buttons(const SampleLine& line) {
-  print_value(word_decimals, line.sample.buttons);
+char* write_buttons(char* place, SampleLine line) {
+  return write_column(place, std::uint32_t{line.sample.buttons}, form_of(word_decimals));
 }
 
 constexpr std::size_t status_length(bool pose, bool left_eye, bool right_eye) {
@@ -129,40 +130,49 @@ bool screen_resolution(const Shape& s) {
 bool has_pair(const Shape& s) {
   return s.left_printed && s.right_printed;
 }
-bool has_plain_pair(const Shape& s, int position_type) {
-  return has_pair(s) && positions_are_plain() && s.position_type == position_type;
+// Printed as it is recorded, in columns of the usual form or of another.
+template <int position_type, bool usual>
+bool has_plain_pair(const Shape& s) {
+  return has_pair(s) && options.gaze_map == 0 && s.position_type == position_type &&
+         has_usual_form() == usual;
 }
 bool has_other_pair(const Shape& s) {
-  for (const int type : {GZD_POSITION_GAZE, GZD_POSITION_HREF, GZD_POSITION_PUPIL})
-    if (has_plain_pair(s, type)) return false;
-  return has_pair(s);
+  const bool known = s.position_type == GZD_POSITION_GAZE || s.position_type == GZD_POSITION_HREF ||
+                     s.position_type == GZD_POSITION_PUPIL;
+  return has_pair(s) && !(known && options.gaze_map == 0);
 }
 
 constexpr std::string_view both_labels = "left-x\tleft-y\tleft-p\tright-x\tright-y\tright-p\t";
 
 constexpr ColumnGroup column_groups[] = {
-    {[](const Shape& s) { return has_plain_pair(s, GZD_POSITION_GAZE); },
-     write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>, both_labels},
-    {[](const Shape& s) { return has_plain_pair(s, GZD_POSITION_HREF); },
-     write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>, both_labels},
-    {[](const Shape& s) { return has_plain_pair(s, GZD_POSITION_PUPIL); },
-     write_both_positions<&FSAMPLE::px, &FSAMPLE::py>, both_labels},
+    {has_plain_pair<GZD_POSITION_GAZE, true>, write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>,
+     both_labels},
+    {has_plain_pair<GZD_POSITION_GAZE, false>, write_formed_positions<&FSAMPLE::gx, &FSAMPLE::gy>,
+     both_labels},
+    {has_plain_pair<GZD_POSITION_HREF, true>, write_both_positions<&FSAMPLE::hx, &FSAMPLE::hy>,
+     both_labels},
+    {has_plain_pair<GZD_POSITION_HREF, false>, write_formed_positions<&FSAMPLE::hx, &FSAMPLE::hy>,
+     both_labels},
+    {has_plain_pair<GZD_POSITION_PUPIL, true>, write_both_positions<&FSAMPLE::px, &FSAMPLE::py>,
+     both_labels},
+    {has_plain_pair<GZD_POSITION_PUPIL, false>, write_formed_positions<&FSAMPLE::px, &FSAMPLE::py>,
+     both_labels},
     {has_other_pair, appended<append_both_positions>, both_labels},
     {[](const Shape& s) { return s.left_printed && !s.right_printed; },
      appended<append_position<left>>, "left-x\tleft-y\tleft-p\t"},
     {[](const Shape& s) { return s.right_printed && !s.left_printed; },
      appended<append_position<right>>, "right-x\tright-y\tright-p\t"},
-    {screen_resolution, appended<append_screen_resolution<left>>, "left-rx\tleft-ry\t"},
-    {screen_resolution, appended<append_screen_resolution<right>>, "right-rx\tright-ry\t"},
-    {[](const Shape& s) { return s.velocity && s.left_printed; }, appended<append_velocity<left>>,
+    {screen_resolution, write_screen_resolution<left>, "left-rx\tleft-ry\t"},
+    {screen_resolution, write_screen_resolution<right>, "right-rx\tright-ry\t"},
+    {[](const Shape& s) { return s.velocity && s.left_printed; }, write_velocity<left>,
      "left-xvel\tleft-yvel\t"},
-    {[](const Shape& s) { return s.velocity && s.right_printed; }, appended<append_velocity<right>>,
+    {[](const Shape& s) { return s.velocity && s.right_printed; }, write_velocity<right>,
      "right-xvel\tright-yvel\t"},
-    {[](const Shape& s) { return s.resolution; }, appended<append_resolution>, "xres\tyres\t"},
+    {[](const Shape& s) { return s.resolution; }, write_resolution, "xres\tyres\t"},
     {[](const Shape& s) { return s.markers; }, write_markers,
      "marker_1\tmarker_2\tmarker_3\tmarker_4\tmarker_5\tmarker_6\tmarker_7\tmarker_8\t"},
-    {[](const Shape& s) { return s.input; }, appended<append_input>, "input\t"},
-    {[](const Shape& s) { return s.buttons; }, appended<append_buttons>, "buttons\t"},
+    {[](const Shape& s) { return s.input; }, write_input, "input\t"},
+    {[](const Shape& s) { return s.buttons; }, write_buttons, "buttons\t"},
     {[](const Shape& s) { return has_status(s, true, true); }, write_status<true, true>,
      "CR-flags\t"},
     {[](const Shape& s) { return has_status(s, true, false); }, write_status<true, false>,
@@ -173,7 +183,7 @@ constexpr ColumnGroup column_groups[] = {
      "CR-flags\t"},
     {[](const Shape& s) { return s.cr_flags && options.sfhmf != 0; }, appended<append_status_word>,
      ""},
-    {[](const Shape& s) { return s.average; }, appended<append_average>, "avg-gx\tavg-gy\t"},
+    {[](const Shape& s) { return s.average; }, write_average, "avg-gx\tavg-gy\t"},
     {[](const Shape& s) { return s.uncorrected && s.left_present; }, write_uncorrected<left>, ""},
     {[](const Shape& s) { return s.uncorrected && s.right_present; }, write_uncorrected<right>, ""},
     {[](const Shape& s) { return s.target; }, write_target, "target-x\ttarget-y\ttarget-dist\t"},
