@@ -223,7 +223,10 @@ struct Disc {
 // How far a reflection of radius `rc` reaches into the pupil, as a fraction of its diameter.
 float overlap_fraction(const Disc& pupil, const Disc& cr, float rc) {
   const float rp = std::sqrt(pupil.area / rough_pi);
-  return (rp - (std::hypot(pupil.x - cr.x, pupil.y - cr.y) - rc)) * 0.5f / rc;
+  const double dx = pupil.x - cr.x;
+  const double dy = pupil.y - cr.y;
+  const auto distance = static_cast<float>(std::sqrt(dx * dx + dy * dy));
+  return (rp - (distance - rc)) * 0.5f / rc;
 }
 
 Disc together(const Disc& pupil, const Disc& cr) {

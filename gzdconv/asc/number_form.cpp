@@ -14,19 +14,26 @@ namespace {
 
 using namespace number_form;
 
-constexpr int column_width = 7;
+constexpr std::size_t column_width = 7;
 constexpr int camera_decimals = 3;
 constexpr float largest_whole = 9999.0F;
 
 // Plain arrays: all of this is worked out by the compiler, which allows only so many steps.
+constexpr WholeCell make_whole_cell(unsigned whole, bool negative) {
+  WholeCell cell = {{' ', ' ', ' ', ' ', '0'}, 1};
+  std::size_t place = whole == 0 ? cell_width - 1 : cell_width;
+  for (unsigned rest = whole; rest != 0; rest /= 10)
+    cell.text[--place] = static_cast<char>('0' + rest % 10);
+  if (negative) cell.text[--place] = '-';
+  cell.length = static_cast<char>(cell_width - place);
+  return cell;
+}
+
 constexpr WholeCells make_whole_cells() {
   WholeCells cells{};
-  for (unsigned n = 0; n < std::size(cells.of); ++n) {
-    WholeCell& cell = cells.of[n] = {{' ', ' ', ' ', ' ', '0'}, 1};
-    int place = cell_width;
-    for (unsigned rest = n; rest != 0; rest /= 10)
-      cell.text[--place] = static_cast<char>('0' + rest % 10);
-    if (n != 0) cell.digits = static_cast<char>(cell_width - place);
+  for (unsigned n = 0; n < whole_count; ++n) {
+    cells.of[0][n] = make_whole_cell(n, false);
+    cells.of[1][n] = make_whole_cell(n, true);
   }
   return cells;
 }
@@ -43,25 +50,36 @@ constexpr std::uint64_t power_of_ten(int exponent) {
   return exponent == 0 ? 1 : 10 * power_of_ten(exponent - 1);
 }
 
+// Above it a number with decimals may need more characters for its whole part, or is none of the
+// table's.
+constexpr float largest_fitting(std::size_t characters) {
+  return std::min(largest_whole,
+                  static_cast<float>(power_of_ten(static_cast<int>(characters)) - 1));
+}
+
 // At least `width` characters wide in all.
-constexpr NumberForm make_form(int asked, int shown, int width) {
+constexpr NumberForm make_form(int asked, int shown, std::size_t width) {
   NumberForm form;
   form.asked_decimals = asked;
   form.decimals = shown;
-  form.tail_length = shown > 0 ? 1 + shown : 0;
-  const int whole_width = std::max(1, width - form.tail_length);
+  form.tail_length = static_cast<std::size_t>(shown > 0 ? 1 + shown : 0);
+  const std::size_t whole_width = width > form.tail_length ? width - form.tail_length : 1;
   form.whole_width = std::min(whole_width, cell_width);
-  form.indent = whole_width - form.whole_width;
+  form.start = 1 + whole_width - form.whole_width;
   form.power = power_of_ten(shown);
   constexpr std::uint64_t two_to_63 = std::uint64_t{1} << 63;
   form.reciprocal = two_to_63 / form.power + 1;
+  form.short_reciprocal = (std::uint64_t{1} << 40) / form.power + 1;
   form.limit = std::min(largest_whole, static_cast<float>(two_to_63 / form.power / form.power / 2));
   form.scale = static_cast<double>(form.power);
+  const bool has_columns = width != 0 && shown >= 1 && shown <= decimals_at_once;
+  for (const std::size_t sign_width : {0, 1})
+    form.fits[sign_width] = has_columns ? largest_fitting(whole_width - sign_width) : 0.0F;
   form.stretch = power_of_ten((decimals_at_once - shown % decimals_at_once) % decimals_at_once);
   return form;
 }
 
-constexpr Forms make_forms(int width) {
+constexpr Forms make_forms(std::size_t width) {
   Forms forms{};
   for (std::size_t asked = 0; asked < asked_choices; ++asked)
     for (std::size_t extra = 0; extra < extra_choices; ++extra)
@@ -78,6 +96,16 @@ constinit const Forms number_form::compact_forms = make_forms(0);
 constinit const Forms number_form::aligned_forms = make_forms(column_width);
 constinit const NumberForm camera_form = make_form(camera_decimals, camera_decimals, camera_width);
 
+// The last ones first: each group of three brings a point, which the one before overwrites.
+std::uint64_t write_last_decimals(char* place, std::uint64_t rest, int decimals) {
+  for (int at = (decimals - 1) / decimals_at_once * decimals_at_once; at > 0;
+       at -= decimals_at_once) {
+    std::memcpy(place + at, &decimal_cells.of[rest % 1000], sizeof(DecimalCell));
+    rest /= 1000;
+  }
+  return rest;
+}
+
 char* write_long_missing(char* place) {
   *place++ = '\t';
   const std::size_t length = std::strlen(missing_string);
@@ -90,6 +118,11 @@ char* write_unformed(char* place, double value, const NumberForm& form) {
   lpbuffer.set_cursor(place);
   print_value(form.asked_decimals, value);
   return lpbuffer.cursor();
+}
+
+char* write_other_column(char* place, float value, const NumberForm& form) {
+  return is_formed(value, form) ? write_number(place, value, form)
+                                : write_unformed(place, value, form);
 }
 
 char* write_large_count(char* place, std::int64_t value) {

@@ -21,15 +21,15 @@ namespace gzdconv {
 
 namespace number_form {
 
-// "   12", the last one of eight bytes the number of digits.
+// "   12" or "  -12"; the last one of eight bytes is the number of characters that are not blank.
 struct WholeCell {
   char text[7];
-  char digits;
+  char length;
 };
-constexpr int cell_width = 5;
+constexpr std::size_t cell_width = 5;
 constexpr int whole_count = 10000;
 struct WholeCells {
-  WholeCell of[whole_count];
+  WholeCell of[2][whole_count];  // positive ones and negative ones
 };
 extern const WholeCells whole_cells;
 
@@ -47,16 +47,18 @@ extern const DecimalCells decimal_cells;
 
 // How singles of one precision print.
 struct NumberForm {
-  int asked_decimals = 0;        // of print_value
-  int decimals = 0;              // as shown, up to 8
-  int indent = 0;                // blanks in front of what follows
-  int whole_width = 0;           // least characters in front of the point, up to 5
-  int tail_length = 0;           // the point and the decimals
-  float limit = 0.0F;            // what is smaller is written from tables
-  std::uint64_t power = 1;       // of ten, as many decimals
-  std::uint64_t reciprocal = 0;  // 2^63 / power, rounded up
-  std::uint64_t stretch = 1;     // makes whole groups of three decimals
-  double scale = 1.0;            // the same as `power`
+  int asked_decimals = 0;              // of print_value
+  int decimals = 0;                    // as shown, up to 8
+  std::size_t start = 1;               // where the number begins, behind its tab and blanks
+  std::size_t whole_width = 0;         // least characters in front of the point, up to 5
+  std::size_t tail_length = 0;         // the point and the decimals
+  float limit = 0.0F;                  // what is smaller is written from tables
+  float fits[2] = {};                  // what is smaller, of either sign, fills a column exactly
+  std::uint64_t power = 1;             // of ten, as many decimals
+  std::uint64_t reciprocal = 0;        // 2^63 / power, rounded up
+  std::uint64_t short_reciprocal = 0;  // 2^40 / power, rounded up: for less than 2^40 / power
+  std::uint64_t stretch = 1;           // makes whole groups of three decimals
+  double scale = 1.0;                  // the same as `power`
 };
 
 namespace number_form {
@@ -86,34 +88,36 @@ inline bool is_formed(float value, const NumberForm& form) {
   return std::fabs(value) < form.limit;
 }
 
-// Writes a whole number below 10000 at `place`, at least `width` characters wide, and returns its
-// end. Eight bytes are stored.
-inline char* write_whole(char* place, std::uint64_t whole, bool negative, int width) {
-  using namespace number_form;
+// Behind a sum with this no bit of a fraction is left, and the lowest bits are the nearest integer,
+// halves to even.
+constexpr double rounding_shift = 6755399441055744.0;  // 1.5 * 2^52
+
+// Of a whole number below 10000, as eight bytes; its sign too.
+inline std::uint64_t whole_cell(std::uint64_t whole, bool negative) {
   static_assert(std::endian::native == std::endian::little);
   std::uint64_t cell;
-  std::memcpy(&cell, &whole_cells.of[whole], sizeof cell);
-  int length = static_cast<int>(cell >> 56);
-  if (negative) {
-    constexpr std::uint64_t to_sign = ' ' ^ '-';  // of the blank in front of the first digit
-    cell |= to_sign << 8 * (cell_width - ++length);
-  }
-  length = std::max(width, length);
-  cell >>= 8 * (cell_width - length);
+  std::memcpy(&cell, &number_form::whole_cells.of[negative ? 1 : 0][whole], sizeof cell);
+  return cell;
+}
+
+// Writes a whole number below 10000 at `place`, at least `width` characters wide, and returns its
+// end. Eight bytes are stored.
+inline char* write_whole(char* place, std::uint64_t whole, bool negative, std::size_t width) {
+  std::uint64_t cell = whole_cell(whole, negative);
+  const std::size_t length = std::max<std::size_t>(cell >> 56, width);
+  cell >>= 8 * (number_form::cell_width - length);
   std::memcpy(place, &cell, sizeof cell);
   return place + length;
 }
+
+// Writes all decimals but the first three, and returns the number of these.
+std::uint64_t write_last_decimals(char* place, std::uint64_t rest, int decimals);
 
 // Writes the point and the decimals of `rest` / form.power.
 inline char* write_decimals(char* place, std::uint64_t rest, const NumberForm& form) {
   using namespace number_form;
   rest *= form.stretch;
-  // The last ones first: each group brings a point, which the one before overwrites.
-  for (int at = form.decimals - 1; at >= decimals_at_once; at -= decimals_at_once) {
-    const int group = at / decimals_at_once * decimals_at_once;
-    std::memcpy(place + group, &decimal_cells.of[rest % 1000], sizeof(DecimalCell));
-    rest /= 1000;
-  }
+  if (form.decimals > decimals_at_once) rest = write_last_decimals(place, rest, form.decimals);
   std::memcpy(place, &decimal_cells.of[rest], sizeof(DecimalCell));
   return place + form.tail_length;
 }
@@ -123,23 +127,37 @@ inline char* write_decimals(char* place, std::uint64_t rest, const NumberForm& f
 inline char* write_parts(char* place, bool negative, std::uint64_t whole, std::uint64_t rest,
                          const NumberForm& form) {
   std::memcpy(place, "\t   ", 4);
-  place = write_whole(place + 1 + form.indent, whole, negative, form.whole_width);
+  place = write_whole(place + form.start, whole, negative, form.whole_width);
   return write_decimals(place, rest, form);
 }
 
 // The same of a single that is formed.
 inline char* write_number(char* place, float value, const NumberForm& form) {
   __extension__ using Wide = unsigned __int128;
-  // Behind a sum with this no bit of a fraction is left, and the lowest bits are the nearest
-  // integer, halves to even.
-  constexpr double shift = 6755399441055744.0;  // 1.5 * 2^52
   // A float times a power of ten up to 10^12 is exact in double precision.
   const double product = static_cast<double>(std::fabs(value)) * form.scale;
-  const std::uint64_t scaled =
-      std::bit_cast<std::uint64_t>(product + shift) - std::bit_cast<std::uint64_t>(shift);
+  const std::uint64_t scaled = std::bit_cast<std::uint64_t>(product + rounding_shift) -
+                               std::bit_cast<std::uint64_t>(rounding_shift);
   // A division, exact below 2^63 / power.
   const auto whole = static_cast<std::uint64_t>(Wide{scaled} * form.reciprocal >> 63);
   return write_parts(place, std::signbit(value), whole, scaled - whole * form.power, form);
+}
+
+// The same of one that fills its column exactly, with up to three decimals: neither its length nor
+// its sign makes a difference then.
+inline char* write_fitting(char* place, float value, bool negative, const NumberForm& form) {
+  using namespace number_form;
+  const double product = static_cast<double>(std::fabs(value)) * form.scale;
+  const auto scaled =
+      static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(product + rounding_shift));
+  const std::uint64_t whole = scaled * form.short_reciprocal >> 40;
+  const std::uint64_t rest = scaled - whole * form.power;
+  const std::uint64_t cell =
+      whole_cell(whole, negative) >> 8 * (cell_width - form.whole_width) << 8 | '\t';
+  std::memcpy(place, &cell, sizeof cell);
+  place += 1 + form.whole_width;
+  std::memcpy(place, &decimal_cells.of[rest * form.stretch], sizeof(DecimalCell));
+  return place + form.tail_length;
 }
 
 // The same of tenths, as a double that is nearest to them; at least one decimal is shown.
@@ -167,12 +185,15 @@ char* write_unformed(char* place, double value, const NumberForm& form);
 
 // Writes at `place`, in the line buffer at or after its cursor, what
 // print_value(form.asked_decimals, value) appends, and returns the end.
+char* write_other_column(char* place, float value, const NumberForm& form);
 inline char* write_column(char* place, float value, const NumberForm& form) {
-  return is_formed(value, form) ? write_number(place, value, form)
-                                : write_unformed(place, value, form);
+  const bool negative = std::signbit(value);
+  return std::fabs(value) < form.fits[negative ? 1 : 0]
+             ? write_fitting(place, value, negative, form)
+             : write_other_column(place, value, form);
 }
 inline char* write_column(char* place, std::uint32_t value, const NumberForm& form) {
-  return value < 9999 ? write_number(place, static_cast<float>(value), form)
+  return value < 9999 ? write_parts(place, false, value, 0, form)
                       : write_unformed(place, value, form);
 }
 
@@ -188,9 +209,8 @@ inline char* write_tenths_column(char* place, double value, const NumberForm& fo
 
 // The same of a value that the record may lack: NOT_RECORDED prints as missing.
 inline char* write_recorded(char* place, float value, const NumberForm& form) {
-  if (is_formed(value, form)) return write_number(place, value, form);
   if (value == MISSING_DATA || value == NOT_RECORDED) return write_missing(place);
-  return write_unformed(place, value, form);
+  return write_column(place, value, form);
 }
 
 // Writes `value` as "%u" or "%d" does, a tab in front, and returns its end.

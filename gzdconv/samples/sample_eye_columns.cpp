@@ -1,9 +1,10 @@
 // Positions, velocities, resolutions and camera data of the eyes as columns.
 #include "samples/sample_eye_columns.h"
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "asc/number.h"
@@ -56,22 +57,23 @@ bool left_counts_for_average(const FSAMPLE& sample) {
 }
 
 // A missing number prints as the number that stands for it.
-char* write_camera_pair(char* place, const float (&pair)[2]) {
-  constexpr std::string_view missing = "\t100000000.000";
-  for (const float value : pair) {
-    if (is_formed(value, camera_form)) {
-      place = write_number(place, value, camera_form);
-    } else if (value == MISSING_DATA) {
-      std::memcpy(place, missing.data(), missing.size());
-      place += missing.size();
-    } else {
-      *place++ = '\t';
-      lpbuffer.set_cursor(place);
-      append_fixed(value, camera_form.decimals, camera_width);
-      place = lpbuffer.cursor();
-    }
+char* write_camera_number(char* place, float value) {
+  constexpr std::string_view missing = "\t100000000.000", no_decimals = ".000";
+  if (is_formed(value, camera_form)) return write_column(place, value, camera_form);
+  if (value == MISSING_DATA) return std::copy(missing.begin(), missing.end(), place);
+  constexpr float largest_whole = 1e9F;
+  if (std::fabs(value) < largest_whole && static_cast<float>(static_cast<INT32>(value)) == value) {
+    place = write_count(place, static_cast<INT32>(value));
+    return std::copy(no_decimals.begin(), no_decimals.end(), place);
   }
-  return place;
+  *place++ = '\t';
+  lpbuffer.set_cursor(place);
+  append_fixed(value, camera_form.decimals, camera_width);
+  return lpbuffer.cursor();
+}
+
+char* write_camera_pair(char* place, const float (&pair)[2]) {
+  return write_camera_number(write_camera_number(place, pair[0]), pair[1]);
 }
 
 // Box heights have a sign.
@@ -110,24 +112,19 @@ bool is_ready_size(float size) {
   return appended<append_both_positions>(place, line);
 }
 
-// Positions and sizes as they are recorded, each by `write`. A lost pupil may have no position.
-template <EyePair x, EyePair y, class Write>
-char* write_each_position(char* place, SampleLine line, Write write) {
+}  // namespace
+
+// A lost pupil may have no position.
+template <EyePair x, EyePair y>
+char* write_formed_positions(char* place, SampleLine line) {
   const FSAMPLE& s = line.sample;
   if (s.pa[left] == 0.0F || s.pa[right] == 0.0F) return write_unusual_positions(place, line);
+  const NumberForm& form = form_of(position_decimals);
   for (const int eye : {left, right})
-    for (const float value : {(s.*x)[eye], (s.*y)[eye], s.pa[eye]}) place = write(place, value);
+    for (const float value : {(s.*x)[eye], (s.*y)[eye], s.pa[eye]})
+      place = write_recorded(place, value, form);
   return place;
 }
-
-// Of the usual form, but not all ready as they are.
-template <EyePair x, EyePair y>
-[[gnu::noinline]] char* write_signed_positions(char* place, SampleLine line) {
-  return write_each_position<x, y>(
-      place, line, [](char* at, float value) { return write_signed_tenths(at, value, true); });
-}
-
-}  // namespace
 
 template <EyePair x, EyePair y>
 char* write_both_positions(char* place, SampleLine line) {
@@ -137,7 +134,7 @@ char* write_both_positions(char* place, SampleLine line) {
   const bool ready = is_ready_size(sizes[left]) && is_ready_size(sizes[right]) &&
                      has_ready_tenths(xs[left]) && has_ready_tenths(xs[right]) &&
                      has_ready_tenths(ys[left]) && has_ready_tenths(ys[right]);
-  if (!ready) return write_signed_positions<x, y>(place, line);
+  if (!ready) return write_unusual_positions(place, line);
   const ReadyPair x_cells(xs), y_cells(ys), size_cells(sizes);
   for (const int eye : {left, right}) {
     place = x_cells.write(place, eye);
@@ -145,13 +142,6 @@ char* write_both_positions(char* place, SampleLine line) {
     place = size_cells.write(place, eye);
   }
   return place;
-}
-
-template <EyePair x, EyePair y>
-char* write_formed_positions(char* place, SampleLine line) {
-  const NumberForm& form = form_of(position_decimals);
-  return write_each_position<x, y>(
-      place, line, [&form](char* at, float value) { return write_recorded(at, value, form); });
 }
 
 template <int eye>
