@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 
 #include "cli/surroundings.h"
 
@@ -58,6 +59,16 @@ int open_locked(const std::string& path, int flags) {
   return -1;
 }
 
+// False for a file of another user in a directory with the sticky bit, such as /tmp.
+bool can_be_renamed_over(const std::string& path, const struct stat& old) {
+  struct stat directory {};
+  const std::string parent = std::filesystem::path(path).parent_path().string();
+  if (stat(parent.empty() ? "." : parent.c_str(), &directory) != 0) return true;
+  const uid_t user = geteuid();
+  return (directory.st_mode & S_ISVTX) == 0 || user == 0 || user == old.st_uid ||
+         user == directory.st_uid;
+}
+
 // A text that may not be written is not replaced either.
 bool may_replace(const std::string& path) {
   const int reason = why_not_writable(path);
@@ -87,7 +98,7 @@ FILE* AscFile::open(const std::string& path) {
   path_ = path;
   struct stat old {};
   const bool exists = lstat(path.c_str(), &old) == 0;
-  if (exists && !is_plain(old)) return open_in_place();
+  if (exists && (!is_plain(old) || !can_be_renamed_over(path, old))) return open_in_place();
   if (exists && !may_replace(path)) return nullptr;
   FILE* const stream = open_part();
   if (stream == nullptr) return takes_no_new_file(errno) ? open_in_place() : nullptr;

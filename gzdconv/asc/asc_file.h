@@ -1,8 +1,8 @@
 // The file of an ASC text. A text is written beside its place, as NAME.asc.part, and takes its name
 // when it is whole: a run that fails or is ended leaves an existing text as it was.
 //
-// What is no ordinary file with one name (a device, a link), or stands in a directory that takes no
-// new file, is written in place.
+// What is no ordinary file with one name (a device, a link), or stands where no new file can be
+// made or take its name, is written in place.
 #ifndef GZDCONV_ASC_FILE_H
 #define GZDCONV_ASC_FILE_H
 
