@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "bids_files.h"
+#include "bids_events.h"
 #include "command.h"
 #include "recording_options.h"
 #include "sinks/byte_sink.h"
@@ -143,6 +143,7 @@ void BidsCommand::write_runs(Recording& recording) {
     std::int64_t dropped = 0;
     for (const std::size_t eye : {0, 1})
       if (runs[i].eyes[eye]) dropped = write_bids_eye(recording, target, eye);
+    write_bids_task_events(recording, target);
     if (dropped != 0)
       complain(recording.path() + ": " + std::to_string(dropped) +
                " samples found their row of the regular table taken, and were left out");
@@ -169,7 +170,10 @@ void BidsCommand::describe_dataset() const {
   if (dataset_name_.empty())
     return complain("the dataset has no dataset_description.json yet: name it with --dataset-name");
   const Json description = {
-      {"Name", dataset_name_}, {"BIDSVersion", "1.11.0"}, {"DatasetType", "raw"}};
+      {"Name", dataset_name_},
+      {"BIDSVersion", "1.11.0"},
+      {"DatasetType", "raw"},
+      {"GeneratedBy", Json::array({Json{{"Name", "gzdtool"}, {"Version", GZDTOOL_VERSION}}})}};
   const auto bytes = open_byte_sink(name);
   bytes->write(description.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
   bytes->close();

@@ -142,7 +142,8 @@ std::string zsh_verb(const DeclaredVerb& verb) {
 std::string zsh_completion(const std::vector<DeclaredVerb>& verbs) {
   std::string text =
       "#compdef gzdtool\n# Completion of gzdtool's command line for zsh, made by `gzdtool manual "
-      "zsh`.\n\n_gzdtool() {\n  local -a verbs\n  local state\n  verbs=(\n";
+      "zsh`.\n\n_gzdtool() {\n  local curcontext=$curcontext context state line\n"
+      "  local -a verbs\n  local -A opt_args\n  verbs=(\n";
   for (const DeclaredVerb& verb : verbs)
     text += "    " + quoted(verb.name + ":" + zsh_text(verb.summary), "'\\''") + "\n";
   text += fmt::format(

@@ -6,11 +6,22 @@ import re
 import sys
 from pathlib import Path
 
-NAME = re.compile(r"(sub-01)/beh/\1_task-read_run-\d+_recording-eye[12]_physio(events)?\.(tsv\.gz|json)$")
+STEM = r"(sub-01)/beh/\1_task-read_run-\d+_"
+NAME = re.compile(STEM + r"recording-eye[12]_physio(events)?\.(tsv\.gz|json)$")
+TASK = re.compile(STEM + r"events\.(tsv|json)$")
 description = Path(sys.argv[1]) / "dataset_description.json"
 assert json.loads(description.read_text())["Name"] == "Reading" and "BIDSVersion" in description.read_text()
 files = [p for p in Path(sys.argv[1]).rglob("*") if p.is_file() and p != description]
-assert len(files) == 12, files  # two eyes, then one
+task = [p for p in files if TASK.search(str(p))]
+assert len(task) == 4 and len(files) == 16, files  # two eyes, then one
+for path in task:
+    if path.suffix == ".json":
+        screen = json.loads(path.read_text())["StimulusPresentation"]
+        assert {"ScreenDistance", "ScreenOrigin", "ScreenResolution", "ScreenSize"} <= set(screen), screen
+    else:
+        head, *rows = [line.split("\t") for line in path.read_text().split("\n")[:-1]]
+        assert head == ["onset", "duration", "trial_type"] and float(rows[0][0]) == 0 and float(rows[0][1]) > 0.5
+files = [p for p in files if p not in task]
 assert all(NAME.search(str(p)) for p in files), files
 
 
