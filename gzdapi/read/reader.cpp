@@ -149,7 +149,7 @@ bool Reader::readLikeTheOneBefore(GZDItem item) {
   const byte* const record = recordAsPreset(item, presetTag_);
   if (record == nullptr) return false;
   setPlaceInTime(load_be16(record), item.getTimeStamp());
-  decode_fixed_part(record + sizeof(UINT16), layout_, fData_.fs);
+  decode_fixed_part_quickly(record + sizeof(UINT16), layout_, fData_.fs);
   return true;
 }
 
@@ -234,7 +234,7 @@ void Reader::readQueueSampleAnew(const GZDItem& item, Sample& sample) {
 void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
   const GZDItem item = index_.gzdItemList[itemIndex];
   if (const byte* const record = recordAsPreset(item, sample.presetFor)) {
-    decode_fixed_part(record + sizeof(UINT16), layout_, sample);
+    decode_fixed_part_quickly(record + sizeof(UINT16), layout_, sample);
     sample.flags = flags_at(load_be16(record), item.getTimeStamp());
   } else if (item.isDummy()) {
     sample.presetFor = 0;

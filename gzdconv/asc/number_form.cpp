@@ -50,13 +50,6 @@ constexpr std::uint64_t power_of_ten(int exponent) {
   return exponent == 0 ? 1 : 10 * power_of_ten(exponent - 1);
 }
 
-// Above it a number with decimals may need more characters for its whole part, or is none of the
-// table's.
-constexpr float largest_fitting(std::size_t characters) {
-  return std::min(largest_whole,
-                  static_cast<float>(power_of_ten(static_cast<int>(characters)) - 1));
-}
-
 // At least `width` characters wide in all.
 constexpr NumberForm make_form(int asked, int shown, std::size_t width) {
   NumberForm form;
@@ -72,10 +65,8 @@ constexpr NumberForm make_form(int asked, int shown, std::size_t width) {
   form.short_reciprocal = (std::uint64_t{1} << 40) / form.power + 1;
   form.limit = std::min(largest_whole, static_cast<float>(two_to_63 / form.power / form.power / 2));
   form.scale = static_cast<double>(form.power);
-  const bool has_columns = width != 0 && shown >= 1 && shown <= decimals_at_once;
-  for (const std::size_t sign_width : {0, 1})
-    form.fits[sign_width] = has_columns ? largest_fitting(whole_width - sign_width) : 0.0F;
   form.stretch = power_of_ten((decimals_at_once - shown % decimals_at_once) % decimals_at_once);
+  form.short_limit = shown <= decimals_at_once ? form.limit : 0.0F;
   return form;
 }
 

@@ -53,7 +53,7 @@ struct NumberForm {
   std::size_t whole_width = 0;         // least characters in front of the point, up to 5
   std::size_t tail_length = 0;         // the point and the decimals
   float limit = 0.0F;                  // what is smaller is written from tables
-  float fits[2] = {};                  // what is smaller, of either sign, fills a column exactly
+  float short_limit = 0.0F;            // the same of numbers with up to three decimals, else 0
   std::uint64_t power = 1;             // of ten, as many decimals
   std::uint64_t reciprocal = 0;        // 2^63 / power, rounded up
   std::uint64_t short_reciprocal = 0;  // 2^40 / power, rounded up: for less than 2^40 / power
@@ -143,19 +143,16 @@ inline char* write_number(char* place, float value, const NumberForm& form) {
   return write_parts(place, std::signbit(value), whole, scaled - whole * form.power, form);
 }
 
-// The same of one that fills its column exactly, with up to three decimals: neither its length nor
-// its sign makes a difference then.
-inline char* write_fitting(char* place, float value, bool negative, const NumberForm& form) {
+// The same of one with up to three decimals.
+inline char* write_short_number(char* place, float value, const NumberForm& form) {
   using namespace number_form;
   const double product = static_cast<double>(std::fabs(value)) * form.scale;
   const auto scaled =
       static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(product + rounding_shift));
   const std::uint64_t whole = scaled * form.short_reciprocal >> 40;
   const std::uint64_t rest = scaled - whole * form.power;
-  const std::uint64_t cell =
-      whole_cell(whole, negative) >> 8 * (cell_width - form.whole_width) << 8 | '\t';
-  std::memcpy(place, &cell, sizeof cell);
-  place += 1 + form.whole_width;
+  std::memcpy(place, "\t   ", 4);
+  place = write_whole(place + form.start, whole, std::signbit(value), form.whole_width);
   std::memcpy(place, &decimal_cells.of[rest * form.stretch], sizeof(DecimalCell));
   return place + form.tail_length;
 }
@@ -187,10 +184,8 @@ char* write_unformed(char* place, double value, const NumberForm& form);
 // print_value(form.asked_decimals, value) appends, and returns the end.
 char* write_other_column(char* place, float value, const NumberForm& form);
 inline char* write_column(char* place, float value, const NumberForm& form) {
-  const bool negative = std::signbit(value);
-  return std::fabs(value) < form.fits[negative ? 1 : 0]
-             ? write_fitting(place, value, negative, form)
-             : write_other_column(place, value, form);
+  return std::fabs(value) < form.short_limit ? write_short_number(place, value, form)
+                                             : write_other_column(place, value, form);
 }
 inline char* write_column(char* place, std::uint32_t value, const NumberForm& form) {
   return value < 9999 ? write_parts(place, false, value, 0, form)

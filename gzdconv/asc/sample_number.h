@@ -63,6 +63,24 @@ inline char* write_ready_tenths(char* place, float value) {
   return place + sizeof(sample_number::Cell);
 }
 
+// Whether columns have no more than a tab in front. Constant while options stay.
+inline bool has_compact_form() {
+  return options.tabs_only != 0 && options.extra_decimals == 0;
+}
+
+// The same of a value in the compact form: the ready column without its blanks.
+inline char* write_compact_tenths(char* place, float value) {
+  constexpr std::uint64_t blanks = 0x20202020202020;
+  write_ready_tenths(place, value);
+  std::uint64_t number;
+  std::memcpy(&number, place + 1, sizeof number);
+  number &= 0xFFFFFFFFFFFFFF;  // what stands behind the column
+  const int skipped = std::countr_zero(number ^ blanks) & ~7;
+  number >>= skipped;
+  std::memcpy(place + 1, &number, sizeof number);
+  return place + sizeof(sample_number::Cell) - skipped / 8;
+}
+
 // The columns of two such values, worked out side by side.
 class ReadyPair {
  public:

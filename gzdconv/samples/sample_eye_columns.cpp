@@ -120,11 +120,33 @@ char* write_formed_positions(char* place, SampleLine line) {
   const FSAMPLE& s = line.sample;
   if (s.pa[left] == 0.0F || s.pa[right] == 0.0F) return write_unusual_positions(place, line);
   const NumberForm& form = form_of(position_decimals);
+  const bool compact = has_compact_form();
   for (const int eye : {left, right})
     for (const float value : {(s.*x)[eye], (s.*y)[eye], s.pa[eye]})
-      place = write_recorded(place, value, form);
+      place = compact && has_ready_tenths(value) ? write_compact_tenths(place, value)
+                                                 : write_recorded(place, value, form);
   return place;
 }
+
+namespace {
+
+// Of the usual form, some below 0.
+template <EyePair x, EyePair y>
+[[gnu::noinline]] char* write_signed_positions(char* place, SampleLine line) {
+  const FSAMPLE& s = line.sample;
+  for (const int eye : {left, right})
+    if (!is_ready_size(s.pa[eye]) || !has_ready_signed_tenths((s.*x)[eye]) ||
+        !has_ready_signed_tenths((s.*y)[eye]))
+      return write_unusual_positions(place, line);
+  for (const int eye : {left, right}) {
+    place = write_ready_signed_tenths(place, (s.*x)[eye]);
+    place = write_ready_signed_tenths(place, (s.*y)[eye]);
+    place = write_ready_tenths(place, s.pa[eye]);
+  }
+  return place;
+}
+
+}  // namespace
 
 template <EyePair x, EyePair y>
 char* write_both_positions(char* place, SampleLine line) {
@@ -134,7 +156,7 @@ char* write_both_positions(char* place, SampleLine line) {
   const bool ready = is_ready_size(sizes[left]) && is_ready_size(sizes[right]) &&
                      has_ready_tenths(xs[left]) && has_ready_tenths(xs[right]) &&
                      has_ready_tenths(ys[left]) && has_ready_tenths(ys[right]);
-  if (!ready) return write_unusual_positions(place, line);
+  if (!ready) return write_signed_positions<x, y>(place, line);
   const ReadyPair x_cells(xs), y_cells(ys), size_cells(sizes);
   for (const int eye : {left, right}) {
     place = x_cells.write(place, eye);
@@ -151,6 +173,7 @@ char* write_screen_resolution(char* place, SampleLine line) {
   double rx = MISSING_DATA;
   double ry = MISSING_DATA;
   gzd_calculate_ppd(s[8] - s[6], s[9] - s[7], &line.sample, eye, &rx, &ry);
+  if (rx == double{MISSING_DATA} && ry == double{MISSING_DATA}) return write_missing_pair(place);
   const NumberForm& form = form_of(resolution_decimals);
   return write_tenths_column(write_tenths_column(place, rx, form), ry, form);
 }
