@@ -21,6 +21,10 @@ if(TARGET gzdtool)
   install(FILES ${gzdtool_dir}/gzdtool.fish COMPONENT converter
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
+# The page, where scripts/build-web has made it.
+set(GZD_PAGE_DIR ${PROJECT_SOURCE_DIR}/build/web/dist CACHE PATH "Where the built page is")
+install(FILES ${GZD_PAGE_DIR}/index.html ${GZD_PAGE_DIR}/report.html COMPONENT converter OPTIONAL
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/gzdapi)
 install(FILES completions/gzdconv.bash RENAME gzdconv COMPONENT converter
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES completions/_gzdconv DESTINATION ${GZD_ZSH_COMPLETION_DIR} COMPONENT converter)

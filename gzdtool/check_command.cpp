@@ -15,7 +15,6 @@ namespace {
 
 using gzdtables::BlockExamination;
 using gzdtables::Examination;
-using gzdtables::FixationShift;
 using gzdtables::with_commas;
 
 std::string loss_of(const BlockExamination& block) {
@@ -42,21 +41,10 @@ std::string told(const BlockExamination& block, std::size_t number) {
   return text + loss_of(block);
 }
 
-Json shift_of(const FixationShift& shift) {
-  if (shift.compared == 0) return nullptr;
-  return {{"compared", shift.compared}, {"x", shift.x}, {"y", shift.y}};
-}
-
 Json json_line(const std::string& file, const Examination& examination) {
-  Json blocks = Json::array();
-  for (const auto& block : examination.blocks) blocks.push_back(json_of(block));
-  return {
-      {"file", file},
-      {"state", examination.findings.empty() ? "sound" : "lossy"},
-      {"findings", json_of(examination.findings)},
-      {"blocks", blocks},
-      {"fixation_shift",
-       {{"left", shift_of(examination.shifts[0])}, {"right", shift_of(examination.shifts[1])}}}};
+  Json line{{"file", file}};
+  line.update(json_of(examination));
+  return line;
 }
 
 std::string report_of(const std::string& file, const Examination& examination) {

@@ -49,6 +49,7 @@ class Command {
 void append_info_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_check_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_table_commands(std::vector<std::unique_ptr<Command>>& commands);
+void append_report_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_bids_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_convert_command(std::vector<std::unique_ptr<Command>>& commands);
 void append_export_command(std::vector<std::unique_ptr<Command>>& commands);

@@ -115,6 +115,7 @@ std::vector<std::unique_ptr<Command>> all_commands() {
   append_convert_command(commands);
   append_bids_command(commands);
   append_manual_command(commands);
+  append_report_command(commands);
   return commands;
 }
 

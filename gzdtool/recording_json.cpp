@@ -41,6 +41,11 @@ Json json_of(const gzdtables::RepairCounts& repairs) {
           {"blink_starts_inserted", repairs.blink_starts_inserted}};
 }
 
+Json json_of(const gzdtables::FixationShift& shift) {
+  if (shift.compared == 0) return nullptr;
+  return {{"compared", shift.compared}, {"x", shift.x}, {"y", shift.y}};
+}
+
 Json display_of(const Facts& facts) {
   if (!facts.display) return nullptr;
   Json edges = Json::array();
@@ -109,6 +114,16 @@ Json json_of(const gzdtables::BlockExamination& block) {
           {"expected", block.expected},
           {"left_lost", value_or_null(block.lost[0])},
           {"right_lost", value_or_null(block.lost[1])}};
+}
+
+Json json_of(const gzdtables::Examination& examination) {
+  Json blocks = Json::array();
+  for (const auto& block : examination.blocks) blocks.push_back(json_of(block));
+  return {{"state", examination.findings.empty() ? "sound" : "lossy"},
+          {"findings", json_of(examination.findings)},
+          {"blocks", blocks},
+          {"fixation_shift",
+           {{"left", json_of(examination.shifts[0])}, {"right", json_of(examination.shifts[1])}}}};
 }
 
 std::string line_of(const Json& json) {

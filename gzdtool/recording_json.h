@@ -16,6 +16,7 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] Json json_of(const std::vector<gzdtables::Finding>& findings);
 [[nodiscard]] Json json_of(const gzdtables::Facts& facts);
 [[nodiscard]] Json json_of(const gzdtables::BlockExamination& block);
+[[nodiscard]] Json json_of(const gzdtables::Examination& examination);
 
 // A number, without a point when it is whole; null when there is none.
 [[nodiscard]] Json json_number(double number);

@@ -15,6 +15,8 @@ readonly tool_needs=(
   "/usr/include/fmt/format.h libfmt-dev"
   "/usr/include/libdeflate.h libdeflate-dev"
 )
+# What the page in the browser needs.
+readonly page_needs=("node nodejs" "npm npm")
 readonly test_needs=(
   "/usr/include/gtest/gtest.h libgtest-dev"
   "pkg-config pkgconf"

@@ -104,4 +104,8 @@ std::unique_ptr<ByteSink> make_gzip_sink(std::unique_ptr<ByteSink> to) {
   return std::make_unique<GzipSink>(std::move(to));
 }
 
+std::string gzipped(std::string_view bytes) {
+  return std::string(Compressor().compress(bytes));
+}
+
 }  // namespace gzdtool

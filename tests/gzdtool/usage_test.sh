@@ -78,7 +78,7 @@ offers() { # WORD LINE...: that word is offered at the end of the line
   [[ " ${COMPREPLY[*]} " == *" $wanted "* ]] || fail "$wanted is not offered behind ${*:2}: ${COMPREPLY[*]}"
 }
 "$tool" --help | sed -n '/^Subcommands:/,$ s/^  \([a-z]*\) .*/\1/p' >verbs
-[[ $(wc -l <verbs) -eq 15 ]] || fail "verbs of the help: $(cat verbs)"
+[[ $(wc -l <verbs) -eq 16 ]] || fail "verbs of the help: $(cat verbs)"
 while read -r verb; do
   offers "$verb" gzdtool ""
   while read -r option; do offers "$option" gzdtool "$verb" --; done \
