@@ -51,7 +51,9 @@ class FieldReader {
     double value = 0.0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     const bool outOfRange = error == std::errc::result_out_of_range;
-    if (outOfRange ? isLarge({digits.data(), end}) : error != std::errc()) return std::nullopt;
+    if (outOfRange ? isLarge(digits.substr(0, static_cast<std::size_t>(end - digits.data())))
+                   : error != std::errc())
+      return std::nullopt;
     if (outOfRange) value = 0.0;
     const bool negative = rest_[0] == '-';
     moveTo(end);

@@ -5,6 +5,7 @@
 #ifdef __cplusplus
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
