@@ -3,8 +3,8 @@
 #include <zlib.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "sinks/gzip_sink.h"
@@ -43,8 +43,9 @@ int main(int argc, char** argv) {
     std::fputs("Usage: compress_only zlib|gzdtool TEXT\n", stderr);
     return 2;
   }
-  std::ifstream file(argv[2], std::ios::binary);
-  const std::string text(std::istreambuf_iterator<char>(file), {});
+  std::string text(std::filesystem::file_size(argv[2]), '\0');
+  std::ifstream(argv[2], std::ios::binary)
+      .read(text.data(), static_cast<std::streamsize>(text.size()));
   std::string_view(argv[1]) == "zlib" ? by_zlib(text) : by_gzdtool(text);
   return 0;
 }

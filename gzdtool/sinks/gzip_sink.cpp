@@ -15,9 +15,12 @@ namespace gzdtool {
 namespace {
 
 constexpr std::size_t member_bytes = 1 << 20;
-constexpr int level = 6;
 
 #ifdef GZDTOOL_HAS_LIBDEFLATE
+
+// Tables of samples come out about as small as by zlib at its usual level 6, several times as fast;
+// libdeflate's own level 6 makes them a twelfth smaller in more than twice the time.
+constexpr int level = 2;
 
 // Compresses one member at a time.
 class Compressor {
@@ -41,6 +44,8 @@ class Compressor {
 };
 
 #else
+
+constexpr int level = 6;
 
 class Compressor {
  public:
