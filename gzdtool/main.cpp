@@ -78,17 +78,23 @@ std::vector<std::string> with_help_as_option(int argc, char** argv) {
   return words;
 }
 
+// Only the verb at hand declares its options, to start quickly. The manual tells of all.
+void declare_verbs(const Commands& commands, CLI::App& app, const std::string& wanted) {
+  for (const auto& command : commands) {
+    CLI::App* const verb = app.add_subcommand(command->name(), command->summary());
+    verb->allow_extras();
+    if (command->name() == wanted || command->name() == "manual" || wanted == "manual")
+      command->declare(*verb);
+  }
+}
+
 int parse_and_run(int argc, char** argv) {
   const Commands commands = gzdtool::all_commands();
   CLI::App app("What is in a GZD recording, as tables.", "gzdtool");
   app.require_subcommand(1);
   app.set_version_flag("--version", gzdtool::version_text());
-  for (const auto& command : commands) {
-    CLI::App* const verb = app.add_subcommand(command->name(), command->summary());
-    verb->allow_extras();
-    command->declare(*verb);
-  }
   std::vector<std::string> words = with_help_as_option(without_rest(commands, argc, argv), argv);
+  declare_verbs(commands, app, words.empty() ? "" : words.front());
   if (!words.empty() && words.front()[0] != '-') refuse_unknown_verb(commands, words.front());
   std::reverse(words.begin(), words.end());  // as the parser takes them
   try {
