@@ -1,3 +1,4 @@
+// Calls gzdsynth for each of them.
 #include "bench_recordings.h"
 
 #include <algorithm>

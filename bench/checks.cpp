@@ -1,3 +1,4 @@
+// Compares texts line by line, what differs on purpose aside.
 #include "checks.h"
 
 #include <cctype>

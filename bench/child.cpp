@@ -1,3 +1,4 @@
+// Starts a program, waits for it, and takes its times from the system.
 #include "child.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// The recordings and options of the odd races, and the lines they print.
 #include "devices.h"
 
 #include <algorithm>

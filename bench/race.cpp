@@ -1,3 +1,4 @@
+// Runs the racers in turns, so that what disturbs the machine disturbs them alike.
 #include "race.h"
 
 #include <unistd.h>

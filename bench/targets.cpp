@@ -1,3 +1,4 @@
+// What is to be reached, and whether it was.
 #include "targets.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// The list of targets, and the bytes of an input as files and streams.
 #include "harness.h"
 
 #include <sys/mman.h>

@@ -44,7 +44,7 @@ inline std::string_view text_of(Input bytes) {
 }
 
 // Takes values off the end of an input, so that what is left begins like the file it stands for.
-// Values behind the beginning are 0.
+// Values after the beginning are 0.
 class Tail {
  public:
   explicit Tail(Input bytes) : rest_(bytes) {}

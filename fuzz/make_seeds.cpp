@@ -114,7 +114,7 @@ Bytes walk_tail(unsigned number, unsigned how) {
 }
 
 // How many words, then for each its length, marked as a word of its own, and its letters; then the
-// log and the table, each behind its length.
+// log and the table, each after its length.
 Bytes command_tail(const std::vector<std::string>& words, const Bytes& table, unsigned how) {
   constexpr unsigned own_text = 160;  // and the length
   Bytes tail = bytes_of({how});

@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "%s\n", path.c_str());
     std::ifstream file(path, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    // A copy of exactly its size, so that a read behind the end is noticed.
+    // A copy of exactly its size, so that a read past the end is noticed.
     const std::vector<std::uint8_t> bytes(text.begin(), text.end());
     target->second(bytes);
   }

@@ -28,7 +28,7 @@ class GZDFile : public _GZDFILE {
   GZDFile& operator=(const GZDFile&) = delete;
   ~GZDFile();
 
-  // ---- the walk ----
+  // ---- the walk ---------------------------------------------------------------------------------
   int getNextDataMergeWithLog() {
     return reader_.hasFailed() ? GZD_END_OF_DATA : merge_.getNextDataMergeWithLog();
   }
@@ -71,7 +71,7 @@ class GZDFile : public _GZDFILE {
   // The kind of a record that this file has handed out; 0 when it is not one.
   [[nodiscard]] int kindOfRecord(const ALLF_DATA* record) const;
 
-  // ---- facts ----
+  // ---- facts ------------------------------------------------------------------------------------
   [[nodiscard]] const std::string& getPreamText() const { return preamble_.preText; }
   [[nodiscard]] int getRevision() const { return preamble_.revision; }
   [[nodiscard]] int getOviloRevision() const { return preamble_.ovilo_revision; }
@@ -86,7 +86,7 @@ class GZDFile : public _GZDFILE {
     return timeShift_.recordedTime(time, index_.minTime);
   }
 
-  // ---- failures ----
+  // ---- failures ---------------------------------------------------------------------------------
   // Why, for the system, something asked of the file could not be done: the first reason.
   [[nodiscard]] SystemError systemError() const;
   void noteSystemError(SystemError error) {
@@ -95,7 +95,7 @@ class GZDFile : public _GZDFILE {
   // What that was to be done with, when it is not the recording itself; else null.
   [[nodiscard]] const char* failedPlace() const;
 
-  // ---- trials and bookmarks ----
+  // ---- trials and bookmarks ---------------------------------------------------------------------
   Trials& getTrials() { return trials_; }
   Bookmarks& getBookmarks() { return bookmarks_; }
 

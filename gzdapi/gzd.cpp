@@ -98,7 +98,7 @@ ALLF_DATA* current_record(GZDFILE* ef, Test isWanted) {
   });
 }
 
-// The record of the element just announced. Apart, so that it costs the samples of a run nothing.
+// The record of the element just announced. Not inlined: that keeps the path of samples small.
 [[gnu::noinline]] ALLF_DATA* any_record(GZDFILE* ef) {
   return guarded<ALLF_DATA*>(ef, nullptr, [](GZDFile& file) {
     ALLF_DATA* const record = file.getFloatDataMergeWithLog();
@@ -107,7 +107,7 @@ ALLF_DATA* current_record(GZDFILE* ef, Test isWanted) {
   });
 }
 
-// Steps to the next element. Apart for the same reason.
+// Steps to the next element. Not inlined for the same reason.
 [[gnu::noinline]] int any_next(GZDFILE* ef) {
   return guarded(ef, GZD_END_OF_DATA,
                  [=](GZDFile& file) { return file.getNextDataMergeWithLog(); });

@@ -91,7 +91,8 @@ typedef struct _GZDFILE GZDFILE;
  * a regular file, not a recording, or damaged (GZD_OPEN_FAILSAFE opens it all the same). The
  * reason has then gone to the log function, and errno is the system's part in it, or 0.
  *
- * Cost: linear in the file; memory of 8 bytes a sample and 16 bytes an event; of blocks some more.
+ * Cost: linear in the file; memory of 8 bytes a sample, 14 an event, about 100 a boundary of a
+ * block.
  */
 GZD_API GZDFILE* gzd_open_file(const char* fname, int consistency, int loadevents, int loadsamples,
                                int* rv) GZD_MUST_CHECK;
@@ -147,7 +148,7 @@ GZD_API ALLF_DATA* gzd_get_float_data(GZDFILE* ef);
    value of errno (EIO when a read failed, ENODATA when a file has become shorter since it was
    opened, ENOMEM when memory ran out), or 0 when there was none.
    It stays until the file is closed. With a reason, an end of data may have come early and a value
-   may be that of a failure: asked once, behind the last element, it tells whether all of them were
+   may be that of a failure: asked once, after the last element, it tells whether all of them were
    what the recording holds. */
 GZD_API int gzd_get_system_error(GZDFILE* ef);
 
@@ -201,8 +202,7 @@ GZD_API RECORDINGS* gzd_get_recording_data(GZDFILE* ef);
    out makes fetching samples several times faster. */
 GZD_API void gzd_set_velocity_kinds(GZDFILE* ef, unsigned int kinds);
 
-/* ---- file facts
- * ---------------------------------------------------------------------------------- */
+/* ---- file facts ------------------------------------------------------------------------------ */
 
 /* Copies the preamble, lines that begin with "** ", into `buffer` of `length` bytes: at most
    length - 1 characters and a NUL. Nothing is written when `length` is below 1. Returns 0. */
@@ -244,8 +244,7 @@ GZD_API unsigned int gzd_get_finding_count(GZDFILE* ef);
    when there is no such finding or `finding` is null. */
 GZD_API int gzd_get_finding(GZDFILE* ef, unsigned int n, GZD_FINDING* finding);
 
-/* ---- trials
- * ---------------------------------------------------------------------------------------- */
+/* ---- trials ---------------------------------------------------------------------------------- */
 
 /*
  * A trial is a stretch of the walk. Without identifiers each recording block is one. They are
@@ -283,8 +282,7 @@ GZD_API int gzd_goto_trial_with_end_time(GZDFILE* ef, unsigned int end_time);
    trial is current. */
 GZD_API int gzd_get_trial_header(GZDFILE* ef, TRIAL* trial);
 
-/* ---- bookmarks
- * --------------------------------------------------------------------------------------- */
+/* ---- bookmarks ------------------------------------------------------------------------------- */
 
 /* Marks the current position and fills `bm`. Returns 0, or -1 when `bm` is null or the walk is at
    its end. A position that is marked already returns 0 and leaves `bm` as it was. */
@@ -302,8 +300,7 @@ GZD_API int gzd_goto_bookmark(GZDFILE* ef, BOOKMARK* bm);
 GZD_API int gzd_goto_next_bookmark(GZDFILE* ef);
 GZD_API int gzd_goto_previous_bookmark(GZDFILE* ef);
 
-/* ---- raw camera data
- * ----------------------------------------------------------------------------------- */
+/* ---- raw camera data ------------------------------------------------------------------------- */
 
 /*
  * All take a sample that was handed out by the same file, and an eye (GZD_LEFT_EYE or
@@ -347,8 +344,7 @@ GZD_API void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv);
 /* All of the above at once, which costs a fraction of asking for each. */
 GZD_API void gzd_get_raw_eye(GZDFILE* gzd, FSAMPLE* sam, int eye, GZD_RAW_EYE* raw);
 
-/* ---- pixels per degree
- * --------------------------------------------------------------------------------- */
+/* ---- pixels per degree ----------------------------------------------------------------------- */
 
 /* Sets the physical layout of the display, for the whole process: the distance from the eye to the
    top and the bottom of the screen (mm), the edges of the screen in mm and in pixels (left, top,

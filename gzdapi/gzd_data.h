@@ -19,14 +19,14 @@
 extern "C" {
 #endif
 
-/* ---- special values ------------------------------------------------------------------------ */
+/* ---- special values -------------------------------------------------------------------------- */
 
 #define MISSING_DATA 100000000.0f  /* recorded, but not valid */
 #define MISSING_DATA_INT 100000000 /* an integer pair that cannot be given */
 #define NOT_RECORDED (-32768.0f)   /* field or eye absent from the record */
 #define NOT_RECORDED_WORD 0x8000   /* the same for `errors`, `input` and `htype` of a sample */
 
-/* ---- codes of the elements (gzd_get_next_data, `type` of events) ---------------------------- */
+/* ---- codes of the elements (gzd_get_next_data, `type` of events) ----------------------------- */
 
 #define GZD_END_OF_DATA 0     /* no element is left */
 #define GZD_START_PARSE 1     /* eye events are parsed from here on */
@@ -49,7 +49,7 @@ extern "C" {
 #define GZD_RECORDING 30      /* a recording block begins or ends */
 #define GZD_SAMPLE 200        /* a sample */
 
-/* ---- eyes ----------------------------------------------------------------------------------- */
+/* ---- eyes ------------------------------------------------------------------------------------ */
 
 #define GZD_LEFT_EYE 0  /* the left eye: index into arrays of two, `eye` of events */
 #define GZD_RIGHT_EYE 1 /* the right eye */
@@ -59,13 +59,13 @@ extern "C" {
 #define GZD_BLOCK_RIGHT 2  /* right eye only */
 #define GZD_BLOCK_BOTH 3   /* both eyes */
 
-/* ---- position types (`pos_type` of recording records, choice of sample columns) ------------- */
+/* ---- position types (`pos_type` of recording records, choice of sample columns) -------------- */
 
 #define GZD_POSITION_PUPIL 64 /* raw pupil position */
 #define GZD_POSITION_HREF 128 /* head-referenced position */
 #define GZD_POSITION_GAZE 192 /* gaze position */
 
-/* ---- `flags` of samples, `sflags` of recording records -------------------------------------- */
+/* ---- `flags` of samples, `sflags` of recording records --------------------------------------- */
 
 #define SMP_LEFT 0x8000          /* left-eye values present */
 #define SMP_RIGHT 0x4000         /* right-eye values present */
@@ -81,10 +81,10 @@ extern "C" {
 #define SMP_HEAD_DATA 0x0010     /* head-target words */
 #define SMP_EXTENDED 0x0008      /* head pose and ellipse blocks */
 #define SMP_SKIP_BLOCKS 0x0004   /* blocks that the reader skips */
-#define SMP_HALF_MS 0x0002       /* half a millisecond behind its integer time */
+#define SMP_HALF_MS 0x0002       /* half a millisecond after its integer time */
 #define SMP_IS_SAMPLE 0x0001     /* set in every sample record on disk */
 
-/* ---- `errors` of samples: what the tracker tells of the eyes -------------------------------- */
+/* ---- `errors` of samples: what the tracker tells of the eyes --------------------------------- */
 
 #define GZD_STATUS_INTERPOLATED 0x1000   /* the sample is interpolated */
 #define GZD_STATUS_RIGHT_RECOVERY 0x0800 /* the corneal reflection of the right eye comes back */
@@ -93,7 +93,7 @@ extern "C" {
 #define GZD_STATUS_LEFT_MISSING 0x0100   /* the left eye has none */
 #define GZD_STATUS_CALIBRATION 0x0002    /* calibration warning, of samples with a head pose */
 
-/* ---- `htype` of samples: what `hdata` holds ------------------------------------------------- */
+/* ---- `htype` of samples: what `hdata` holds -------------------------------------------------- */
 
 #define GZD_HTYPE_TARGET_ONE_EYE 182     /* a head target, seen by the camera of one eye */
 #define GZD_HTYPE_TARGET_TWO_EYES 183    /* the same for two eyes */
@@ -116,14 +116,14 @@ extern "C" {
 #define GZD_TARGET_EYE_LEFT 0x0002      /* at the left edge */
 #define GZD_TARGET_EYE_RIGHT 0x0001     /* at the right edge */
 
-/* ---- `headMarkerFlags` of samples ----------------------------------------------------------- */
+/* ---- `headMarkerFlags` of samples ------------------------------------------------------------ */
 
 #define GZD_HEAD_MARKER_IMU_ONLY 0x0008 /* head pose from the inertial sensor only */
 #define GZD_HEAD_MARKER_AGE3 0x0004     /* markers are three samples old */
 #define GZD_HEAD_MARKER_MISSING 0x0002  /* markers missing */
 #define GZD_HEAD_MARKER_WARNING 0x0001  /* marker warning */
 
-/* ---- `read` of events: the fields that the record held -------------------------------------- */
+/* ---- `read` of events: the fields that the record held --------------------------------------- */
 
 #define EVT_START_TIME 0x0001       /* start time; also resolution, pupil or velocity there */
 #define EVT_END_VALUES 0x0002       /* resolution, pupil size or velocity at the end */
@@ -141,7 +141,7 @@ extern "C" {
 #define EVT_FLAGS 0x2000            /* flags word */
 #define EVT_HEAD_POSE 0x4000        /* head in space, eye in head, head rotation and position */
 
-/* ---- `record_type` and `state` of recording records ----------------------------------------- */
+/* ---- `record_type` and `state` of recording records ------------------------------------------ */
 
 #define GZD_RECORD_SAMPLES 1 /* the block holds samples */
 #define GZD_RECORD_EVENTS 2  /* the block holds events */
@@ -176,7 +176,7 @@ extern "C" {
    marked (fail-safe) with GZD_OPEN_FAILSAFE. */
 enum GZD_FINDING_KIND {
   /* (fail-safe) The file ends without the closing tag of its records: reading stopped at `place`,
-     behind the last whole record. `count`: bytes from there to the end, of compressed recordings
+     after the last whole record. `count`: bytes from there to the end, of compressed recordings
      the inflated ones and those that were not inflated. `start`, `end`: the time of the last
      element before. */
   GZD_FINDING_CUT = 1,
@@ -185,10 +185,10 @@ enum GZD_FINDING_KIND {
   /* (fail-safe) The system could not read on: reading stopped at `place`. `detail`: its reason, a
      value of errno. Members as above. */
   GZD_FINDING_READ_ERROR = 3,
-  /* Bytes behind the closing tag of the records, from `place` on, were not read. `count`: how many.
+  /* Bytes after the closing tag of the records, from `place` on, were not read. `count`: how many.
      `start`, `end`: the time of the last element before. */
   GZD_FINDING_UNREAD = 4,
-  /* Records from `place` on lie behind the library's limit of 2 GB and were not read. Members as
+  /* Records from `place` on lie past the library's limit of 2 GB and were not read. Members as
      above. */
   GZD_FINDING_TOO_LARGE = 5,
 
@@ -219,7 +219,7 @@ enum GZD_FINDING_KIND {
   /* The block at `start` names no rate that the library knows: 250 Hz is taken. `detail`: the rate
      that it names, cut to an integer; 0 when it names none. */
   GZD_FINDING_RATE_ASSUMED = 15,
-  /* (check) `count` messages from `start` on, written for the block that follows, were moved behind
+  /* (check) `count` messages from `start` on, written for the block that follows, were moved after
      the end of theirs, at `end`. */
   GZD_FINDING_MESSAGES_MOVED = 16,
 
@@ -249,12 +249,12 @@ enum GZD_FINDING_KIND {
      closing line: none of it was merged. */
   GZD_FINDING_LOG_LEFT_OUT = 26,
 
-  GZD_FINDING_KINDS = 27 /* behind the last kind */
+  GZD_FINDING_KINDS = 27 /* past the last kind */
 };
 
 /* ---- records --------------------------------------------------------------------------------- */
 
-/* A text with its length. `c` is the first character; the text goes on behind it in memory and is
+/* A text with its length. `c` is the first character; the text goes on after it in memory and is
    followed by a NUL. `len` stops at 32767, the text of a long message does not. */
 typedef struct {
   INT16 len; /* length of the text */

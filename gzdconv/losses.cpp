@@ -1,3 +1,4 @@
+// The lines, from what the library has found.
 #include "losses.h"
 
 #include <array>

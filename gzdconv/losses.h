@@ -8,7 +8,7 @@
 
 namespace gzdconv {
 
-// One line for each: where reading stopped, bytes behind the closing tag, blocks whose samples end
+// One line for each: where reading stopped, bytes after the closing tag, blocks whose samples end
 // before they do, a message log that was not merged. `input` is the recording's name.
 void report_losses(GZDFILE* handle, const std::string& input);
 

@@ -10,6 +10,9 @@ namespace gzdconv {
 // Of trackers, as gzd_get_ovilo_revision numbers them.
 enum class Generation { other = 1, kestrel, falcon, osprey };
 
+// The first revision of the file format whose blocks tell head poses.
+constexpr int first_pose_revision = 2;
+
 // The head columns that samples carry.
 enum class HeadData { none, markers, target, pose };
 

@@ -1,3 +1,4 @@
+// Puts header, records and damage together, and keeps them or pours them into a file.
 #include "GzdWriter.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ std::string magic_line(Magic kind, bool carriageReturn) {
 GzdWriter::GzdWriter(int generation)
     : magic_(magic_line(Magic::Comb)), preamble_(generation_lines(generation)) {}
 
-// ---- header ----
+// ---- header -------------------------------------------------------------------------------------
 
 GzdWriter& GzdWriter::magic(Magic kind, bool carriageReturn) {
   magic_ = magic_line(kind, carriageReturn);
@@ -95,7 +96,7 @@ GzdWriter& GzdWriter::end_tag(bool on) {
   return *this;
 }
 
-// ---- records ----
+// ---- records ------------------------------------------------------------------------------------
 
 GzdWriter& GzdWriter::sample(const SampleRecord& record) {
   put_sample(body_, record);
@@ -187,7 +188,7 @@ GzdWriter& GzdWriter::raw(const Bytes& bytes) {
   return *this;
 }
 
-// ---- results ----
+// ---- results ------------------------------------------------------------------------------------
 
 Bytes GzdWriter::header() const {
   Bytes out;
@@ -235,7 +236,7 @@ void GzdWriter::finish() {
   sink_.reset();
 }
 
-// ---- damage ----
+// ---- damage -------------------------------------------------------------------------------------
 
 Bytes without_tail(Bytes file, std::size_t count) {
   const std::size_t left = file.size() - std::min(count, file.size());

@@ -31,7 +31,7 @@ namespace gzdsynth {
 // The first line of a file. The last two hold the records compressed.
 enum class Magic { Comb, Falc, Osp, FalcZip, OspZip };
 
-// The magic line, with "\n" or "\r\n" behind it.
+// The magic line, with "\n" or "\r\n" after it.
 [[nodiscard]] std::string magic_line(Magic kind, bool carriageReturn = false);
 
 // What the two records that start a block say. Fields with "no value" are left out of the record.
@@ -63,7 +63,7 @@ class GzdWriter {
   // and 3). 0: no preamble line but "ENDP:".
   explicit GzdWriter(int generation = 2);
 
-  // ---- header; to be called before the first record when streaming ----
+  // ---- header; to be called before the first record when streaming ------------------------------
   GzdWriter& magic(Magic kind, bool carriageReturn = false);
   GzdWriter& magic_text(std::string line);          // verbatim, line ending included
   GzdWriter& preamble_line(std::string_view line);  // a newline is added
@@ -72,7 +72,7 @@ class GzdWriter {
   GzdWriter& compressed(bool on);          // set by magic() as well
   GzdWriter& end_tag(bool on);             // the closing zero tag; on unless switched off
 
-  // ---- records ----
+  // ---- records ----------------------------------------------------------------------------------
   GzdWriter& sample(const SampleRecord& record);
   // One eye, absolute time, gaze (pixels, under the gaze prescale in force) and pupil size.
   GzdWriter& gaze_sample(std::uint32_t time, double x, double y, int pupil, int eye = GZD_LEFT_EYE);
@@ -86,7 +86,7 @@ class GzdWriter {
   GzdWriter& end_block(std::uint32_t time);         // samples, then events
 
   GzdWriter& message(std::uint32_t time, std::string_view text);  // at most 498 bytes are legal
-  // A text of any length in pieces of `pieceSize` characters at most, each behind its marker, all
+  // A text of any length in pieces of `pieceSize` characters at most, each after its marker, all
   // at `time`. `id` tells long messages apart.
   GzdWriter& long_message(std::uint32_t time, int id, std::string_view text,
                           std::size_t pieceSize = 460);
@@ -96,7 +96,7 @@ class GzdWriter {
 
   GzdWriter& raw(const Bytes& bytes);
 
-  // ---- results ----
+  // ---- results ----------------------------------------------------------------------------------
   // Offset of the next record in the uncompressed record stream.
   [[nodiscard]] std::uint64_t body_size() const { return drained_ + body_.size(); }
   // Magic, preamble and "ENDP:" line.
@@ -129,7 +129,7 @@ class GzdWriter {
   bool headerSent_ = false;
 };
 
-// ---- damage ----
+// ---- damage -------------------------------------------------------------------------------------
 
 // Without the last `count` bytes.
 [[nodiscard]] Bytes without_tail(Bytes file, std::size_t count);

@@ -1,3 +1,4 @@
+// Message logs and frame tables, from the times of a session.
 #include "companions.h"
 
 #include <cstdio>

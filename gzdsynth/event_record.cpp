@@ -1,3 +1,4 @@
+// Appends fields as codes and big-endian words.
 #include "event_record.h"
 
 namespace gzdsynth {

@@ -1,3 +1,4 @@
+// Pours bytes into a file, through zlib when asked to.
 #include "file_sink.h"
 
 #include <cerrno>

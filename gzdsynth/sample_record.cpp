@@ -1,3 +1,4 @@
+// Lays the fields of a sample down in the order of its tag.
 #include "sample_record.h"
 
 #include <algorithm>

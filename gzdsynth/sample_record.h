@@ -11,7 +11,7 @@
 
 namespace gzdsynth {
 
-// A block behind a sample's fixed fields: a length byte, a kind byte and the payload. `length` may
+// A block after a sample's fixed fields: a length byte, a kind byte and the payload. `length` may
 // lie on purpose; a length of 0 ends the chain early.
 struct SampleBlock {
   unsigned length = 0;
@@ -59,7 +59,7 @@ SampleBlock ellipse_block72(const Ellipse& ellipse);
 struct SampleRecord {
   unsigned flags = SMP_LEFT | SMP_TIME_ABSOLUTE | SMP_GAZE | SMP_PUPIL_SIZE;
   std::uint32_t time = 0;  // written with SMP_TIME_ABSOLUTE
-  unsigned step = 0;       // 0..255, ms behind the sample before; written without it
+  unsigned step = 0;       // 0..255, ms after the sample before; written without it
   std::array<int, 2> px{}, py{};
   std::array<int, 2> hx{}, hy{};
   std::array<int, 2> gx{}, gy{};

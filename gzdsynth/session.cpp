@@ -1,7 +1,7 @@
 // Trial by trial: messages, the block's start, then tick by tick the model's state, its sample and
 // what the eyes' parsers find in it, which is written a little later, as by a tracker that has to
 // look at a few samples first; the block's end and more messages. Times are ticks of the sampling
-// rate behind the block's first sample.
+// rate after the block's first sample.
 #include "session.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace gzdsynth {
 namespace {
 
 constexpr double parser_delay = 16;                                              // ms
-constexpr std::int64_t end_of_trial = std::numeric_limits<std::int64_t>::max();  // behind all ticks
+constexpr std::int64_t end_of_trial = std::numeric_limits<std::int64_t>::max();  // after all ticks
 constexpr std::uint32_t before_block = 60;  // ms from a trial's first message to its block
 constexpr std::uint32_t after_block = 240;  // ms from a block to the next trial
 constexpr double gaps_per_second = 0.7;
@@ -103,7 +103,7 @@ TrialSpan Session::run_trial(int trial, std::uint32_t start) {
   const std::int64_t ticks =
       total * (trial + 1) / settings_.trials - total * trial / settings_.trials;
   const std::uint32_t first = start + before_block;
-  // A last sample half a millisecond behind its time still lies in the block.
+  // A last sample half a millisecond after its time still lies in the block.
   const bool half = settings_.rate == 2000 && ticks % 2 == 0;
   const TrialSpan span{first, time_at(first, ticks - 1) + (half ? 1 : 0)};
 

@@ -1,3 +1,4 @@
+// The table of options, and the settings that they make.
 #include "synth_options.h"
 
 #include <algorithm>

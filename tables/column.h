@@ -48,7 +48,7 @@ class Column {
   [[nodiscard]] std::span<const std::int32_t> offsets() const { return offsets_; }
   [[nodiscard]] const std::string& characters() const { return characters_; }
 
-  // ---- for those who fill it ----
+  // ---- for those who fill it --------------------------------------------------------------------
 
   template <class T>
   [[nodiscard]] T* filling() {

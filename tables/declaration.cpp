@@ -64,7 +64,7 @@ Fields pair_of_both_eyes(const std::string& name, const char* unit, const std::s
   return fields;
 }
 
-// ---- samples ----------------------------------------------------------------------------------
+// ---- samples ------------------------------------------------------------------------------------
 
 Fields sample_columns() {
   const Field event{"event",
@@ -139,7 +139,7 @@ std::vector<Group> sample_groups() {
   };
 }
 
-// ---- events -----------------------------------------------------------------------------------
+// ---- events -------------------------------------------------------------------------------------
 
 Fields event_columns() {
   const Field eye{"eye", Type::choice, "", "the eye", {"left", "right"}};
@@ -182,7 +182,7 @@ std::vector<Group> event_groups() {
            event_positions("raw", camera_units, "raw pupil position")}};
 }
 
-// ---- the others -------------------------------------------------------------------------------
+// ---- the others ---------------------------------------------------------------------------------
 
 std::vector<Group> message_groups() {
   return {{"",

@@ -1,3 +1,4 @@
+// The shared configuration and the text that its pointer refers to.
 #include "base/config.h"
 
 #include <string>

@@ -1,3 +1,4 @@
+// Only regular files are opened: a pipe or a device could keep the library waiting for ever.
 #include "base/file_handle.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// Findings as they are kept, and as they are handed out.
 #include "base/findings.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Formats messages in a buffer of fixed size and hands them to who listens.
 #include "base/log.h"
 
 #include <algorithm>
@@ -77,7 +78,7 @@ void log_clipped(const char* fmt, ...) {
 
 NumberLine::NumberLine(std::string_view textBefore, std::string_view textAfter)
     : after_(textAfter), beforeLength_(textBefore.size()) {
-  assert(beforeLength + longest_number + after.size() < message.size());
+  assert(beforeLength_ + longest_number + after_.size() < message_.size());
   std::copy(textBefore.begin(), textBefore.end(), message_.begin());
 }
 
@@ -87,7 +88,7 @@ void NumberLine::log(INT64 number) {
   char* const end = (small == number ? std::to_chars(digits, digits + longest_number, small)
                                      : std::to_chars(digits, digits + longest_number, number))
                         .ptr;
-  if (end != numberEnd_) {  // else the text behind it stands from the line before
+  if (end != numberEnd_) {  // else the text after it stands from the line before
     std::memcpy(end, after_.data(), after_.size());
     end[after_.size()] = '\0';
     numberEnd_ = end;

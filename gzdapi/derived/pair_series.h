@@ -46,8 +46,8 @@ class PairSeries {
     x_[place(count_)] = y_[place(count_)] = MISSING_DATA;
   }
 
-  // The pairs from slot `slot` on. Those up to REACH before it and behind the newest one can be
-  // read too, MISSING_DATA beyond the ends.
+  // The pairs from slot `slot` on. Those up to series_reach before it and after the newest one can
+  // be read too, MISSING_DATA beyond the ends.
   [[nodiscard]] PairsFrom from(int slot) const { return {&x_[place(slot)], &y_[place(slot)]}; }
 
  private:

@@ -103,7 +103,7 @@ void centre_of_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float*
 
 }  // namespace
 
-// ---- pupil -------------------------------------------------------------------------------------
+// ---- pupil --------------------------------------------------------------------------------------
 
 UINT32 uncorrected_pupil_area(const FSAMPLE& sam, int eye) {
   if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[4]);
@@ -129,7 +129,7 @@ void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UIN
   }
 }
 
-// ---- corneal reflections -----------------------------------------------------------------------
+// ---- corneal reflections ------------------------------------------------------------------------
 
 UINT32 uncorrected_cr_area(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
   if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[5]);
@@ -163,7 +163,7 @@ void uncorrected_raw_cr2(const FSAMPLE& sam, int eye, float* rv) {
       static_cast<float>(words[1]) + static_cast<float>(words[2] & 0xFF) / pack_scale);
 }
 
-// ---- window, pupil minus reflection ------------------------------------------------------------
+// ---- window, pupil minus reflection -------------------------------------------------------------
 
 void window_position(const CameraSetup& camera, const FSAMPLE& sam, UINT32* rv) {
   const Centre centre = window_centre(camera, sam);
@@ -212,7 +212,7 @@ GZD_RAW_EYE raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
   return raw;
 }
 
-// ---- overlap -----------------------------------------------------------------------------------
+// ---- overlap ------------------------------------------------------------------------------------
 
 namespace {
 

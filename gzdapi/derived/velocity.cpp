@@ -1,3 +1,4 @@
+// The two models: differences of neighbours for older trackers, of means of blocks for newer ones.
 #include "derived/velocity.h"
 
 #include "gzd_data.h"
@@ -44,26 +45,26 @@ constexpr float weight_of_two_blocks = 0.5f;
 constexpr float blocks_per_second = 250.0f;
 
 struct At250 {
-  static constexpr int halfWindow = 2;
+  static constexpr int half_window = 2;
   static constexpr float gain = 1.0f;
   static BlockMeans means(const float* c) { return {c[-2], c[-1], c[1], c[2]}; }
 };
 struct At500 {
-  static constexpr int halfWindow = 4;
+  static constexpr int half_window = 4;
   static constexpr float gain = 1.2f;
   static BlockMeans means(const float* c) {
     return {mean_of_2(c - 4), mean_of_2(c - 2), mean_of_2(c + 1), mean_of_2(c + 3)};
   }
 };
 struct At1000 {
-  static constexpr int halfWindow = 9;
+  static constexpr int half_window = 9;
   static constexpr float gain = 1.0909091f;
   static BlockMeans means(const float* c) {
     return {mean_of_4(c - 9), mean_of_4(c - 5), mean_of_4(c + 2), mean_of_4(c + 6)};
   }
 };
 struct At2000 {
-  static constexpr int halfWindow = 19;
+  static constexpr int half_window = 19;
   static constexpr float gain = 1.0434783f;
   static BlockMeans means(const float* c) {
     return {mean_of_8(c - 19), mean_of_8(c - 11), mean_of_8(c + 4), mean_of_8(c + 12)};
@@ -97,17 +98,17 @@ void velocities_at(const float* x, const float* resolutions, int count, float* v
   for (int i = 0; i < count; ++i) {
     velocities[i] = is_present(resolutions[i]) ? velocities[i] : MISSING_DATA;
   }
-  leave_out_incomplete(x, Rate::halfWindow, count, velocities);
+  leave_out_incomplete(x, Rate::half_window, count, velocities);
 }
 
 struct RateModel {
-  int halfWindow;
+  int half_window;
   void (*velocities)(const float* x, const float* resolutions, int count, float* velocities);
   void (*fastVelocities)(const float* x, const float* resolutions, int count, float* velocities);
 };
 
 template <class Rate>
-constexpr RateModel model_of = {Rate::halfWindow, velocities_at<Rate, false>,
+constexpr RateModel model_of = {Rate::half_window, velocities_at<Rate, false>,
                                 velocities_at<Rate, true>};
 
 const RateModel& model_at(float rate) {
@@ -142,7 +143,7 @@ void calc_velocities_non_falcon(bool fast, const float* x, const float* resoluti
 }
 
 int falcon_half_window(float samples_per_second) {
-  return model_at(samples_per_second).halfWindow;
+  return model_at(samples_per_second).half_window;
 }
 
 float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_samples, float xres,

@@ -19,7 +19,7 @@ float calcVelocity_falcon(bool use_fast_velocity, const float* xd, int total_sam
                           float samples_per_second);
 
 // Both also for `count` positions in a row, `x` the first of them: velocity_reach more can be read
-// before the first and behind the last. `resolutions`: units per degree at each, MISSING_DATA where
+// before the first and after the last. `resolutions`: units per degree at each, MISSING_DATA where
 // no velocity is to be had. The results are the same, bit by bit.
 constexpr int velocity_reach = 19;
 void calc_velocities_non_falcon(bool fast, const float* x, const float* resolutions, int count,

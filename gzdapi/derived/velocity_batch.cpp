@@ -1,3 +1,4 @@
+// The resolutions of a batch, then its velocities, one kind and eye after the other.
 #include "derived/velocity_batch.h"
 
 #include <algorithm>

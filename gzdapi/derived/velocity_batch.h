@@ -49,9 +49,9 @@ constexpr std::size_t velocity_kind_count = std::size(velocity_kinds);
 // One eye's positions, by type.
 using SeriesOfEye = std::array<PairSeries, position_types>;
 
-// Velocities of one kind and one eye, of `count` samples in a row, at most VelocityBatch::LENGTH.
-// `positions` can be read over velocity_reach to either side as well; `own` are the resolutions
-// that the samples hold.
+// Velocities of one kind and one eye, of `count` samples in a row, at most
+// VelocityBatch::batch_length. `positions` can be read over velocity_reach to either side as well;
+// `own` are the resolutions that the samples hold.
 void compute_velocities(const VelocityKind& kind, const VelocitySettings& settings,
                         PairsFrom positions, PairsFrom own, int count, float* xvel, float* yvel);
 

@@ -1,4 +1,5 @@
-// One entry of the index: where a record lies, what it is, when it happened. 16 bytes.
+// An entry of the index as it is handed out: where a record lies, what it is, when it happened. The
+// index itself holds it in fewer bytes: see item_list.h.
 #ifndef GZDAPI_GZDITEM_H
 #define GZDAPI_GZDITEM_H
 
@@ -9,7 +10,7 @@ namespace gzd {
 
 // Places of entries that the reader made itself and that have no record on disk.
 constexpr INT64 position_of_dummy = -1;
-// No entry lies behind this place.
+// No entry lies after this place.
 constexpr INT64 largest_position = 0xFFFFFFFE;
 
 enum ItemSide : UINT16 { SIDE_NONE = 0, SIDE_LEFT = 1, SIDE_RIGHT = 2 };
@@ -33,7 +34,7 @@ class GZDItem {
   explicit GZDItem(Recording* block)
       : placeInFile_(1), mDetailType_(GZD_RECORDING), lastTag_(0), recording(block) {}
 
-  // Of the record's body, just behind its tag word; 0 for boundaries.
+  // Of the record's body, just after its tag word; 0 for boundaries.
   [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile_} - 1; }
   // Of the record with its tag word; -1 for entries without one.
   [[nodiscard]] INT64 getRecordPlace() const {

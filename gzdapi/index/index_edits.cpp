@@ -1,3 +1,4 @@
+// Edits are sorted by place, then merged with the list while both are walked once.
 #include "index/index_edits.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Entries put into words and taken out of them, and the bits that mark landmarks.
 #include "index/item_list.h"
 
 #include <algorithm>
@@ -37,7 +38,7 @@ ItemList::Packed ItemList::pack(const GZDItem& item) {
     return packSmallEvent(item, events_.size() - 1);
   }
   others_.push_back(item);
-  return {UINT64{others_.size() - 1} << other_shift | event_or_other_bit | other_bit};
+  return {UINT64{others_.size() - 1} << other_shift | no_event_bit | no_sample_bit};
 }
 
 bool ItemList::isSmallEvent(const GZDItem& item) const {
@@ -46,7 +47,7 @@ bool ItemList::isSmallEvent(const GZDItem& item) const {
 
 ItemList::Packed ItemList::packSmallEvent(const GZDItem& item, std::size_t number) const {
   return {(item.getTimeStamp() - eventBase_) << stamp_shift | UINT64{number} << event_shift |
-          UINT64{item.getMarks()} << mark_shift | other_bit};
+          UINT64{item.getMarks()} << mark_shift | no_sample_bit};
 }
 
 void ItemList::set(std::size_t place, const GZDItem& item) {

@@ -132,7 +132,7 @@ class ItemList {
     set(place, item);
   }
 
-  // ---- landmarks ----
+  // ---- landmarks --------------------------------------------------------------------------------
   // They stay until entries are added, moved or removed.
   [[nodiscard]] Landmarks landmarks() const {
     if (!marksKnown_) findLandmarks();
@@ -163,7 +163,7 @@ class ItemList {
   // To be called when the entries from `first` up to `last` were given another order.
   void orderChanged(std::size_t first, std::size_t last);
 
-  // ---- entries as they are kept ----
+  // ---- entries as they are kept -----------------------------------------------------------------
   [[nodiscard]] GZDItem unpack(Packed entry) const {
     if (!isPlain(entry)) return isEvent(entry) ? unpackEvent(entry) : otherOf(entry);
     GZDItem item(positionOf(entry), GZD_SAMPLE, SIDE_NONE, 0, stampOf(entry));
@@ -177,12 +177,21 @@ class ItemList {
   [[nodiscard]] const std::vector<Packed>& packed() const { return entries_; }
 
  private:
-  // From the lowest bit:
-  //   sample   0, two marks, place in the file plus 1 (31 bits, 0 for none), stamp less the base
-  //   event    01, two marks, number of the event (30 bits), stamp less the events' base
-  //   other    11, number of the other
-  static constexpr UINT64 other_bit = 1;
-  static constexpr UINT64 event_or_other_bit = 2;
+  // The word of an entry, its highest bit on the left:
+  //
+  //   63             34 33                        3  2  1  0
+  //  +-----------------+---------------------------+--+--+--+
+  //  | stamp less base | place in the file plus 1  | R| L| 0|  sample; place 0: filled in
+  //  +-----------------+------------------------+--+--+--+--+
+  //  | stamp less base | number of the event    |marks| 0| 1|  event or message, see SmallEvents
+  //  +-----------------+------------------------+-----+--+--+
+  //  | number of the entry in `others_`               | 1| 1|  what fits into neither
+  //  +------------------------------------------------+--+--+
+  //
+  // L and R: the left and the right eye is inside a blink. marks: as in GZDItem, from mark_shift
+  // on. Samples and events have a base each.
+  static constexpr UINT64 no_sample_bit = 1;
+  static constexpr UINT64 no_event_bit = 2;
   static constexpr UINT64 in_left_blink = 2;
   static constexpr UINT64 in_right_blink = 4;
   static constexpr int position_shift = 3;
@@ -198,9 +207,9 @@ class ItemList {
   static constexpr int other_shift = 2;
   static constexpr std::size_t word_bits = 64;  // of a word of landmarks
 
-  static bool isPlain(Packed entry) { return (entry.word & other_bit) == 0; }
+  static bool isPlain(Packed entry) { return (entry.word & no_sample_bit) == 0; }
   static bool isEvent(Packed entry) {
-    return (entry.word & (other_bit | event_or_other_bit)) == other_bit;
+    return (entry.word & (no_sample_bit | no_event_bit)) == no_sample_bit;
   }
   static std::size_t eventNumber(Packed entry) {
     return static_cast<std::size_t>(entry.word >> event_shift & (event_limit - 1));
@@ -240,7 +249,7 @@ class ItemList {
   static std::size_t firstBit(UINT64 word) {
     return static_cast<std::size_t>(std::countr_zero(word));
   }
-  // The same behind a word of landmarks.
+  // The same after a word of landmarks.
   [[nodiscard]] std::size_t landmarkBehindWord(std::size_t number, std::size_t end) const;
   void putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const;
   [[nodiscard]] bool areLandmarks(std::size_t first, std::size_t last) const;
@@ -253,7 +262,7 @@ class ItemList {
   UINT64 base_ = no_base;
   UINT64 eventBase_ = no_base;
 
-  mutable std::vector<UINT64> marks_;  // a bit a place; 0 behind the end
+  mutable std::vector<UINT64> marks_;  // a bit a place; 0 past the end
   mutable bool marksKnown_ = true;
   mutable bool rising_ = true;
   mutable UINT64 risingFrom_ = 0;  // samples added from here on go on rising

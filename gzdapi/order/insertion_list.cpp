@@ -1,3 +1,4 @@
+// Looks for the last chunk that stops an entry, then for the place in it.
 #include "order/insertion_list.h"
 
 #include <algorithm>
@@ -98,7 +99,7 @@ void InsertionList::insert(const SortEntry& entry, const ItemOrder& before) {
   chunk.insertAt(chunk.placeOf(entry, before), entry, before);
 }
 
-// Moves the second half of a chunk to a new one behind it.
+// Moves the second half of a chunk to a new one after it.
 void InsertionList::split(std::size_t position, const ItemOrder& before) {
   const std::size_t number = newChunk();
   Chunk& chunk = chunks_[order_[position]];

@@ -1,4 +1,4 @@
-// A list into which entries are inserted, each behind the last entry that it does not come before.
+// A list into which entries are inserted, each after the last entry that it does not come before.
 // The list is held in chunks, each with a summary that tells whether it holds such an entry, so
 // that an insertion glances at chunks instead of stepping over entries.
 #ifndef GZDAPI_INSERTION_LIST_H
@@ -38,7 +38,7 @@ class InsertionList {
     Summary summary;
 
     void insertAt(std::size_t place, const SortEntry& entry, const ItemOrder& before);
-    // The place behind the last entry that stops the given one.
+    // The place after the last entry that stops the given one.
     [[nodiscard]] std::size_t placeOf(const SortEntry& entry, const ItemOrder& before) const;
   };
 

@@ -1,3 +1,5 @@
+// The steps of std::sort, whose outcome they share for every comparison; its last pass is done in a
+// list where it would take many steps.
 #include "order/introsort.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Which class an item belongs to, and a table of which class comes first at one stamp.
 #include "order/sort_entry.h"
 
 #include <algorithm>

@@ -9,8 +9,8 @@
 
 namespace gzd {
 
-// Items of one class stand alike to those of any other. The two guards lie before and behind every
-// item whatever its stamp; each eye's blinks are classes of their own, behind the last of these.
+// Items of one class stand alike to those of any other. The two guards lie before and after every
+// item whatever its stamp; each eye's blinks are classes of their own, after the last of these.
 enum class SortClass : byte {
   LowGuard,
   HighGuard,

@@ -1,3 +1,4 @@
+// Looks whether a window has one order only, and moves what comes late to its place.
 #include "order/strict_order.h"
 
 #include <algorithm>

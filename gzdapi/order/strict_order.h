@@ -17,8 +17,8 @@ class StrictOrder {
   // `comparison` tells whether an entry comes before another one.
   StrictOrder(ItemList& list, Comparison comparison) : items_(list), comesBefore_(comparison) {}
 
-  // Whether the entries from `first` up to `last`, which are not none, have only one order, and
-  // stand in it: of any two, one comes first. Also false when too many are of one stamp.
+  // Whether the entries from `first` up to `last`, at least one, have only one possible order and
+  // stand in it: of any two, one comes first. Also false when too many share one stamp.
   [[nodiscard]] bool isStrict(std::size_t first, std::size_t last) const;
 
   // Puts them into that order. Returns false, and changes nothing, when there is more than one, or

@@ -77,7 +77,7 @@ class Windows {
 
   [[nodiscard]] std::size_t first() const { return begin_; }
   [[nodiscard]] std::size_t last() const { return std::min(begin_ + length_, count_); }
-  // Goes on to the next window; false behind the last one.
+  // Goes on to the next window; false past the last one.
   bool next() {
     if (last() == count_) return false;
     begin_ += sort_window - sort_overlap;

@@ -1,4 +1,4 @@
-// The queue is read in batches ahead of the walk. A batch goes on behind the newest sample when the
+// The queue is read in batches ahead of the walk. A batch goes on after the newest sample when the
 // wanted one belongs to the same run, dropping the oldest 128 first; else it starts afresh, up to
 // 64 samples before the wanted one. It ends at the end of the run or when the queue is full.
 //
@@ -137,7 +137,7 @@ int SampleQueue::findSample(UINT32 wanted) {
     batchReadSample(wanted);
     slot = holds(wanted) ? slotOfStamp(wantedStamp) : -1;
   }
-  // A leap can end in the last slots of a full queue, without a whole window behind it.
+  // A leap can end in the last slots of a full queue, without a whole window after it.
   const bool lacksWindow = sqsize_ == series_capacity && slot + window_middle >= series_capacity &&
                            isFoundByArithmetic(slot);
   if (slot < 0 || lacksWindow) {

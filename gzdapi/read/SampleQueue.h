@@ -17,7 +17,7 @@ class SampleSource {
  public:
   virtual ~SampleSource() = default;
   // Decodes the sample entry at `index`. Throws GZDException when it cannot be read. Pupil sizes
-  // that the record does not hold are whatever.
+  // that the record does not hold may have any value.
   virtual void readQueueSample(UINT32 index, Sample& sample) = 0;
   // Stamps from one sample to the next in the block around an entry; 0 outside blocks.
   virtual int stampsPerSampleAt(UINT32 index) = 0;
@@ -35,7 +35,7 @@ class SampleQueue {
 
   // The slot of the entry at `wanted`, read from the file when it is not held yet. The sample of
   // another entry with the same stamp may stand for it: see entry(). Throws GZDException when a
-  // sample, this or one behind it, cannot be read.
+  // sample, this or one after it, cannot be read.
   int getSample(UINT32 wanted) {
     return isNextInOrder(wanted) ? ++latest_ : (latest_ = findSample(wanted));
   }
@@ -72,7 +72,7 @@ class SampleQueue {
     float pa[2] = {};
   };
   static constexpr int eye_count = 2;
-  // A wanted sample that arithmetic finds at or behind this slot has too few samples behind it. One
+  // A wanted sample that arithmetic finds at or after this slot has too few samples after it. One
   // that only a search finds gets no whole window in any case.
   static constexpr int slot_near_the_end = 448;
   // A wanted sample before this slot may have too few samples before it.
@@ -88,7 +88,7 @@ class SampleQueue {
   [[nodiscard]] bool holds(UINT32 entry) const {
     return sqsize_ > 0 && entry >= firstEntry_ && entry <= lastEntry_;
   }
-  // Whether the slot behind the one given last is the wanted one, with a whole window around it.
+  // Whether the slot after the one given last is the wanted one, with a whole window around it.
   [[nodiscard]] bool isNextInOrder(UINT32 wanted) const {
     const int next = latest_ + 1;
     return next < sqsize_ && next < slot_near_the_end && entry(next) == wanted &&

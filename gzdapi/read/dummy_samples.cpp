@@ -1,3 +1,4 @@
+// Finds the recorded neighbour of a filled-in sample, and takes its kind over.
 #include "read/dummy_samples.h"
 
 #include "record/sample_decoder.h"
@@ -13,7 +14,8 @@ bool is_recorded(const GZDItem& item) {
 
 }  // namespace
 
-// The nearest recorded sample before a dummy in its block, else after it; NONE when there is none.
+// The nearest recorded sample before a dummy in its block, else after it; no_sample when there is
+// none.
 UINT32 DummySamples::recordedSampleNear(UINT32 itemIndex) {
   if (itemIndex >= model_.first && itemIndex <= model_.last) return model_.recorded;
   const UINT32 begin = stretches_.at(itemIndex).begin;

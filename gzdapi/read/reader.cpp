@@ -1,6 +1,6 @@
 // A record is decoded anew each time it is asked for, with the parameters of the block it stands
 // in. Samples whose velocities are wanted come through the sample queue, which reads ahead; others
-// are decoded straight into the record, whose presets stay from one sample to the next. Behind such
+// are decoded straight into the record, whose presets stay from one sample to the next. After such
 // a sample begins a run: where its like lie in the stream's window, block and parameters are known.
 #include "read/reader.h"
 

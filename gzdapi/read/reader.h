@@ -39,7 +39,7 @@ class Reader : public SampleSource {
   // The record of the entry at `itemIndex`, valid until the next call; null, logged, for an entry
   // that cannot be read. `reports`: fields of an event that are not known go to the console.
   ALLF_DATA* getFloatData(UINT32 itemIndex, bool reports = true);
-  // The same of nearly every sample behind another one, quickly; null, with nothing done, for
+  // The same of nearly every sample after another one, quickly; null, with nothing done, for
   // any other entry.
   ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
     const ItemList& items = index_.gzdItemList;

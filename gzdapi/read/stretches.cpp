@@ -1,3 +1,4 @@
+// Finds the recording entries on either side of an entry.
 #include "read/stretches.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Whether the times of a record move, and the move.
 #include "read/time_shift.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The text of a message, and the report of types that are not known.
 #include "record/EData.h"
 
 #include "base/log.h"

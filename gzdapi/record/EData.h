@@ -28,7 +28,7 @@ struct MessageText {
   LSTRING* asLString() { return reinterpret_cast<LSTRING*>(this); }
 };
 
-// The text behind an LSTRING up to its first NUL; empty without one.
+// The text after an LSTRING up to its first NUL; empty without one.
 std::string_view text_of(const LSTRING* message);
 
 class EData : public FEVENT {

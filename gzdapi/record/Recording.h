@@ -19,7 +19,7 @@ class Recording : public RECORDINGS {
   [[nodiscard]] bool timeCollisionDetected() const { return time_collision_detected; }
 
   // The stamp by which the boundary is ordered; of colliding blocks, a start lies 3 and an end 1
-  // behind its own.
+  // after its own.
   [[nodiscard]] UINT64 getTime() const {
     if (!time_collision_detected) return timestamp;
     return timestamp + (isStart() ? 3 : 1);

@@ -1,5 +1,5 @@
 // The format of event records: the one-byte codes in front of the values, and what is special in
-// the words behind them.
+// the words after them.
 #ifndef GZDAPI_EVENT_FIELDS_H
 #define GZDAPI_EVENT_FIELDS_H
 

@@ -1,3 +1,4 @@
+// How a record that cannot be read is logged.
 #include "record/record_stream.h"
 
 #include "base/log.h"

@@ -1,3 +1,4 @@
+// Works the places of fields out once a tag; then decodes by them, without a question a field.
 #include "record/sample_layout.h"
 
 namespace gzd {
@@ -47,7 +48,7 @@ void decode_values(const byte* body, const SampleLayout& layout, FSAMPLE& sample
     decode_sizes(body + layout.pupilSizes, layout, sample.pa, Plain());
 }
 
-// Words behind those recorded are 0. All eight lie in the longest fixed part.
+// Words after those recorded are 0. All eight lie in the longest fixed part.
 void decode_head_data(const byte* at, FSAMPLE& sample) {
   sample.htype = *at;
   UShorts8 words;

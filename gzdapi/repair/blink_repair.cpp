@@ -94,7 +94,7 @@ void markSamplesInsideBlink(Index& index) {
       });
     }
   };
-  std::size_t behind = 0;  // the place behind the landmark before
+  std::size_t behind = 0;  // the place after the landmark before
   for (const Landmark landmark : index.landmarks()) {
     mark(behind, landmark.place);
     behind = landmark.place + std::size_t{1};

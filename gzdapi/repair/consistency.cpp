@@ -4,7 +4,7 @@
 //    start share their time, the two boundaries change places); starts and ends of blinks are
 //    paired, and a blink whose start lies before the block gets one at the block's start.
 // 3. With repairs: sort, merge blinks inside saccades, mark the samples inside blinks.
-// 4. Configuration messages that fell into the block before theirs move behind its end.
+// 4. Configuration messages that fell into the block before theirs move to after its end.
 // No step inserts or erases in the middle: edits are collected and carried out in one pass.
 
 #include "repair/consistency.h"
@@ -31,7 +31,7 @@ std::size_t eye_of(const GZDItem& item) {
   return static_cast<std::size_t>(item.getEye());
 }
 
-// ---- eye events outside blocks -----------------------------------------------------------------
+// ---- eye events outside blocks ------------------------------------------------------------------
 
 class OutsideEvents {
  public:
@@ -88,12 +88,12 @@ class OutsideEvents {
   bool changed_ = false;
   std::vector<UINT32> pending_;  // places of starts that wait for the next block
   bool startSeen_ = false;
-  bool outside_ = false;  // behind the end of a block
+  bool outside_ = false;  // past the end of a block
   UINT64 endStamp_ = 0;
   bool blinkStarted_ = false;
 };
 
-// ---- the walk over blocks ----------------------------------------------------------------------
+// ---- the walk over blocks -----------------------------------------------------------------------
 
 // An entry that the walk remembers: its place in the list, and the index that it has in the list
 // as edited so far.
@@ -112,7 +112,7 @@ class BlockWalk {
   BlockWalk(Index& list, bool repairs) : index_(list), items_(list.gzdItemList), repair_(repairs) {}
 
   void run() {
-    UINT32 behind = 0;  // the place behind the landmark before
+    UINT32 behind = 0;  // the place after the landmark before
     for (const Landmark mark : index_.landmarks()) {
       examineSamples(behind, mark.place);
       examine(mark);
@@ -216,7 +216,7 @@ class BlockWalk {
       closeOrKeep(eye, place);
     } else if (pending_ && lastStart_) {
       insertStart(eye, place);
-      startBlink(place);  // once more, now behind the inserted start
+      startBlink(place);  // once more, now after the inserted start
     } else {
       eye.startOpen = true;
     }

@@ -1,3 +1,4 @@
+// Pairs starts with ends in index order, by kind and eye.
 #include "repair/event_pairing.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The start record of a fixation can carry a time behind the fixation's end. The end record tells
+// The start record of a fixation can carry a time past the fixation's end. The end record tells
 // when the fixation began: its start entry moves there, or to the start of its block when the end
 // record's time lies before that.
 #include "repair/fixation_repair.h"

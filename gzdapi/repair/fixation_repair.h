@@ -1,4 +1,4 @@
-// Fixations whose recorded start lies behind their end.
+// Fixations whose recorded start lies past their end.
 #ifndef GZDAPI_FIXATION_REPAIR_H
 #define GZDAPI_FIXATION_REPAIR_H
 

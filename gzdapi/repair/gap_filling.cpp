@@ -190,7 +190,7 @@ class PeriodCount {
   explicit PeriodCount(const Index& entries) : index_(entries) {}
 
   void run() {
-    std::size_t behind = 0;  // the place behind the landmark before
+    std::size_t behind = 0;  // the place after the landmark before
     for (const Landmark mark : index_.landmarks()) {
       countSamples(behind, mark.place);
       behind = mark.place + std::size_t{1};

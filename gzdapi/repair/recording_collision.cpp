@@ -3,7 +3,7 @@
 //
 // 1. Is there a collision at all?
 // 2. Walk the index: from the first configuration message of a block on, its messages are held
-//    back, and put down again right behind the end of the block.
+//    back, and put down again right after the end of the block.
 
 #include "repair/recording_collision.h"
 

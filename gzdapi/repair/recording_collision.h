@@ -13,7 +13,7 @@ namespace gzd {
 using MessageReader = std::function<std::string_view(UINT32 itemIndex)>;
 
 // When any two recording boundaries lie less than 3 ms apart, moves the configuration messages at
-// the end of a block, and all messages of the block behind them, behind the block's end: they
+// the end of a block, and all messages of the block after them, past the block's end: they
 // belong to the next block. The list stays as it is while messages are read.
 void move_colliding_configurations(Index& index, const MessageReader& messageText);
 

@@ -1,3 +1,4 @@
+// One walk over the ordered index: what blocks lack, and events without a partner.
 #include "repair/soundness.h"
 
 #include <array>
@@ -14,7 +15,7 @@ class BlockExamination {
   explicit BlockExamination(Index& entries) : index_(entries) {}
 
   void run() {
-    UINT32 behind = 0;  // the place behind the landmark before
+    UINT32 behind = 0;  // the place after the landmark before
     for (const Landmark mark : index_.landmarks()) {
       if (behind < mark.place) newest_ = found_at(index_.gzdItemList.stampAt(mark.place - 1));
       behind = mark.place + 1;

@@ -1,3 +1,4 @@
+// Tells pieces by their markers, and gathers the texts of a group.
 #include "scan/long_message.h"
 
 namespace gzd {

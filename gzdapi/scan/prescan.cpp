@@ -151,7 +151,7 @@ class Scan {
     }
   }
 
-  // What lies behind the closing tag is not read.
+  // What lies after the closing tag is not read.
   void endAtTag() {
     ended_ = true;
     if (!hasStopped_) stopAt(GZD_FINDING_UNREAD, file_.getFilePos());
@@ -180,7 +180,7 @@ class Scan {
     index_.maxTime = std::max(index_.maxTime, std::max(firstTime, lastTime));
   }
 
-  // Whether the scan goes on behind the record at `position`.
+  // Whether the scan goes on after the record at `position`.
   void notePosition(INT64 position) {
     if (position <= last_position) return;
     print_log(
@@ -198,7 +198,7 @@ class Scan {
     stopAt(file_.eof() ? GZD_FINDING_CUT : GZD_FINDING_DAMAGE, recordStart_);
   }
 
-  // ---- events ----
+  // ---- events -----------------------------------------------------------------------------------
 
   void readEvent(INT64 position) {
     const UINT16 tag = state_.last_tag;
@@ -289,7 +289,7 @@ class Scan {
            type == GZD_START_FIXATION;
   }
 
-  // ---- samples ----
+  // ---- samples ----------------------------------------------------------------------------------
 
   // Nearly every record is a sample like the one before, at the regular distance, and whole in the
   // window: reads as many of them as there are. Returns false when the next record is another.
@@ -386,7 +386,7 @@ class Scan {
         .because({.reason = ENOMEM});
   }
 
-  // ---- the whole index ----
+  // ---- the whole index --------------------------------------------------------------------------
 
   void finish() {
     if (options_.fixConsistency) fixations_.repair(index_);

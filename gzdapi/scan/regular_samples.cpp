@@ -1,3 +1,4 @@
+// Steps from record to record in memory for as long as tag and distance stay.
 #include "scan/regular_samples.h"
 
 namespace gzd {
@@ -46,7 +47,7 @@ RegularRun read_samples(const RegularSamples& expected, ItemList* items) {
     const byte* const body = record + sizeof(UINT16);
     const UINT32 next = recorded_time(body, time, layout);
     const UINT64 stamp = stamp_of_time(next) + (next == time ? 1 : 0);
-    // The step to one that falls is large, too.
+    // A stamp that falls wraps to a large unsigned step, and ends the run too.
     if (stamp - stampBefore - 1 >= largestStep) break;
     if (hasBlocks && !expected.blocks.isAt(body + length_with_head_data(body, layout))) break;
     if (items != nullptr) items->addSample(position + (body - start), stamp);

@@ -22,7 +22,7 @@ struct RegularSamples {
 
 // What was found.
 struct RegularRun {
-  const byte* end;     // behind the last record
+  const byte* end;     // past the last record
   const byte* newest;  // the body of the last record; null when there was none
   UINT32 time;         // of the newest sample
   UINT32 timeBefore;   // of the one before it

@@ -4,7 +4,7 @@
 // 4. Dump the bytes here.
 // 5. Search for the next position with a known header word; dump the bytes there.
 // Either way the data time is that of the item before when the next one is compared with it. What
-// lies behind the end of the stream is dumped as 0, and a search that comes there ends, both
+// lies past the end of the stream is dumped as 0, and a search that comes there ends, both
 // without a line. The position is then that of the start: the trace only watches. The search goes
 // forward byte by byte. Its result holds for all positions up to the one found, so that a whole
 // file costs one search through it.
@@ -100,7 +100,7 @@ class Tracer {
     dumpAt(d_.goodPos);
   }
 
-  // The byte behind the dump is 0.
+  // The byte after the dump is 0.
   void dumpAt(INT64 position) {
     d_.data_block.assign(static_cast<std::size_t>(d_.data_dump_size) + 1, 0);
     file_.seek(position);

@@ -37,7 +37,7 @@ struct DebugParaT {
 
 // Traces the item whose tag was just read: `tag` is 0 for an event, 1 for a sample, anything else
 // for the end or an error. An item with an unknown header word, or an end with much of the file
-// behind it, is written to the trace with the bytes there and at the next known header word. The
+// after it, is written to the trace with the bytes there and at the next known header word. The
 // stream is left where it was; a time that cannot be read is logged and ends the trace of this item
 // only. Returns 0.
 int troubleshootScan(InputStream& file, DebugParaT& d, int tag);

@@ -1,3 +1,4 @@
+// Reads that reach past the window, and the window that slides over a file.
 #include "stream/MVIO.h"
 
 #include <algorithm>
@@ -25,7 +26,7 @@ constexpr std::size_t buffer_size = history_bytes + 2 * largest_read;
 
 }  // namespace
 
-// ---- reads over the window ---------------------------------------------------------------------
+// ---- reads over the window ----------------------------------------------------------------------
 
 int InputStream::getRawData(void* buffer, int count) {
   byte* target = static_cast<byte*>(buffer);

@@ -94,11 +94,11 @@ class InputStream {
     const INT64 length = limit_ - windowStart_;
     return {windowStart_, length, limitPos_ - length};
   }
-  // How many bytes of the window lie behind the position.
+  // How many bytes of the window lie after the position.
   [[nodiscard]] std::size_t available() const { return static_cast<std::size_t>(limit_ - cursor_); }
 
  protected:
-  // Brings more bytes behind the cursor, at least `count` in all when the stream has them. Returns
+  // Brings more bytes after the cursor, at least `count` in all when the stream has them. Returns
   // false when it does not.
   virtual bool refill(std::size_t count) = 0;
 
@@ -154,7 +154,7 @@ class LString {
  public:
   LString(const byte* text, std::size_t length) : bp_(text), left_(length) {}
 
-  // The next four bytes as a big-endian float, no value mapped; 0 behind the end.
+  // The next four bytes as a big-endian float, no value mapped; 0 past the end.
   float getFloat() {
     if (left_ < sizeof(float)) return 0.0f;
     const float value = load_be_float(bp_);
@@ -162,7 +162,7 @@ class LString {
     left_ -= sizeof(float);
     return value;
   }
-  // The next byte; 0 behind the end.
+  // The next byte; 0 past the end.
   byte getByte() {
     if (left_ == 0) return 0;
     --left_;

@@ -1,3 +1,4 @@
+// Tells plain from compressed by the magic line, and reads the facts of the preamble.
 #include "stream/container.h"
 
 #include <cerrno>
@@ -45,7 +46,7 @@ bool is_line(string_view line, string_view words) {
   throw GZDException("End of file Exception").because(file.getReadError());
 }
 
-// The number behind a prefix of a line, or `fallback` when there is none or it is 0.
+// The number after a prefix of a line, or `fallback` when there is none or it is 0.
 INT16 number_behind(string_view line, std::size_t prefix, INT16 fallback) {
   const std::string digits(line.substr(prefix));
   const INT16 number = static_cast<INT16>(std::strtol(digits.c_str(), nullptr, 10));

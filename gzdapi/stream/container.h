@@ -20,7 +20,7 @@ class Preamble {
   // Reads the lines up to "ENDP:". Throws GZDException, logged first, when the stream ends before.
   void read(InputStream& file);
 
-  // Every line behind "** ", its newline kept; at most 1999 characters.
+  // Every line after "** ", its newline kept; at most 1999 characters.
   std::string preText;
   INT16 revision = 0;        // of the file format
   INT16 ovilo_revision = 1;  // tracker generation

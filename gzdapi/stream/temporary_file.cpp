@@ -1,3 +1,4 @@
+// A file loses its name as soon as it is open.
 #include "stream/temporary_file.h"
 
 #include <fcntl.h>

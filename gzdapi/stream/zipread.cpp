@@ -1,3 +1,4 @@
+// Inflates piece by piece; what a damaged stream gave before the damage is kept.
 #include "stream/zipread.h"
 
 #include <zlib.h>

@@ -13,7 +13,7 @@ constexpr int uncompress_data_error = -3;  // damaged, cut, or in need of a pres
 constexpr int uncompress_no_memory = -4;
 
 // Inflates the zlib stream at the current position of `in` to the current position of `out`. `in`
-// is left behind what was used of it; what follows the stream is ignored. What would lie beyond the
+// is left after what was used of it; what follows the stream is ignored. What would lie beyond the
 // last position that a recording is read at is not inflated. Returns one of the results above, or
 // zlib's own when it cannot start.
 int do_uncompress(FILE* in, FILE* out);

@@ -59,7 +59,7 @@ class LogMerge {
 
   // Back to the first message of the log.
   void rewind() { placeLog(0, readLogId_); }
-  // Behind the last message of the log.
+  // Past the last message of the log.
   void skipLog() { placeLog(static_cast<int>(log_.messages().size()), readLogId_); }
   // Moves the walk to the element at `place`: its block is that of the walk, and the log goes on at
   // its time.
@@ -130,7 +130,7 @@ class LogMerge {
   TextReader textOf_;
 
   int logIdx_ = 0;      // the message of the log that comes next; negative: to be found
-  int readLogId_ = -1;  // `logIdx` behind the message that was read for the element just announced
+  int readLogId_ = -1;  // `logIdx` after the message that was read for the element just announced
   bool isFromLogFile_ = false;
   static constexpr UINT32 no_element = 0xFFFFFFFFu;
   UINT32 examinedElement_ = no_element;  // the element last asked whether it is a sync message

@@ -230,7 +230,7 @@ void MessageLog::readText(INT64 textPos) {
                      std::fgets(buffer, sizeof buffer, xinfile_.get()) != nullptr;
   const int reason = errno;
   const bool atEnd = std::feof(xinfile_.get()) != 0;
-  // The closing line of a complete log stands behind every message: one at the end has shrunk.
+  // The closing line of a complete log stands after every message: one at the end has shrunk.
   if (atEnd ? loadEYELOG_ : !found) {
     throw GZDException("The message log cannot be read")
         .because({atEnd ? ENODATA : reason, SystemError::Place::MessageLog});

@@ -24,7 +24,7 @@ constexpr UINT64 largest_log_time = 0xFFFFFFFF;
 // One line of the log.
 struct LogMsg {
   UINT64 time;    // ms of the tracker's clock
-  INT64 filePos;  // of its text, just behind the number in front
+  INT64 filePos;  // of its text, just after the number in front
 };
 
 // One sync line.

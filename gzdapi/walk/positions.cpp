@@ -1,6 +1,6 @@
 // findIndex is a binary search that narrows the range to two neighbours: an entry in the middle
 // with a greater stamp ends the range, any other begins it, and a sample hit on the way is the
-// answer. Of the last two, the first decides: the second is handed out only behind a sample.
+// answer. Of the last two, the first decides: the second is handed out only after a sample.
 
 #include "walk/positions.h"
 
@@ -9,7 +9,7 @@
 
 namespace gzd {
 
-// ---- bookmarks ---------------------------------------------------------------------------------
+// ---- bookmarks ----------------------------------------------------------------------------------
 
 std::size_t Bookmarks::placeOf(const BOOKMARK* bm) const {
   if (bm == nullptr) return nowhere;
@@ -62,7 +62,7 @@ int Bookmarks::gotoPreviousBookMark() {
   return previous < bookmarks_.size() ? moveTo(previous) : -1;
 }
 
-// ---- searching ---------------------------------------------------------------------------------
+// ---- searching ----------------------------------------------------------------------------------
 
 namespace {
 

@@ -1,10 +1,11 @@
+// Opens and closes trials by marks, by blocks, and at the end.
 #include "walk/trial_walk.h"
 
 #include "base/log.h"
 
 namespace gzd {
 
-// ---- the two actions ---------------------------------------------------------------------------
+// ---- the two actions ----------------------------------------------------------------------------
 
 void TrialWalk::open(UINT32 place, UINT32 time) {
   trials_.emplace_back(static_cast<int>(place), time);
@@ -37,7 +38,7 @@ void TrialWalk::leaveTrial() {
   rec_ = nullptr;
 }
 
-// ---- marks -------------------------------------------------------------------------------------
+// ---- marks --------------------------------------------------------------------------------------
 
 void TrialWalk::startMark(UINT32 place, UINT32 time) {
   const bool closed = close(static_cast<int>(place), time);
@@ -51,7 +52,7 @@ void TrialWalk::endMark(UINT32 place, UINT32 time) {
   if (trialStartFound_ && close(static_cast<int>(place) + 1, time)) leaveTrial();
 }
 
-// ---- blocks ------------------------------------------------------------------------------------
+// ---- blocks -------------------------------------------------------------------------------------
 
 void TrialWalk::blockEnd(UINT32 place, bool closesTrial) {
   lastRecIndex_ = static_cast<int>(place);
@@ -98,7 +99,7 @@ void TrialWalk::enterBlock(UINT32 place) {
   rec_ = itemAt(lastRecInfoIndex_).getRecording();
 }
 
-// ---- the end -----------------------------------------------------------------------------------
+// ---- the end ------------------------------------------------------------------------------------
 
 bool TrialWalk::finish() {
   if (!trialIsOpen()) return true;

@@ -67,7 +67,7 @@ class CollectingMark {
 
 }  // namespace
 
-// ---- identifiers -------------------------------------------------------------------------------
+// ---- identifiers --------------------------------------------------------------------------------
 
 void Trials::setTrialIdentifier(char* start, char* end) {
   std::fflush(nullptr);
@@ -87,7 +87,7 @@ void Trials::takeInputValues() {
   print_log("Start Input: %d\n End Input: %d\n", startInput_, endInput_);
 }
 
-// ---- collecting --------------------------------------------------------------------------------
+// ---- collecting ---------------------------------------------------------------------------------
 
 // The trials count as collected at the end only: when memory runs out on the way there are none.
 int Trials::collectTrials() {
@@ -208,7 +208,7 @@ void Trials::rebuildTimes() {
   times_.build(intervals);
 }
 
-// ---- moving ------------------------------------------------------------------------------------
+// ---- moving -------------------------------------------------------------------------------------
 
 int Trials::jumpToTrial(int n) {
   collectIfNeeded();
@@ -262,7 +262,7 @@ UINT32 Trials::firstTrialStartingAt(int itemIndex) const {
              : no_trial;
 }
 
-// ---- looking up by time ------------------------------------------------------------------------
+// ---- looking up by time -------------------------------------------------------------------------
 
 const GZDTrial* Trials::trial_at_time(UINT32 time) {
   collectInPlace();

@@ -30,7 +30,7 @@ struct ReadyCells {
 };
 extern const ReadyCells ready_cells;
 
-// Behind a sum with this no bit of a fraction is left, and the lowest bits are the nearest integer,
+// After a sum with this no bit of a fraction is left, and the lowest bits are the nearest integer,
 // halves to even.
 constexpr double shift = 6755399441055744.0;  // 1.5 * 2^52
 

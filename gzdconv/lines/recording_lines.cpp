@@ -14,8 +14,6 @@ namespace {
 constexpr unsigned position_flags = SMP_PUPIL_POS | SMP_HREF | SMP_GAZE;
 constexpr int resolution_decimals = 2;
 
-constexpr int first_pose_revision = 2;  // of the file format
-
 bool has_samples(const RECORDINGS& record) {
   return record.record_type == GZD_RECORD_SAMPLES || record.record_type == GZD_RECORD_BOTH;
 }

@@ -14,8 +14,6 @@ namespace gzdconv {
 
 namespace {
 
-constexpr int first_pose_revision = 2;  // of the file format
-
 SamplePlan plan;
 
 bool carries_pose_flags(const RunState& state, const FSAMPLE& sample) {

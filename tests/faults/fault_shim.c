@@ -94,7 +94,7 @@ static int fails(const char* call, int error) {
   return 1;
 }
 
-/* The function behind this one. */
+/* The function after this one. */
 static void* next_function(const char* name) {
   void* const function = dlsym(RTLD_NEXT, name);
   if (function == NULL) abort();

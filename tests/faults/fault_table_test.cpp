@@ -4,7 +4,7 @@
 // byte, or the one that was there before; a text that is not made is named on standard error; the
 // files before and after it in the run are converted; and nothing else is left behind.
 //
-// Of a disturbed call each moment is tried, up to the first few dozen; of those behind them ever
+// Of a disturbed call each moment is tried, up to the first few dozen; of those after them ever
 // fewer, or, with GZD_TEST_EXTRAS=1 in the environment, all the same each.
 #include <fcntl.h>
 #include <gtest/gtest.h>

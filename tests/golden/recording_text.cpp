@@ -75,7 +75,7 @@ struct Line {
   bool hasText = false;
 };
 
-// The text whose opening quote is at `place`, which moves behind its closing quote.
+// The text whose opening quote is at `place`, which moves after its closing quote.
 std::string take_text(const std::string& line, std::size_t& place) {
   std::string text;
   while (line.at(++place) != '"') {

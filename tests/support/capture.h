@@ -1,6 +1,6 @@
 // What the converter prints, as strings.
-#ifndef TESTS_GZDCONV_CAPTURE_H
-#define TESTS_GZDCONV_CAPTURE_H
+#ifndef TESTS_SUPPORT_CAPTURE_H
+#define TESTS_SUPPORT_CAPTURE_H
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@ FakeRecording fake;
 namespace {
 
 GZDFILE handle;
-std::size_t place = 0;  // one behind the element announced
+std::size_t place = 0;  // one after the element announced
 ALLF_DATA current;
 std::vector<UINT16> message_room;
 void (*log_function)(const char*) = nullptr;

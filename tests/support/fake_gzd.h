@@ -1,6 +1,6 @@
 // A stand-in for the access library: hands out scripted elements, and tells how it was called.
-#ifndef TESTS_GZDCONV_FAKE_GZD_H
-#define TESTS_GZDCONV_FAKE_GZD_H
+#ifndef TESTS_SUPPORT_FAKE_GZD_H
+#define TESTS_SUPPORT_FAKE_GZD_H
 
 #include <cstring>
 #include <optional>

@@ -1,6 +1,6 @@
 // A small vocabulary for indices made by hand, and for what became of them.
-#ifndef TESTS_GZDAPI_INDEX_BUILDER_H
-#define TESTS_GZDAPI_INDEX_BUILDER_H
+#ifndef TESTS_SUPPORT_INDEX_BUILDER_H
+#define TESTS_SUPPORT_INDEX_BUILDER_H
 
 #include <map>
 #include <memory>

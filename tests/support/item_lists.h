@@ -53,7 +53,7 @@ inline bool landmarks_hold(const gzd::ItemList& list) {
 // The order that is wanted: std::sort by the comparison, window by window. A null place stands for
 // the guards around each window.
 inline void sort_plainly(std::vector<gzd::GZDItem>& items) {
-  using Placed = std::pair<const gzd::GZDItem*, int>;  // -1 before, 1 behind everything
+  using Placed = std::pair<const gzd::GZDItem*, int>;  // -1 before, 1 after everything
   constexpr std::size_t window = 13500, step = 10500, whole = 20000;
   const auto sort_window = [&items](std::size_t first, std::size_t last) {
     std::vector<Placed> placed{{nullptr, -1}};

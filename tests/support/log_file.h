@@ -1,6 +1,6 @@
 // A message log on disk while the object lives.
-#ifndef TESTS_GZDAPI_LOG_FILE_H
-#define TESTS_GZDAPI_LOG_FILE_H
+#ifndef TESTS_SUPPORT_LOG_FILE_H
+#define TESTS_SUPPORT_LOG_FILE_H
 
 #include <gtest/gtest.h>
 #include <unistd.h>

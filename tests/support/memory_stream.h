@@ -1,6 +1,6 @@
 // A stream over bytes in memory. It can end early, and show its bytes in small windows.
-#ifndef TESTS_GZDAPI_MEMORY_STREAM_H
-#define TESTS_GZDAPI_MEMORY_STREAM_H
+#ifndef TESTS_SUPPORT_MEMORY_STREAM_H
+#define TESTS_SUPPORT_MEMORY_STREAM_H
 
 #include <algorithm>
 #include <cstdint>
@@ -20,7 +20,7 @@ class MemoryStream : public InputStream {
                         std::size_t step = 64)
       : bytes(std::move(content)), readAhead(step) {
     bytes.resize(std::min(end, bytes.size()));
-    bytes.shrink_to_fit();  // so that a read behind the end is noticed
+    bytes.shrink_to_fit();  // so that a read past the end is noticed
     windowStart_ = cursor_ = limit_ = bytes.data();
   }
 

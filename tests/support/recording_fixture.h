@@ -1,6 +1,6 @@
 // What tests of whole recordings say: make bytes, open them, walk them, look at the log.
-#ifndef TESTS_GZDAPI_RECORDING_FIXTURE_H
-#define TESTS_GZDAPI_RECORDING_FIXTURE_H
+#ifndef TESTS_SUPPORT_RECORDING_FIXTURE_H
+#define TESTS_SUPPORT_RECORDING_FIXTURE_H
 
 #include <gtest/gtest.h>
 #include <unistd.h>

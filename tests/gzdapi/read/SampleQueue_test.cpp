@@ -150,7 +150,7 @@ TEST(SampleQueue, LookUpIsArithmetic) {
   EXPECT_EQ(queue.getOldSample(10), 0);
   EXPECT_EQ(queue.getOldSample(14), 1);
   EXPECT_EQ(queue.getOldSample(12), -1);
-  // A lost sample: before it guesses from the front are right, behind it those from the back.
+  // A lost sample: before it guesses from the front are right, after it those from the back.
   fill(queue, {10, 12, 16, 18, 20});
   EXPECT_EQ(queue.getOldSample(12), 1);
   EXPECT_EQ(queue.getOldSample(14), -1);
@@ -195,7 +195,7 @@ Sample velocity_of(SampleQueue& queue, Track& track, UINT32 entry,
 }
 
 // Arithmetic finds no sample between two steps that are too short: none there makes the queue read
-// on, the first one behind them does.
+// on, the first one after them does.
 TEST(SampleQueue, OnlyWhatArithmeticFindsNearTheEndReadsOn) {
   Track track;
   track.period = 4;

@@ -22,7 +22,7 @@ using gzdsynth::SampleRecord;
 constexpr UINT32 block_start = 1000;
 
 // A block of samples that move, one a period. With further flags every fifth has those as well, and
-// a message behind it that is late.
+// a message after it that is late.
 void add_block(GzdWriter& w, UINT32 start, int count, double rate, unsigned flags, int prescale,
                unsigned furtherFlags = 0) {
   w.start_block({.time = start,

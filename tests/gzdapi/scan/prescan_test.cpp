@@ -43,7 +43,7 @@ class Scanned {
     return {file.begin() + static_cast<std::ptrdiff_t>(writer.header().size()), file.end()};
   }
 
-  // "[1000" and "]2000" boundaries, "type:stamp" others with "L" or "R" behind, "d" before dummies.
+  // "[1000" and "]2000" boundaries, "type:stamp" others with "L" or "R" after, "d" before dummies.
   [[nodiscard]] std::string describe() const {
     std::string line;
     for (const GZDItem item : index.gzdItemList) {

@@ -11,7 +11,7 @@ using namespace gzd;
 
 namespace {
 
-// A recording and a log whose clock runs 5000 ms behind the tracker's.
+// A recording and a log whose clock runs 5000 ms after the tracker's.
 struct Fixture {
   explicit Fixture(const std::string& logLines)
       : file("0 TRACKER_TIME 1 5000\n" + logLines + "9999 Quit logger\n") {
@@ -66,7 +66,7 @@ TEST(LogMerge, AfterAMoveTheLogIsPositionedAnew) {
   EXPECT_EQ(f.walkAll(), "L:sync L:a 5110 L:b 5210 5298 L:c 5400");
   f.merge.moveTo(2);
   EXPECT_EQ(f.walkAll(), "5298 L:c 5400");
-  // Behind the last message there is none to find.
+  // Past the last message there is none to find.
   f.merge.moveTo(3);
   EXPECT_EQ(f.walkAll(), "5400");
   f.walk.currentData = 0;

@@ -10,7 +10,7 @@ using namespace gzd;
 
 namespace {
 
-// ---- bookmarks ---------------------------------------------------------------------------------
+// ---- bookmarks ----------------------------------------------------------------------------------
 
 struct BookmarkTest : testing::Test {
   BookmarkTest() {
@@ -65,7 +65,7 @@ TEST_F(BookmarkTest, RemovingMovesTheCurrentPlace) {
   EXPECT_EQ(walk.currentData, 5u);
 }
 
-// ---- searching ---------------------------------------------------------------------------------
+// ---- searching ----------------------------------------------------------------------------------
 
 int find(const IndexBuilder& b, UINT32 time) {
   return findIndex(b.index, time * 2, 0, static_cast<int>(b.index.size()) - 1);

@@ -17,7 +17,7 @@ struct Fixture {
     if (!logLines.empty()) file.openIn(log);
   }
 
-  // "start-end@starttime-endtime/duration", "?" behind one without a block.
+  // "start-end@starttime-endtime/duration", "?" after one without a block.
   std::string describe() {
     std::string all;
     for (const GZDTrial& t : trials.list()) {
@@ -59,9 +59,9 @@ struct Fixture {
   MessageText message;
 };
 
-// ---- by blocks ---------------------------------------------------------------------------------
+// ---- by blocks ----------------------------------------------------------------------------------
 
-// ---- by messages -------------------------------------------------------------------------------
+// ---- by messages --------------------------------------------------------------------------------
 
 TEST(TrialsByBlocks, AMessageLogChangesNothing) {
   Fixture f("0 TRACKER_TIME 1 5000\n120 GO\n999 Quit logger\n");
@@ -72,7 +72,7 @@ TEST(TrialsByBlocks, AMessageLogChangesNothing) {
   EXPECT_TRUE(f.merge.isFromLog());
 }
 
-// ---- by input values ---------------------------------------------------------------------------
+// ---- by input values ----------------------------------------------------------------------------
 
 TEST(TrialsByInput, EachCallDecidesAnewHowTrialsAreCut) {
   Fixture f;

@@ -126,7 +126,7 @@ constexpr Flag flags[] = {
     {"-y", &O::overwrite, 1},
 };
 
-// A line of the usage text as words: its first option, and "1" for each value shown behind it.
+// A line of the usage text as words: its first option, and "1" for each value shown after it.
 std::vector<std::string> words_of_usage(const std::string& line) {
   std::size_t place = line.find_first_of(" /", 5);
   std::vector<std::string> words = {line.substr(5, place - 5)};

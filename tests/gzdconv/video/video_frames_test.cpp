@@ -191,7 +191,7 @@ TEST_F(VideoFramesTest, EntriesByExactTimeAndField) {
   std::fclose(file);
 }
 
-// The other session's table is looked for behind a backslash, on every platform.
+// The other session's table is looked for after a backslash, on every platform.
 TEST_F(VideoFramesTest, SwitchingSessions) {
   EXPECT_EQ(findFrameNumberForGZDTime(1, 100), -1);
   open_frames({frame(3, 100)});
