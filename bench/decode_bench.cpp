@@ -4,6 +4,7 @@
 #include "record/sample_decoder.h"
 #include "sample_record.h"
 #include "support/memory_stream.h"
+#include "support/whole_sample.h"
 
 using namespace gzd;
 
@@ -58,7 +59,7 @@ void run(benchmark::State& state, Decode decode) {
 void decode_whole(benchmark::State& state) {
   FSAMPLE sample{};
   run(state, [&](InputStream& in, StreamState& stream, UINT16 tag) {
-    decode_sample(in, stream, tag, 0, sample);
+    decode_sample(in, stream, tag, sample);
     benchmark::DoNotOptimize(sample);
   });
 }

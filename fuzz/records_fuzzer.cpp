@@ -13,6 +13,7 @@
 #include "record/event_decoder.h"
 #include "record/record_stream.h"
 #include "record/sample_decoder.h"
+#include "support/whole_sample.h"
 
 using namespace gzd;
 
@@ -59,7 +60,7 @@ class Decoder {
       decode_into_preset_sample(stream, state, layout_of(tag, state), 0, sample);
     } else {
       presetFor_ = 0;
-      decode_sample(stream, state, tag, 0, sample);
+      decode_sample(stream, state, tag, sample);
       presetFor_ = tag;
     }
   }

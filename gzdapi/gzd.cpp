@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <exception>
-#include <new>
 
 #include "GZDFile.h"
 #include "base/config.h"
@@ -11,57 +10,15 @@
 #include "base/version.h"
 #include "derived/physical_setup.h"
 #include "derived/raw_data.h"
+#include "guard.h"
 #include "stream/temporary_file.h"
 
 using namespace gzd;
 
 namespace {
 
-GZDFile& of(GZDFILE* handle) {
-  return *static_cast<GZDFile*>(handle);
-}
-
-bool is_out_of_memory(const std::exception& error) {
-  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
-}
-
-// What is said of an exception that is none of the library's own.
-const char* description_of(const std::exception& error) {
-  return is_out_of_memory(error) ? "Out of memory" : error.what();
-}
-
-SystemError system_error_of(const std::exception& error) {
-  return {is_out_of_memory(error) ? ENOMEM : 0};
-}
-
 // Whether the open that failed last did so for the sake of a temporary file.
 bool open_lacked_temporary_file = false;
-
-// The result of `call`, or `failure` when it ends with an exception, which is logged; the system's
-// part in it goes to `reason`.
-template <class Result, class Call>
-Result guarded(Result failure, Call call, SystemError& reason) noexcept {
-  try {
-    return call();
-  } catch (const GZDException& error) {
-    reason = error.getSystemError();
-    log_clipped("Error %s \n", error.getMessage());
-  } catch (const std::exception& error) {
-    reason = system_error_of(error);
-    log_clipped("Error %s \n", description_of(error));
-  }
-  return failure;
-}
-
-// The same of a call with an open file, which remembers the reason.
-template <class Result, class Call>
-Result guarded(GZDFILE* ef, Result failure, Call call) noexcept {
-  SystemError reason;
-  const Result result = guarded(
-      failure, [&] { return call(of(ef)); }, reason);
-  of(ef).noteSystemError(reason);
-  return result;
-}
 
 GZDFILE* open(const char* fname, int flags, int loadevents, int loadsamples, const CONFIG* config,
               int* rv) noexcept {

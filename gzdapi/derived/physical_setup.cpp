@@ -1,9 +1,8 @@
 // The screen is a plane that may be tilted: its distance from the eye runs linearly from the top
 // edge's to the bottom edge's. Two homogeneous transforms lead from pixels to the head-referenced
-// plane, 15000 units in front of the eye:
+// plane:
 //   Mos  pixels -> millimetres on the screen: scale and shift
-//   Msi  millimetres -> head-referenced: x * 15000 / d(y), y * 15000 / d(y)
-// Mso and Mis are their inverses.
+//   Msi  millimetres -> head-referenced: x * depth / d(y), y * depth / d(y)
 // The resolution is the step of a fiftieth of the screen, divided by the angle that it covers.
 
 #include "derived/physical_setup.h"
@@ -12,12 +11,12 @@
 #include <array>
 #include <cmath>
 
+#include "derived/angles.h"
+
 namespace gzd {
 
 namespace {
 
-constexpr double href_depth = 15000.0;
-constexpr double degrees_per_radian = 57.2958;
 constexpr double smallest_divisor = 1e-8;
 constexpr double smallest_angle = 1e-5;  // degrees
 constexpr double steps_per_screen = 50.0;
@@ -27,11 +26,10 @@ constexpr int eye_count = 2;
 using MATRIX = std::array<std::array<double, 3>, 3>;
 using Vector = std::array<double, 3>;
 
-MATRIX Mso{}, Msi{}, Mos{}, Mis{};
+MATRIX Msi{}, Mos{};
 double ppdx[eye_count][ring_size];
 double ppdy[eye_count][ring_size];
 int ppdc[eye_count];
-int math_error = 0;
 
 void apply(const MATRIX& m, Vector& v) {
   Vector result;
@@ -45,10 +43,7 @@ int convert(const MATRIX& first, const MATRIX& second, double* x, double* y) {
   Vector v = {*x, *y, 1.0};
   apply(first, v);
   apply(second, v);
-  if (!(std::fabs(v[2]) > smallest_divisor)) {
-    ++math_error;
-    return 1;
-  }
+  if (!(std::fabs(v[2]) > smallest_divisor)) return 1;
   *x = v[0] / v[2];
   *y = v[1] / v[2];
   return 0;
@@ -123,24 +118,12 @@ int compute_physical_setup(double distanceTop, double distanceBottom, const Scre
   Mos = {{{1.0 / sx, 0.0, phys.left - pixel.left / sx},
           {0.0, 1.0 / sy, phys.top - pixel.top / sy},
           {0.0, 0.0, 1.0}}};
-  Mso = {{{sx, 0.0, pixel.left - phys.left * sx},
-          {0.0, sy, pixel.top - phys.top * sy},
-          {0.0, 0.0, 1.0}}};
   Msi = {{{f, 0.0, 0.0}, {0.0, f, 0.0}, {0.0, slope, base}}};
-  Mis = {{{1.0 / f, 0.0, 0.0}, {0.0, 1.0 / f, 0.0}, {0.0, -slope / (f * base), 1.0 / base}}};
   return 0;
 }
 
 int gaze_to_href(double* x, double* y) {
   return convert(Mos, Msi, x, y);
-}
-
-int href_to_gaze(double* x, double* y) {
-  return convert(Mis, Mso, x, y);
-}
-
-int physical_setup_errors() {
-  return math_error;
 }
 
 void calculate_ppd(float hpixel, float vpixel, const FSAMPLE& sample, int eye, double* rx,
@@ -152,10 +135,7 @@ void calculate_ppd(float hpixel, float vpixel, const FSAMPLE& sample, int eye, d
   const bool valid = !gaze.isMissing();
   const double px = valid ? resolution_of_step(gaze, (hpixel + 1.0) / steps_per_screen, 0.0) : 0.0;
   const double py = valid ? resolution_of_step(gaze, 0.0, (vpixel + 1.0) / steps_per_screen) : 0.0;
-  if (!(px >= 1.0 && py >= 1.0)) {
-    if (px == 0.0 || py == 0.0) ++math_error;
-    return clear_ring(e);
-  }
+  if (!(px >= 1.0 && py >= 1.0)) return clear_ring(e);
   ppdx[e][ppdc[e]] = px;
   ppdy[e][ppdc[e]] = py;
   ppdc[e] = (ppdc[e] + 1) % ring_size;

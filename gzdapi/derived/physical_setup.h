@@ -25,11 +25,6 @@ void calculate_ppd(float hpixel, float vpixel, const FSAMPLE& sample, int eye, d
 // Takes a gaze position (pixels) to the head-referenced plane. Returns 0, or 1 when it has no image
 // there.
 int gaze_to_href(double* x, double* y);
-// The way back. Returns 0, or 1 when there is none.
-int href_to_gaze(double* x, double* y);
-
-// Failed conversions since the program started.
-int physical_setup_errors();
 
 }  // namespace gzd
 

@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "derived/angles.h"
 #include "derived/velocity.h"
 
 namespace gzd {
 
 namespace {
 
-constexpr double href_distance_squared = 15000.0 * 15000.0;
-constexpr double degrees_per_radian = 57.2958;
+constexpr double href_depth_squared = href_depth * href_depth;
 // No float lies between this one and 0.01.
 constexpr float smallest_resolution = 0.01f;
 static_assert(static_cast<double>(smallest_resolution) < 0.01);
@@ -44,11 +44,11 @@ void set_of_positions(PairsFrom positions, int count, Resolutions& resolutions) 
     if (x == MISSING_DATA || y == MISSING_DATA) continue;
     const double xx = static_cast<double>(x * x);
     const double yy = static_cast<double>(y * y);
-    const double distance = xx + href_distance_squared + yy;
+    const double distance = xx + href_depth_squared + yy;
     resolutions.x[i] =
-        static_cast<float>(distance / std::sqrt(yy + href_distance_squared) / degrees_per_radian);
+        static_cast<float>(distance / std::sqrt(yy + href_depth_squared) / degrees_per_radian);
     resolutions.y[i] =
-        static_cast<float>(distance / std::sqrt(xx + href_distance_squared) / degrees_per_radian);
+        static_cast<float>(distance / std::sqrt(xx + href_depth_squared) / degrees_per_radian);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "index/GZDItem.h"
+#include "record/event_fields.h"
 
 namespace gzd {
 
@@ -53,9 +54,9 @@ class SmallEvents {
   static constexpr std::array<UINT16, 256> detailed_types = [] {
     std::array<UINT16, 256> types{};
     for (unsigned high = 0; high < types.size(); ++high) {
-      const unsigned type = high & 0x3F;
+      const unsigned type = high & tag_type_mask;
       const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
-      const bool isRight = (high & 0xC0) == 0x40;
+      const bool isRight = (high & tag_eye_mask) == tag_eye_right;
       const unsigned side = !isEyeEvent ? SIDE_NONE : isRight ? SIDE_RIGHT : SIDE_LEFT;
       types[high] = static_cast<UINT16>(type | side << 8);
     }

@@ -129,13 +129,6 @@ void decode_into_preset_sample(InputStream& in, StreamState& state, const Sample
   if (has(layout.tag, SMP_SKIP_BLOCKS)) skip_blocks(in);
 }
 
-void decode_sample(InputStream& in, StreamState& state, UINT16 tag, UINT32 expectedTime,
-                   FSAMPLE& sample) {
-  state.sam_data |= tag;
-  preset_sample(tag, sample);
-  decode_into_preset_sample(in, state, layout_of(tag, state), expectedTime, sample);
-}
-
 SampleGlance glance_at_sample(InputStream& in, StreamState& state, UINT16 tag,
                               SampleLayout& layout) {
   if (!layout.suits(tag)) layout = layout_of(tag, state);

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 
 #include "base/log.h"
@@ -64,38 +63,6 @@ bool is_block_start(int type) {
   return type == GZD_START_SAMPLES || type == GZD_START_EVENTS;
 }
 
-// The trace of one scan: its record and its file.
-class DebugTrace {
- public:
-  DebugTrace(InputStream& file, const char* fileName) {
-    d_.data_dump_size = 200;
-    if (fileName == nullptr) return;
-    out_.reset(std::fopen(fileName, "w"));
-    if (!out_) return;
-    d_.debugFile = out_.get();
-    d_.gzd_file_size = static_cast<int>(file.getFileSize());
-    std::fprintf(out_.get(), "%s file size %d \n", "Start of debug ", d_.gzd_file_size);
-  }
-
-  [[nodiscard]] bool isOn() const { return out_ != nullptr; }
-
-  void follow(InputStream& file, NextRecord kind) {
-    if (out_) troubleshootScan(file, d_, static_cast<int>(kind));
-  }
-
-  void finish(const InputStream& file) {
-    if (!out_) return;
-    std::fprintf(out_.get(), "Total Ov Items %d events %d samples %d File position %d \n",
-                 d_.totalOvItem, d_.totalEvents, d_.totalSamples,
-                 static_cast<int>(file.getFilePos()));
-    out_.reset();
-  }
-
- private:
-  DebugParaT d_;
-  FileHandle out_;
-};
-
 class Scan {
  public:
   Scan(InputStream& in, StreamState& streamState, const ScanOptions& scanOptions, Index& target)
@@ -114,7 +81,7 @@ class Scan {
       if (readRegularSamples()) continue;
       recordStart_ = file_.getFilePos();
       const NextRecord kind = nextRecord();
-      trace_.follow(file_, kind);
+      trace_.follow(file_, static_cast<int>(kind));
       const INT64 position = file_.getFilePos();
       switch (kind) {
         case NextRecord::End:

@@ -158,4 +158,21 @@ int troubleshootScan(InputStream& file, DebugParaT& d, int tag) {
   return 0;
 }
 
+DebugTrace::DebugTrace(InputStream& file, const char* fileName) {
+  if (fileName == nullptr) return;
+  out_.reset(std::fopen(fileName, "w"));
+  if (!out_) return;
+  d_.debugFile = out_.get();
+  d_.gzd_file_size = static_cast<int>(file.getFileSize());
+  std::fprintf(out_.get(), "%s file size %d \n", "Start of debug ", d_.gzd_file_size);
+}
+
+void DebugTrace::finish(const InputStream& file) {
+  if (!out_) return;
+  std::fprintf(out_.get(), "Total Ov Items %d events %d samples %d File position %d \n",
+               d_.totalOvItem, d_.totalEvents, d_.totalSamples,
+               static_cast<int>(file.getFilePos()));
+  out_.reset();
+}
+
 }  // namespace gzd

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "base/file_handle.h"
 #include "stream/MVIO.h"
 
 namespace gzd {
@@ -41,6 +42,22 @@ struct DebugParaT {
 // stream is left where it was; a time that cannot be read is logged and ends the trace of this item
 // only. Returns 0.
 int troubleshootScan(InputStream& file, DebugParaT& d, int tag);
+
+// The trace of one scan: what it remembers, and its file, when the scan is to be traced at all.
+class DebugTrace {
+ public:
+  // `fileName` may be null. A file that cannot be opened means no trace.
+  DebugTrace(InputStream& file, const char* fileName);
+  [[nodiscard]] bool isOn() const { return out_ != nullptr; }
+  void follow(InputStream& file, int tag) {
+    if (out_) troubleshootScan(file, d_, tag);
+  }
+  void finish(const InputStream& file);
+
+ private:
+  DebugParaT d_;
+  FileHandle out_;
+};
 
 }  // namespace gzd
 

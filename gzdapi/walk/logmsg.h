@@ -57,7 +57,6 @@ class MessageLog {
   // True when it could be read to its end, and is not to be merged all the same.
   [[nodiscard]] bool isLeftOut() const { return wasRead_ && !loadEYELOG_; }
   [[nodiscard]] const std::vector<LogMsg>& messages() const { return vl_; }
-  [[nodiscard]] const std::vector<TrackerT>& syncs() const { return vt_; }
 
   // Reads message `number` (from 0) into the record. Returns its line: the time, then the text.
   // The record and the line hold until the next call. Throws GZDException when the file fails.
