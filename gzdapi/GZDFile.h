@@ -1,4 +1,6 @@
-// An open recording: the rooms of the library put together.
+// An open recording: the rooms of the library put together. gzd_open_file hands it to the caller,
+// who owns it until gzd_close_file; it owns the stream, and by it the file of the system, the
+// message log, the index, and every record that it hands out.
 #ifndef GZDAPI_GZDFILE_H
 #define GZDAPI_GZDFILE_H
 

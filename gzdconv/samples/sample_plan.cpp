@@ -144,6 +144,8 @@ bool has_other_pair(const Shape& s) {
 
 constexpr std::string_view both_labels = "left-x\tleft-y\tleft-p\tright-x\tright-y\tright-p\t";
 
+// Position and pupil size of both eyes have four rows, one of which applies: the first three write
+// positions of one kind at once where nothing changes them, the fourth whatever there is.
 constexpr ColumnGroup column_groups[] = {
     {has_plain_pair<GZD_POSITION_GAZE, true>, write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>,
      both_labels},
