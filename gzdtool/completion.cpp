@@ -23,7 +23,7 @@ std::string names_of(const std::vector<DeclaredVerb>& verbs) {
   return names + "help";
 }
 
-// ---- bash --------------------------------------------------------------------------------------
+// ---- bash ---------------------------------------------------------------------------------------
 
 std::string bash_action(const DeclaredOption& option) {
   if (!option.words.empty())
@@ -102,7 +102,7 @@ std::string bash_completion(const std::vector<DeclaredVerb>& verbs) {
   return text;
 }
 
-// ---- zsh ---------------------------------------------------------------------------------------
+// ---- zsh ----------------------------------------------------------------------------------------
 
 namespace {
 
@@ -160,7 +160,7 @@ std::string zsh_completion(const std::vector<DeclaredVerb>& verbs) {
   return text + "  esac\n}\n\n_gzdtool \"$@\"\n";
 }
 
-// ---- fish --------------------------------------------------------------------------------------
+// ---- fish ---------------------------------------------------------------------------------------
 
 namespace {
 

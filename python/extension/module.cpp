@@ -24,7 +24,7 @@ using gzdtables::Options;
 using gzdtables::Request;
 using gzdtables::Schema;
 
-// ---- from and to Python ---------------------------------------------------------------------
+// ---- from and to Python -------------------------------------------------------------------------
 
 using OptionalText = std::optional<std::string>;
 using Variables = std::vector<std::pair<std::string, std::string>>;
@@ -97,7 +97,7 @@ nb::list table_names() {
   return list;
 }
 
-// ---- Arrow ------------------------------------------------------------------------------------
+// ---- Arrow --------------------------------------------------------------------------------------
 
 constexpr const char* schema_capsule = "arrow_schema";
 constexpr const char* stream_capsule = "arrow_array_stream";
@@ -140,7 +140,7 @@ nb::object stream_object(std::unique_ptr<gzdpython::BatchSource> source,
   return capsule_of<ArrowArrayStream, &stream_capsule>(std::move(content));
 }
 
-// ---- recordings -------------------------------------------------------------------------------
+// ---- recordings ---------------------------------------------------------------------------------
 
 class OpenFile {
  public:
