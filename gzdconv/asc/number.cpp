@@ -1,8 +1,9 @@
-// A float times a power of ten up to 10^12 is exact in double precision, so rounding that product
-// to an integer, halves to even, gives the digits that printf prints. Every other value takes the
-// general path, std::to_chars, which is exact as well but several times slower.
+// A number times a power of ten is exact in 128 bits, so rounding that product to an integer,
+// halves to even, gives the digits that printf prints. What is too large for that takes the general
+// path, std::to_chars, which is exact as well but several times slower.
 #include "asc/number.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -18,17 +19,12 @@ namespace gzdconv {
 
 namespace {
 
-constexpr int max_fast_decimals = 12;  // 24 bits of a float and 28 of 5^12 fit into 53
-constexpr int max_half_decimals = 8;   // 33 bits and 19 of 5^8 fit as well
-constexpr double fast_limit = 1.0e5;   // the product stays below 2^63
-constexpr double half_limit = 4294967296.0;
+constexpr int max_fast_decimals = 15;
+constexpr double fast_limit = 9.0e18;     // below 2^63
 constexpr float exponent_limit = 1.0e5f;  // from here on columns with decimals have exponents
 constexpr int column_width = 7;
 constexpr int max_extra_decimals = 5;
 constexpr std::size_t general_room = 512;  // 309 digits, a point, decimals
-
-constexpr std::array<double, max_fast_decimals + 1> powers_of_ten = {
-    1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
 
 constexpr std::array<std::uint64_t, 20> integer_powers = []() {
   std::array<std::uint64_t, 20> powers{1};
@@ -101,21 +97,30 @@ char* write_scaled(char* place, bool negative, std::uint64_t scaled, int decimal
   return fill_blanks(end, -width - length);
 }
 
-// The nearest integer of a value from 0 up to 2^63, halves to even.
-std::uint64_t round_half_even(double value) {
-  const auto whole = static_cast<std::int64_t>(value);
-  const double rest = value - static_cast<double>(whole);
-  const bool up = rest > 0.5 || (rest == 0.5 && (whole & 1) != 0);
-  return static_cast<std::uint64_t>(whole + (up ? 1 : 0));
+bool has_fast_product(double magnitude, int decimals) {
+  if (decimals > max_fast_decimals) return false;
+  return magnitude * static_cast<double>(integer_powers[static_cast<std::size_t>(decimals)]) <
+         fast_limit;
 }
 
-// True when `magnitude` times 10^decimals is exact: floats, and multiples of a half.
-bool has_exact_product(double magnitude, int decimals) {
-  if (magnitude < fast_limit && magnitude == static_cast<double>(static_cast<float>(magnitude)))
-    return decimals <= max_fast_decimals;
-  if (!(magnitude < half_limit) || decimals > max_half_decimals) return false;
-  const double twice = magnitude * 2.0;
-  return twice == static_cast<double>(static_cast<std::int64_t>(twice));
+// The nearest integer of a value times 10^decimals, halves to even.
+std::uint64_t scaled_integer(double magnitude, int decimals) {
+  __extension__ using Wide = unsigned __int128;
+  constexpr int mantissa_bits = 52, unit_exponent = 1075, most_bits = 110;
+  const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+  const int exponent = static_cast<int>(bits >> mantissa_bits);
+  const std::uint64_t hidden = std::uint64_t{exponent != 0 ? 1U : 0U} << mantissa_bits;
+  const std::uint64_t mantissa = (bits & ((std::uint64_t{1} << mantissa_bits) - 1)) | hidden;
+  // The value is mantissa / 2^shift.
+  const int shift = unit_exponent - std::max(exponent, 1);
+  const Wide product = Wide{mantissa} * integer_powers[static_cast<std::size_t>(decimals)];
+  if (shift <= 0) return static_cast<std::uint64_t>(product << -shift);
+  if (shift > most_bits) return 0;
+  const auto whole = static_cast<std::uint64_t>(product >> shift);
+  const Wide rest = product - (Wide{whole} << shift);
+  const Wide half = Wide{1} << (shift - 1);
+  const bool up = rest > half || (rest == half && (whole & 1) != 0);
+  return whole + (up ? 1 : 0);
 }
 
 void append_padded(std::string_view text, int width) {
@@ -152,13 +157,11 @@ void LineBuffer::append_unsigned(std::uint64_t value) {
 
 void append_fixed(double value, int decimals, int width) {
   const double magnitude = std::fabs(value);
-  if (!has_exact_product(magnitude, decimals)) {
+  if (!has_fast_product(magnitude, decimals))
     append_general(value, std::chars_format::fixed, decimals, width);
-    return;
-  }
-  const double product = magnitude * powers_of_ten[static_cast<std::size_t>(decimals)];
-  lpbuffer.set_cursor(write_scaled(lpbuffer.cursor(), std::signbit(value), round_half_even(product),
-                                   decimals, width));
+  else
+    lpbuffer.set_cursor(write_scaled(lpbuffer.cursor(), std::signbit(value),
+                                     scaled_integer(magnitude, decimals), decimals, width));
 }
 
 void print_value(int decimals, double value) {
