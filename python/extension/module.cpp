@@ -90,6 +90,10 @@ nb::list groups_of(const std::string& table) {
   return list;
 }
 
+nb::list declared_fields(const std::string& table, const std::vector<std::string>& groups) {
+  return fields_of(gzdtables::schema_of(gzdtables::table_named(table), groups));
+}
+
 nb::list table_names() {
   nb::list list;
   for (const gzdtables::Table table : gzdtables::all_tables())
@@ -245,6 +249,7 @@ NB_MODULE(_core, module) {
       .def("facts", &OpenFile::facts)
       .def("findings", &OpenFile::findings);
   module.def("groups_of", &groups_of);
+  module.def("fields_of", &declared_fields);
   module.def("table_names", &table_names);
   module.attr("library_version") = gzd_get_version();
 }

@@ -16,7 +16,11 @@ _MOST_ROWS = 8
 
 
 def _cell(value: Any, tag: str = "td") -> str:
-    if value is None or value is np.ma.masked or value != value:
+    if (
+        value is None
+        or value is np.ma.masked
+        or (isinstance(value, (float, np.floating)) and np.isnan(value))
+    ):
         return f"<{tag}></{tag}>"
     text = f"{value:.10g}" if isinstance(value, (float, np.floating)) else str(value)
     return f"<{tag}>{html.escape(text)}</{tag}>"

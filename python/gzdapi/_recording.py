@@ -5,10 +5,13 @@ from __future__ import annotations
 import os
 from collections.abc import Iterable, Mapping
 from dataclasses import dataclass
-from typing import Any, Optional, Union
+from typing import TYPE_CHECKING, Any, Optional, Union
 
 from . import _core
 from ._table import Stream, Table
+
+if TYPE_CHECKING:
+    import matplotlib.figure
 
 Path = Union[str, "os.PathLike[str]"]
 Groups = Union[str, Iterable[str]]
@@ -32,6 +35,12 @@ class Finding:
     text: str
 
 
+def name_of(path: str) -> str:
+    """The name of a recording: its file's name without folder and `.gzd`."""
+    name = os.path.basename(path)
+    return name[: -len(".gzd")] if name.endswith(".gzd") and name != ".gzd" else name
+
+
 def _file_name(path: Path) -> bytes:
     name = os.fsencode(path)
     if b"\0" in name:
@@ -39,8 +48,11 @@ def _file_name(path: Path) -> bytes:
     return name
 
 
-def _group_list(groups: Groups) -> list[str]:
-    names = groups.split(",") if isinstance(groups, str) else list(groups)
+def group_names(groups: Groups) -> list[str]:
+    """Groups of columns as a list. Raises ValueError for one that no table has."""
+    names = (
+        [name for name in groups.split(",") if name] if isinstance(groups, str) else list(groups)
+    )
     known = {"all"}.union(*(_core.groups_of(table) for table in _core.table_names()))
     for name in names:
         if name not in known:
@@ -78,7 +90,7 @@ class Recording:
     def __init__(self, path: Path, options: dict[str, Any], groups: Groups) -> None:
         self.path: str = os.fspath(path)
         self._options = options
-        self._groups = _group_list(groups)
+        self._groups = group_names(groups)
         self._file = _core.OpenFile(_file_name(path), self._core_options())
         self._tables: dict[str, Table] = {}
         self._facts: Optional[dict[str, Any]] = None
@@ -93,8 +105,7 @@ class Recording:
     @property
     def name(self) -> str:
         """The name of the file without folder and `.gzd`."""
-        name = os.path.basename(self.path)
-        return name[: -len(".gzd")] if name.endswith(".gzd") and name != ".gzd" else name
+        return name_of(self.path)
 
     @property
     def info(self) -> dict[str, Any]:
@@ -112,7 +123,7 @@ class Recording:
 
     def _groups_for(self, table: str, groups: Optional[Groups]) -> list[str]:
         if groups is not None:
-            return groups.split(",") if isinstance(groups, str) else list(groups)
+            return group_names(groups)
         known = _core.groups_of(table)
         return [name for name in self._groups if name in known or (name == "all" and known)]
 
@@ -197,6 +208,24 @@ class Recording:
         return self._kept("trials")
 
     # ---- what it looks like --------------------------------------------------------------------
+
+    def plot(self, **choice: Any) -> matplotlib.figure.Figure:
+        """Gaze, pupils, blinks, gaps and messages over time: `gzdapi.plots.plot`."""
+        from . import plots
+
+        return plots.plot(self, **choice)
+
+    def plot_fixations(self, trial: Optional[int] = None) -> matplotlib.figure.Figure:
+        """Fixations on the display: `gzdapi.plots.plot_fixations`."""
+        from . import plots
+
+        return plots.plot_fixations(self, trial)
+
+    def plot_main_sequence(self) -> matplotlib.figure.Figure:
+        """Peak velocity of saccades over amplitude: `gzdapi.plots.plot_main_sequence`."""
+        from . import plots
+
+        return plots.plot_main_sequence(self)
 
     def __repr__(self) -> str:
         return f"<gzdapi.Recording {self.path!r}>"
