@@ -49,7 +49,9 @@ Values values_of(const std::string& list) {
 }
 
 unsigned flags_of(const std::string& letters) {
-  if (letters.find_first_of("-0123456789") == 0) return static_cast<unsigned>(number_of(letters));
+  if (letters.find_first_of("-0123456789") == 0) {
+    return static_cast<unsigned>(static_cast<long long>(number_of(letters)));
+  }
   unsigned flags = 0;
   for (const char letter : letters) {
     const std::size_t place = std::string("LRtphgrasibdxko").find(letter);
