@@ -3,10 +3,11 @@
 from __future__ import annotations
 
 import argparse
+import contextlib
 import json
 import logging
 import sys
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
 from typing import Any, Optional
 
 from ._errors import Error
@@ -45,9 +46,21 @@ def _facts(recording: Recording) -> str:
     return "\n".join(lines + [f"  {finding.text}" for finding in recording.findings])
 
 
+@contextlib.contextmanager
+def _no_warnings() -> Iterator[None]:
+    """Findings tell the same."""
+    logger = logging.getLogger("gzdapi")
+    before = logger.level
+    logger.setLevel(logging.ERROR)
+    try:
+        yield
+    finally:
+        logger.setLevel(before)
+
+
+@_no_warnings()
 def _info(arguments: argparse.Namespace) -> int:
     status = 0
-    logging.getLogger("gzdapi").setLevel(logging.ERROR)  # findings tell the same
     for path in arguments.files:
         try:
             recording = read(path, failsafe=True)
