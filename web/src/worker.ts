@@ -48,6 +48,7 @@ function piecesOf(module: Module, path: string): Blob | null {
   return new Blob(pieces as BlobPart[], { type: "text/plain" });
 }
 
+const texts = "/texts"; // where the converter writes
 const extension = /\.gzd$/i;
 
 const handlers: Handlers = {
@@ -100,12 +101,12 @@ const handlers: Handlers = {
     const module = await freshModule((line) => said.push(line));
     const path = mountFile(module, file, progressOf(file));
     const { FS } = module;
-    FS.mkdir("/work");
-    FS.symlink(path, `/work/${file.name}`);
-    FS.chdir("/work");
+    FS.mkdir(texts);
+    FS.symlink(path, `${texts}/${file.name}`);
+    FS.chdir(texts);
     keepInPieces(module, (name) => name.includes(".asc"));
     const status = module.callMain([...options, file.name]);
-    const text = piecesOf(module, `/work/${file.name.replace(extension, "")}.asc`);
+    const text = piecesOf(module, `${texts}/${file.name.replace(extension, "")}.asc`);
     return { status, said, text };
   },
 };
