@@ -14,7 +14,11 @@ namespace {
 using gzdtables::Batch;
 
 constexpr std::size_t fan = 32;
-constexpr float nothing = std::numeric_limits<float>::quiet_NaN();
+constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
+constexpr Extent no_value{not_a_number, not_a_number};
+// While an extent grows: everything is lower and higher than this, but for what is no number.
+constexpr Extent nothing_yet{std::numeric_limits<float>::infinity(),
+                             -std::numeric_limits<float>::infinity()};
 constexpr std::array<const char*, curve_count> curve_columns{"left_x",  "left_y",  "left_pupil",
                                                              "right_x", "right_y", "right_pupil"};
 // Samples further apart than this many periods have others missing between them.
@@ -22,7 +26,7 @@ constexpr double periods_of_a_gap = 1.9;
 constexpr std::size_t most_spans = 20000;
 
 Extent joined(Extent a, Extent b) {
-  return {std::fmin(a.low, b.low), std::fmax(a.high, b.high)};
+  return {b.low < a.low ? b.low : a.low, b.high > a.high ? b.high : a.high};
 }
 
 Extent joined(Extent a, float value) {
@@ -42,9 +46,12 @@ void join_edges(const std::vector<Value>& level, std::size_t& begin, std::size_t
 
 template <class Value>
 std::vector<Extent> level_over(const std::vector<Value>& below) {
-  std::vector<Extent> level(below.size() / fan, Extent{nothing, nothing});
-  for (std::size_t i = 0; i < level.size() * fan; ++i)
-    level[i / fan] = joined(level[i / fan], below[i]);
+  std::vector<Extent> level(below.size() / fan);
+  auto next = below.begin();
+  for (Extent& extent : level) {
+    extent = nothing_yet;
+    for (std::size_t i = 0; i < fan; ++i) extent = joined(extent, *next++);
+  }
   return level;
 }
 
@@ -58,27 +65,26 @@ void add_to(std::vector<Span>& spans, double time, bool is_next) {
 
 void append_point(TraceWindow& window, double time) {
   window.times.push_back(time);
-  for (auto& extents : window.extents) extents.push_back({nothing, nothing});
+  for (auto& extents : window.extents) extents.push_back(no_value);
 }
 
 }  // namespace
 
 void Curve::finish() {
-  is_empty_ = std::all_of(values_.begin(), values_.end(), [](float v) { return std::isnan(v); });
-  if (is_empty_) return;
   levels_.push_back(level_over(values_));
   while (levels_.back().size() >= fan) levels_.push_back(level_over(levels_.back()));
+  is_empty_ = std::isnan(extent(0, values_.size()).low);
 }
 
 Extent Curve::extent(std::size_t begin, std::size_t end) const {
-  Extent sum{nothing, nothing};
-  if (is_empty_) return sum;
+  if (is_empty_) return no_value;
+  Extent sum = nothing_yet;
   join_edges(values_, begin, end, sum);
   for (const auto& level : levels_) {
-    if (begin >= end) return sum;
+    if (begin >= end) break;
     join_edges(level, begin, end, sum);
   }
-  return sum;
+  return sum.low <= sum.high ? sum : no_value;
 }
 
 Trace::Trace(gzdtables::Recording& recording) {
@@ -120,9 +126,9 @@ void Trace::take_time(double time, std::int32_t block, bool is_recorded) {
     add_to(gaps_, start_ + before / 2.0, false);
     add_to(gaps_, time, true);
   }
-  if (!is_recorded) add_to(filled_, time, !is_filled_.empty() && is_filled_.back());
+  if (!is_recorded) add_to(filled_, time, !is_filled_.empty() && is_filled_.back() != 0);
   half_ms_.push_back(static_cast<std::uint32_t>(since));
-  is_filled_.push_back(!is_recorded);
+  is_filled_.push_back(is_recorded ? 0 : 1);
 }
 
 std::size_t Trace::first_from(double time) const {
@@ -168,18 +174,27 @@ TraceWindow Trace::by_columns(double from, double to, std::size_t columns) const
 
 std::vector<LossBin> Trace::loss(std::size_t bins) const {
   std::vector<LossBin> all(bins);
-  const double per_bin = half_ms_.empty() ? 1 : (half_ms_.back() + 1.0) / static_cast<double>(bins);
-  for (std::size_t i = 0; i < samples(); ++i) {
-    LossBin& bin = all[static_cast<std::size_t>(half_ms_[i] / per_bin)];
-    if (is_filled_[i]) {
-      ++bin.filled;
-      continue;
-    }
-    ++bin.recorded;
-    for (const std::size_t eye : {0, 1})
-      if (std::isnan(curves_[3 * eye].at(i))) ++bin.lost[eye];
+  if (half_ms_.empty()) return all;
+  const double per_bin = (half_ms_.back() + 1.0) / static_cast<double>(bins);
+  std::size_t begin = 0;
+  for (std::size_t i = 0; i < bins; ++i) {
+    const std::size_t end = first_from(start_ + static_cast<double>(i + 1) * per_bin / 2.0);
+    all[i] = losses(begin, end);
+    begin = end;
   }
   return all;
+}
+
+LossBin Trace::losses(std::size_t begin, std::size_t end) const {
+  LossBin sum;
+  for (std::size_t i = begin; i < end; ++i) {
+    const std::int64_t is_recorded = 1 - is_filled_[i];
+    sum.recorded += is_recorded;
+    for (const std::size_t eye : {0, 1})
+      sum.lost[eye] += is_recorded * static_cast<std::int64_t>(std::isnan(curves_[3 * eye].at(i)));
+  }
+  sum.filled = static_cast<std::int64_t>(end - begin) - sum.recorded;
+  return sum;
 }
 
 }  // namespace gzdtool

@@ -36,7 +36,7 @@ class Curve {
   std::vector<float> values_;
   // Each level has an extent for every `fan` values or extents of the level below.
   std::vector<std::vector<Extent>> levels_;
-  bool is_empty_ = true;
+  bool is_empty_ = false;
 };
 
 // left x, y, pupil, right x, y, pupil
@@ -83,6 +83,7 @@ class Trace {
   [[nodiscard]] std::size_t first_from(double time) const;
   void take_times(const gzdtables::Batch& batch, const gzdtables::Schema& schema);
   void take_time(double time, std::int32_t block, bool is_recorded);
+  [[nodiscard]] LossBin losses(std::size_t begin, std::size_t end) const;
   [[nodiscard]] TraceWindow every_sample(std::size_t begin, std::size_t end) const;
   [[nodiscard]] TraceWindow by_columns(double from, double to, std::size_t columns) const;
 
@@ -90,7 +91,7 @@ class Trace {
   double longest_period_ = 0;  // ms, of the block at hand: beyond it samples are missing
   std::int32_t block_ = 0;
   std::vector<std::uint32_t> half_ms_;  // since start_, never falling
-  std::vector<bool> is_filled_;
+  std::vector<std::uint8_t> is_filled_;
   std::array<Curve, curve_count> curves_;
   std::vector<Span> filled_, gaps_;
 };
