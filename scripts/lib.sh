@@ -17,6 +17,7 @@ readonly tool_needs=(
 )
 # What the page in the browser needs.
 readonly page_needs=("node nodejs" "npm npm")
+readonly module_needs=("em++ emscripten")
 readonly test_needs=(
   "/usr/include/gtest/gtest.h libgtest-dev"
   "pkg-config pkgconf"

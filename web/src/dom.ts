@@ -22,9 +22,12 @@ export function button(text: string, act: () => void, name = text): HTMLButtonEl
   return make("button", { type: "button", "aria-label": name, onclick: act }, text);
 }
 
-/** A field with its label. */
-export function labelled(text: string, field: HTMLElement): HTMLLabelElement {
-  return make("label", {}, make("span", {}, text), field);
+let fields = 0;
+
+/** A field below its label. */
+export function labelled(text: string, field: HTMLElement): HTMLDivElement {
+  field.id = `field-${++fields}`;
+  return make("div", { class: "field" }, make("label", { for: field.id }, text), field);
 }
 
 /** Rows of a list of terms. */

@@ -3,7 +3,7 @@
 /** A file system node, as far as it is used here. */
 interface FileNode {
   name: string;
-  pieces?: Uint8Array[];
+  text?: GrowingText;
   usedBytes: number;
 }
 
@@ -94,21 +94,81 @@ export function textAt(module: Module, place: number): string {
   return module.UTF8ToString(place);
 }
 
+/** Workers have it, and the types of pages do not. */
+declare class FileReaderSync {
+  readAsArrayBuffer(piece: Blob): ArrayBuffer;
+}
+
+const chunkBytes = 4 << 20;
+const mostChunks = 64;
+
+/** Reads a file in chunks and keeps those used last: each reading costs, and the library reads by the kilobyte. */
+function readerOf(file: File): (buffer: Uint8Array, offset: number, length: number, place: number) => number {
+  const disk = new FileReaderSync();
+  const chunks = new Map<number, Uint8Array>();
+  const chunkAt = (number: number): Uint8Array => {
+    const chunk = chunks.get(number) ??
+      new Uint8Array(disk.readAsArrayBuffer(file.slice(number * chunkBytes, (number + 1) * chunkBytes)));
+    chunks.delete(number);
+    chunks.set(number, chunk);
+    const [oldest = number] = chunks.keys();
+    if (chunks.size > mostChunks) chunks.delete(oldest);
+    return chunk;
+  };
+  return (buffer, offset, length, place) => {
+    const end = Math.min(place + length, file.size);
+    for (let at = place; at < end; ) {
+      const from = at % chunkBytes;
+      const piece = chunkAt(Math.floor(at / chunkBytes)).subarray(from, from + end - at);
+      if (piece.length === 0) throw new Error("the file became shorter while it was read");
+      buffer.set(piece, offset + at - place);
+      at += piece.length;
+    }
+    return Math.max(0, end - place);
+  };
+}
+
 /** Makes `file` readable in the folder "/in", and tells how many of its bytes have been read. */
-export function mountFile(module: Module, file: File, read: (bytes: number) => void): string {
+export function mountFile(module: Module, file: File, told: (bytes: number) => void): string {
   const { FS } = module;
-  const operations = FS.filesystems.WORKERFS.stream_ops;
-  const plainRead = operations.read;
-  operations.read = (stream, buffer, offset, length, place) => {
-    read(place + length);
-    return plainRead(stream, buffer, offset, length, place);
+  const read = readerOf(file);
+  FS.filesystems.WORKERFS.stream_ops.read = (_, buffer, offset, length, place) => {
+    told(place + length);
+    return read(buffer, offset, length, place);
   };
   FS.mkdir("/in");
   FS.mount(module.WORKERFS, { files: [file] }, "/in");
   return `/in/${file.name}`;
 }
 
-/** Texts that grow: kept in pieces, as one array would be copied again and again. */
+const heldBytes = 16 << 20;
+
+/** A text that grows: one array would be copied again and again, and a browser puts blobs aside. */
+class GrowingText {
+  private blob = new Blob([], { type: "text/plain" });
+  private held: Uint8Array<ArrayBuffer>[] = [];
+  private bytes = 0;
+
+  append(piece: Uint8Array<ArrayBuffer>): void {
+    this.held.push(piece);
+    this.bytes += piece.length;
+    if (this.bytes >= heldBytes) this.whole();
+  }
+
+  whole(): Blob {
+    this.blob = new Blob([this.blob, ...this.held], { type: this.blob.type });
+    this.held = [];
+    this.bytes = 0;
+    return this.blob;
+  }
+}
+
+/** What was written to a file whose texts are kept in pieces; null when there is none. */
+export function textIn({ FS }: Module, path: string): Blob | null {
+  return FS.analyzePath(path).exists ? (FS.lookupPath(path).node.text?.whole() ?? null) : null;
+}
+
+/** Keeps what is written to files of such names out of the module's memory. */
 export function keepInPieces(module: Module, isText: (name: string) => boolean): void {
   const memory = module.FS.filesystems.MEMFS;
   const operations = memory.ops_table?.file.stream ?? memory.stream_ops;
@@ -116,9 +176,9 @@ export function keepInPieces(module: Module, isText: (name: string) => boolean):
   operations.write = (stream, buffer, offset, length, place) => {
     const { node } = stream;
     if (!isText(node.name)) return plainWrite(stream, buffer, offset, length, place);
-    node.pieces ??= [];
+    node.text ??= new GrowingText();
     if (place !== node.usedBytes) throw new Error("a text is written from front to end");
-    node.pieces.push(buffer.slice(offset, offset + length));
+    node.text.append(new Uint8Array(buffer.subarray(offset, offset + length)));
     node.usedBytes = place + length;
     return length;
   };

@@ -23,13 +23,14 @@ class Page {
   private readonly progress = element("progress") as HTMLProgressElement;
   private view: RecordingView | null = null;
   private files: File[] = [];
-  private opening = 0;
+  private opening = new AbortController();
 
   take(files: Iterable<File>): void {
-    this.files = [...files];
+    const [first, ...others] = files;
+    if (first === undefined) return;
+    this.files = [first, ...others];
     this.listFiles();
-    const [first] = this.files;
-    if (first) void this.open(first, noRule);
+    void this.open(first, noRule);
   }
 
   private listFiles(): void {
@@ -38,7 +39,8 @@ class Page {
   }
 
   async open(file: File, rule: TrialRule): Promise<void> {
-    const number = ++this.opening;
+    this.opening.abort();
+    const task = this.opening = new AbortController();
     this.view?.close();
     this.view = null;
     this.stage.replaceChildren();
@@ -46,14 +48,15 @@ class Page {
     this.progress.hidden = false;
     this.progress.value = 0;
     try {
-      const source = await openFile(file, rule, (share) => { this.progress.value = share; });
-      if (number !== this.opening) return source.close();
+      const source = await openFile(file, rule, (share) => { this.progress.value = share; }, task.signal);
+      if (task.signal.aborted) return source.close();
       this.show(new RecordingView(source, rule, (chosen) => void this.open(file, chosen)));
       this.say(`${file.name} is open.`);
+      document.title = file.name;
     } catch (error) {
-      if (number === this.opening) this.fail(file.name, error);
+      if (!task.signal.aborted) this.fail(file.name, error);
     } finally {
-      if (number === this.opening) this.progress.hidden = true;
+      if (!task.signal.aborted) this.progress.hidden = true;
     }
   }
 
@@ -83,6 +86,7 @@ class Page {
 
 function wireFiles(page: Page): void {
   const input = element("input") as HTMLInputElement;
+  input.addEventListener("click", () => { input.value = ""; }); // the same file may be chosen again
   input.addEventListener("change", () => page.take(input.files ?? []));
   document.addEventListener("dragover", (event) => {
     event.preventDefault();

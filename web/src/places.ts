@@ -1,6 +1,6 @@
 // Stretches and moments of a recording that views mark: blinks, trials, messages, buttons.
 import type { Source } from "./source";
-import type { Span } from "./protocol";
+import type { Span, Summary } from "./protocol";
 import { cellNumber, cellText, columnsOf, parse, type Table } from "./tsv";
 
 export interface Moment {
@@ -67,4 +67,13 @@ export async function placesOf(source: Source, last: number): Promise<Places> {
     messages: messagesOf(await table("messages")),
     presses: pressesOf(await table("inputs")),
   };
+}
+
+/** The summary with the time of messages and trials when there are no samples. */
+export function withTimes(summary: Summary, places: Places): Summary {
+  if (summary.samples > 0) return summary;
+  const times = [...places.messages.map(({ time }) => time), ...places.trials.map(({ start }) => start)];
+  if (times.length === 0) return summary;
+  const [first, last] = [Math.min, Math.max].map((pick) => times.reduce((a, b) => pick(a, b)));
+  return { ...summary, first: first ?? 0, last: last ?? 0 };
 }

@@ -1,6 +1,6 @@
 // One open recording: the tabs over its views, each filled when it is first seen.
 import { button, labelled, make } from "./dom";
-import { placesOf } from "./places";
+import { placesOf, withTimes } from "./places";
 import type { Check, Summary, TrialRule } from "./protocol";
 import type { Source } from "./source";
 import { AscView } from "./views/asc";
@@ -22,6 +22,7 @@ export class RecordingView {
   private readonly bar = make("div", { role: "tablist", "aria-label": "Views" });
   private trace: TraceView | null = null;
   private screen: ScreenView | null = null;
+  private wanted: [from: number, to: number] | null = null; // before there was a trace
 
   constructor(
     private readonly source: Source,
@@ -35,7 +36,10 @@ export class RecordingView {
     this.choose("Overview");
     this.fill(overview).then(
       () => reading.remove(),
-      (error: unknown) => { reading.textContent = error instanceof Error ? error.message : String(error); },
+      (error: unknown) => {
+        reading.classList.add("failure");
+        reading.textContent = `It cannot be read to its end: ${error instanceof Error ? error.message : String(error)}`;
+      },
     );
   }
 
@@ -55,7 +59,7 @@ export class RecordingView {
     const summary: Summary = await this.source.summary();
     overview.append(lossView(summary, goTo), blocksView(check, goTo));
     const places = await placesOf(this.source, summary.last);
-    this.trace = new TraceView(this.source, summary, places);
+    this.trace = new TraceView(this.source, withTimes(summary, places), places);
     this.screen = new ScreenView(this.source, this.source.facts, places.trials);
     const tables = new TablesView(this.source, this.stem, (time) => this.goTo(time, time));
     const { trace, screen } = this;
@@ -63,6 +67,7 @@ export class RecordingView {
     this.add("Screen", screen.element, once(() => void screen.load()));
     this.add("Tables", this.withTrialRule(tables.element), once(() => void tables.load()));
     if (this.source.convert) this.addAsc(this.source.convert);
+    if (this.wanted) this.goTo(...this.wanted);
   }
 
   private get stem(): string {
@@ -70,10 +75,11 @@ export class RecordingView {
   }
 
   private addAsc(convert: NonNullable<Source["convert"]>): void {
-    this.add("ASC text", new AscView(convert, this.source.facts.file).element, () => undefined);
+    this.add("ASC text", new AscView(convert, this.source.facts).element, () => undefined);
   }
 
   private goTo(from: number, to: number): void {
+    this.wanted = [from, to];
     if (this.trace === null) return;
     this.choose("Trace");
     this.trace.showPlace(from, to);

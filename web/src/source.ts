@@ -52,8 +52,7 @@ class Colleague {
     };
     worker.onerror = (event) => {
       event.preventDefault();
-      for (const { reject } of this.waiting.values()) reject(new Error(event.message));
-      this.waiting.clear();
+      this.refuse(event.message);
     };
   }
 
@@ -76,18 +75,27 @@ class Colleague {
 
   dismiss(): void {
     this.worker.terminate();
+    this.refuse("closed");
+  }
+
+  private refuse(reason: string): void {
+    for (const { reject } of this.waiting.values()) reject(new Error(reason));
+    this.waiting.clear();
   }
 }
 
-/** Opens a file of the user's. Throws what the library tells when it cannot be read. */
+/** Opens a file of the user's. Throws what the library tells when it cannot be read, or `task` is called off. */
 export async function openFile(
   file: File,
   rule: TrialRule,
   progress: (share: number) => void,
+  task: AbortSignal,
 ): Promise<Source> {
   const colleague = await Colleague.hire(progress);
   let facts: Facts;
   try {
+    task.addEventListener("abort", () => colleague.dismiss());
+    task.throwIfAborted();
     facts = await colleague.ask("open", { file, rule });
   } catch (error) {
     colleague.dismiss();
@@ -95,6 +103,7 @@ export async function openFile(
   }
   const check = colleague.ask("check", null);
   const summary = colleague.ask("summary", null);
+  summary.catch(() => undefined); // told when it is asked for
   return {
     facts,
     hasTrialRule: true,

@@ -4,6 +4,7 @@ import {
   mountFile,
   startModule,
   textAt,
+  textIn,
   withTexts,
   type Module,
 } from "./module";
@@ -39,13 +40,6 @@ async function freshModule(said: (line: string) => void): Promise<Module> {
 function opened(): Module {
   if (current === null) throw new Error("no recording is open");
   return current;
-}
-
-/** The pieces of the text that stands in the working folder. */
-function piecesOf(module: Module, path: string): Blob | null {
-  if (!module.FS.analyzePath(path).exists) return null;
-  const pieces = module.FS.lookupPath(path).node.pieces ?? [];
-  return new Blob(pieces as BlobPart[], { type: "text/plain" });
 }
 
 const texts = "/texts"; // where the converter writes
@@ -105,18 +99,24 @@ const handlers: Handlers = {
     FS.symlink(path, `${texts}/${file.name}`);
     FS.chdir(texts);
     keepInPieces(module, (name) => name.includes(".asc"));
-    const status = module.callMain([...options, file.name]);
-    const text = piecesOf(module, `${texts}/${file.name.replace(extension, "")}.asc`);
-    return { status, said, text };
+    const named = file.name.startsWith("-") ? `./${file.name}` : file.name;
+    const status = module.callMain([...options, named]);
+    return { status, said, text: textIn(module, `${texts}/${file.name.replace(extension, "")}.asc`) };
   },
 };
+
+function reasonOf(error: unknown): string {
+  if (error instanceof WebAssembly.RuntimeError || error instanceof RangeError)
+    return `not enough memory, or a fault of this page (${error.message})`;
+  return error instanceof Error ? error.message : String(error);
+}
 
 async function answer<Name extends CallName>(question: Question<Name>): Promise<void> {
   const { id, name, takes } = question;
   try {
     tell({ id, gives: await handlers[name](takes) });
   } catch (error) {
-    tell({ id, error: error instanceof Error ? error.message : String(error) });
+    tell({ id, error: reasonOf(error) });
   }
 }
 

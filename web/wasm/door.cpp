@@ -2,8 +2,10 @@
 // call. A call that fails returns null or -1, and page_error() tells why.
 #include <emscripten/emscripten.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "gzd.h"
@@ -46,6 +48,8 @@ bool tried(Action action) {
   try {
     action();
     return true;
+  } catch (const std::bad_alloc&) {
+    page().error = "not enough memory";
   } catch (const gzdtables::ReadError& error) {
     take_error(error, error.reason());
   } catch (const std::exception& error) {
@@ -71,6 +75,11 @@ std::optional<std::string> unless_empty(const char* text) {
 }  // namespace
 
 extern "C" {
+
+// The C library declares it and lacks it; nobody runs this module in the name of another.
+char* secure_getenv(const char* name) {
+  return std::getenv(name);
+}
 
 // Opens a recording, of a damaged one all that comes before the damage. An empty text is none.
 EMSCRIPTEN_KEEPALIVE int page_open(const char* path, const char* trial_start,

@@ -1,6 +1,6 @@
 // The ASC text: the converter's options as a form, the text as a file.
 import { button, labelled, make, save } from "../dom";
-import type { Converted } from "../protocol";
+import type { Converted, Facts } from "../protocol";
 import { sized } from "../words";
 
 type Convert = (options: string[], progress: (share: number) => void) => Promise<Converted>;
@@ -16,7 +16,9 @@ const choices: Choice[] = [
   { name: "Positions", options: [["", "gaze"], ["-sh", "head-referenced"], ["-sp", "raw pupil"]] },
 ];
 
-const flags: [word: string, text: string][] = [
+type Flag = [word: string, text: string];
+
+const flags: Flag[] = [
   ["-res", "resolution"],
   ["-vel", "velocity"],
   ["-input", "input port"],
@@ -32,6 +34,28 @@ const flags: [word: string, text: string][] = [
   ["-failsafe", "a damaged file up to the damage"],
 ];
 
+const rareFlags: Flag[] = [
+  ["-fvel", "fast velocity"],
+  ["-neye", "other than eye events only"],
+  ["-nv", "without viewer commands"],
+  ["-o", "offsets at the start of messages applied"],
+  ["-ntarget", "without head target"],
+  ["-hpos", "head markers"],
+  ["-geom", "messages of geometry"],
+  ["-hr", "head resolution"],
+  ["-ned", "without extended eye and head"],
+  ["-nht", "without head tracking"],
+  ["-pe", "pupil ellipse"],
+  ["-npa_check", "positions without a pupil too"],
+  ["-ntime_check", "large times too"],
+  ["-utf8", "marked as UTF-8"],
+];
+
+const values: Flag[] = [
+  ["-miss", "Missing values as"],
+  ["-fp", "More decimals"],
+];
+
 /** Words as a shell would cut them; quotes hold blanks together. */
 export function wordsOf(line: string): string[] {
   return [...line.matchAll(/"([^"]*)"|'([^']*)'|(\S+)/g)].map((hit) => hit[1] ?? hit[2] ?? hit[3] ?? "");
@@ -42,23 +66,30 @@ export class AscView {
   private readonly selects = choices.map(({ options }) =>
     make("select", {}, ...options.map(([word, text]) =>
       make("option", { value: word }, word === "" ? text : `${text} (${word})`))));
-  private readonly boxes = flags.map(([word]) => make("input", { type: "checkbox", value: word }));
-  private readonly further = make("input", { type: "text", spellcheck: "false", placeholder: "-miss . -fp 2" });
+  private readonly boxes = [...flags, ...rareFlags].map(([word]) => make("input", { type: "checkbox", value: word }));
+  private readonly fields = values.map(() => make("input", { type: "text", size: "4" }));
+  private readonly further = make("input", { type: "text", spellcheck: "false", placeholder: "-defres 30 30" });
   private readonly bar = make("progress", { max: "1", "aria-label": "Converting", hidden: true });
   private readonly told = make("pre", { class: "hint", "aria-live": "polite" });
 
   constructor(
     private readonly convert: Convert,
-    private readonly name: string,
+    private readonly facts: Facts,
   ) {
-    const boxes = this.boxes.map((box, i) => make("label", { class: "flag" }, box, ` ${flags[i]?.[1]} (${flags[i]?.[0]})`));
+    const boxes = [...flags, ...rareFlags].map(([word, text], i) =>
+      make("label", { class: "flag" }, this.boxes[i] ?? "", ` ${text} (${word})`));
+    for (const box of this.boxes) box.checked = box.value === "-failsafe" && facts.damaged_at !== null;
     this.element = make(
       "section",
       { "aria-label": "ASC text" },
-      make("p", { class: "hint" }, "The text that gzdconv writes with the same options, to the byte."),
+      make("p", { class: "hint" }, "The text that gzdconv writes with the same options."),
       make("div", { class: "controls" }, ...this.selects.map((field, i) => labelled(choices[i]?.name ?? "", field))),
-      make("fieldset", {}, make("legend", {}, "Further columns and lines"), ...boxes),
-      make("div", { class: "controls" }, labelled("Other options", this.further), button("Save the ASC text", () => void this.run())),
+      make("fieldset", {}, make("legend", {}, "Further columns and lines"), ...boxes.slice(0, flags.length)),
+      make("details", {}, make("summary", {}, "Rarely needed"), make("fieldset", {}, ...boxes.slice(flags.length))),
+      make("div", { class: "controls" },
+        ...this.fields.map((field, i) => labelled(`${values[i]?.[1]} (${values[i]?.[0]})`, field)),
+        labelled("Other options", this.further),
+        button("Save the ASC text", () => void this.run())),
       this.bar,
       this.told,
     );
@@ -66,7 +97,8 @@ export class AscView {
 
   private options(): string[] {
     const chosen = [...this.selects.map(({ value }) => value), ...this.boxes.filter(({ checked }) => checked).map(({ value }) => value)];
-    return [...chosen.filter((word) => word !== ""), ...wordsOf(this.further.value)];
+    const valued = this.fields.flatMap(({ value }, i) => (value === "" ? [] : [values[i]?.[0] ?? "", value]));
+    return [...chosen.filter((word) => word !== ""), ...valued, ...wordsOf(this.further.value)];
   }
 
   private async run(): Promise<void> {
@@ -88,7 +120,7 @@ export class AscView {
       this.told.textContent = ["It could not be converted.", ...lines].join("\n");
       return;
     }
-    const name = this.name.replace(/\.gzd$/i, "") + ".asc";
+    const name = this.facts.file.replace(/\.gzd$/i, "") + ".asc";
     save(name, text);
     this.told.textContent = [`${name}, ${sized(text.size)}`, ...lines].join("\n");
   }

@@ -146,6 +146,7 @@ export class Curves {
       ],
       series: [{ label: "time (s)" }, ...curves.map(seriesOf)],
       cursor: { sync: { key: "gzdpage" }, drag: { x: true, y: false, setScale: false } },
+      legend: { markers: { dash: (_, series) => (dashed.includes(curves[series - 1] ?? 0) ? "dashed" : "solid") } },
       plugins: [marksPlugin(marks)],
       hooks: {
         setSelect: [(plot) => this.takeSelection(plot)],

@@ -48,7 +48,7 @@ function edgesOf(facts: Facts, fixations: Fixation[]): Edges {
 
 export class ScreenView {
   readonly element: HTMLElement;
-  private readonly canvas = make("canvas", { role: "img", class: "display" });
+  private readonly canvas = make("canvas", { role: "img", class: "display", "aria-label": "Fixations on the display" });
   private readonly told = make("p", { class: "hint", "aria-live": "polite" });
   private readonly choice: HTMLSelectElement;
   private readonly eye = make("select", { onchange: () => this.draw() });
@@ -130,12 +130,13 @@ export class ScreenView {
       const [x, y] = this.placeOf(fixation);
       warm(heat, rows, x / cell, y / cell, Math.max(0, fixation.duration));
     }
-    const most = heat.reduce((a, b) => Math.max(a, b), 0);
-    heat.forEach((value, index) => {
-      if (value < most / 200) return;
-      pen.fillStyle = heatColour(value / most);
-      pen.fillRect((index % cells) * cell, Math.floor(index / cells) * cell, cell + 1, cell + 1);
-    });
+    const most = heat.reduce((a, b) => Math.max(a, b), Number.MIN_VALUE);
+    const small = new OffscreenCanvas(cells, rows);
+    const image = new ImageData(cells, rows);
+    heat.forEach((value, index) => image.data.set(heatColour(value / most), 4 * index));
+    small.getContext("2d")?.putImageData(image, 0, 0);
+    pen.imageSmoothingQuality = "high";
+    pen.drawImage(small, 0, 0, width, rows * cell);
   }
 }
 
@@ -152,15 +153,15 @@ function warm(heat: Float64Array, rows: number, x: number, y: number, amount: nu
     }
 }
 
-/** From dark blue over green to yellow, evenly brighter: also without colours it can be read. */
-function heatColour(share: number): string {
+/** From dark blue over green to yellow, evenly brighter: also without colours it can be read. Little heat is faint. */
+function heatColour(share: number): [number, number, number, number] {
   const stops = [[68, 1, 84], [59, 82, 139], [33, 145, 140], [94, 201, 98], [253, 231, 37]];
   const place = Math.sqrt(share) * (stops.length - 1);
   const below = Math.min(Math.floor(place), stops.length - 2);
-  const mixed = [0, 1, 2].map((part) => {
+  const mixed = (part: number): number => {
     const low = stops[below]?.[part] ?? 0;
     const high = stops[below + 1]?.[part] ?? 0;
     return Math.round(low + (place - below) * (high - low));
-  });
-  return `rgb(${mixed.join(" ")})`;
+  };
+  return [mixed(0), mixed(1), mixed(2), Math.min(255, 4 * 255 * Math.sqrt(share))];
 }

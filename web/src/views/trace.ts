@@ -39,6 +39,7 @@ export class TraceView {
   ) {
     this.from = summary.first;
     this.to = Math.max(summary.last, summary.first + shortest);
+    if (!summary.curves.some(Boolean)) this.place.append(make("p", {}, "No positions were recorded."));
     this.element = make("section", { "aria-label": "Trace" }, this.controls(), this.told, this.place, this.legend());
     this.place.addEventListener("keydown", (event) => this.takeKey(event));
     this.place.addEventListener("wheel", (event) => this.takeWheel(event), { passive: false });
