@@ -29,3 +29,13 @@ target_compile_options(gzd_settings INTERFACE -fstack-protector-strong)
 target_compile_options(gzd_settings INTERFACE
   "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE>" "$<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>")
 add_link_options("LINKER:-z,relro,-z,now,-z,noexecstack")
+
+# gzd_program: for the programs that convert. The C++ runtime is linked in where there is a static one:
+# loading the shared one takes longer than to convert a second of recording. Not under sanitizers.
+include(CheckLinkerFlag)
+add_library(gzd_program INTERFACE)
+check_linker_flag(CXX "-static-libstdc++;-static-libgcc" GZD_HAS_STATIC_RUNTIME)
+if(GZD_HAS_STATIC_RUNTIME)
+  target_link_options(gzd_program INTERFACE
+    "$<$<CONFIG:Release>:-static-libstdc++;-static-libgcc;LINKER:--gc-sections>")
+endif()

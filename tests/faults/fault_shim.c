@@ -48,11 +48,6 @@ static void read_orders(void) {
   ready = 1;
 }
 
-/* From here on calls count: those of the loader and of other constructors do not. */
-__attribute__((constructor)) static void begin(void) {
-  read_orders();
-}
-
 /* Without stdio and malloc, which are watched. */
 __attribute__((destructor)) static void report(void) {
   char digits[24];
@@ -107,6 +102,23 @@ static void* next_function(const char* name) {
     void* const found = next_function(name); \
     memcpy(&next, &found, sizeof next);      \
   }
+
+/* From main on calls count: those of the loader and of constructors do not. */
+typedef int (*main_function)(int, char**, char**);
+static main_function main_of_program;
+static int begin(int count, char** arguments, char** environment) {
+  read_orders();
+  return main_of_program(count, arguments, environment);
+}
+
+int __libc_start_main(main_function program, int count, char** arguments, void (*first)(void),
+                      void (*last)(void), void (*of_loader)(void), void* stack_end) {
+  typedef int (*function)(main_function, int, char**, void (*)(void), void (*)(void),
+                          void (*)(void), void*);
+  NEXT(function, "__libc_start_main")
+  main_of_program = program;
+  return next(begin, count, arguments, first, last, of_loader, stack_end);
+}
 
 /* A function that fails with `result` and an error, else calls the next of its name. */
 #define FAILING(type, name, parameters, arguments, call, error, result) \
