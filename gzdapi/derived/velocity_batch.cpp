@@ -106,10 +106,14 @@ void VelocityBatch::compute(int slot, int size, UINT16 flags, const VelocitySett
     if ((flags & eye_flag(eye) & ~eyes_) == 0) continue;
     eyes_ |= eye_flag(eye);
     for (std::size_t i = 0; i < kindCount_; ++i) {
-      Velocities& velocities = of_[i][static_cast<std::size_t>(eye)];
+      float x[batch_length], y[batch_length];
       const PairSeries& series = positions[static_cast<std::size_t>(eye)][kinds_[i]->series];
       compute_velocities(*kinds_[i], settings_, series.from(first_), resolutions.from(first_),
-                         end_ - first_, velocities.x.data(), velocities.y.data());
+                         end_ - first_, x, y);
+      for (int place = 0; place < end_ - first_; ++place) {
+        of_[i].x[place][eye] = x[place];
+        of_[i].y[place][eye] = y[place];
+      }
     }
   }
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 
 #include "derived/pair_series.h"
@@ -20,7 +21,10 @@ struct VelocitySettings {
   int sampleRate = 0;
   int ovilo_revision = 1;
 
-  bool operator==(const VelocitySettings&) const = default;
+  // Bit by bit, at once.
+  bool operator==(const VelocitySettings& other) const {
+    return std::memcmp(this, &other, sizeof *this) == 0;
+  }
 };
 
 // Types of positions, in the order of series of them.
@@ -73,21 +77,29 @@ class VelocityBatch {
   void copyTo(FSAMPLE& s, int slot) const {
     const auto place = static_cast<std::size_t>(slot - first_);
     for (std::size_t i = 0; i < kindCount_; ++i) {
-      for (int eye = 0; eye < 2; ++eye) {
-        if ((s.flags & eye_flag(eye)) == 0) continue;
-        const Velocities& velocities = of_[i][static_cast<std::size_t>(eye)];
-        (s.*kinds_[i]->x)[eye] = velocities.x[place];
-        (s.*kinds_[i]->y)[eye] = velocities.y[place];
-      }
+      copyPair(of_[i].x[place], s.*kinds_[i]->x, s.flags);
+      copyPair(of_[i].y[place], s.*kinds_[i]->y, s.flags);
     }
   }
 
  private:
   static constexpr unsigned both_eyes = SMP_LEFT | SMP_RIGHT;
 
+  // By slot and eye.
+  using Pair = float[2];
   struct Velocities {
-    std::array<float, batch_length> x, y;
+    Pair x[batch_length], y[batch_length];
   };
+
+  // Of the eyes in `flags`.
+  static void copyPair(const Pair& from, Pair& to, UINT16 flags) {
+    if ((flags & both_eyes) == both_eyes) {
+      std::memcpy(to, from, sizeof to);
+      return;
+    }
+    for (int eye = 0; eye < 2; ++eye)
+      if ((flags & eye_flag(eye)) != 0) to[eye] = from[eye];
+  }
 
   [[nodiscard]] bool covers(int slot, const VelocitySettings& asked) const {
     return slot >= first_ && slot < end_ && asked == settings_;
@@ -100,7 +112,7 @@ class VelocityBatch {
   VelocitySettings settings_;
   std::array<const VelocityKind*, velocity_kind_count> kinds_;  // those asked for
   std::size_t kindCount_ = 0;
-  std::array<std::array<Velocities, 2>, velocity_kind_count> of_;  // by kind asked for and eye
+  std::array<Velocities, velocity_kind_count> of_;  // by kind asked for
 };
 
 }  // namespace gzd

@@ -202,16 +202,41 @@ void SampleQueue::readAfresh(UINT32 wanted) {
 
 void SampleQueue::readOn(UINT32 from) {
   UINT64 newest = stampOf(lastEntry_);
-  for (UINT32 i = from; i < index_.size() && sqsize_ < series_capacity; ++i) {
+  for (UINT32 i = from; i < index_.size() && sqsize_ < series_capacity;) {
     if (!index_.gzdItemList.isSampleAt(i)) {
-      if (index_.gzdItemList[i].isRecording()) return;
+      if (index_.gzdItemList[i++].isRecording()) return;
       continue;
     }
-    const UINT64 stamp = stampOf(i);
-    if (!continuesRun(newest, stamp)) return;
-    newest = stamp;
+    if (!continuesRun(newest, stampOf(i))) return;
     takeOver(i);
+    i = takeOverPlain(i + 1);
+    newest = stampOf(lastEntry_);
   }
+}
+
+// Takes over samples like the one just taken over, each later than the one before it, and returns
+// the first entry that is none. It does what takeOver does.
+UINT32 SampleQueue::takeOverPlain(UINT32 from) {
+  const ItemList& items = index_.gzdItemList;
+  const PlainRecords records = source_.recordsLike(incoming_);
+  const auto end = static_cast<UINT32>(items.size());
+  UINT64 newest = stampOf(lastEntry_);
+  UINT32 i = from;
+  for (; i < end && sqsize_ < series_capacity && items.isPlainAt(i); ++i) {
+    const UINT64 stamp = items.stampAt(i);
+    if (stamp <= newest || !continuesRun(newest, stamp)) break;
+    const byte* const body = records.places.recordAt(items[i].getFilePos());
+    if (body == nullptr) break;
+    const UINT16 tag = load_be16(body - sizeof(UINT16));
+    if (!records.layout->suits(tag)) break;
+    decode_fixed_part_quickly(body, *records.layout, incoming_);
+    incoming_.flags = flags_at(tag, stamp);
+    incoming_.updateTimeStamp(stamp);
+    keepNewest(incoming_, i);
+    lastEntry_ = i;
+    newest = stamp;
+  }
+  return i;
 }
 
 void SampleQueue::takeOver(UINT32 entry) {

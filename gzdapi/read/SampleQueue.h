@@ -8,9 +8,17 @@
 #include "derived/pair_series.h"
 #include "derived/velocity_batch.h"
 #include "index/index.h"
+#include "read/sample_run.h"
 #include "record/Sample.h"
+#include "record/sample_layout.h"
 
 namespace gzd {
+
+// Records of one layout, without blocks, that are decoded where they lie.
+struct PlainRecords {
+  RecordPlaces places;
+  const SampleLayout* layout = nullptr;
+};
 
 // Where the queue gets its samples: entries of the index as decoded samples.
 class SampleSource {
@@ -19,6 +27,9 @@ class SampleSource {
   // Decodes the sample entry at `index`. Throws GZDException when it cannot be read. Pupil sizes
   // that the record does not hold may have any value.
   virtual void readQueueSample(UINT32 index, Sample& sample) = 0;
+  // The records that can be decoded into `sample`, which holds one read before. Valid until the
+  // next sample is read.
+  virtual PlainRecords recordsLike(const Sample& /*sample*/) { return {}; }
   // Stamps from one sample to the next in the block around an entry; 0 outside blocks.
   virtual int stampsPerSampleAt(UINT32 index) = 0;
 };
@@ -39,6 +50,14 @@ class SampleQueue {
   int getSample(UINT32 wanted) {
     return isNextInOrder(wanted) ? ++latest_ : (latest_ = findSample(wanted));
   }
+  // The same of nearly every entry after another one, whose velocities, of the eyes in `flags`, are
+  // at hand for copyVelocities(). False, with nothing done, for any other.
+  bool stepTo(UINT32 wanted, UINT16 flags, const VelocitySettings& settings) noexcept {
+    if (!isNextInOrder(wanted) || !batch_.holds(latest_ + 1, flags, settings)) return false;
+    ++latest_;
+    return true;
+  }
+  void copyVelocities(FSAMPLE& s) const { batch_.copyTo(s, latest_); }
   [[nodiscard]] UINT32 entry(int slot) const { return at(slot).entry; }
   [[nodiscard]] UINT64 stampAt(int slot) const { return at(slot).stamp; }
   // Of both eyes, taken over from the sample before where the sample's own are not recorded.
@@ -103,6 +122,7 @@ class SampleQueue {
   void batchReadSample(UINT32 index);
   void readAfresh(UINT32 index);
   void readOn(UINT32 from);
+  UINT32 takeOverPlain(UINT32 from);
   void takeOver(UINT32 entry);
   [[nodiscard]] bool runReaches(UINT32 index) const;
   [[nodiscard]] bool continuesRun(UINT64 from, UINT64 to) const;

@@ -140,7 +140,8 @@ void Reader::readSample(UINT32 itemIndex, GZDItem item) {
     print_log("WARNING: GZD FILE MAY BE CORRUPTED. Samples %ld found without start recording \n",
               static_cast<long>(fData_.fs.time));
   }
-  if (presetTag_ != 0 && !usesQueue && block != nullptr) beginRun(stretches_.at(itemIndex));
+  const bool mayBegin = presetTag_ != 0 && block != nullptr && usesQueue == hasVelocities;
+  if (mayBegin && layout_.tag == presetTag_) beginRun(stretches_.at(itemIndex), hasVelocities);
 }
 
 // Nearly every sample has the tag of the one before, and lies whole in the window. Returns false,
@@ -153,30 +154,39 @@ bool Reader::readLikeTheOneBefore(GZDItem item) {
   return true;
 }
 
-// Makes the run that of the sample just read: its stretch, as far as window and epoch go.
-void Reader::beginRun(const Stretch& stretch) {
-  if (layout_.hasBlocks && !blocks_.isKnown()) return;
-  const std::size_t longest = longest_fixed_part + (layout_.hasBlocks ? blocks_.length() : 0);
+// Those of the epoch in force.
+RecordPlaces Reader::placesInWindow(std::size_t longestRecord) const {
   const InputStream::HeldBytes held = file_.held();
   const INT64 first = std::max(held.offset + INT64{sizeof(UINT16)}, epochBegin_);
   const INT64 end =
-      std::min(held.offset + held.length - static_cast<INT64>(longest) + 1, epochEnd_);
-  if (end <= first) return;
-  run_.firstItem = stretch.begin;
-  run_.items = stretch.end - stretch.begin;
-  run_.firstPlace = first;
-  run_.places = end - first;
-  run_.bytes = held.bytes + (first - held.offset);
+      std::min(held.offset + held.length - static_cast<INT64>(longestRecord) + 1, epochEnd_);
+  if (end <= first) return {};
+  return {first, end - first, held.bytes + (first - held.offset)};
 }
 
-// The sample of a run with another layout than the usual one; null when its blocks are not those of
-// the one before it.
-ALLF_DATA* Reader::unusualSampleInRun(const byte* body, UINT16 tag, UINT64 stamp) noexcept {
+// Makes the run that of the sample just read: its stretch, as far as window and epoch go.
+void Reader::beginRun(const Stretch& stretch, bool hasVelocities) {
+  if (layout_.hasBlocks && !blocks_.isKnown()) return;
+  run_.firstItem = stretch.begin;
+  run_.items = stretch.end - stretch.begin;
+  run_.places = placesInWindow(longest_fixed_part + (layout_.hasBlocks ? blocks_.length() : 0));
+  run_.isUsual = layout_.isUsual && !hasVelocities;
+  run_.sampleRate = hasVelocities ? static_cast<int>(stretch.block->sample_rate) : 0;
+}
+
+// The sample of a run with another layout than the usual one, or with velocities. Null when its
+// blocks are not those of the one before it, or its velocities are not at hand.
+ALLF_DATA* Reader::unusualSampleInRun(UINT32 itemIndex, const byte* body, UINT16 tag,
+                                      UINT64 stamp) noexcept {
   const byte* const chain = body + length_with_head_data(body, layout_);
   if (layout_.hasBlocks && !blocks_.isAt(chain)) return nullptr;
+  const bool hasVelocities = run_.sampleRate > 0;
+  if (hasVelocities && !queue_.stepTo(itemIndex, tag, velocitySettings(run_.sampleRate)))
+    return nullptr;
   setPlaceInTime(tag, stamp);
-  decode_fixed_part(body, layout_, fData_.fs);
+  decode_fixed_part_quickly(body, layout_, fData_.fs);
   if (layout_.hasBlocks) blocks_.decode(chain, state_.parameters, fData_.fs);
+  if (hasVelocities) queue_.copyVelocities(fData_.fs);
   return &fData_;
 }
 
@@ -211,10 +221,13 @@ void Reader::readWithQueue(UINT32 itemIndex, int slot) {
 
 void Reader::setVelocities(UINT32 itemIndex, int slot, const Recording& block) {
   const bool isQueued = slot >= 0 && queue_.entry(slot) == itemIndex;
-  const CONFIG& config = default_config();
   queue_.setVelocity(fData_.fs, index_.gzdItemList.stampAt(itemIndex), isQueued ? slot : -1,
-                     {velocityKinds_, config.default_rx, config.default_ry,
-                      static_cast<int>(block.sample_rate), state_.ovilo_revision});
+                     velocitySettings(static_cast<int>(block.sample_rate)));
+}
+
+VelocitySettings Reader::velocitySettings(int sampleRate) const {
+  const CONFIG& config = default_config();
+  return {velocityKinds_, config.default_rx, config.default_ry, sampleRate, state_.ovilo_revision};
 }
 
 void Reader::readQueueSampleAnew(const GZDItem& item, Sample& sample) {
@@ -243,6 +256,11 @@ void Reader::readQueueSample(UINT32 itemIndex, Sample& sample) {
     readQueueSampleAnew(item, sample);
   }
   sample.updateTimeStamp(item.getTimeStamp());
+}
+
+PlainRecords Reader::recordsLike(const Sample& sample) {
+  if (sample.presetFor == 0 || sample.presetFor != layout_.tag || layout_.hasBlocks) return {};
+  return {placesInWindow(longest_fixed_part), &layout_};
 }
 
 int Reader::stampsPerSampleAt(UINT32 itemIndex) {

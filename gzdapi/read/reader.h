@@ -46,11 +46,11 @@ class Reader : public SampleSource {
     if (!run_.holds(itemIndex) || !items.isPlainAt(itemIndex)) return nullptr;
     const INT64 place = items[itemIndex].getFilePos();
     const UINT64 stamp = items.stampAt(itemIndex);
-    const byte* const body = run_.recordAt(place);
+    const byte* const body = run_.places.recordAt(place);
     if (body == nullptr) return nullptr;
     const UINT16 tag = load_be16(body - sizeof(UINT16));
     if (!layout_.suits(tag)) return nullptr;
-    if (!layout_.isUsual) return unusualSampleInRun(body, tag, stamp);
+    if (!run_.isUsual) return unusualSampleInRun(itemIndex, body, tag, stamp);
     setPlaceInTime(tag, stamp);
     decode_usual_part(body, layout_, fData_.fs);
     return &fData_;
@@ -73,6 +73,7 @@ class Reader : public SampleSource {
   }
 
   void readQueueSample(UINT32 itemIndex, Sample& sample) override;
+  PlainRecords recordsLike(const Sample& sample) override;
   int stampsPerSampleAt(UINT32 itemIndex) override;
 
  private:
@@ -82,8 +83,11 @@ class Reader : public SampleSource {
     fData_.fs.time = time_of_stamp(stamp);
     fData_.fs.flags = flags_at(tag, stamp);
   }
-  void beginRun(const Stretch& stretch);
-  ALLF_DATA* unusualSampleInRun(const byte* body, UINT16 tag, UINT64 stamp) noexcept;
+  [[nodiscard]] RecordPlaces placesInWindow(std::size_t longestRecord) const;
+  void beginRun(const Stretch& stretch, bool hasVelocities);
+  ALLF_DATA* unusualSampleInRun(UINT32 itemIndex, const byte* body, UINT16 tag,
+                                UINT64 stamp) noexcept;
+  [[nodiscard]] VelocitySettings velocitySettings(int sampleRate) const;
   void readSample(UINT32 itemIndex, GZDItem item);
   bool readSampleDirectly(GZDItem item);
   // The record of a sample, from its tag on, when it can be decoded where it lies into a sample

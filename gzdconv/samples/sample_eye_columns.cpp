@@ -35,20 +35,28 @@ void set_up_screen_once() {
   gzd_compute_physical_setup(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9]);
 }
 
-struct Velocity {
-  float x, y;
+struct VelocityFields {
+  EyePair x, y;  // of the position
+  EyePair xvel, yvel;
 };
 
-Velocity velocity_of(const FSAMPLE& s, int eye, int position_type) {
-  const bool fast = options.fast_velocity != 0;
-  switch (position_type) {
-    case GZD_POSITION_HREF:
-      return fast ? Velocity{s.fhxvel[eye], s.fhyvel[eye]} : Velocity{s.hxvel[eye], s.hyvel[eye]};
-    case GZD_POSITION_PUPIL:
-      return fast ? Velocity{s.frxvel[eye], s.fryvel[eye]} : Velocity{s.rxvel[eye], s.ryvel[eye]};
-    default:
-      return fast ? Velocity{s.fgxvel[eye], s.fgyvel[eye]} : Velocity{s.gxvel[eye], s.gyvel[eye]};
-  }
+// Those printed, of positions of a type. An unknown type counts as gaze.
+const VelocityFields& velocity_fields(int position_type) {
+  using S = FSAMPLE;
+  static constexpr VelocityFields gaze[] = {{&S::gx, &S::gy, &S::gxvel, &S::gyvel},
+                                            {&S::gx, &S::gy, &S::fgxvel, &S::fgyvel}};
+  static constexpr VelocityFields href[] = {{&S::hx, &S::hy, &S::hxvel, &S::hyvel},
+                                            {&S::hx, &S::hy, &S::fhxvel, &S::fhyvel}};
+  static constexpr VelocityFields pupil[] = {{&S::px, &S::py, &S::rxvel, &S::ryvel},
+                                             {&S::px, &S::py, &S::frxvel, &S::fryvel}};
+  const int fast = options.fast_velocity != 0 ? 1 : 0;
+  if (position_type == GZD_POSITION_HREF) return href[fast];
+  return position_type == GZD_POSITION_PUPIL ? pupil[fast] : gaze[fast];
+}
+
+// False for a lost pupil as well, which may have no position.
+bool is_ready_size(float size) {
+  return has_ready_tenths(size) && std::bit_cast<std::uint32_t>(size) != 0;
 }
 
 bool left_counts_for_average(const FSAMPLE& sample) {
@@ -101,11 +109,6 @@ void append_both_positions(const SampleLine& line) {
 }
 
 namespace {
-
-// False for a lost pupil as well, which may have no position.
-bool is_ready_size(float size) {
-  return has_ready_tenths(size) && std::bit_cast<std::uint32_t>(size) != 0;
-}
 
 // Out of line: the way of the usual line stays short.
 [[gnu::noinline]] char* write_unusual_positions(char* place, SampleLine line) {
@@ -183,10 +186,24 @@ char* write_velocity(char* place, SampleLine line) {
   const int position_type = line.state.block.sample_position;
   const EyeData data = eye_data_of(line.sample, eye, position_type);
   if (!has_value(data.x) || !has_value(data.y)) return write_missing_pair(place);
-  const Velocity velocity = velocity_of(line.sample, eye, position_type);
+  const VelocityFields& fields = velocity_fields(position_type);
   const bool usual = has_usual_form();
-  place = write_signed_tenths(place, velocity.x, usual);
-  return write_signed_tenths(place, velocity.y, usual);
+  place = write_signed_tenths(place, (line.sample.*fields.xvel)[eye], usual);
+  return write_signed_tenths(place, (line.sample.*fields.yvel)[eye], usual);
+}
+
+char* write_both_velocities(char* place, SampleLine line) {
+  const FSAMPLE& s = line.sample;
+  const VelocityFields& fields = velocity_fields(line.state.block.sample_position);
+  bool ready = is_ready_size(s.pa[left]) && is_ready_size(s.pa[right]);
+  for (const EyePair field : {fields.x, fields.y, fields.xvel, fields.yvel})
+    for (const float value : s.*field) ready = ready && has_ready_signed_tenths(value);
+  if (!ready) return write_velocity<right>(write_velocity<left>(place, line), line);
+  for (const int eye : {left, right}) {
+    place = write_ready_signed_tenths(place, (s.*fields.xvel)[eye]);
+    place = write_ready_signed_tenths(place, (s.*fields.yvel)[eye]);
+  }
+  return place;
 }
 
 // The horizontal value alone decides between the sample's pair and the default one.

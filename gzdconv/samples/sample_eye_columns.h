@@ -30,6 +30,10 @@ char* write_screen_resolution(char* place, SampleLine line);
 template <int eye>
 char* write_velocity(char* place, SampleLine line);
 
+// The same of the left eye and then of the right one, in columns of the usual form and of positions
+// that print as they are recorded.
+char* write_both_velocities(char* place, SampleLine line);
+
 // The sample's resolution, or the default one.
 char* write_resolution(char* place, SampleLine line);
 

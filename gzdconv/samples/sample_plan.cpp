@@ -142,6 +142,10 @@ bool has_other_pair(const Shape& s) {
   return has_pair(s) && !(known && options.gaze_map == 0);
 }
 
+bool has_plain_velocities(const Shape& s) {
+  return s.velocity && has_pair(s) && options.gaze_map == 0 && has_usual_form();
+}
+
 constexpr std::string_view both_labels = "left-x\tleft-y\tleft-p\tright-x\tright-y\tright-p\t";
 
 // Position and pupil size of both eyes have four rows, one of which applies: the first three write
@@ -166,10 +170,11 @@ constexpr ColumnGroup column_groups[] = {
      appended<append_position<right>>, "right-x\tright-y\tright-p\t"},
     {screen_resolution, write_screen_resolution<left>, "left-rx\tleft-ry\t"},
     {screen_resolution, write_screen_resolution<right>, "right-rx\tright-ry\t"},
-    {[](const Shape& s) { return s.velocity && s.left_printed; }, write_velocity<left>,
-     "left-xvel\tleft-yvel\t"},
-    {[](const Shape& s) { return s.velocity && s.right_printed; }, write_velocity<right>,
-     "right-xvel\tright-yvel\t"},
+    {has_plain_velocities, write_both_velocities, "left-xvel\tleft-yvel\tright-xvel\tright-yvel\t"},
+    {[](const Shape& s) { return s.velocity && s.left_printed && !has_plain_velocities(s); },
+     write_velocity<left>, "left-xvel\tleft-yvel\t"},
+    {[](const Shape& s) { return s.velocity && s.right_printed && !has_plain_velocities(s); },
+     write_velocity<right>, "right-xvel\tright-yvel\t"},
     {[](const Shape& s) { return s.resolution; }, write_resolution, "xres\tyres\t"},
     {[](const Shape& s) { return s.markers; }, write_markers,
      "marker_1\tmarker_2\tmarker_3\tmarker_4\tmarker_5\tmarker_6\tmarker_7\tmarker_8\t"},
