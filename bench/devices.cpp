@@ -30,7 +30,7 @@ struct Work {
 const Words usual = {};
 const Words target_and_pose = {"--generation", "4", "--pose", "--target"};
 const Words ellipse = {"--generation", "4", "--ellipse", "56"};
-const Words pose = {"--generation", "4", "--pose"};
+const Words pose = {"--generation", "4", "--pose", "--geometry"};
 const Words all_positions = {"--coords", "gaze,href,raw"};
 const Words first_generation = {"--generation", "1"};
 const std::string screen = "700,760,-200,150,200,-150,0,0,1023,767";

@@ -32,6 +32,16 @@ int event_flags(const SessionSettings& s, unsigned sample_flags) {
   return static_cast<int>((sample_flags & fields) | (s.generation > 1 ? SMP_STATUS : 0U));
 }
 
+// The camera stands below the screen and looks up at the head.
+constexpr const char* set_up_messages[] = {
+    "hm_eyecam_to_ref: 1 0 0 0 0 0.9848 -0.1736 180 0 0.1736 0.9848 45",
+    "hm_world_to_screen: 0.9994 0 0.0349 5 0 1 0 -20 -0.0349 0 0.9994 12",
+    "eyecam_to_ecenter 0: -31.5 1 4",
+    "eyecam_to_ecenter 1: 31 0.5 4",
+    "screen_pixel r 1023 l 0 t 0 b 767",
+    "screen_phys r 200 l -200 t -150 b 150",
+};
+
 // A text longer than one record holds, of words that can be counted.
 std::string long_text(int trial) {
   std::string text = "TRIAL_VAR list " + std::to_string(trial);
@@ -133,6 +143,8 @@ void Session::announce(int trial, std::uint32_t time) {
   if (trial == 0)
     writer_.message(time, "DISPLAY_COORDS 0 0 " + std::to_string(display_right) + " " +
                               std::to_string(display_bottom));
+  for (const char* const set_up : set_up_messages)
+    if (settings_.geometry && trial == 0) writer_.message(time + 1, std::string("!GEOM ") + set_up);
   writer_.message(time + 2, "TRIALID " + number);
   if (!settings_.messageLog.empty())
     writer_.message(time + 10,

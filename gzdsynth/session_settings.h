@@ -19,9 +19,10 @@ struct SessionSettings {
   std::uint32_t startTime = 100000;  // ms
 
   bool zip = false;
-  bool target = false;  // head-target words
-  bool pose = false;    // head-pose blocks, generation 4
-  int ellipse = 0;      // bytes of ellipse blocks, 56 or 72, generation 4; 0: none
+  bool target = false;    // head-target words
+  bool pose = false;      // head-pose blocks, generation 4
+  bool geometry = false;  // set-up messages of camera, screen and eyes
+  int ellipse = 0;        // bytes of ellipse blocks, 56 or 72, generation 4; 0: none
   bool rawPacked = false;
   bool longMessages = false;
   bool resolution = true, input = true, buttons = true;

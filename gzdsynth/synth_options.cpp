@@ -112,6 +112,8 @@ const std::vector<Option>& table() {
       {"--zip", "", "compressed records", flag(&S::zip, true)},
       {"--target", "", "head-target words in the samples", flag(&S::target, true)},
       {"--pose", "", "head-pose blocks and events (generation 4)", flag(&S::pose, true)},
+      {"--geometry", "", "set-up messages of camera, screen and eyes, for three-dimensional gaze",
+       flag(&S::geometry, true)},
       {"--ellipse", "BYTES", "pupil-ellipse blocks of 56 or 72 bytes (generation 4)",
        choice("--ellipse", &S::ellipse, {56, 72})},
       {"--raw-packed", "", "packed camera data, told by negative pupils",

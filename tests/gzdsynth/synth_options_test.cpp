@@ -47,7 +47,7 @@ TEST(SynthOptions, SwitchesOfTheUsageTextParse) {
     ++switches;
     EXPECT_NO_THROW(parsed({name, "--generation", name == "--pose" ? "4" : "3"})) << name;
   }
-  EXPECT_EQ(switches, 14);
+  EXPECT_EQ(switches, 15);
   EXPECT_TRUE(parse_command({"--nonsense", "--help"}).help);
 }
 
