@@ -12,7 +12,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "asc/number.h"
+#include "asc/computed_number.h"
 #include "asc/output.h"
 #include "cli/options.h"
 
@@ -94,14 +94,6 @@ bool read_edges(const char* text, const char* keyword, std::optional<CalibratedS
   return complete;
 }
 
-void read_pose_reference(const char* text) {
-  MessageScanner scanner(text);
-  int type = 0;
-  if (scanner.word(" !GEOM pose_output_ref_type ") && scanner.number(type)) {
-    calGeom.pose_output_ref_type = type;
-  }
-}
-
 // The reference frame is the world that hm_world_to_screen starts from.
 void derive_screen_transforms() {
   calGeom.screen_to_ref.reset();
@@ -110,6 +102,31 @@ void derive_screen_transforms() {
   calGeom.screen_to_ref = inverse(*calGeom.hm_world_to_screen);
   if (!calGeom.hm_eyecam_to_ref) return;
   calGeom.screen_to_eyecam = compose(inverse(*calGeom.hm_eyecam_to_ref), *calGeom.screen_to_ref);
+}
+
+std::optional<RigidTransform> between(int from, int to) {
+  if (from < pose_in_eye_camera || from > pose_on_screen) return std::nullopt;
+  if (from == to) return RigidTransform{};
+  const auto& screen_to_from = calGeom.from_screen[static_cast<std::size_t>(from)];
+  const auto& screen_to_to = calGeom.from_screen[static_cast<std::size_t>(to)];
+  if (!screen_to_from || !screen_to_to) return std::nullopt;
+  return compose(*screen_to_to, inverse(*screen_to_from));
+}
+
+void derive_pose_ways() {
+  calGeom.from_screen = {calGeom.screen_to_eyecam, calGeom.screen_to_ref, RigidTransform{}};
+  for (const int frame : {pose_in_eye_camera, pose_in_reference, pose_on_screen})
+    calGeom.from_pose[static_cast<std::size_t>(frame)] =
+        between(calGeom.pose_output_ref_type, frame);
+}
+
+void read_pose_reference(const char* text) {
+  MessageScanner scanner(text);
+  int type = 0;
+  if (scanner.word(" !GEOM pose_output_ref_type ") && scanner.number(type)) {
+    calGeom.pose_output_ref_type = type;
+    derive_pose_ways();
+  }
 }
 
 void derive_screen_scale() {
@@ -124,6 +141,7 @@ void derive_screen_scale() {
 
 void complete_geometry() {
   derive_screen_transforms();
+  derive_pose_ways();
   derive_screen_scale();
   // Counting starts at 1, and -1 stays the mark of a geometry never told.
   osp_report_geom_config = std::max(osp_report_geom_config, 0) + 1;
@@ -152,30 +170,8 @@ bool is_missing(float value) {
 }
 
 std::optional<Vector3> vector_of(const float (&values)[3]) {
-  if (std::any_of(std::begin(values), std::end(values), is_missing)) return std::nullopt;
+  if (is_missing(values[0]) || is_missing(values[1]) || is_missing(values[2])) return std::nullopt;
   return Vector3{values[0], values[1], values[2]};
-}
-
-// From the screen to one of the three frames; empty when the geometry lacks the way.
-std::optional<RigidTransform> screen_to(int frame) {
-  switch (frame) {
-    case pose_in_eye_camera:
-      return calGeom.screen_to_eyecam;
-    case pose_in_reference:
-      return calGeom.screen_to_ref;
-    case pose_on_screen:
-      return RigidTransform{};
-    default:
-      return std::nullopt;
-  }
-}
-
-std::optional<RigidTransform> between(int from, int to) {
-  if (from == to && from >= pose_in_eye_camera && from <= pose_on_screen) return RigidTransform{};
-  const std::optional<RigidTransform> screen_to_from = screen_to(from);
-  const std::optional<RigidTransform> screen_to_to = screen_to(to);
-  if (!screen_to_from || !screen_to_to) return std::nullopt;
-  return compose(*screen_to_to, inverse(*screen_to_from));
 }
 
 std::optional<Vector3> moved(const std::optional<RigidTransform>& transform,
@@ -184,10 +180,10 @@ std::optional<Vector3> moved(const std::optional<RigidTransform>& transform,
   return transform_point(*transform, *point);
 }
 
-std::optional<RigidTransform> head_pose(const FSAMPLE& sample, int frame) {
+std::optional<RigidTransform> head_pose(const FSAMPLE& sample, std::size_t frame) {
   const std::optional<Vector3> rotation = vector_of(sample.headRotation);
   const std::optional<Vector3> position = vector_of(sample.headPosition);
-  const std::optional<RigidTransform> way = between(calGeom.pose_output_ref_type, frame);
+  const std::optional<RigidTransform>& way = calGeom.from_pose[frame];
   if (!rotation || !position || !way) return std::nullopt;
   return compose(*way, ovilo_calc_pose_mat(*rotation, *position));
 }
@@ -209,24 +205,23 @@ std::optional<GazeLine> gaze_line(const std::optional<Vector3>& centre,
 
 // ---- columns ------------------------------------------------------------------------------------
 
-constexpr int position_decimals = 1;
-constexpr int direction_decimals = 10;
 constexpr double rounding_noise = 1e-9;
 
-// Rounding leaves a 0 with either sign; it prints without one.
-void print_component(int decimals, double value) {
-  if (!std::isfinite(value)) {
-    print_value(decimals, MISSING_DATA);
-  } else {
-    print_value(decimals, std::abs(value) < rounding_noise ? 0.0 : value);
-  }
+char* write_position(char* place, double value) {
+  return write_computed_tenths(place, value, has_usual_form());
 }
 
-void print_vector(int decimals, const std::optional<Vector3>& vector) {
-  const Vector3 v = vector.value_or(Vector3{MISSING_DATA, MISSING_DATA, MISSING_DATA});
-  print_component(decimals, v.x);
-  print_component(decimals, v.y);
-  print_component(decimals, v.z);
+// Rounding leaves a 0 with either sign; it prints without one.
+template <char* (*write)(char*, double)>
+char* write_vector(char* place, const std::optional<Vector3>& vector) {
+  if (!vector) return write_missing(write_missing(write_missing(place)));
+  for (const double value : {vector->x, vector->y, vector->z}) {
+    if (std::isfinite(value))
+      place = write(place, std::abs(value) < rounding_noise ? 0.0 : value);
+    else
+      place = write_missing(place);
+  }
+  return place;
 }
 
 }  // namespace
@@ -240,13 +235,13 @@ void read_geometry_message(const char* text) {
 HeadGaze compute_head_gaze(const FSAMPLE& sample) {
   HeadGaze gaze;
   if (osp_report_geom_config <= 0) return gaze;
-  const int frame = options.gaze_3d_screen != 0 ? pose_on_screen : pose_in_eye_camera;
+  const std::size_t frame = options.gaze_3d_screen != 0 ? pose_on_screen : pose_in_eye_camera;
   const std::optional<RigidTransform> pose = head_pose(sample, frame);
   if (!pose) return gaze;
   std::array<std::optional<GazeLine>, 2> lines;
   for (std::size_t eye = 0; eye < lines.size(); ++eye) {
     gaze.eye_centre[eye] = moved(pose, calGeom.eyecam_to_ecenter[eye]);
-    const auto target = moved(screen_to(frame), point_on_screen(sample, eye));
+    const auto target = moved(calGeom.from_screen[frame], point_on_screen(sample, eye));
     lines[eye] = gaze_line(gaze.eye_centre[eye], target);
     if (lines[eye]) gaze.gaze_direction[eye] = lines[eye]->direction;
   }
@@ -254,11 +249,12 @@ HeadGaze compute_head_gaze(const FSAMPLE& sample) {
   return gaze;
 }
 
-void print_head_gaze(const FSAMPLE& sample) {
+char* write_head_gaze(char* place, const FSAMPLE& sample) {
   const HeadGaze gaze = compute_head_gaze(sample);
-  for (const auto& centre : gaze.eye_centre) print_vector(position_decimals, centre);
-  for (const auto& direction : gaze.gaze_direction) print_vector(direction_decimals, direction);
-  print_vector(position_decimals, gaze.gaze_point);
+  for (const auto& centre : gaze.eye_centre) place = write_vector<write_position>(place, centre);
+  for (const auto& direction : gaze.gaze_direction)
+    place = write_vector<write_ten_decimals>(place, direction);
+  return write_vector<write_position>(place, gaze.gaze_point);
 }
 
 }  // namespace gzdconv

@@ -44,6 +44,11 @@ struct CalGeom {
   std::optional<RigidTransform> screen_to_eyecam;
   std::optional<RigidTransform> screen_to_ref;
   std::optional<ScreenScale> scale;
+
+  // By frame, pose_in_eye_camera and so on. The second ones, from the frame of the head pose, are
+  // derived when that is read as well.
+  std::array<std::optional<RigidTransform>, 3> from_screen;
+  std::array<std::optional<RigidTransform>, 3> from_pose;
 };
 
 // Both outlive the file: the next recording goes on with the geometry of the last.
@@ -63,8 +68,9 @@ struct HeadGaze {
 };
 HeadGaze compute_head_gaze(const FSAMPLE& sample);
 
-// Appends the fifteen columns to the line.
-void print_head_gaze(const FSAMPLE& sample);
+// Writes the fifteen columns at `place`, in the line buffer at or after its cursor, and returns
+// their end.
+char* write_head_gaze(char* place, const FSAMPLE& sample);
 
 }  // namespace gzdconv
 

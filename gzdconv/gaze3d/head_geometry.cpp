@@ -10,31 +10,10 @@ namespace gzdconv {
 
 namespace {
 
+using namespace head_geometry;
+
 constexpr double radians_per_degree = std::numbers::pi / 180;
 constexpr double parallel_limit = 1e-12;  // squared sine, or cosine, taken as 0
-
-double element(const RigidTransform& t, std::size_t row, std::size_t column) {
-  return t.m[row * 4 + column];
-}
-
-Vector3 row(const RigidTransform& t, std::size_t index) {
-  return {element(t, index, 0), element(t, index, 1), element(t, index, 2)};
-}
-
-Vector3 column(const RigidTransform& t, std::size_t index) {
-  return {element(t, 0, index), element(t, 1, index), element(t, 2, index)};
-}
-
-RigidTransform from_columns(const Vector3& x, const Vector3& y, const Vector3& z,
-                            const Vector3& shift) {
-  return {{x.x, y.x, z.x, shift.x, x.y, y.y, z.y, shift.y, x.z, y.z, z.z, shift.z}};
-}
-
-std::optional<Vector3> normalised(const Vector3& a) {
-  const double size = length(a);
-  if (!(size > 0) || !std::isfinite(size)) return std::nullopt;
-  return a * (1 / size);
-}
 
 // Half the square root of a sum that is 0 or more but for rounding.
 double half_root(double sum) {
@@ -42,46 +21,6 @@ double half_root(double sum) {
 }
 
 }  // namespace
-
-Vector3 operator+(const Vector3& a, const Vector3& b) {
-  return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-
-Vector3 operator-(const Vector3& a, const Vector3& b) {
-  return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-
-Vector3 operator*(const Vector3& a, double factor) {
-  return {a.x * factor, a.y * factor, a.z * factor};
-}
-
-double dot(const Vector3& a, const Vector3& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-double length(const Vector3& a) {
-  return std::sqrt(dot(a, a));
-}
-
-Vector3 transform_direction(const RigidTransform& t, const Vector3& direction) {
-  return {dot(row(t, 0), direction), dot(row(t, 1), direction), dot(row(t, 2), direction)};
-}
-
-Vector3 transform_point(const RigidTransform& t, const Vector3& point) {
-  return transform_direction(t, point) + column(t, 3);
-}
-
-RigidTransform inverse(const RigidTransform& t) {
-  const RigidTransform turned_back = from_columns(row(t, 0), row(t, 1), row(t, 2), {});
-  const Vector3 shift = transform_direction(turned_back, column(t, 3)) * -1;
-  return from_columns(row(t, 0), row(t, 1), row(t, 2), shift);
-}
-
-RigidTransform compose(const RigidTransform& second, const RigidTransform& first) {
-  return from_columns(
-      transform_direction(second, column(first, 0)), transform_direction(second, column(first, 1)),
-      transform_direction(second, column(first, 2)), transform_point(second, column(first, 3)));
-}
 
 RigidTransform ovilo_calc_pose_mat(const Vector3& rotation, const Vector3& position) {
   const Vector3 angle = rotation * radians_per_degree;
@@ -126,12 +65,6 @@ AxisAngle ovilo_calc_pose_axAngle(const RigidTransform& pose) {
   const std::optional<Vector3> axis = normalised(turned);
   if (!axis) return {{1, 0, 0}, 0};
   return {*axis, 2 * std::atan2(length(turned), q.w) / radians_per_degree};
-}
-
-std::optional<GazeLine> ovilo_calc_gaze_vector(const Vector3& eye_centre, const Vector3& target) {
-  const std::optional<Vector3> direction = normalised(target - eye_centre);
-  if (!direction) return std::nullopt;
-  return GazeLine{eye_centre, *direction};
 }
 
 Vector3 ovilo_calc_head_vector(const RigidTransform& pose, const Vector3& straight_ahead) {

@@ -97,8 +97,8 @@ void append_status_word(const SampleLine& line) {
   lpbuffer.append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
 
-void append_head_gaze(const SampleLine& line) {
-  print_head_gaze(line.sample);
+char* write_gaze_3d(char* place, SampleLine line) {
+  return write_head_gaze(place, line.sample);
 }
 
 // ---- the table ----------------------------------------------------------------------------------
@@ -227,7 +227,7 @@ constexpr ColumnGroup column_groups[] = {
     {[](const Shape& s) { return s.ellipse && s.right_printed; }, write_ellipse<right>,
      "pupil-ellipse-right-x\tpupil-ellipse-right-y\tpupil-ellipse-major-right-axis\t"
      "pupil-ellipse-minor-right-axis\tpupil-ellipse-angle-right\t"},
-    {[](const Shape& s) { return s.gaze_3d; }, appended<append_head_gaze>, ""},
+    {[](const Shape& s) { return s.gaze_3d; }, write_gaze_3d, ""},
 };
 
 }  // namespace
