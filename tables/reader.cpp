@@ -84,8 +84,11 @@ std::unique_ptr<RowBuilder> builder_for(Recording& recording, const Request& req
   }
 }
 
-Request checked(const Request& request) {
+// The request, which asks for no more room than all elements can fill.
+Request checked(Request request, Recording& recording) {
   check_request(request);
+  const std::size_t elements = std::max<std::size_t>(1, recording.element_count());
+  request.batch_rows = std::min(request.batch_rows, elements * rows_of_element);
   return request;
 }
 
@@ -129,7 +132,7 @@ void RowBuilder::append_message(Column* column, const char* text) {
 
 struct TableReader::State {
   State(Recording& recording, const Request& wanted)
-      : request(checked(wanted)),
+      : request(checked(wanted, recording)),
         schema(schema_for(recording, request)),
         builder(builder_for(recording, request)),
         walk(recording, builder->wanted()) {

@@ -31,8 +31,8 @@ struct Request {
   // Rows whose time, onset or start lies in here (ms, ends included).
   double from = -std::numeric_limits<double>::infinity();
   double to = std::numeric_limits<double>::infinity();
-  // Rows of a batch, at most; a batch of long texts may have fewer. Memory is taken for all of
-  // them, but touched only where there are rows.
+  // Rows of a batch, at most; a batch of long texts may have fewer. Memory is taken for as many of
+  // them as the recording can fill, but touched only where there are rows.
   std::size_t batch_rows = 8192;
 };
 

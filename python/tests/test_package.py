@@ -86,7 +86,8 @@ def test_streams(rec, trial):
         texts.extend(more["text"])
     assert pa.concat_tables(kept).equals(whole.slice(0, 777 * len(kept)))
     assert texts[: len(rec.messages)] == rec.messages["text"].tolist()
-    assert sum(len(batch) for batch in stream) == len(whole)
+    for rows in (777, 2**64 - 1):
+        assert sum(len(batch) for batch in rec.stream("samples", batch_rows=rows)) == len(whole)
     assert pa.RecordBatchReader.from_stream(stream).read_all().equals(pa.concat_tables(
         [batch.to_arrow() for batch in stream]))
 
