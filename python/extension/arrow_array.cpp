@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -20,6 +22,14 @@ using gzdtables::Field;
 using gzdtables::Schema;
 using gzdtables::Type;
 
+static_assert(std::endian::native == std::endian::little);
+
+// The lowest bits of eight bytes, each 0 or 1, as one byte.
+std::uint8_t packed(std::uint64_t flags) {
+  constexpr std::uint64_t collect = 0x0102040810204080;  // byte i to bit 56 + i
+  return static_cast<std::uint8_t>((flags * collect) >> 56U);
+}
+
 // One bit a row, the lowest first.
 class Bitmap {
  public:
@@ -27,24 +37,34 @@ class Bitmap {
   template <class Test>
   void fill(std::size_t rows, Test test) {
     bytes_.reset(new std::uint8_t[(rows + 7) / 8]);
-    std::size_t set = 0;
-    for (std::size_t row = 0; row < rows; row += 8) {
-      unsigned byte = 0;
-      const std::size_t bits = std::min<std::size_t>(8, rows - row);
-      for (std::size_t bit = 0; bit < bits; ++bit) {
-        const unsigned is_set = test(row + bit) ? 1U : 0U;
-        byte |= is_set << bit;
-        set += is_set;
-      }
-      bytes_[row / 8] = static_cast<std::uint8_t>(byte);
-    }
-    unset_ = rows - set;
+    unset_ = 0;
+    for (std::size_t row = 0; row < rows; row += flags_at_once)
+      pack(row, std::min(flags_at_once, rows - row), test);
   }
   void drop() { bytes_.reset(); }
   [[nodiscard]] std::size_t unset() const { return unset_; }
   [[nodiscard]] const void* data() const { return bytes_.get(); }
 
  private:
+  static constexpr std::size_t flags_at_once = 256;
+
+  // In two steps that the compiler makes wide: a byte a row, then a bit.
+  template <class Test>
+  void pack(std::size_t from, std::size_t rows, Test test) {
+    std::array<std::uint8_t, flags_at_once> flags{};
+    unsigned set = 0;
+    for (std::size_t i = 0; i < rows; ++i) {
+      flags[i] = test(from + i) ? 1 : 0;
+      set += flags[i];
+    }
+    unset_ += rows - set;
+    for (std::size_t i = 0; i < rows; i += 8) {
+      std::uint64_t eight = 0;
+      std::memcpy(&eight, flags.data() + i, sizeof eight);
+      bytes_[(from + i) / 8] = packed(eight);
+    }
+  }
+
   std::unique_ptr<std::uint8_t[]> bytes_;
   std::size_t unset_ = 0;
 };

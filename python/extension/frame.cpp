@@ -2,6 +2,7 @@
 #include "extension/frame.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <mutex>
@@ -60,18 +61,23 @@ Batch joined(const Schema& schema, std::vector<Batch>& pieces) {
   for (std::size_t i = 0; i < schema.fields.size(); ++i) {
     Column& column = whole.columns.emplace_back(schema.fields[i].type, rows);
     std::size_t at = 0;
-    for (const Batch& piece : pieces) {
-      copy_rows(piece.columns[i], piece.rows, column, at);
+    for (Batch& piece : pieces) {
+      const Column taken = std::move(piece.columns[i]);
+      copy_rows(taken, piece.rows, column, at);
       at += piece.rows;
     }
   }
   return whole;
 }
 
+bool takes_all(const Request& request) {
+  return !request.trial && std::isinf(request.from) && std::isinf(request.to);
+}
+
 // Room for all samples is taken at once: it costs nothing until there are rows, which then lie
-// where they stay. Other tables are short, and their number of rows is not known.
+// where they stay. Other tables are short, and the number of rows of a choice is not known.
 std::size_t piece_for(Recording& recording, const Request& request) {
-  if (request.table != gzdtables::Table::samples) return rows_of_piece;
+  if (request.table != gzdtables::Table::samples || !takes_all(request)) return rows_of_piece;
   return std::max<std::size_t>(1, recording.element_count());
 }
 
@@ -139,10 +145,10 @@ class TableStream::Pool : public std::enable_shared_from_this<Pool> {
   std::vector<std::unique_ptr<Batch>> free_;
 };
 
-TableStream::TableStream(const std::string& path, const gzdtables::Options& options,
-                         const Request& request)
-    : recording_(open_recording(path, options, Level::detail)), pool_(std::make_shared<Pool>()) {
-  reader_ = in_turn(path, [&] { return std::make_unique<TableReader>(*recording_, request); });
+TableStream::TableStream(OpenRecording recording, const Request& request)
+    : recording_(std::move(recording)), pool_(std::make_shared<Pool>()) {
+  reader_ = in_turn(recording_->path(),
+                    [&] { return std::make_unique<TableReader>(*recording_, request); });
   schema_ = std::make_shared<Schema>(reader_->schema());
 }
 

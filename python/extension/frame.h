@@ -24,12 +24,11 @@ struct Frame {
 // The frame's rows as a source of one batch.
 [[nodiscard]] std::unique_ptr<BatchSource> source_of(const Frame& frame);
 
-// A table of a recording of its own, in batches. A batch that nobody shows any more is filled
-// again. Each call is a turn of its own. What the library says at opening is told as a detail.
+// A table in batches. A batch that nobody shows any more is filled again. Each call is a turn of
+// its own. Any other reading of the recording ends the stream.
 class TableStream final : public BatchSource {
  public:
-  TableStream(const std::string& path, const gzdtables::Options& options,
-              const gzdtables::Request& request);
+  TableStream(OpenRecording recording, const gzdtables::Request& request);
   ~TableStream() override;
 
   [[nodiscard]] const gzdtables::Schema& schema() const override { return *schema_; }

@@ -42,6 +42,12 @@ std::optional<std::int64_t> find_damage(const std::string& path) {
   }
 }
 
+void close_in_turn(gzdtables::Recording* recording) {
+  std::string said;
+  const Turn turn(said);
+  delete recording;
+}
+
 }  // namespace
 
 Failure::Failure(std::string file, const gzdtables::ReadError& error, std::string words)
@@ -77,17 +83,11 @@ void tell(const std::string& path, const std::string& said, Level level) noexcep
   }
 }
 
-void CloseInTurn::operator()(gzdtables::Recording* recording) const {
-  std::string said;
-  const Turn turn(said);
-  delete recording;
-}
-
 OpenRecording open_recording(const std::string& path, const gzdtables::Options& options,
                              Level level) {
-  const auto open = [&] { return OpenRecording(new gzdtables::Recording(path, options)); };
+  const auto open = [&] { return std::make_unique<gzdtables::Recording>(path, options); };
   try {
-    return in_turn(path, open, level);
+    return {in_turn(path, open, level).release(), &close_in_turn};
   } catch (Failure& failure) {
     if (failure.reason == 0 && !options.failsafe) failure.position = find_damage(path);
     throw;

@@ -60,11 +60,8 @@ auto in_turn(const std::string& path, Work work, Level level = Level::warning) {
   }
 }
 
-// Closes a recording in a turn.
-struct CloseInTurn {
-  void operator()(gzdtables::Recording* recording) const;
-};
-using OpenRecording = std::unique_ptr<gzdtables::Recording, CloseInTurn>;
+// Closed in a turn by the last that lets go of it.
+using OpenRecording = std::shared_ptr<gzdtables::Recording>;
 
 // Opens a recording in a turn. Throws Failure, with the position when the recording is damaged.
 [[nodiscard]] OpenRecording open_recording(const std::string& path,

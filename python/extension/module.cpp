@@ -3,6 +3,7 @@
 #include <nanobind/stl/optional.h>
 #include <nanobind/stl/pair.h>
 #include <nanobind/stl/string.h>
+#include <nanobind/stl/unique_ptr.h>
 #include <nanobind/stl/vector.h>
 
 #include <string_view>
@@ -119,7 +120,7 @@ template <class Struct, const char* const* name>
 nb::object capsule_of(std::unique_ptr<Struct> content) {
   PyObject* const capsule = PyCapsule_New(content.get(), *name, &release_capsule<Struct, name>);
   if (capsule == nullptr) throw nb::python_error();
-  content.release();
+  static_cast<void>(content.release());  // the capsule's now
   return nb::steal(capsule);
 }
 
@@ -154,6 +155,9 @@ class OpenFile {
   [[nodiscard]] Frame read(const Request& request) const {
     return gzdpython::read_frame(*recording_, request);
   }
+  [[nodiscard]] std::unique_ptr<TableStream> stream(const Request& request) const {
+    return std::make_unique<TableStream>(recording_, request);
+  }
   [[nodiscard]] nb::dict facts() const {
     return gzdpython::dict_of(
         gzdpython::in_turn(recording_->path(), [&] { return gzdtables::facts_of(*recording_); }));
@@ -166,6 +170,14 @@ class OpenFile {
  private:
   gzdpython::OpenRecording recording_;
 };
+
+// A stream of a recording that nobody else reads. What was said when it was opened before is told
+// as a detail.
+std::unique_ptr<TableStream> own_stream(const nb::bytes& path, const Options& options,
+                                        const Request& request) {
+  return std::make_unique<TableStream>(
+      gzdpython::open_recording(path_of(path), options, gzdpython::Level::detail), request);
+}
 
 // The exception of the package that a failure becomes.
 void translate(const std::exception_ptr& pointer, void*) {
@@ -215,9 +227,7 @@ void bind_tables(nb::module_& module) {
           },
           nb::arg("requested").none());
   nb::class_<TableStream>(module, "Stream")
-      .def("__init__",
-           [](TableStream* place, const nb::bytes& path, const Options& options,
-              const Request& request) { new (place) TableStream(path_of(path), options, request); })
+      .def(nb::new_(&own_stream))
       .def("fields", [](const TableStream& stream) { return fields_of(stream.schema()); })
       .def("next",
            [](TableStream& stream) {
@@ -231,8 +241,7 @@ void bind_tables(nb::module_& module) {
       "arrow_stream",
       [](const nb::bytes& path, const Options& options, const Request& request,
          const nb::object& requested) {
-        return stream_object(std::make_unique<TableStream>(path_of(path), options, request),
-                             requested);
+        return stream_object(own_stream(path, options, request), requested);
       },
       nb::arg(), nb::arg(), nb::arg(), nb::arg().none());
 }
@@ -246,6 +255,7 @@ NB_MODULE(_core, module) {
   nb::class_<OpenFile>(module, "OpenFile")
       .def(nb::init<const nb::bytes&, const Options&>())
       .def("read", &OpenFile::read)
+      .def("stream", &OpenFile::stream)
       .def("facts", &OpenFile::facts)
       .def("findings", &OpenFile::findings);
   module.def("groups_of", &groups_of);

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import os
-from collections.abc import Iterable, Mapping
+from collections.abc import Iterable, Iterator, Mapping
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Any, Optional, Union
 
@@ -156,6 +156,13 @@ class Recording:
         """As `table`, but read in batches of at most `batch_rows` rows."""
         request = _request(name, self._groups_for(name, groups), eye, trial, start, end, batch_rows)
         return Stream(_file_name(self.path), name, self._core_options(), request)
+
+    def _pieces(self, name: str, rows: int) -> Iterator[Table]:
+        """The table in pieces of at most `rows` rows. Unlike `stream` it does not open the file anew:
+        reading anything else of this recording ends it."""
+        stream = self._file.stream(_request(name, self._groups_for(name, None), batch_rows=rows))
+        while (frame := stream.next()) is not None:
+            yield Table(name, frame)
 
     def _kept(self, name: str) -> Table:
         if name not in self._tables:

@@ -132,7 +132,8 @@ class Table:
         metadata; enums are dictionaries."""
         import pyarrow
 
-        return pyarrow.table(self)
+        # pyarrow.table() would import pandas first, to see whether this is a frame of it.
+        return pyarrow.RecordBatchReader.from_stream(self).read_all()
 
     def __arrow_c_schema__(self) -> object:
         return self._frame.arrow_schema(False)
