@@ -34,7 +34,7 @@ class Command {
   virtual void declare(CLI::App& app) = 0;
   // Whether words behind "--" are the verb's own, and those words.
   [[nodiscard]] virtual bool has_rest() const { return false; }
-  virtual void take_rest(std::vector<std::string> /*words*/) {}
+  virtual void take_rest(std::vector<std::string>&& /*words*/) {}
   // Returns an exit status. Throws gzdtables::UsageError for a command line that makes no sense.
   [[nodiscard]] virtual int run() = 0;
 

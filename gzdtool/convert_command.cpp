@@ -66,7 +66,7 @@ class ConvertCommand final : public Command {
     app.add_flag("--redo", plan_.redoes, "Also what has a text that is younger than the recording");
     app.footer("Options of gzdconv stand behind --, as in: gzdtool convert *.gzd -- -res -vel");
   }
-  void take_rest(std::vector<std::string> words) override {
+  void take_rest(std::vector<std::string>&& words) override {
     plan_.converter.words = std::move(words);
   }
   [[nodiscard]] bool has_rest() const override { return true; }

@@ -58,9 +58,11 @@ Fields pair(const std::string& name, const char* unit, const std::string& what) 
 
 Fields pair_of_both_eyes(const std::string& name, const char* unit, const std::string& what) {
   Fields fields;
-  for (const std::string eye : eyes)
-    for (const Field& field : pair(eye + "_" + name, unit, what + ", " + eye + " eye"))
-      fields.push_back(field);
+  for (const std::string eye : eyes) {
+    const std::string column = eye + "_" + name;
+    const std::string description = what + ", " + eye + " eye";
+    for (const Field& field : pair(column, unit, description)) fields.push_back(field);
+  }
   return fields;
 }
 
