@@ -35,6 +35,9 @@ void print_log_line(const char* message) {
   std::printf("log: %s%s", message, std::strchr(message, '\n') == nullptr ? "\n" : "");
 }
 
+// By GZD_ORIGIN_: where an element comes from that is no record.
+constexpr const char* origins[] = {" of nothing", "", " of a gap", " of a repair", " of the log"};
+
 // ---- a recording --------------------------------------------------------------------------------
 
 using Options = std::map<std::string, std::string>;
@@ -46,6 +49,7 @@ class Walk {
   void print() {
     print_facts();
     print_elements();
+    print_findings();
     if (number("-jump") > 0) jump_about();
     print_trials();
   }
@@ -98,11 +102,23 @@ class Walk {
     FSAMPLE* const sample = record != nullptr ? gzd_get_sample(record) : nullptr;
     std::string& last = sample != nullptr ? lastSample_ : noEvent_;
     const std::string& line = elements_.back();
-    std::printf("%u %d:%s%s\n", gzd_get_element_index(file_), code, changes(line, last).c_str(),
+    const int origin = gzd_get_element_origin(file_);
+    std::printf("%u %d%s:%s%s\n", gzd_get_element_index(file_), code,
+                origin == GZD_ORIGIN_RECORD ? "" : origins[origin], changes(line, last).c_str(),
                 record != nullptr ? other_data(line).c_str() : "");
     if (sample == nullptr) return;
     lastSample_ = line;
     print_derived(*sample);
+  }
+
+  void print_findings() {
+    GZD_FINDING finding{};
+    for (unsigned n = 0; gzd_get_finding(file_, n, &finding) == 0; ++n) {
+      std::printf("finding %d eye %d detail %d x%u count %lld at %lld from %g to %g\n",
+                  finding.kind, finding.eye, finding.detail, finding.merged,
+                  static_cast<long long>(finding.count), static_cast<long long>(finding.place),
+                  finding.start, finding.end);
+    }
   }
 
   void print_derived(FSAMPLE sample) {
