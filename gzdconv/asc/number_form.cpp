@@ -3,6 +3,7 @@
 
 #include <array>
 #include <iterator>
+#include <type_traits>
 
 #include "asc/number.h"
 #include "asc/output.h"
@@ -32,8 +33,8 @@ constexpr WholeCell make_whole_cell(unsigned whole, bool negative) {
 constexpr WholeCells make_whole_cells() {
   WholeCells cells{};
   for (unsigned n = 0; n < whole_count; ++n) {
-    cells.of[0][n] = make_whole_cell(n, false);
-    cells.of[1][n] = make_whole_cell(n, true);
+    cells.of[n][0] = make_whole_cell(n, false);
+    cells.of[n][1] = make_whole_cell(n, true);
   }
   return cells;
 }
@@ -79,12 +80,50 @@ constexpr Forms make_forms(std::size_t width) {
   return forms;
 }
 
+// The last ones first: each group of three brings a point, which the one before overwrites.
+template <int decimals>
+char* write_known_decimals(char* place, std::uint32_t rest) {
+  rest *= static_cast<std::uint32_t>(make_form(decimals, decimals, 0).stretch);
+  if (decimals > decimals_at_once)
+    std::memcpy(place + decimals_at_once, &decimal_cells.of[rest % 1000], sizeof(DecimalCell));
+  std::memcpy(place, &decimal_cells.of[decimals > decimals_at_once ? rest / 1000 : rest],
+              sizeof(DecimalCell));
+  return place + decimals + 1;
+}
+
+// Of a number that is formed, in units of its last decimal, halves to even.
+template <int decimals>
+auto scaled_number(float value) {
+  using Scaled = std::conditional_t<decimals <= decimals_at_once, std::uint32_t, std::uint64_t>;
+  constexpr double scale = make_form(decimals, decimals, 0).scale;
+  const double sum = static_cast<double>(std::fabs(value)) * scale + rounding_shift;
+  return static_cast<Scaled>(std::bit_cast<std::uint64_t>(sum) -
+                             std::bit_cast<std::uint64_t>(rounding_shift));
+}
+
+// Numbers that are formed. What the form tells is known to the compiler, but for the width.
+template <int decimals>
+char* write_formed(char* place, std::span<const float> values, std::size_t whole_width) {
+  constexpr NumberForm form = make_form(decimals, decimals, 0);
+  for (const float value : values) {
+    const auto scaled = scaled_number<decimals>(value);
+    const auto power = static_cast<decltype(scaled)>(form.power);
+    std::memcpy(place, "\t   ", 4);
+    place = write_whole(place + form.start, scaled / power, std::signbit(value), whole_width);
+    place = write_known_decimals<decimals>(place, static_cast<std::uint32_t>(scaled % power));
+  }
+  return place;
+}
+
 }  // namespace
 
 constinit const WholeCells number_form::whole_cells = make_whole_cells();
 constinit const DecimalCells number_form::decimal_cells = make_decimal_cells();
 constinit const Forms number_form::compact_forms = make_forms(0);
 constinit const Forms number_form::aligned_forms = make_forms(column_width);
+constinit const std::array<FormedWriter, 7> number_form::formed_writers = {
+    nullptr,         write_formed<1>, write_formed<2>, write_formed<3>,
+    write_formed<4>, write_formed<5>, write_formed<6>};
 constinit const NumberForm camera_form = make_form(camera_decimals, camera_decimals, camera_width);
 
 // The last ones first: each group of three brings a point, which the one before overwrites.

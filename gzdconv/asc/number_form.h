@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 #include "cli/options.h"
 #include "gzd_data.h"
@@ -29,7 +30,7 @@ struct WholeCell {
 constexpr std::size_t cell_width = 5;
 constexpr int whole_count = 10000;
 struct WholeCells {
-  WholeCell of[2][whole_count];  // positive ones and negative ones
+  WholeCell of[whole_count][2];  // a positive one and a negative one
 };
 extern const WholeCells whole_cells;
 
@@ -69,6 +70,10 @@ constexpr std::size_t extra_choices = 6;
 using Forms = std::array<std::array<NumberForm, extra_choices>, asked_choices>;
 extern const Forms compact_forms, aligned_forms;
 
+// Writers of numbers that are formed, by decimals, of which there is one at least.
+using FormedWriter = char* (*)(char* place, std::span<const float> values, std::size_t whole_width);
+extern const std::array<FormedWriter, 7> formed_writers;
+
 }  // namespace number_form
 
 // The form of columns with `decimals`, 0 to 3. Constant while options stay.
@@ -96,7 +101,7 @@ constexpr double rounding_shift = 6755399441055744.0;  // 1.5 * 2^52
 inline std::uint64_t whole_cell(std::uint64_t whole, bool negative) {
   static_assert(std::endian::native == std::endian::little);
   std::uint64_t cell;
-  std::memcpy(&cell, &number_form::whole_cells.of[negative ? 1 : 0][whole], sizeof cell);
+  std::memcpy(&cell, &number_form::whole_cells.of[whole][negative ? 1 : 0], sizeof cell);
   return cell;
 }
 
@@ -206,6 +211,19 @@ inline char* write_tenths_column(char* place, double value, const NumberForm& fo
 inline char* write_recorded(char* place, float value, const NumberForm& form) {
   if (value == MISSING_DATA || value == NOT_RECORDED) return write_missing(place);
   return write_column(place, value, form);
+}
+
+// The same of several.
+template <std::size_t count>
+char* write_all_recorded(char* place, const float (&values)[count], const NumberForm& form) {
+  const auto decimals = static_cast<std::size_t>(form.decimals);
+  int unformed = decimals > 0 && decimals < number_form::formed_writers.size() ? 0 : 1;
+  for (const float value : values) unformed |= is_formed(value, form) ? 0 : 1;
+  if (unformed == 0)
+    return number_form::formed_writers[decimals](place, std::span<const float>(values, count),
+                                                 form.whole_width);
+  for (const float value : values) place = write_recorded(place, value, form);
+  return place;
 }
 
 // Writes `value` as "%u" or "%d" does, a tab in front, and returns its end.

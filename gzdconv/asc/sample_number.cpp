@@ -71,7 +71,7 @@ constinit const ReadyCells sample_number::ready_cells = make_cells();
 
 char* write_any_tenths(char* place, float value) {
   if (has_usual_form() && has_ready_signed_tenths(value))
-    return write_ready_signed_tenths(place, value);
+    return write_ready_signed_tenths<false>(place, value);
   return write_recorded(place, value, form_of(1));
 }
 

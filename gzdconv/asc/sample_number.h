@@ -68,18 +68,31 @@ inline bool has_compact_form() {
   return options.tabs_only != 0 && options.extra_decimals == 0;
 }
 
-// The same of a value in the compact form: the ready column without its blanks.
-inline char* write_compact_tenths(char* place, float value) {
-  constexpr std::uint64_t blanks = 0x20202020202020;
-  write_ready_tenths(place, value);
-  std::uint64_t number;
-  std::memcpy(&number, place + 1, sizeof number);
-  number &= 0xFFFFFFFFFFFFFF;  // what stands behind the column
-  const int skipped = std::countr_zero(number ^ blanks) & ~7;
-  number >>= skipped;
-  std::memcpy(place + 1, &number, sizeof number);
-  return place + sizeof(sample_number::Cell) - skipped / 8;
+namespace sample_number {
+
+inline std::uint64_t ready_cell(std::uint32_t tenths) {
+  static_assert(std::endian::native == std::endian::little);
+  std::uint64_t cell;
+  std::memcpy(&cell, ready_cells.of[tenths].text, sizeof cell);
+  return cell;
 }
+
+// The bits of the blanks behind the tab of a cell: there is one at least.
+inline int blank_bits(std::uint64_t cell) {
+  constexpr std::uint64_t blanks = 0x8020202020202020;  // the last one not to be found
+  return std::countr_zero((cell >> 8) ^ blanks) & ~7;
+}
+
+// Writes a cell, and returns its end: as it is or, compact, its tab and what is behind the first so
+// many bits of blanks.
+template <bool compact>
+char* write_cell(char* place, std::uint64_t cell, int skipped) {
+  if (compact) cell = (cell >> skipped & ~std::uint64_t{0xFF}) | '\t';
+  std::memcpy(place, &cell, sizeof cell);
+  return place + sizeof cell - (compact ? skipped / 8 : 0);
+}
+
+}  // namespace sample_number
 
 // The columns of two such values, worked out side by side.
 class ReadyPair {
@@ -94,10 +107,12 @@ class ReadyPair {
   }
 
   // Writes the column of one, and returns its end.
+  template <bool compact>
   char* write(char* place, int which) const {
     const auto tenths = static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(sums_[which]));
-    std::memcpy(place, sample_number::ready_cells.of[tenths].text, sizeof(sample_number::Cell));
-    return place + sizeof(sample_number::Cell);
+    const std::uint64_t cell = sample_number::ready_cell(tenths);
+    const int skipped = compact ? sample_number::blank_bits(cell) : 0;
+    return sample_number::write_cell<compact>(place, cell, skipped);
   }
 
  private:
@@ -121,19 +136,20 @@ inline char* write_tenths(char* place, float value, bool usual) {
 inline bool has_ready_signed_tenths(float value) {
   return has_ready_tenths(std::fabs(value));
 }
-inline char* write_ready_signed_tenths(char* place, float value) {
-  const double size = static_cast<double>(std::fabs(value));
-  const std::uint32_t tenths = sample_number::rounded(size * 10.0);
-  std::memcpy(place, sample_number::ready_cells.of[tenths].text, sizeof(sample_number::Cell));
-  const int before_digits =
-      4 - (tenths >= 100 ? 1 : 0) - (tenths >= 1000 ? 1 : 0) - (tenths >= 10000 ? 1 : 0);
-  place[before_digits] = " -"[std::signbit(value) ? 1 : 0];
-  return place + sizeof(sample_number::Cell);
+template <bool compact>
+char* write_ready_signed_tenths(char* place, float value) {
+  using namespace sample_number;
+  constexpr std::uint64_t sign_for_blank = ' ' ^ '-';
+  const std::uint64_t cell = ready_cell(rounded(static_cast<double>(std::fabs(value)) * 10.0));
+  const int blanks = blank_bits(cell);
+  const std::uint32_t negative = std::bit_cast<std::uint32_t>(value) >> 31;
+  return write_cell<compact>(place, cell ^ (sign_for_blank * negative << blanks),
+                             blanks - 8 * static_cast<int>(negative));
 }
 
 // What write_tenths does, for values that are often negative.
 inline char* write_signed_tenths(char* place, float value, bool usual) {
-  return usual && has_ready_signed_tenths(value) ? write_ready_signed_tenths(place, value)
+  return usual && has_ready_signed_tenths(value) ? write_ready_signed_tenths<false>(place, value)
                                                  : write_any_tenths(place, value);
 }
 

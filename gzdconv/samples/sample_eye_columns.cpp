@@ -117,34 +117,36 @@ namespace {
 
 }  // namespace
 
-// A lost pupil may have no position.
-template <EyePair x, EyePair y>
-char* write_formed_positions(char* place, SampleLine line) {
-  const FSAMPLE& s = line.sample;
-  if (s.pa[left] == 0.0F || s.pa[right] == 0.0F) return write_unusual_positions(place, line);
-  const NumberForm& form = form_of(position_decimals);
-  const bool compact = has_compact_form();
-  for (const int eye : {left, right})
-    for (const float value : {(s.*x)[eye], (s.*y)[eye], s.pa[eye]})
-      place = compact && has_ready_tenths(value) ? write_compact_tenths(place, value)
-                                                 : write_recorded(place, value, form);
-  return place;
-}
-
 namespace {
 
-// Of the usual form, some below 0.
-template <EyePair x, EyePair y>
+// Of ready columns, some positions below 0.
+template <EyePair x, EyePair y, bool compact>
 [[gnu::noinline]] char* write_signed_positions(char* place, SampleLine line) {
   const FSAMPLE& s = line.sample;
   for (const int eye : {left, right})
     if (!is_ready_size(s.pa[eye]) || !has_ready_signed_tenths((s.*x)[eye]) ||
         !has_ready_signed_tenths((s.*y)[eye]))
       return write_unusual_positions(place, line);
+  for (const int eye : {left, right})
+    for (const float value : {(s.*x)[eye], (s.*y)[eye], s.pa[eye]})
+      place = write_ready_signed_tenths<compact>(place, value);
+  return place;
+}
+
+template <EyePair x, EyePair y, bool compact>
+char* write_ready_positions(char* place, SampleLine line) {
+  const auto& xs = line.sample.*x;
+  const auto& ys = line.sample.*y;
+  const auto& sizes = line.sample.pa;
+  const bool ready = is_ready_size(sizes[left]) && is_ready_size(sizes[right]) &&
+                     has_ready_tenths(xs[left]) && has_ready_tenths(xs[right]) &&
+                     has_ready_tenths(ys[left]) && has_ready_tenths(ys[right]);
+  if (!ready) return write_signed_positions<x, y, compact>(place, line);
+  const ReadyPair x_cells(xs), y_cells(ys), size_cells(sizes);
   for (const int eye : {left, right}) {
-    place = write_ready_signed_tenths(place, (s.*x)[eye]);
-    place = write_ready_signed_tenths(place, (s.*y)[eye]);
-    place = write_ready_tenths(place, s.pa[eye]);
+    place = x_cells.write<compact>(place, eye);
+    place = y_cells.write<compact>(place, eye);
+    place = size_cells.write<compact>(place, eye);
   }
   return place;
 }
@@ -153,20 +155,18 @@ template <EyePair x, EyePair y>
 
 template <EyePair x, EyePair y>
 char* write_both_positions(char* place, SampleLine line) {
-  const auto& xs = line.sample.*x;
-  const auto& ys = line.sample.*y;
-  const auto& sizes = line.sample.pa;
-  const bool ready = is_ready_size(sizes[left]) && is_ready_size(sizes[right]) &&
-                     has_ready_tenths(xs[left]) && has_ready_tenths(xs[right]) &&
-                     has_ready_tenths(ys[left]) && has_ready_tenths(ys[right]);
-  if (!ready) return write_signed_positions<x, y>(place, line);
-  const ReadyPair x_cells(xs), y_cells(ys), size_cells(sizes);
-  for (const int eye : {left, right}) {
-    place = x_cells.write(place, eye);
-    place = y_cells.write(place, eye);
-    place = size_cells.write(place, eye);
-  }
-  return place;
+  return write_ready_positions<x, y, false>(place, line);
+}
+
+template <EyePair x, EyePair y>
+char* write_formed_positions(char* place, SampleLine line) {
+  if (has_compact_form()) return write_ready_positions<x, y, true>(place, line);
+  const FSAMPLE& s = line.sample;
+  // A lost pupil may have no position.
+  if (s.pa[left] == 0.0F || s.pa[right] == 0.0F) return write_unusual_positions(place, line);
+  const float values[] = {(s.*x)[left],  (s.*y)[left],  s.pa[left],
+                          (s.*x)[right], (s.*y)[right], s.pa[right]};
+  return write_all_recorded(place, values, form_of(position_decimals));
 }
 
 template <int eye>
@@ -200,8 +200,8 @@ char* write_both_velocities(char* place, SampleLine line) {
     for (const float value : s.*field) ready = ready && has_ready_signed_tenths(value);
   if (!ready) return write_velocity<right>(write_velocity<left>(place, line), line);
   for (const int eye : {left, right}) {
-    place = write_ready_signed_tenths(place, (s.*fields.xvel)[eye]);
-    place = write_ready_signed_tenths(place, (s.*fields.yvel)[eye]);
+    place = write_ready_signed_tenths<false>(place, (s.*fields.xvel)[eye]);
+    place = write_ready_signed_tenths<false>(place, (s.*fields.yvel)[eye]);
   }
   return place;
 }

@@ -57,22 +57,37 @@ TEST_F(SampleNumberTest, RandomFloats) {
   compare();
 }
 
-// In every form what print_value gives, ties and neighbours of the limits among the values.
+// In every form, and in rows, what print_value gives, ties and neighbours of the limits among the
+// values.
 TEST_F(SampleNumberTest, FormsEqualPrintValue) {
   std::mt19937 random(2);
   std::uniform_real_distribution<float> distribution(-9999.0f, 10001.0f);
-  for (int i = 0; i < 300000; ++i) {
+  for (int i = 0; i < 100000; ++i) {
     options.tabs_only = static_cast<int>(random() % 2);
     options.extra_decimals = static_cast<int>(random() % 8) - 1;
     const int decimals = static_cast<int>(random() % 4);
-    float value = distribution(random);
-    if (i % 3 == 0) value = std::ldexp(std::nearbyint(value), -static_cast<int>(random() % 16));
-    if (i % 50 == 0) value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
-    const char* const start = lpbuffer.cursor();
-    lpbuffer.set_cursor(write_column(lpbuffer.cursor(), value, form_of(decimals)));
-    const std::string column(start, static_cast<const char*>(lpbuffer.cursor()));
-    print_value(decimals, value);
-    ASSERT_EQ(asc(), column + column) << value << " with " << decimals;
+    float row[3];
+    for (float& value : row) {
+      value = distribution(random);
+      if (random() % 3 == 0)
+        value = std::ldexp(std::nearbyint(value), -static_cast<int>(random() % 16));
+      if (random() % 50 == 0) value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+      print_value(decimals, value);
+    }
+    const std::string expected = asc();
+    for (const float value : row)
+      lpbuffer.set_cursor(write_column(lpbuffer.cursor(), value, form_of(decimals)));
+    ASSERT_EQ(asc(), expected) << row[0] << " with " << decimals;
+    lpbuffer.set_cursor(write_all_recorded(lpbuffer.cursor(), row, form_of(decimals)));
+    ASSERT_EQ(asc(), expected) << row[0] << " with " << decimals;
+    if (decimals != 1 || !has_compact_form() || !has_ready_signed_tenths(row[0])) continue;
+    lpbuffer.set_cursor(write_ready_signed_tenths<true>(lpbuffer.cursor(), row[0]));
+    const float sizes[2] = {std::fabs(row[0]), 7.25f};
+    for (const int which : {0, 1})
+      lpbuffer.set_cursor(ReadyPair(sizes).write<true>(lpbuffer.cursor(), which));
+    for (const float value : {row[0], sizes[0], sizes[1]}) print_value(1, value);
+    const std::string both = asc();
+    ASSERT_EQ(both.substr(0, both.size() / 2), both.substr(both.size() / 2)) << row[0];
   }
   for (const INT64 count : {-70000, -1, 0, 7, 9999, 10000, 123456}) {
     lpbuffer.set_cursor(write_count(lpbuffer.cursor(), count));
