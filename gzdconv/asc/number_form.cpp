@@ -155,6 +155,20 @@ char* write_other_column(char* place, float value, const NumberForm& form) {
                                 : write_unformed(place, value, form);
 }
 
+char* write_each_recorded(char* place, std::span<const float> values, const NumberForm& form) {
+  const std::ptrdiff_t missing_length = write_missing(place) - place;
+  for (const float value : values) {
+    if (is_missing(value)) {
+      *place = '\t';
+      std::memcpy(place + 1, missing_string, sizeof missing_string);
+      place += missing_length;
+    } else {
+      place = write_column(place, value, form);
+    }
+  }
+  return place;
+}
+
 char* write_large_count(char* place, std::int64_t value) {
   *place++ = '\t';
   *place = '-';

@@ -207,13 +207,22 @@ inline char* write_tenths_column(char* place, double value, const NumberForm& fo
                                : write_unformed(place, value, form);
 }
 
-// The same of a value that the record may lack: NOT_RECORDED prints as missing.
+// A value that the record may lack: NOT_RECORDED counts as missing. No other bits have these
+// values.
+inline bool is_missing(float value) {
+  const auto bits = std::bit_cast<std::uint32_t>(value);
+  return bits == std::bit_cast<std::uint32_t>(MISSING_DATA) ||
+         bits == std::bit_cast<std::uint32_t>(NOT_RECORDED);
+}
+
+// The same of such a value.
 inline char* write_recorded(char* place, float value, const NumberForm& form) {
-  if (value == MISSING_DATA || value == NOT_RECORDED) return write_missing(place);
+  if (is_missing(value)) return write_missing(place);
   return write_column(place, value, form);
 }
 
-// The same of several.
+// The same of several, which are often formed all together or missing all together.
+char* write_each_recorded(char* place, std::span<const float> values, const NumberForm& form);
 template <std::size_t count>
 char* write_all_recorded(char* place, const float (&values)[count], const NumberForm& form) {
   const auto decimals = static_cast<std::size_t>(form.decimals);
@@ -222,8 +231,7 @@ char* write_all_recorded(char* place, const float (&values)[count], const Number
   if (unformed == 0)
     return number_form::formed_writers[decimals](place, std::span<const float>(values, count),
                                                  form.whole_width);
-  for (const float value : values) place = write_recorded(place, value, form);
-  return place;
+  return write_each_recorded(place, std::span<const float>(values, count), form);
 }
 
 // Writes `value` as "%u" or "%d" does, a tab in front, and returns its end.

@@ -1,8 +1,11 @@
 // Words, flags and poses of the head as columns.
 #include "samples/sample_head_columns.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <iterator>
 
 #include "asc/output.h"
 
@@ -10,6 +13,8 @@ namespace gzdconv {
 
 namespace {
 
+constexpr int left = GZD_LEFT_EYE;
+constexpr int right = GZD_RIGHT_EYE;
 constexpr int marker_decimals = 0;
 constexpr int target_decimals = 1;
 
@@ -34,6 +39,17 @@ constexpr FlagMark head_marker_marks[] = {{GZD_HEAD_MARKER_IMU_ONLY, 'X'},
                                           {GZD_HEAD_MARKER_AGE3, 'X'},
                                           {GZD_HEAD_MARKER_MISSING, 'X'},
                                           {GZD_HEAD_MARKER_WARNING, 'X'}};
+
+// The marks of the words that hold no other bits.
+constexpr auto make_head_marker_texts() {
+  std::array<std::array<char, std::size(head_marker_marks)>, 1 << std::size(head_marker_marks)>
+      texts{};
+  for (unsigned word = 0; word < texts.size(); ++word)
+    for (std::size_t i = 0; i < std::size(head_marker_marks); ++i)
+      texts[word][i] = mark(word, head_marker_marks[i].bit, head_marker_marks[i].letter);
+  return texts;
+}
+constexpr auto head_marker_texts = make_head_marker_texts();
 
 template <std::size_t count>
 char* write_marks(char* place, unsigned word, const FlagMark (&marks)[count]) {
@@ -75,15 +91,17 @@ char* write_second_eye_flags(char* place, SampleLine line) {
 }
 
 char* write_head_tracking(char* place, SampleLine line) {
-  const NumberForm& form = form_of(head_decimals);
-  for (const auto& values : {line.sample.headRotation, line.sample.headPosition})
-    for (int i = 0; i < 3; ++i) place = write_recorded(place, values[i], form);
-  return place;
+  const auto& turn = line.sample.headRotation;
+  const auto& at = line.sample.headPosition;
+  const float values[] = {turn[0], turn[1], turn[2], at[0], at[1], at[2]};
+  return write_all_recorded(place, values, form_of(head_decimals));
 }
 
 char* write_marker_flags(char* place, SampleLine line) {
-  *place++ = '\t';
-  return write_marks(place, line.sample.headMarkerFlags, head_marker_marks);
+  const auto& text = head_marker_texts[line.sample.headMarkerFlags % head_marker_texts.size()];
+  *place = '\t';
+  std::memcpy(place + 1, text.data(), text.size());
+  return place + 1 + text.size();
 }
 
 void append_marker_bits(const SampleLine& line) {
@@ -93,12 +111,21 @@ void append_marker_bits(const SampleLine& line) {
   }
 }
 
+char* write_both_extended(char* place, SampleLine line) {
+  constexpr int cyclopean = 2;
+  const FSAMPLE& s = line.sample;
+  const auto &x = s.unused_headInSpaceX, &y = s.unused_headInSpaceY;
+  const auto &eye_x = s.eyeInHeadX, &eye_y = s.eyeInHeadY;
+  const float values[] = {x[left],          x[right],       s.headInSpaceX, y[left],
+                          y[right],         s.headInSpaceY, eye_x[left],    eye_x[right],
+                          eye_x[cyclopean], eye_y[left],    eye_y[right],   eye_y[cyclopean]};
+  return write_all_recorded(place, values, form_of(head_decimals));
+}
+
 char* write_head_resolution(char* place, SampleLine line) {
   const FSAMPLE& s = line.sample;
-  const NumberForm& form = form_of(head_decimals);
-  for (const float value : {s.hrgx, s.hrgy, s.ergx, s.ergy})
-    place = write_recorded(place, value, form);
-  return place;
+  const float values[] = {s.hrgx, s.hrgy, s.ergx, s.ergy};
+  return write_all_recorded(place, values, form_of(head_decimals));
 }
 
 }  // namespace gzdconv

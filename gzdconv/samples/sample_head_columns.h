@@ -25,6 +25,9 @@ char* write_head_tracking(char* place, SampleLine line);
 char* write_marker_flags(char* place, SampleLine line);
 void append_marker_bits(const SampleLine& line);
 
+// Head in space and eye in head: left, right and combined, x and then y of each.
+char* write_both_extended(char* place, SampleLine line);
+
 // Resolutions of head in space and eye in head, x and y each.
 char* write_head_resolution(char* place, SampleLine line);
 
@@ -32,10 +35,8 @@ char* write_head_resolution(char* place, SampleLine line);
 template <int eye>
 char* write_ellipse(char* place, SampleLine line) {
   const FSAMPLE& s = line.sample;
-  const NumberForm& form = form_of(head_decimals);
-  for (const float value : {s.ex[eye], s.ey[eye], s.emajor[eye], s.eminor[eye], s.eangle[eye]})
-    place = write_recorded(place, value, form);
-  return place;
+  const float values[] = {s.ex[eye], s.ey[eye], s.emajor[eye], s.eminor[eye], s.eangle[eye]};
+  return write_all_recorded(place, values, form_of(head_decimals));
 }
 
 // One member of the sample, or one element of it.

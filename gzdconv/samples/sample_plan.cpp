@@ -61,33 +61,37 @@ constexpr StatusText make_status(unsigned word, bool pose, bool left_eye, bool r
   return text;
 }
 
-// Of the status words without calibration warning, by the bits from 0x0100 up to 0x1000.
+// Of the status words, by the bits from 0x0100 up to 0x1000, those with a calibration warning last.
 constexpr unsigned status_shift = 8;
-constexpr unsigned status_mask = 0x1F;
+constexpr unsigned status_count = 0x20;
+using StatusTexts = std::array<StatusText, 2 * status_count>;
 
-template <bool left_eye, bool right_eye>
-constexpr std::array<StatusText, status_mask + 1> make_status_texts() {
-  std::array<StatusText, status_mask + 1> texts{};
-  for (unsigned bits = 0; bits <= status_mask; ++bits)
-    texts[bits] = make_status(bits << status_shift, false, left_eye, right_eye);
+template <bool pose, bool left_eye, bool right_eye>
+constexpr StatusTexts make_status_texts() {
+  StatusTexts texts{};
+  for (unsigned bits = 0; bits < status_count; ++bits) {
+    const unsigned word = bits << status_shift;
+    texts[bits] = make_status(word, pose, left_eye, right_eye);
+    texts[bits + status_count] =
+        make_status(word | GZD_STATUS_CALIBRATION, pose, left_eye, right_eye);
+  }
   return texts;
 }
 
-template <bool left_eye, bool right_eye>
-[[gnu::noinline]] char* write_pose_status(char* place, unsigned word) {
-  const StatusText text = make_status(word, true, left_eye, right_eye);
+template <bool pose, bool left_eye, bool right_eye>
+char* write_status_text(char* place, unsigned word) {
+  static constexpr StatusTexts texts = make_status_texts<pose, left_eye, right_eye>();
+  const unsigned warning = pose && (word & GZD_STATUS_CALIBRATION) != 0 ? status_count : 0;
+  const StatusText& text = texts[(word >> status_shift & (status_count - 1)) + warning];
   std::memcpy(place, text.data(), text.size());
-  return place + status_length(true, left_eye, right_eye);
+  return place + status_length(pose, left_eye, right_eye);
 }
 
 template <bool left_eye, bool right_eye>
 char* write_status(char* place, SampleLine line) {
-  static constexpr auto texts = make_status_texts<left_eye, right_eye>();
   const unsigned word = line.sample.errors;
-  if (printPoseFlags) return write_pose_status<left_eye, right_eye>(place, word);
-  const StatusText& text = texts[word >> status_shift & status_mask];
-  std::memcpy(place, text.data(), text.size());
-  return place + status_length(false, left_eye, right_eye);
+  return printPoseFlags ? write_status_text<true, left_eye, right_eye>(place, word)
+                        : write_status_text<false, left_eye, right_eye>(place, word);
 }
 
 void append_status_word(const SampleLine& line) {
@@ -114,14 +118,17 @@ using Shape = SampleShape;
 bool has_status(const Shape& s, bool left_eye, bool right_eye) {
   return s.cr_flags && s.left_printed == left_eye && s.right_printed == right_eye;
 }
+bool both_extended(const Shape& s) {
+  return s.extended && s.left_printed && s.right_printed;
+}
 bool left_extended(const Shape& s) {
-  return s.extended && s.left_printed;
+  return s.extended && s.left_printed && !s.right_printed;
 }
 bool right_extended(const Shape& s) {
-  return s.extended && s.right_printed;
+  return s.extended && s.right_printed && !s.left_printed;
 }
 bool extended(const Shape& s) {
-  return s.extended;
+  return s.extended && !both_extended(s);
 }
 bool screen_resolution(const Shape& s) {
   return s.screen_resolution;
@@ -202,6 +209,11 @@ constexpr ColumnGroup column_groups[] = {
     {[](const Shape& s) { return s.head_pose; }, write_marker_flags, "head-marker-flags\t"},
     {[](const Shape& s) { return s.head_pose && options.sfhmf != 0; }, appended<append_marker_bits>,
      ""},
+    {both_extended, write_both_extended,
+     "head-in-space-left-x\thead-in-space-right-x\thead-in-space-x\t"
+     "head-in-space-left-y\thead-in-space-right-y\thead-in-space-y\t"
+     "eye-in-head-left-x\teye-in-head-right-x\teye-in-head-cyclopean-x\t"
+     "eye-in-head-left-y\teye-in-head-right-y\teye-in-head-cyclopean-y\t"},
     {left_extended, write_head_element<&FSAMPLE::unused_headInSpaceX, left>,
      "head-in-space-left-x\t"},
     {right_extended, write_head_element<&FSAMPLE::unused_headInSpaceX, right>,
