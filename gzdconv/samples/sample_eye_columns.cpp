@@ -64,23 +64,29 @@ bool left_counts_for_average(const FSAMPLE& sample) {
          has_value(sample.gx[left]) && has_value(sample.gy[left]);
 }
 
-// A missing number prints as the number that stands for it.
+char* write_text(char* place, std::string_view text) {
+  return std::copy(text.begin(), text.end(), place);
+}
+
 char* write_camera_number(char* place, float value) {
-  constexpr std::string_view missing = "\t100000000.000", no_decimals = ".000";
   if (is_formed(value, camera_form)) return write_column(place, value, camera_form);
-  if (value == MISSING_DATA) return std::copy(missing.begin(), missing.end(), place);
   constexpr float largest_whole = 1e9F;
-  if (std::fabs(value) < largest_whole && static_cast<float>(static_cast<INT32>(value)) == value) {
-    place = write_count(place, static_cast<INT32>(value));
-    return std::copy(no_decimals.begin(), no_decimals.end(), place);
-  }
+  if (std::fabs(value) < largest_whole && static_cast<float>(static_cast<INT32>(value)) == value)
+    return write_text(write_count(place, static_cast<INT32>(value)), ".000");
   *place++ = '\t';
   lpbuffer.set_cursor(place);
   append_fixed(value, camera_form.decimals, camera_width);
   return lpbuffer.cursor();
 }
 
+// Without camera data all pairs are one of two: missing, which prints as the number that stands for
+// it, and what the library makes of two missing positions.
 char* write_camera_pair(char* place, const float (&pair)[2]) {
+  constexpr float missing_difference = -2e6F;
+  if (pair[0] == pair[1] && pair[0] == MISSING_DATA)
+    return write_text(place, "\t100000000.000\t100000000.000");
+  if (pair[0] == pair[1] && pair[0] == missing_difference)
+    return write_text(place, "\t-2000000.000\t-2000000.000");
   return write_camera_number(write_camera_number(place, pair[0]), pair[1]);
 }
 
