@@ -69,8 +69,8 @@ class HrefMean {
     add(sample.hy[eye], y_, y_count_);
   }
   [[nodiscard]] bool is_known() const { return x_count_ > 0 && y_count_ > 0; }
-  [[nodiscard]] float x() const { return x_ / static_cast<float>(x_count_); }
-  [[nodiscard]] float y() const { return y_ / static_cast<float>(y_count_); }
+  [[nodiscard]] float x() const { return mean(x_, x_count_); }
+  [[nodiscard]] float y() const { return mean(y_, y_count_); }
 
  private:
   static void add(float value, float& sum, int& count) {
@@ -78,6 +78,8 @@ class HrefMean {
     sum += value;
     ++count;
   }
+  // Of one or two, without a division.
+  static float mean(float sum, int count) { return count == 1 ? sum : sum * 0.5F; }
 
   float x_ = 0.0F, y_ = 0.0F;
   int x_count_ = 0, y_count_ = 0;
