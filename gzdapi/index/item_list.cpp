@@ -89,25 +89,26 @@ bool ItemList::areLandmarks(std::size_t first, std::size_t last) const {
 
 bool ItemList::markLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom) const {
   bool rise = true;
-  riseFrom = 0;
-  UINT64 seen = 0, found = 0;  // bits of the word at hand
-  for (std::size_t place = first; place < last; ++place) {
-    const Packed entry = entries_[place];
-    const UINT64 bit = UINT64{1} << place % word_bits;
-    seen |= bit;
-    if (isPlain(entry)) {
-      rise &= stampOf(entry) >= riseFrom;
-      riseFrom = stampOf(entry) + 1;
-    } else if (isSampleAt(place)) {
-      rise = false;
-    } else {
-      found |= bit;
+  UINT64 from = 0;
+  for (std::size_t place = first; place < last;) {
+    const std::size_t number = place / word_bits, begin = place % word_bits;
+    const std::size_t end = std::min(last, place - begin + word_bits);
+    const UINT64 seen = ~UINT64{0} >> (word_bits - (end - place)) << begin;
+    UINT64 found = 0;
+    for (; place < end; ++place) {
+      const Packed entry = entries_[place];
+      if (isPlain(entry)) {
+        rise &= stampOf(entry) >= from;
+        from = stampOf(entry) + 1;
+      } else if (isSampleAt(place)) {
+        rise = false;
+      } else {
+        found |= UINT64{1} << place % word_bits;
+      }
     }
-    if (place % word_bits == word_bits - 1 || place + 1 == last) {
-      putMarks(place / word_bits, seen, found);
-      seen = found = 0;
-    }
+    putMarks(number, seen, found);
   }
+  riseFrom = from;
   return rise;
 }
 
