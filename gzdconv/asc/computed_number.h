@@ -45,6 +45,11 @@ inline char* write_ready_cell(char* place, std::uint32_t tenths, bool negative) 
 // print_value(form.asked_decimals, value) appends, and returns the end.
 char* write_computed(char* place, double value, const NumberForm& form);
 
+// Appends what print_value(decimals, value) appends, of 0 to 3 decimals.
+inline void print_computed(int decimals, double value) {
+  lpbuffer.set_cursor(write_computed(lpbuffer.cursor(), value, form_of(decimals)));
+}
+
 // The same of print_value(1, value). `usual` is has_usual_form().
 inline char* write_computed_tenths(char* place, double value, bool usual) {
   const double product = std::fabs(value) * 10.0;

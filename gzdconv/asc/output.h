@@ -18,6 +18,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace gzdconv {
 
@@ -105,6 +106,19 @@ extern LineBuffer lpbuffer;
 // Writes `fmt` with its arguments to the output file, or to standard output when none is open.
 // Text of any length.
 void print(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+
+// Begins a line, or goes on with it, and appends texts, characters and unsigned numbers.
+template <class... Parts>
+void print_parts(const Parts&... parts) {
+  const auto append = [](const auto& part) {
+    if constexpr (std::is_same_v<std::decay_t<decltype(part)>, std::uint32_t>)
+      lpbuffer.append_unsigned(part);
+    else
+      lpbuffer.append(part);
+  };
+  lpbuffer.begin_line();
+  (append(parts), ...);
+}
 
 // The path of the ASC file for `name`: moved to options.output_dir, "asc" after its last ".".
 std::string output_path(const std::string& name);

@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "asc/number.h"
+#include "asc/computed_number.h"
 #include "asc/output.h"
 #include "cli/options.h"
 #include "lines/resolution.h"
@@ -25,13 +25,13 @@ struct Point {
 };
 
 void print_point(int decimals, Point point) {
-  print_value(decimals, point.x);
-  print_value(decimals, point.y);
+  print_computed(decimals, point.x);
+  print_computed(decimals, point.y);
 }
 
 void print_resolution(double x, double y) {
-  print_value(resolution_decimals, x);
-  print_value(resolution_decimals, y);
+  print_computed(resolution_decimals, x);
+  print_computed(resolution_decimals, y);
 }
 
 Point mapped(Point point) {
@@ -118,11 +118,11 @@ double travelled(const FEVENT& event, int position_type, std::uint32_t duration)
 void print_amplitude_and_peak(const FEVENT& event, int position_type, Point start, Point end,
                               std::uint32_t duration) {
   if (event.read & EVT_RESOLUTION) {
-    print_value(2, gaze_amplitude(start, end, mapped_resolution(event)));
-    print_value(0, peak_velocity(event));
+    print_computed(2, gaze_amplitude(start, end, mapped_resolution(event)));
+    print_computed(0, peak_velocity(event));
   } else if (event.read & EVT_VELOCITY) {
-    print_value(2, travelled(event, position_type, duration));
-    print_value(1, event.pvel);
+    print_computed(2, travelled(event, position_type, duration));
+    print_computed(1, event.pvel);
   } else {
     print_resolution(MISSING_DATA, MISSING_DATA);
   }
@@ -197,10 +197,10 @@ void for_extended_columns(Use use) {
 void print_fixation_columns(const FEVENT& event, int position_type) {
   if (is_href(position_type)) {
     print_point(1, {event.havx, event.havy});
-    print_value(0, event.ava);
+    print_computed(0, event.ava);
   }
   print_point(1, mapped({event.gavx, event.gavy}));
-  print_value(0, event.ava);
+  print_computed(0, event.ava);
   if (options.output_resolution) print_fixation_resolution(event, position_type);
 }
 
@@ -209,8 +209,8 @@ void print_saccade_columns(const FEVENT& event, int position_type, std::uint32_t
     const Point start{event.hstx, event.hsty}, end{event.henx, event.heny};
     print_point(0, start);
     print_point(0, end);
-    print_value(2, href_angle(start, end));
-    print_value(0, peak_velocity(event));
+    print_computed(2, href_angle(start, end));
+    print_computed(0, peak_velocity(event));
   }
   const Point start = mapped({event.gstx, event.gsty}), end = mapped({event.genx, event.geny});
   print_point(1, start);
@@ -227,7 +227,7 @@ void print_extra_header() {
 
 void print_exended_event_data(const FEVENT& event) {
   for_extended_columns([&event](const ExtendedColumn& column) {
-    print_value(extended_decimals, event.*column.value);
+    print_computed(extended_decimals, event.*column.value);
   });
 }
 

@@ -61,16 +61,20 @@ void sum_resolution(const FEVENT& event, int position_type) {
 
 void print_message(const FEVENT& event) {
   if (!has_message_line(event)) return;
-  print("MSG\t%u%s%c", event.sttime, time_suffix(), options.tabs_only ? '\t' : ' ');
+  print_parts("MSG\t", event.sttime, time_suffix(), options.tabs_only ? '\t' : ' ');
   lpbuffer.write(message_text(event));
-  print("\n");
+  lpbuffer.append('\n');
+}
+
+char digit(int value) {
+  return static_cast<char>('0' + value);
 }
 
 void print_buttons(const FEVENT& event) {
   for (int button = 0; button < button_count; ++button)
     if (event.buttons >> changed_shift & 1U << button)
-      print("BUTTON\t%u%s\t%d\t%d\n", event.sttime, time_suffix(), button + 1,
-            event.buttons >> button & 1);
+      print_parts("BUTTON\t", event.sttime, time_suffix(), '\t', digit(button + 1), '\t',
+                  digit(event.buttons >> button & 1), '\n');
 }
 
 void print_other_event(const FEVENT& event) {
@@ -82,7 +86,7 @@ void print_other_event(const FEVENT& event) {
       print_message(event);
       break;
     case GZD_INPUT:
-      print("INPUT\t%u%s\t%d\n", event.sttime, time_suffix(), event.input);
+      print_parts("INPUT\t", event.sttime, time_suffix(), '\t', std::uint32_t{event.input}, '\n');
       break;
     case GZD_BUTTON:
       print_buttons(event);

@@ -1,7 +1,10 @@
 // The lines of blocks: START with what the block holds, END with its mean resolution.
 #include "lines/recording_lines.h"
 
+#include <string_view>
+
 #include "asc/number.h"
+#include "asc/number_form.h"
 #include "asc/output.h"
 #include "cli/console.h"
 #include "cli/options.h"
@@ -13,6 +16,8 @@ namespace {
 
 constexpr unsigned position_flags = SMP_PUPIL_POS | SMP_HREF | SMP_GAZE;
 constexpr int resolution_decimals = 2;
+constexpr int rate_decimals = 2;
+constexpr int rate_width = 7;
 
 bool has_samples(const RECORDINGS& record) {
   return record.record_type == GZD_RECORD_SAMPLES || record.record_type == GZD_RECORD_BOTH;
@@ -22,8 +27,8 @@ bool has_events(const RECORDINGS& record) {
   return record.record_type == GZD_RECORD_EVENTS || record.record_type == GZD_RECORD_BOTH;
 }
 
-const char* text_if(bool condition, const char* text) {
-  return condition ? text : "";
+std::string_view text_if(bool condition, std::string_view text) {
+  return condition ? text : std::string_view();
 }
 
 bool is_position_type(int code) {
@@ -40,31 +45,34 @@ void choose_sample_type(BlockState& block, unsigned sflags) {
 
 void print_start_line(const RECORDINGS& record) {
   const bool eyes = options.output_eye_events || options.output_samples;
-  print(
-      "START\t%u%s \t%s%s%s%s\n", record.time, text_if(options.float_time, ".0"),
+  print_parts(
+      "START\t", record.time, text_if(options.float_time, ".0"), " \t",
       text_if(eyes && options.left_eye && options.left_events && block_has_left(record), "LEFT\t"),
       text_if(eyes && options.right_eye && options.right_events && block_has_right(record),
               "RIGHT\t"),
-      text_if(has_samples(record), "SAMPLES\t"), text_if(has_events(record), "EVENTS"));
+      text_if(has_samples(record), "SAMPLES\t"), text_if(has_events(record), "EVENTS"), '\n');
 }
 
 void print_rate(const RunState& state, const RECORDINGS& record) {
-  print("\tRATE\t%7.2f", static_cast<double>(record.sample_rate));
-  if (state.format_revision > 0)
-    print("\tTRACKING\t%s\tFILTER\t%d", record.recording_mode ? "CR" : "P", record.filter_type);
+  print_parts("\tRATE\t");
+  append_fixed(record.sample_rate, rate_decimals, rate_width);
+  if (state.format_revision <= 0) return;
+  print_parts("\tTRACKING\t", record.recording_mode ? "CR" : "P", "\tFILTER");
+  lpbuffer.set_cursor(write_count(lpbuffer.cursor(), record.filter_type));
 }
 
 void print_events_line(RunState& state, const RECORDINGS& record) {
   state.block.event_position = record.pos_type;
-  print("EVENTS\t%s%s%s%s", parse_type(record.pos_type),
-        text_if(options.left_eye && options.left_events && block_has_left(record), "\tLEFT"),
-        text_if(options.right_eye && options.right_events && block_has_right(record), "\tRIGHT"),
-        text_if(options.output_resolution, "\tRES"));
+  print_parts(
+      "EVENTS\t", parse_type(record.pos_type),
+      text_if(options.left_eye && options.left_events && block_has_left(record), "\tLEFT"),
+      text_if(options.right_eye && options.right_events && block_has_right(record), "\tRIGHT"),
+      text_if(options.output_resolution, "\tRES"));
   print_rate(state, record);
-  print("\n");
+  lpbuffer.append('\n');
 }
 
-const char* head_part(const RunState& state, const RECORDINGS& record) {
+std::string_view head_part(const RunState& state, const RECORDINGS& record) {
   switch (state.block.head_data) {
     case HeadData::markers:
       return "\tHMARKER";
@@ -79,14 +87,15 @@ const char* head_part(const RunState& state, const RECORDINGS& record) {
 
 void print_samples_line(RunState& state, const RECORDINGS& record) {
   choose_sample_type(state.block, record.sflags);
-  print("SAMPLES\t%s%s%s%s%s%s", parse_type(state.block.sample_position),
-        text_if(options.left_eye && options.left_samples && block_has_left(record), "\tLEFT"),
-        text_if(options.right_eye && options.right_samples && block_has_right(record), "\tRIGHT"),
-        text_if(options.output_velocity, "\tVEL"), text_if(options.output_resolution, "\tRES"),
-        head_part(state, record));
+  print_parts(
+      "SAMPLES\t", parse_type(state.block.sample_position),
+      text_if(options.left_eye && options.left_samples && block_has_left(record), "\tLEFT"),
+      text_if(options.right_eye && options.right_samples && block_has_right(record), "\tRIGHT"),
+      text_if(options.output_velocity, "\tVEL"), text_if(options.output_resolution, "\tRES"),
+      head_part(state, record));
   print_rate(state, record);
-  print("%s%s\n", text_if(options.output_input, "\tINPUT"),
-        text_if(options.output_buttons, "\tBUTTONS"));
+  print_parts(text_if(options.output_input, "\tINPUT"),
+              text_if(options.output_buttons, "\tBUTTONS"), '\n');
 }
 
 void print_mean_resolution() {
@@ -113,7 +122,8 @@ int print_start(RunState& state, const RECORDINGS& record) {
     return 1;
   }
   print_start_line(record);
-  print("PRESCALER\t1\nVPRESCALER\t1\nPUPIL\t%s\n", record.pupil_type ? "DIAMETER" : "AREA");
+  print_parts("PRESCALER\t1\nVPRESCALER\t1\nPUPIL\t", record.pupil_type ? "DIAMETER" : "AREA",
+              '\n');
   if (options.output_eye_events && has_events(record)) print_events_line(state, record);
   if (options.output_samples && has_samples(record)) print_samples_line(state, record);
   return 1;
@@ -121,10 +131,10 @@ int print_start(RunState& state, const RECORDINGS& record) {
 
 int print_end(const RECORDINGS& record) {
   if (!options.output_events) return 1;
-  print("END\t%u \t%s%s\tRES", record.time, text_if(has_samples(record), "SAMPLES\t"),
-        text_if(has_events(record), "EVENTS"));
+  print_parts("END\t", record.time, " \t", text_if(has_samples(record), "SAMPLES\t"),
+              text_if(has_events(record), "EVENTS"), "\tRES");
   print_mean_resolution();
-  print("\n");
+  lpbuffer.append('\n');
   return 1;
 }
 

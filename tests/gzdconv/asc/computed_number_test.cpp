@@ -21,15 +21,15 @@ class ComputedNumberTest : public AscTest {
   }
   // A line of the column, then what print_value writes.
   void add_pair(double value, int which) {
-    constexpr int decimals[] = {1, 1, 10};
+    constexpr int decimals[] = {0, 1, 2, 3, 1, 10};
     const auto wanted = [=](char* place) {
       lpbuffer.set_cursor(place);
       print_value(decimals[which], value);
       return lpbuffer.cursor();
     };
     add([=](char* place) {
-      if (which == 0) return write_computed(place, value, form_of(1));
-      return which == 1 ? write_computed_tenths(place, value, has_usual_form())
+      if (which < 4) return write_computed(place, value, form_of(which));
+      return which == 4 ? write_computed_tenths(place, value, has_usual_form())
                         : write_ten_decimals(place, value);
     });
     add(wanted);
@@ -46,7 +46,7 @@ TEST_F(ComputedNumberTest, EqualsPrintValue) {
     double value = std::ldexp(static_cast<double>(random()), -static_cast<int>(random() % 50));
     if (i % 3 == 0) value = (std::floor(value * digits) + 0.5) / digits;
     if (i % 7 == 0) value = std::nextafter(value, i % 2 == 0 ? 0.0 : 1e9);
-    add_pair(i % 2 == 0 ? value : -value, i % 3);
+    add_pair(i % 2 == 0 ? value : -value, static_cast<int>(random() % 6));
   }
   const std::string text = asc();
   for (std::size_t at = 0, end = 0; at < text.size(); at = end + 1) {
