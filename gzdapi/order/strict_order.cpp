@@ -2,6 +2,7 @@
 #include "order/strict_order.h"
 
 #include <algorithm>
+#include <array>
 
 namespace gzd {
 
@@ -35,14 +36,16 @@ bool StrictOrder::isStrict(std::size_t first, std::size_t last) const {
   return last - run == 1 || runIsStrict(run, last);
 }
 
+// Whether entries of one stamp have one order only.
 bool StrictOrder::runIsStrict(std::size_t first, std::size_t last) const {
   if (last - first > longest_run) return false;
-  for (std::size_t a = first; a + 1 != last; ++a) {
-    const GZDItem earlier = items_[a];
-    for (std::size_t b = a + 1; b != last; ++b) {
-      const GZDItem later = items_[b];
-      if (!comesBefore_(earlier, later) || comesBefore_(later, earlier)) return false;
-    }
+  std::array<Standing, longest_run> run;
+  std::size_t count = 0;
+  for (std::size_t place = first; place != last; ++place) {
+    const Standing later = standingOf(items_[place]);
+    for (std::size_t i = 0; i < count; ++i)
+      if (!comesBefore(run[i], later) || comesBefore(later, run[i])) return false;
+    run[count++] = later;
   }
   return true;
 }
@@ -102,10 +105,10 @@ std::size_t StrictOrder::placeOf(std::size_t entry, std::size_t first) const {
     else
       low = middle + 1;
   }
-  const GZDItem item = items_[entry];
+  const Standing standing = standingOf(items_[entry]);
   const std::size_t furthest = place - std::min(place - first, longest_run);
   while (place > furthest && items_.stampAt(place - 1) == stamp &&
-         comesBefore_(item, items_[place - 1])) {
+         comesBefore(standing, standingOf(items_[place - 1]))) {
     --place;
   }
   return place;

@@ -7,15 +7,13 @@
 #include <vector>
 
 #include "index/item_list.h"
+#include "order/sort_entry.h"
 
 namespace gzd {
 
 class StrictOrder {
  public:
-  using Comparison = bool (*)(const GZDItem&, const GZDItem&);
-
-  // `comparison` tells whether an entry comes before another one.
-  StrictOrder(ItemList& list, Comparison comparison) : items_(list), comesBefore_(comparison) {}
+  explicit StrictOrder(ItemList& list) : items_(list) {}
 
   // Whether the entries from `first` up to `last`, at least one, have only one possible order and
   // stand in it: of any two, one comes first. Also false when too many share one stamp.
@@ -48,13 +46,26 @@ class StrictOrder {
     const std::size_t last_;
   };
 
+  // What decides between entries of one stamp.
+  struct Standing {
+    std::size_t sortClass;
+    INT64 filePos;
+  };
+  static Standing standingOf(const GZDItem& item) {
+    return {static_cast<std::size_t>(sort_class_of(item)), item.getFilePos()};
+  }
+  static bool comesBefore(const Standing& a, const Standing& b) {
+    const Precedence precedence = precedence_table[a.sortClass][b.sortClass];
+    return precedence == Precedence::ByFile ? a.filePos < b.filePos
+                                            : precedence == Precedence::Always;
+  }
+
   bool insertAll(std::size_t first, std::size_t last);
   void undo(std::size_t first, std::size_t last);
   [[nodiscard]] std::size_t placeOf(std::size_t entry, std::size_t first) const;
   [[nodiscard]] bool runIsStrict(std::size_t first, std::size_t last) const;
 
   ItemList& items_;
-  Comparison comesBefore_;
   std::vector<Move> moved_;
   std::size_t lowestPlace_ = 0;
 };

@@ -24,7 +24,7 @@ constexpr std::size_t sort_overlap = 3000;
 
 class WindowSorter {
  public:
-  explicit WindowSorter(ItemList& list) : items_(list), strictOrder_(list, sortByTime) {}
+  explicit WindowSorter(ItemList& list) : items_(list), strictOrder_(list) {}
 
   // Sorts a window that is not empty. Returns the first place at which anything moved, or `last`.
   std::size_t sort(std::size_t first, std::size_t last) {
