@@ -100,7 +100,7 @@ declare class FileReaderSync {
 }
 
 const chunkBytes = 4 << 20;
-const mostChunks = 64;
+const mostChunks = 128; // half a gigabyte
 
 /** Reads a file in chunks and keeps those used last: each reading costs, and the library reads by the kilobyte. */
 function readerOf(file: File): (buffer: Uint8Array, offset: number, length: number, place: number) => number {
@@ -143,23 +143,30 @@ export function mountFile(module: Module, file: File, told: (bytes: number) => v
 
 const heldBytes = 16 << 20;
 
-/** A text that grows: one array would be copied again and again, and a browser puts blobs aside. */
+/** A text that grows: one array would be copied again and again, and blobs a browser puts aside. */
 class GrowingText {
-  private blob = new Blob([], { type: "text/plain" });
-  private held: Uint8Array<ArrayBuffer>[] = [];
+  private readonly parts: Blob[] = [];
+  private readonly held = new Uint8Array(heldBytes);
   private bytes = 0;
 
-  append(piece: Uint8Array<ArrayBuffer>): void {
-    this.held.push(piece);
-    this.bytes += piece.length;
-    if (this.bytes >= heldBytes) this.whole();
+  append(piece: Uint8Array): void {
+    for (let at = 0; at < piece.length; ) {
+      const part = piece.subarray(at, at + heldBytes - this.bytes);
+      this.held.set(part, this.bytes);
+      this.bytes += part.length;
+      at += part.length;
+      if (this.bytes === heldBytes) this.putAside();
+    }
+  }
+
+  private putAside(): void {
+    this.parts.push(new Blob([this.held.subarray(0, this.bytes)]));
+    this.bytes = 0;
   }
 
   whole(): Blob {
-    this.blob = new Blob([this.blob, ...this.held], { type: this.blob.type });
-    this.held = [];
-    this.bytes = 0;
-    return this.blob;
+    this.putAside();
+    return new Blob(this.parts, { type: "text/plain" });
   }
 }
 
@@ -178,7 +185,7 @@ export function keepInPieces(module: Module, isText: (name: string) => boolean):
     if (!isText(node.name)) return plainWrite(stream, buffer, offset, length, place);
     node.text ??= new GrowingText();
     if (place !== node.usedBytes) throw new Error("a text is written from front to end");
-    node.text.append(new Uint8Array(buffer.subarray(offset, offset + length)));
+    node.text.append(buffer.subarray(offset, offset + length));
     node.usedBytes = place + length;
     return length;
   };

@@ -66,16 +66,26 @@ async function assertZooms(tab) {
   assert.ok(Math.abs((right - left) / (end - closer) - 0.25) < 0.02, `dragged over ${right - left} ms`);
 }
 
-async function assertTextEqual(tab, options) {
+async function saved(tab, name) {
+  const [download] = await Promise.all([tab.waitForEvent("download"), tab.getByRole("button", { name }).click()]);
+  return readFileSync(await download.path(), "latin1");
+}
+
+/** `ticked` are options that the form has ticked by itself. */
+async function assertTextEqual(tab, file, options, ticked = []) {
   await tab.getByRole("tab", { name: "ASC text" }).click();
-  await tab.getByLabel("Other options").fill(options);
-  const [download] = await Promise.all([
-    tab.waitForEvent("download"),
-    tab.getByRole("button", { name: "Save the ASC text" }).click(),
-  ]);
-  run("gzdconv", "-y", ...options.split(" "), "demo.gzd");
-  const here = readFileSync(inWork("demo.asc"), "latin1").replace("ARGUMENTS USED: -y ", "ARGUMENTS USED: ");
-  assert.equal(withoutDate(readFileSync(await download.path(), "latin1")), withoutDate(here));
+  await tab.getByLabel("Other options").fill(options.join(" "));
+  const there = withoutDate(await saved(tab, "Save the ASC text"));
+  run("gzdconv", "-y", ...ticked, ...options, file);
+  const here = readFileSync(inWork(file.replace("gzd", "asc")), "latin1").replace("ARGUMENTS USED: -y ", "ARGUMENTS USED: ");
+  assert.ok(there === withoutDate(here), `${file} ${options}: ${there.length} of ${here.length} bytes`);
+}
+
+async function assertTableEqual(tab, table, file) {
+  await tab.getByRole("tab", { name: "Tables" }).click();
+  await tab.getByLabel("Table", { exact: true }).selectOption(table);
+  await tab.getByRole("button", { name: "Sort by text" }).waitFor();
+  assert.equal(Buffer.from(await saved(tab, "Save as TSV"), "latin1").toString(), run("gzdtool", table, file));
 }
 
 test("a dropped recording is told as the programs tell it, without a request or an error", async () => {
@@ -86,9 +96,8 @@ test("a dropped recording is told as the programs tell it, without a request or 
     const { findings } = JSON.parse(run("gzdtool", "check", "--json", demo));
     assert.equal(await tab.locator(".findings > li").count(), findings.length);
     await assertZooms(tab);
-    await assertTextEqual(tab, "-res -vel");
-    await tab.getByRole("tab", { name: "Tables" }).click();
-    await tab.getByLabel("Table", { exact: true }).selectOption("messages");
+    await assertTextEqual(tab, "demo.gzd", ["-res", "-vel"]);
+    await assertTableEqual(tab, "messages", demo);
     await tab.getByLabel("Search").fill("<img");
     await tab.locator("tbody tr:has-text('onerror')").nth(2).waitFor();
     assert.equal(await tab.locator("img").count(), 0);
@@ -104,10 +113,22 @@ test("of a damaged recording all before the damage is shown, and of no recording
     await choose(tab, damaged);
     assertFacts(await facts(tab), damaged);
     assert.equal(await tab.getAttribute("[data-verdict]", "data-verdict"), "lossy");
+    await assertTextEqual(tab, "damaged.gzd", ["-s"], ["-failsafe"]);
     await tab.setInputFiles("#input", inWork("text.gzd"));
     await tab.locator(".failure").waitFor();
     assert.equal(await tab.locator("[data-fact]").count(), 0);
   });
+});
+
+test("the page cannot ask anything of anyone", async () => {
+  const { tab, close } = await openTab();
+  await tab.goto(pageAddress());
+  const refused = await tab.evaluate(() => new Promise((tell) => {
+    document.addEventListener("securitypolicyviolation", (event) => tell(event.effectiveDirective));
+    fetch("https://localhost/").then(() => tell("sent"), () => setTimeout(tell, 1000, "failed"));
+  }));
+  await close();
+  assert.equal(refused, "connect-src");
 });
 
 test("a report shows the same without the recording", async () => {
