@@ -163,5 +163,5 @@ function heatColour(share: number): [number, number, number, number] {
     const high = stops[below + 1]?.[part] ?? 0;
     return Math.round(low + (place - below) * (high - low));
   };
-  return [mixed(0), mixed(1), mixed(2), Math.min(255, 4 * 255 * Math.sqrt(share))];
+  return [mixed(0), mixed(1), mixed(2), Math.min(255, 2500 * share)];
 }
