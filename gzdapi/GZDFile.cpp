@@ -75,6 +75,8 @@ void set_message_log_path(const char* path) {
 
 // ---- opening ------------------------------------------------------------------------------------
 
+// One expression makes the stream: each step may throw, and what fails first is told first; reader_
+// needs the stream.
 GZDFile::GZDFile(const char* path, int flags, int loadEvents, int loadSamples, const CONFIG* config)
     : file_((update_default_config(config),
              (loadEvents & GZD_LOAD_MESSAGE_LOG) != 0 ? openMessageLog(path) : void(),

@@ -4,7 +4,8 @@
  * Open a file, walk its elements in time order, fetch each as a record, close:
  *
  *     int rv;
- *     GZDFILE *file = gzd_open_file("trial.gzd", 2, 1, 1, &rv);
+ *     GZDFILE *file =
+ *         gzd_open_file("trial.gzd", GZD_CONSISTENCY_REPAIR, GZD_LOAD_EVENTS, 1, &rv);
  *     int code;
  *     if (file == NULL) return 1;
  *     while ((code = gzd_get_next_data(file)) != GZD_END_OF_DATA) {
@@ -225,7 +226,7 @@ GZD_API float gzd_get_sample_interval_ex(GZDFILE* ef);
 /* Revision of the file format, 0 when the preamble names none. */
 GZD_API int gzd_get_revision(GZDFILE* ef);
 
-/* Tracker generation: 2 Kestrel, 3 Falcon, 4 Osprey, 1 any other. */
+/* Tracker generation, GZD_TRACKER_. */
 GZD_API int gzd_get_ovilo_revision(GZDFILE* ef);
 
 /* Filter level of the samples, as the last block start in the file gave it. */

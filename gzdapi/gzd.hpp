@@ -69,7 +69,7 @@ class File {
  public:
   File() = default;
 
-  // The arguments of gzd_open_file_ex; without a configuration the process's default one.
+  // The arguments of gzd_open_file_ex; without a configuration that of the last open.
   [[nodiscard]] static File open(const std::string& name, int flags = GZD_CONSISTENCY_REPAIR,
                                  int events = GZD_LOAD_EVENTS, int samples = 1,
                                  CONFIG* config = nullptr) {

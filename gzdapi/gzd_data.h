@@ -65,6 +65,9 @@ extern "C" {
 #define GZD_POSITION_HREF 128 /* head-referenced position */
 #define GZD_POSITION_GAZE 192 /* gaze position */
 
+/* The distance of the plane of head-referenced positions from the eye, in their units. */
+#define GZD_HREF_DISTANCE 15000.0
+
 /* ---- `flags` of samples, `sflags` of recording records --------------------------------------- */
 
 #define SMP_LEFT 0x8000          /* left-eye values present */
@@ -78,7 +81,7 @@ extern "C" {
 #define SMP_STATUS 0x0080        /* status word, in `errors` */
 #define SMP_INPUT 0x0040         /* digital input word */
 #define SMP_BUTTONS 0x0020       /* button word */
-#define SMP_HEAD_DATA 0x0010     /* head-target words */
+#define SMP_HEAD_DATA 0x0010     /* words in `hdata` */
 #define SMP_EXTENDED 0x0008      /* head pose and ellipse blocks */
 #define SMP_SKIP_BLOCKS 0x0004   /* blocks that the reader skips */
 #define SMP_HALF_MS 0x0002       /* half a millisecond after its integer time */
@@ -149,6 +152,14 @@ extern "C" {
 
 #define GZD_BLOCK_END 0   /* the block ends */
 #define GZD_BLOCK_START 1 /* the block begins */
+
+/* ---- tracker generations (gzd_get_ovilo_revision) -------------------------------------------- */
+
+/* The numbers rise with the generations. */
+#define GZD_TRACKER_OTHER 1   /* none of these */
+#define GZD_TRACKER_KESTREL 2 /* the second generation */
+#define GZD_TRACKER_FALCON 3  /* the third: head targets */
+#define GZD_TRACKER_OSPREY 4  /* the fourth: head poses, scaled pupil sizes */
 
 /* ---- kinds of velocity, for gzd_set_velocity_kinds ------------------------------------------- */
 
@@ -275,11 +286,11 @@ typedef struct {
   float fgxvel[2], fgyvel[2];             /* fast gaze velocity */
   float fhxvel[2], fhyvel[2];             /* fast head-referenced velocity */
   float frxvel[2], fryvel[2];             /* fast raw velocity */
-  INT16 hdata[8];                         /* head-target words */
+  INT16 hdata[8];                         /* head target, or camera data, as `htype` tells */
   UINT16 flags;                           /* SMP_ bits: the fields that the record held */
   UINT16 input;                           /* digital inputs, NOT_RECORDED_WORD if absent */
   UINT16 buttons;                         /* button state */
-  INT16 htype;                            /* kind and count of the head-target words */
+  INT16 htype;                            /* kind and count of these words */
   UINT16 errors;                          /* status word */
   float eyeInHeadX[3], eyeInHeadY[3];     /* eye in head: left, right, cyclopean */
   UINT32 headMarkerFlags;                 /* state of the head markers */

@@ -349,12 +349,13 @@ int process_gzd_file(RunState& state, const std::string& name, const std::string
   report_losses(file.get(), input);
   begin_recording(state, file.get());
   print_file_header(file.get(), input);
-  gzd_get_trial_count(file.get());  // collects the trials before the walk
+  gzd_get_trial_count(file.get());  // collects the trials, which raw samples look up amid the walk
   refuse_head_markers(state);
   Conversion conversion(state, name, input);
   conversion.run();
   const bool whole = is_whole(file.get(), conversion.unread(), input);
   if (!whole && !keeps_its_text(file.get())) return -1;
+  state.recording = nullptr;
   file.reset();
   if (close_output_file() != 0) return -1;
   conversion.report_findings(input);

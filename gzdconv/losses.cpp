@@ -1,4 +1,4 @@
-// The lines, from what the library has found.
+// Lines on standard error, from the library's findings.
 #include "losses.h"
 
 #include <array>

@@ -7,8 +7,13 @@
 
 namespace gzdconv {
 
-// Of trackers, as gzd_get_ovilo_revision numbers them.
-enum class Generation { other = 1, kestrel, falcon, osprey };
+// Of trackers.
+enum class Generation {
+  other = GZD_TRACKER_OTHER,
+  kestrel = GZD_TRACKER_KESTREL,
+  falcon = GZD_TRACKER_FALCON,
+  osprey = GZD_TRACKER_OSPREY
+};
 
 // The first revision of the file format whose blocks tell head poses.
 constexpr int first_pose_revision = 2;
@@ -28,10 +33,13 @@ struct BlockState {
 };
 
 struct RunState {
-  GZDFILE* recording = nullptr;  // borrowed while a file is converted
+  GZDFILE* recording = nullptr;  // borrowed while a file is converted, else null
   Generation generation = Generation::other;
   int format_revision = 0;  // of the recording's file format
   bool sample_header_printed = false;
+  // Samples of the file carry the calibration-warning character, and its header the head-marker
+  // legend. Set at the file's first sample.
+  bool prints_pose_flags = false;
   bool event_header_printed = false;
   BlockState block;
 };

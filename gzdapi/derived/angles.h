@@ -2,10 +2,11 @@
 #ifndef GZDAPI_ANGLES_H
 #define GZDAPI_ANGLES_H
 
+#include "gzd_data.h"
+
 namespace gzd {
 
-// The distance from the eye of the plane of head-referenced positions, in their own units.
-constexpr double href_depth = 15000.0;
+constexpr double href_depth = GZD_HREF_DISTANCE;
 // Rounded as the format's resolutions are; a more exact value would give other digits.
 constexpr double degrees_per_radian = 57.2958;
 

@@ -24,8 +24,26 @@ constexpr float cr_weight = 1.02f;    // in pupil minus reflection
 constexpr float rough_pi = 3.14159f;  // of the overlap correction
 constexpr float overlap_margin = 3.0f;
 constexpr int overlap_passes = 5;
-constexpr INT16 htype_one_cr2 = 196;
-constexpr INT16 htype_two_cr2 = 200;
+
+// What the words of `hdata` hold. Of two words x or width comes first, the area and the box of
+// pupil and reflection have one each.
+enum HeadWord {
+  WORD_PUPIL = 0,
+  WORD_CR = 2,
+  WORD_PUPIL_AREA = 4,
+  WORD_CR_AREA,
+  WORD_PUPIL_BOX,
+  WORD_CR_BOX
+};
+// With a second reflection of packed data they hold that instead, the words of one eye after those
+// of the other.
+enum SecondReflectionWord { WORD_CR2 = 0, WORD_CR2_FRACTIONS = 2, WORD_CR2_AREA, CR2_WORDS };
+
+// The corner of the tracking window in `input`: nine bits of x, seven of y, in steps of pixels.
+constexpr int window_x_bits = 9;
+constexpr int window_x_mask = (1 << window_x_bits) - 1;
+constexpr int window_x_step = 4;
+constexpr int window_y_step = 8;
 
 bool missing(float value) {
   return value == MISSING_DATA || value == NOT_RECORDED;
@@ -46,6 +64,12 @@ void set_missing(float* rv) {
 
 void set_missing(UINT32* rv) {
   rv[0] = rv[1] = MISSING_DATA_INT;
+}
+
+// Width in the low byte, height in the high one.
+void set_box(INT16 word, UINT32* rv) {
+  rv[0] = static_cast<UINT32>(word & 0xFF);
+  rv[1] = static_cast<UINT32>(word >> 8);
 }
 
 // Truncated; what an integer cannot hold becomes the nearest it can, not-a-number 0.
@@ -78,8 +102,8 @@ struct Centre {
 };
 
 Centre window_centre(const CameraSetup& camera, const FSAMPLE& sam) {
-  const auto originX = static_cast<float>((sam.input & 0x1FF) * 4);
-  const auto originY = static_cast<float>((sam.input >> 9) * 8);
+  const auto originX = static_cast<float>((sam.input & window_x_mask) * window_x_step);
+  const auto originY = static_cast<float>((sam.input >> window_x_bits) * window_y_step);
   return {originX + static_cast<float>(camera.width) * 0.5f,
           originY + static_cast<float>(camera.height) * 0.5f};
 }
@@ -90,14 +114,22 @@ void plain_position(const CameraSetup& camera, const FSAMPLE& sam, int word, flo
       centre.y + static_cast<float>(sam.hdata[word + 1]) / word_scale);
 }
 
+// The words of the second reflection of an eye; null without one.
+const INT16* second_reflection(const FSAMPLE& sam, int eye) {
+  if (!is_packed(sam, eye)) return nullptr;
+  if (sam.htype == GZD_HTYPE_SECOND_CR_ONE_EYE) return sam.hdata;
+  if (sam.htype != GZD_HTYPE_SECOND_CR_TWO_EYES) return nullptr;
+  return sam.hdata + (eye == GZD_RIGHT_EYE ? CR2_WORDS : 0);
+}
+
 // Centre of the pupil, or of its reflection, of an eye that has an area of it.
 void centre_of_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
-  if (!is_packed(sam, eye)) return plain_position(camera, sam, 0, rv);
+  if (!is_packed(sam, eye)) return plain_position(camera, sam, WORD_PUPIL, rv);
   packed_position(camera.prescaler, sam.px[eye], sam.py[eye], sam.gx[eye], rv);
 }
 
 void centre_of_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
-  if (!is_packed(sam, eye)) return plain_position(camera, sam, 2, rv);
+  if (!is_packed(sam, eye)) return plain_position(camera, sam, WORD_CR, rv);
   packed_position(camera.prescaler, sam.hx[eye], sam.hy[eye], sam.gy[eye], rv);
 }
 
@@ -106,7 +138,7 @@ void centre_of_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float*
 // ---- pupil --------------------------------------------------------------------------------------
 
 UINT32 uncorrected_pupil_area(const FSAMPLE& sam, int eye) {
-  if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[4]);
+  if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[WORD_PUPIL_AREA]);
   return sam.pa[eye] <= -pack_offset ? 0 : truncated<UINT32>(sam.pa[eye] + pack_offset);
 }
 
@@ -119,8 +151,7 @@ void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UIN
   rv[0] = rv[1] = 0;
   if (uncorrected_pupil_area(sam, eye) == 0) return;
   if (!is_packed(sam, eye)) {
-    rv[0] = static_cast<UINT32>(sam.hdata[6] & 0xFF);
-    rv[1] = static_cast<UINT32>(sam.hdata[6] >> 8);
+    set_box(sam.hdata[WORD_PUPIL_BOX], rv);
   } else if (missing(sam.gx[eye]) || missing(sam.gy[eye])) {
     set_missing(rv);
   } else {
@@ -132,7 +163,7 @@ void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UIN
 // ---- corneal reflections ------------------------------------------------------------------------
 
 UINT32 uncorrected_cr_area(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
-  if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[5]);
+  if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[WORD_CR_AREA]);
   const float packed = eye == GZD_RIGHT_EYE ? sam.ry : sam.rx;
   if (missing(packed)) return 0;
   return truncated<UINT32>(std::floor(camera.prescaler * packed + 0.5f));
@@ -144,23 +175,21 @@ void uncorrected_raw_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, 
 }
 
 void cr_dimension(const FSAMPLE& sam, UINT32* rv) {
-  if (sam.htype == htype_two_cr2) return set_missing(rv);
-  rv[0] = static_cast<UINT32>(sam.hdata[7] & 0xFF);
-  rv[1] = static_cast<UINT32>(sam.hdata[7] >> 8);
+  if (sam.htype == GZD_HTYPE_SECOND_CR_TWO_EYES) return set_missing(rv);
+  set_box(sam.hdata[WORD_CR_BOX], rv);
 }
 
 UINT32 uncorrected_cr2_area(const FSAMPLE& sam, int eye) {
-  if (!is_packed(sam, eye)) return 0;
-  if (sam.htype == htype_one_cr2) return static_cast<UINT32>(sam.hdata[3]);
-  if (sam.htype != htype_two_cr2) return 0;
-  return static_cast<UINT32>(sam.hdata[eye == GZD_RIGHT_EYE ? 7 : 3]);
+  const INT16* const words = second_reflection(sam, eye);
+  return words != nullptr ? static_cast<UINT32>(words[WORD_CR2_AREA]) : 0;
 }
 
 void uncorrected_raw_cr2(const FSAMPLE& sam, int eye, float* rv) {
-  if (uncorrected_cr2_area(sam, eye) == 0) return set_missing(rv);
-  const INT16* words = sam.hdata + (sam.htype == htype_two_cr2 && eye == GZD_RIGHT_EYE ? 4 : 0);
-  set(rv, static_cast<float>(words[0]) + static_cast<float>(words[2] >> 8) / pack_scale,
-      static_cast<float>(words[1]) + static_cast<float>(words[2] & 0xFF) / pack_scale);
+  const INT16* const words = second_reflection(sam, eye);
+  if (words == nullptr || words[WORD_CR2_AREA] == 0) return set_missing(rv);
+  const INT16 fractions = words[WORD_CR2_FRACTIONS];
+  set(rv, static_cast<float>(words[WORD_CR2]) + static_cast<float>(fractions >> 8) / pack_scale,
+      static_cast<float>(words[WORD_CR2 + 1]) + static_cast<float>(fractions & 0xFF) / pack_scale);
 }
 
 // ---- window, pupil minus reflection -------------------------------------------------------------

@@ -15,9 +15,20 @@ constexpr INT64 largest_position = 0xFFFFFFFE;
 
 enum ItemSide : UINT16 { SIDE_NONE = 0, SIDE_LEFT = 1, SIDE_RIGHT = 2 };
 
+constexpr bool is_eye_event(int type) {
+  return type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
+}
+constexpr bool is_eye_event_end(int type) {
+  return is_eye_event(type) && type % 2 == 0;
+}
+constexpr ItemSide side_of_event(int type, int eye) {
+  if (!is_eye_event(type)) return SIDE_NONE;
+  return eye == GZD_LEFT_EYE ? SIDE_LEFT : SIDE_RIGHT;
+}
+
 class GZDItem {
  public:
-  // Bits of mDetailType above type and side. For samples they tell which eye is inside a blink,
+  // Bits of mDetailType_ above type and side. For samples they tell which eye is inside a blink,
   // for eye events what the repairs did to the entry.
   static constexpr UINT16 left_inside_blink = 0x1000;
   static constexpr UINT16 right_inside_blink = 0x2000;
@@ -30,9 +41,9 @@ class GZDItem {
       : placeInFile_(static_cast<UINT32>(position + 1)),
         mDetailType_(static_cast<UINT16>(type | side << 8)),
         lastTag_(tag),
-        timeStamp(stamp) {}
+        timeStamp_(stamp) {}
   explicit GZDItem(Recording* block)
-      : placeInFile_(1), mDetailType_(GZD_RECORDING), lastTag_(0), recording(block) {}
+      : placeInFile_(1), mDetailType_(GZD_RECORDING), lastTag_(0), recording_(block) {}
 
   // Of the record's body, just after its tag word; 0 for boundaries.
   [[nodiscard]] INT64 getFilePos() const { return INT64{placeInFile_} - 1; }
@@ -51,15 +62,15 @@ class GZDItem {
     return getSide() == SIDE_RIGHT ? GZD_RIGHT_EYE : GZD_LEFT_EYE;
   }
 
-  [[nodiscard]] Recording* getRecording() const { return isRecording() ? recording : nullptr; }
+  [[nodiscard]] Recording* getRecording() const { return isRecording() ? recording_ : nullptr; }
   [[nodiscard]] UINT64 getTimeStamp() const {
-    if (!isRecording()) return timeStamp;
-    return recording != nullptr ? recording->getTime() : 0;
+    if (!isRecording()) return timeStamp_;
+    return recording_ != nullptr ? recording_->getTime() : 0;
   }
-  void setTimeStamp(UINT64 stamp) { timeStamp = stamp; }
+  void setTimeStamp(UINT64 stamp) { timeStamp_ = stamp; }
   // Moves an event in time and remembers that this was done.
   void setFixedTimeStamp(UINT64 stamp) {
-    timeStamp = stamp;
+    timeStamp_ = stamp;
     mDetailType_ |= time_changed;
   }
   // Marks a blink as merged or paired by a repair.
@@ -80,22 +91,20 @@ class GZDItem {
   [[nodiscard]] bool isSample() const { return getItemType() == GZD_SAMPLE; }
   [[nodiscard]] bool isRecording() const { return getItemType() == GZD_RECORDING; }
   [[nodiscard]] bool isRecordingStart() const {
-    return isRecording() && recording != nullptr && recording->isStart();
+    return isRecording() && recording_ != nullptr && recording_->isStart();
   }
   [[nodiscard]] bool isDummy() const { return placeInFile_ == 0; }
-  [[nodiscard]] bool isEyeEvent() const {
-    return getItemType() >= GZD_START_BLINK && getItemType() <= GZD_END_FIXATION;
-  }
-  [[nodiscard]] bool isStartEvent() const { return isEyeEvent() && getItemType() % 2 == 1; }
-  [[nodiscard]] bool isEndEvent() const { return isEyeEvent() && getItemType() % 2 == 0; }
+  [[nodiscard]] bool isEyeEvent() const { return is_eye_event(getItemType()); }
+  [[nodiscard]] bool isStartEvent() const { return isEyeEvent() && !isEndEvent(); }
+  [[nodiscard]] bool isEndEvent() const { return is_eye_event_end(getItemType()); }
 
  private:
   UINT32 placeInFile_ = 1;  // plus 1, so that position_of_dummy is 0
   UINT16 mDetailType_ = 0;
   UINT16 lastTag_ = 0;
   union {
-    UINT64 timeStamp = 0;
-    Recording* recording;  // owned by the index
+    UINT64 timeStamp_ = 0;
+    Recording* recording_;  // owned by the index
   };
 };
 

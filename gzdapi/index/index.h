@@ -15,6 +15,9 @@
 
 namespace gzd {
 
+// Where the recording has values of its inputs.
+enum InputType { INPUT_EVENTS = 1, INPUT_IN_SAMPLES = 2 };
+
 // Decoding parameters and the place in the file from which they hold.
 struct ParameterEpoch {
   INT64 filePos;
@@ -44,7 +47,7 @@ struct Index {
 
   UINT32 minTime = 0;  // ms, of the first record
   UINT32 maxTime = 0;  // ms, the largest
-  int inputType = 0;   // bit 0: input events, bit 1: input values in samples
+  int inputType = 0;   // InputType bits
 
   // The entries that are no samples, ascending.
   [[nodiscard]] ItemList::Landmarks landmarks() const { return gzdItemList.landmarks(); }

@@ -1,9 +1,9 @@
 // The entries of the index, in order.
 //
-// Nearly all are samples, so that a sample's entry is one word of 8 bytes: whether either eye is
-// inside a blink, its place in the file, and its stamp above a base that suits the file. An event's
-// word holds its stamp and marks, and the number of its place in the file and its tag, which lie
-// apart: 14 bytes in all. An entry that does not fit (a boundary, an inserted event, a stamp far
+// Nearly all are samples, so a sample's entry is one word of 8 bytes: whether either eye is inside
+// a blink, its place in the file, and its stamp above a base that suits the file. An event's word
+// holds its stamp, its marks and a number, under which SmallEvents keeps place and tag: 14 bytes in
+// all. An entry that does not fit (a boundary, an inserted event, a stamp far
 // from the others) lies whole in a list of its own, and its word tells where. Entries are handed
 // out by value.
 //
@@ -177,14 +177,18 @@ class ItemList {
   [[nodiscard]] const std::vector<Packed>& packed() const { return entries_; }
 
  private:
-  // The word of an entry, its highest bit on the left:
+  // The word of an entry, its highest bit on the left; stamps are half-milliseconds:
   //
   //   63             34 33                        3  2  1  0
   //  +-----------------+---------------------------+--+--+--+
   //  | stamp less base | place in the file plus 1  | R| L| 0|  sample; place 0: filled in
-  //  +-----------------+------------------------+--+--+--+--+
+  //  +-----------------+---------------------------+--+--+--+
+  //   63             34 33                     4 3 2  1  0
+  //  +-----------------+------------------------+-----+--+--+
   //  | stamp less base | number of the event    |marks| 0| 1|  event or message, see SmallEvents
   //  +-----------------+------------------------+-----+--+--+
+  //   63                                           2  1  0
+  //  +------------------------------------------------+--+--+
   //  | number of the entry in `others_`               | 1| 1|  what fits into neither
   //  +------------------------------------------------+--+--+
   //

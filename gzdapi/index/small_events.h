@@ -54,11 +54,10 @@ class SmallEvents {
   static constexpr std::array<UINT16, 256> detailed_types = [] {
     std::array<UINT16, 256> types{};
     for (unsigned high = 0; high < types.size(); ++high) {
-      const unsigned type = high & tag_type_mask;
-      const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
+      const int type = static_cast<int>(high & tag_type_mask);
       const bool isRight = (high & tag_eye_mask) == tag_eye_right;
-      const unsigned side = !isEyeEvent ? SIDE_NONE : isRight ? SIDE_RIGHT : SIDE_LEFT;
-      types[high] = static_cast<UINT16>(type | side << 8);
+      const unsigned side = side_of_event(type, isRight ? GZD_RIGHT_EYE : GZD_LEFT_EYE);
+      types[high] = static_cast<UINT16>(static_cast<unsigned>(type) | side << 8);
     }
     return types;
   }();

@@ -1,4 +1,4 @@
-// What the order of two items mostly depends on, taken out of them: their stamps and their classes.
+// Keys of the sort: what the order of two items mostly depends on, their stamps and their classes.
 // Their places in the file, which few comparisons ask for, stay where they are.
 #ifndef GZDAPI_SORT_ENTRY_H
 #define GZDAPI_SORT_ENTRY_H

@@ -38,7 +38,7 @@ class EData : public FEVENT {
 
   void clear() { *static_cast<FEVENT*>(this) = FEVENT{}; }
 
-  // Reports a type outside the known set; the event is handed out all the same.
+  // Logs a type outside the known set. The reader fetches none of those.
   void process_event() const;
 };
 

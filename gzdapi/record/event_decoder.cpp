@@ -17,9 +17,8 @@ namespace gzd {
 
 namespace {
 
-constexpr double smallest_prescale = 0.1;
 constexpr double rate_unit = 1.0 / 65536.0;  // the rate is stored as 16.16 fixed point
-constexpr float default_rate = 250.0f;
+constexpr float lasting_rate = 500.0f;       // it alone goes on into blocks that name none
 
 // Limits of a time offset at the start of a message.
 constexpr int max_offset_blanks = 20;
@@ -47,7 +46,7 @@ struct EventRecord {
     const INT16 stored = in.getWord();
     if (stored == stored_missing) return MISSING_DATA;
     const float value = static_cast<float>(stored);
-    return static_cast<double>(prescale) > smallest_prescale ? value / prescale : value;
+    return prescale >= smallest_prescale ? value / prescale : value;
   }
 };
 
@@ -57,45 +56,27 @@ bool starts_block(int type) {
 
 // ---- message text -------------------------------------------------------------------------------
 
+using E = FEVENT;
+
+// In the order of the message.
+constexpr float E::*head_pose_members[][3] = {
+    {&E::headInSpaceX_start, &E::headInSpaceX_end, &E::headInSpaceX_avg},
+    {&E::headInSpaceY_start, &E::headInSpaceY_end, &E::headInSpaceY_avg},
+    {&E::eyeInHeadX_start, &E::eyeInHeadX_end, &E::eyeInHeadX_avg},
+    {&E::eyeInHeadY_start, &E::eyeInHeadY_end, &E::eyeInHeadY_avg},
+    {&E::headRotationX_start, &E::headRotationX_end, &E::headRotationX_avg},
+    {&E::headRotationY_start, &E::headRotationY_end, &E::headRotationY_avg},
+    {&E::headRotationZ_start, &E::headRotationZ_end, &E::headRotationZ_avg},
+    {&E::headPositionX_start, &E::headPositionX_end, &E::headPositionX_avg},
+    {&E::headPositionY_start, &E::headPositionY_end, &E::headPositionY_avg},
+    {&E::headPositionZ_start, &E::headPositionZ_end, &E::headPositionZ_avg},
+    {&E::genx, &E::gstx, &E::gavx},
+    {&E::geny, &E::gsty, &E::gavy},
+};
+
 void read_head_pose(LString source, FEVENT& e) {
-  for (float* value : {&e.headInSpaceX_start,
-                       &e.headInSpaceX_end,
-                       &e.headInSpaceX_avg,
-                       &e.headInSpaceY_start,
-                       &e.headInSpaceY_end,
-                       &e.headInSpaceY_avg,
-                       &e.eyeInHeadX_start,
-                       &e.eyeInHeadX_end,
-                       &e.eyeInHeadX_avg,
-                       &e.eyeInHeadY_start,
-                       &e.eyeInHeadY_end,
-                       &e.eyeInHeadY_avg,
-                       &e.headRotationX_start,
-                       &e.headRotationX_end,
-                       &e.headRotationX_avg,
-                       &e.headRotationY_start,
-                       &e.headRotationY_end,
-                       &e.headRotationY_avg,
-                       &e.headRotationZ_start,
-                       &e.headRotationZ_end,
-                       &e.headRotationZ_avg,
-                       &e.headPositionX_start,
-                       &e.headPositionX_end,
-                       &e.headPositionX_avg,
-                       &e.headPositionY_start,
-                       &e.headPositionY_end,
-                       &e.headPositionY_avg,
-                       &e.headPositionZ_start,
-                       &e.headPositionZ_end,
-                       &e.headPositionZ_avg,
-                       &e.genx,
-                       &e.gstx,
-                       &e.gavx,
-                       &e.geny,
-                       &e.gsty,
-                       &e.gavy}) {
-    *value = source.getFloat();
-  }
+  for (const auto& members : head_pose_members)
+    for (float E::*const member : members) e.*member = source.getFloat();
 }
 
 // Returns false for a length that no record can have.
@@ -190,7 +171,6 @@ struct Field {
   UINT16 readBits;  // what `read` tells of it
 };
 
-using E = FEVENT;
 constexpr auto as_raw = &EventRecord::raw;
 constexpr auto as_href = &EventRecord::rawOrMissing;
 constexpr auto as_gaze = &EventRecord::gaze;
@@ -265,19 +245,21 @@ void use_packed_settings(StreamState& state, float settings) {
 }
 
 void use_rate(StreamState& state, FEVENT& e) {
+  // Revision 0 names none of these: they are the same in all of its recordings.
   if (state.revision == 0) {
+    constexpr INT16 standard_filter = 1;
+    constexpr INT16 mode_with_reflection = 9;
     state.sam_per_sec = e.avel = default_rate;
-    state.ffilter = 1;
-    state.crmode = 9;
-    state.lfilter = 1;
+    state.ffilter = state.lfilter = standard_filter;
+    state.crmode = mode_with_reflection;
     return;
   }
   if (e.entime != 0) {
     e.avel = static_cast<float>(e.entime * rate_unit);
     state.rate_assumed = !is_known_rate(e.avel);
     state.sam_per_sec = state.rate_assumed ? default_rate : e.avel;
-  } else if (state.sam_per_sec != 500.0f) {
-    if (state.sam_per_sec > 500.0f) {
+  } else if (state.sam_per_sec != lasting_rate) {
+    if (state.sam_per_sec > lasting_rate) {
       print_log("Possible miss handle! sample per second is %f resetting to 250 \n",
                 static_cast<double>(state.sam_per_sec));
     }

@@ -27,14 +27,11 @@ inline NextRecord next_combfile_item(InputStream& in, StreamState& state) {
   return is_sample_tag(state.last_tag) ? NextRecord::Sample : NextRecord::Event;
 }
 
-// Calls `decode`, which returns a result code; with `catchErrors` a read error is logged and
-// becomes -1.
-template <class Decode>
-int with_errors_caught(bool catchErrors, Decode decode);
-
 // Logs the error that a read ended with.
 void log_error(const GZDException& error);
 
+// Calls `decode`, which returns a result code; with `catchErrors` a read error is logged and
+// becomes -1.
 template <class Decode>
 int with_errors_caught(bool catchErrors, Decode decode) {
   if (!catchErrors) return decode();

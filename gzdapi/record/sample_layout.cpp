@@ -5,8 +5,6 @@ namespace gzd {
 
 namespace {
 
-constexpr int first_scaled_pupil = 4;  // the tracker generation from which pupil sizes are scaled
-
 using namespace sample_fields;
 
 // A pair of coordinates for each present eye.
@@ -73,21 +71,13 @@ void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sa
   if (layout.headData != 0) decode_head_data(body + layout.headData, sample);
 }
 
-SampleLayout layout_of(UINT16 tag, const StreamState& state) {
-  const auto has = [tag](unsigned bits) { return (tag & bits) != 0; };
-  SampleLayout layout;
-  layout.tag = layout_tag(tag);
-  layout.hasBlocks = has(SMP_EXTENDED | SMP_SKIP_BLOCKS);
-  layout.hasScaledSizes = state.ovilo_revision >= first_scaled_pupil;
-  layout.eyes = static_cast<byte>((has(SMP_LEFT) ? 1 : 0) + (has(SMP_RIGHT) ? 1 : 0));
-  layout.firstEye = has(SMP_LEFT) ? GZD_LEFT_EYE : GZD_RIGHT_EYE;
-  layout.timeLength = has(SMP_TIME_ABSOLUTE) ? 4 : 1;
-  layout.asGaze = scaled_by(state.parameters.gaze_prescale);
-  layout.asSize = scaled_by(state.parameters.pupil_prescale);
+namespace {
 
+// The fields stand in this order, each only when its bit is set.
+void place_fields(SampleLayout& layout, UINT16 tag) {
   int offset = layout.timeLength;
   const auto place = [&](unsigned bit, int length) {
-    if (!has(bit)) return byte{0};
+    if ((tag & bit) == 0) return byte{0};
     offset += length;
     return static_cast<byte>(offset - length);
   };
@@ -101,7 +91,9 @@ SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   layout.buttons = place(SMP_BUTTONS, 2);
   layout.headData = place(SMP_HEAD_DATA, 1);
   layout.end = static_cast<byte>(offset);
+}
 
+void prepare_usual_form(SampleLayout& layout) {
   layout.hasUsualValues =
       layout.eyes == 2 && layout.gaze != 0 && layout.resolution != 0 && layout.pupilSizes != 0;
   layout.isUsual = layout.hasUsualValues && layout.pupilPositions == 0 && layout.href == 0 &&
@@ -112,6 +104,23 @@ SampleLayout layout_of(UINT16 tag, const StreamState& state) {
   const INT32 noSize = layout.hasScaledSizes ? INT32{stored_missing} : never_stored;
   layout.asResolutionAndSizes = FourScaled{Floats4{gaze, gaze, size, size},
                                            Ints4{stored_missing, stored_missing, noSize, noSize}};
+}
+
+}  // namespace
+
+SampleLayout layout_of(UINT16 tag, const StreamState& state) {
+  const auto has = [tag](unsigned bits) { return (tag & bits) != 0; };
+  SampleLayout layout;
+  layout.tag = layout_tag(tag);
+  layout.hasBlocks = has(SMP_EXTENDED | SMP_SKIP_BLOCKS);
+  layout.hasScaledSizes = state.ovilo_revision >= GZD_TRACKER_OSPREY;
+  layout.eyes = static_cast<byte>((has(SMP_LEFT) ? 1 : 0) + (has(SMP_RIGHT) ? 1 : 0));
+  layout.firstEye = has(SMP_LEFT) ? GZD_LEFT_EYE : GZD_RIGHT_EYE;
+  layout.timeLength = has(SMP_TIME_ABSOLUTE) ? 4 : 1;
+  layout.asGaze = scaled_by(state.parameters.gaze_prescale);
+  layout.asSize = scaled_by(state.parameters.pupil_prescale);
+  place_fields(layout, tag);
+  prepare_usual_form(layout);
   return layout;
 }
 

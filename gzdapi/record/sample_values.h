@@ -6,8 +6,7 @@
 
 namespace gzd {
 
-constexpr INT32 never_stored = 0x10000;    // no word has this value
-constexpr float smallest_prescale = 0.1f;  // below it values are stored unscaled
+constexpr INT32 never_stored = 0x10000;  // no word has this value
 
 using Longs2 = INT64 __attribute__((vector_size(16)));
 using Shorts8 = INT16 __attribute__((vector_size(16)));

@@ -6,8 +6,13 @@
 
 namespace gzd {
 
+constexpr float default_rate = 250.0f;  // Hz
+
 // What a stored word holds for a value that is not there.
 constexpr INT16 stored_missing = -32768;
+
+// Values with a smaller prescale are stored unscaled.
+constexpr float smallest_prescale = 0.1f;
 
 // Divisors of stored integers, set by the start records of a block.
 struct DecodingParameters {
@@ -24,7 +29,7 @@ struct StreamState {
 
   // From the preamble and the open options.
   INT16 revision = 0;
-  INT16 ovilo_revision = 1;
+  INT16 ovilo_revision = GZD_TRACKER_OTHER;
   bool enableMsgTimestampOffsetTranslation = false;
   bool reportsUnknownFields = true;  // an event's field with an unknown code goes to the console
 
@@ -33,7 +38,7 @@ struct StreamState {
 
   // Running state of the stream.
   UINT32 curr_time = 0;  // ms, of the newest sample
-  float sam_per_sec = 250.0f;
+  float sam_per_sec = default_rate;
   INT16 sample_divisor = 1;
   UINT16 sam_data = 0;  // union of the flags of the block's samples
   UINT16 evt_flags = 0;

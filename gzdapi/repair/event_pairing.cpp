@@ -9,14 +9,6 @@ namespace gzd {
 
 namespace {
 
-constexpr std::size_t kind_count = 3;  // blinks, saccades, fixations
-constexpr std::size_t eye_count = 2;
-
-std::size_t pair_of(const GZDItem& item) {
-  const auto kind = static_cast<std::size_t>(item.getItemType() - GZD_START_BLINK) / 2;
-  return kind * eye_count + static_cast<std::size_t>(item.getEye());
-}
-
 // True when an end is to show its start's entry time instead of the time in its own record.
 bool start_decides(const GZDItem& start, const GZDItem& end) {
   return start.isTimeChanged() || start.isDummy() ||
@@ -27,7 +19,7 @@ bool start_decides(const GZDItem& start, const GZDItem& end) {
 
 EventPairing EventPairing::build(const Index& index) {
   EventPairing pairing;
-  std::array<std::optional<GZDItem>, kind_count * eye_count> open;
+  std::array<std::optional<GZDItem>, event_pairs> open;
   for (const Landmark mark : index.landmarks()) {
     const GZDItem& item = index.gzdItemList[mark];
     if (!item.isEyeEvent()) continue;

@@ -9,6 +9,13 @@
 
 namespace gzd {
 
+// Starts and ends that belong together have one number below `event_pairs`: of three kinds, by eye.
+constexpr std::size_t event_pairs = 3 * 2;
+inline std::size_t pair_of(const GZDItem& eyeEvent) {
+  return static_cast<std::size_t>((eyeEvent.getItemType() - GZD_START_BLINK) / 2 * 2 +
+                                  eyeEvent.getEye());
+}
+
 // Holds the few ends of eye events whose start the repairs have changed.
 class EventPairing {
  public:

@@ -41,6 +41,7 @@ void FixationRepair::follow(const FEVENT& event, Index& index) {
   anyEndBeforeStart_ |= event.entime < latestStart_[eye];
   if (event.entime >= lastStart_[eye]) return;
   const UINT64 recordingStart = start_of_newest_recording(index);
+  // The first two labels are exchanged; logs have always had them so.
   print_notice(
       "ORIGINAL SFIX time is later than end fix time sfix.sttime=%d efix.entime=%d efix.sttime=%d "
       "rec_start_time=%d\n",
@@ -49,8 +50,8 @@ void FixationRepair::follow(const FEVENT& event, Index& index) {
                       .eye = eye == GZD_LEFT_EYE ? GZD_BLOCK_LEFT : GZD_BLOCK_RIGHT,
                       .start = found_at(stamp_of_time(lastStart_[eye])),
                       .end = found_at(stamp_of_time(event.entime))});
-  if (start_fix_time_stamp_fix_.size() < max_rows) {
-    start_fix_time_stamp_fix_.push_back({lastStart_[eye], event.sttime, recordingStart});
+  if (suspicious_.size() < max_rows) {
+    suspicious_.push_back({lastStart_[eye], event.sttime, recordingStart});
   }
 }
 
@@ -82,9 +83,9 @@ bool FixationRepair::repairStart(GZDItem& start, UINT64 position, UINT64 endStam
   const UINT64 time = start.getTimeStamp() >> 1;
   start.setFixedTimeStamp(start.getTimeStamp());
   report("FIXING", position, start, endStamp);
-  const auto row = std::find_if(start_fix_time_stamp_fix_.begin(), start_fix_time_stamp_fix_.end(),
+  const auto row = std::find_if(suspicious_.begin(), suspicious_.end(),
                                 [time](const SuspiciousFixation& s) { return s.start == time; });
-  if (row == start_fix_time_stamp_fix_.end()) return false;
+  if (row == suspicious_.end()) return false;
   const bool inside = row->recordingStart == 0 || row->recordingStart <= row->startOfEnd;
   start.setFixedTimeStamp(2 * (inside ? row->startOfEnd : row->recordingStart));
   report(inside ? "FIXED (A - Inside of recoding block)" : "FIXED (A - Outside of recoding block)",

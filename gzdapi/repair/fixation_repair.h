@@ -33,7 +33,7 @@ class FixationRepair {
   UINT32 lastStart_[2] = {0, 0};  // ms, by eye
   UINT32 latestStart_[2] = {0, 0};
   bool anyEndBeforeStart_ = false;  // of any fixation of the same eye before it
-  std::vector<SuspiciousFixation> start_fix_time_stamp_fix_;
+  std::vector<SuspiciousFixation> suspicious_;
 };
 
 }  // namespace gzd

@@ -12,7 +12,6 @@ namespace gzd {
 
 namespace {
 
-constexpr INT64 longest_period = 8;
 constexpr double largest_count = 2147483647.0;
 
 unsigned long long printable(UINT64 value) {
@@ -130,11 +129,31 @@ class BlockStartPadding {
   UINT64 firstStamp_ = 0;
 };
 
-std::vector<ItemList::Packed> packed(ItemList& items, const std::vector<GZDItem>& dummies) {
+struct Insertion {
+  std::size_t before;
+  std::vector<ItemList::Packed> dummies;  // packed at once: there may be millions
+};
+
+std::vector<ItemList::Packed> pack_all(ItemList& items, const std::vector<GZDItem>& dummies) {
   std::vector<ItemList::Packed> entries;
   entries.reserve(dummies.size());
   for (const GZDItem& dummy : dummies) entries.push_back(items.pack(dummy));
   return entries;
+}
+
+void insert_all(std::vector<ItemList::Packed>& entries, const std::vector<Insertion>& insertions,
+                std::size_t added) {
+  std::vector<ItemList::Packed> padded;
+  padded.reserve(entries.size() + added);
+  auto copied = entries.begin();
+  for (const Insertion& insertion : insertions) {
+    const auto sample = entries.begin() + static_cast<std::ptrdiff_t>(insertion.before);
+    padded.insert(padded.end(), copied, sample);
+    padded.insert(padded.end(), insertion.dummies.begin(), insertion.dummies.end());
+    copied = sample;
+  }
+  padded.insert(padded.end(), copied, entries.end());
+  entries = std::move(padded);
 }
 
 bool awaits_samples(const GZDItem& item) {
@@ -144,10 +163,6 @@ bool awaits_samples(const GZDItem& item) {
 }  // namespace
 
 void pad_block_starts(Index& index, DummyBudget& budget) {
-  struct Insertion {
-    std::size_t before;
-    std::vector<ItemList::Packed> dummies;
-  };
   std::vector<Insertion> insertions;
   std::vector<const Recording*> waiting;
   BlockStartPadding padding(budget, index.findings);
@@ -162,22 +177,10 @@ void pad_block_starts(Index& index, DummyBudget& budget) {
     waiting.clear();
     if (padding.dummies.empty()) continue;
     added += padding.dummies.size();
-    insertions.push_back({behind, packed(index.gzdItemList, padding.dummies)});
+    insertions.push_back({behind, pack_all(index.gzdItemList, padding.dummies)});
   }
   if (insertions.empty()) return;
-
-  std::vector<ItemList::Packed>& entries = index.gzdItemList.packed();
-  std::vector<ItemList::Packed> padded;
-  padded.reserve(entries.size() + added);
-  auto copied = entries.begin();
-  for (const Insertion& insertion : insertions) {
-    const auto sample = entries.begin() + static_cast<std::ptrdiff_t>(insertion.before);
-    padded.insert(padded.end(), copied, sample);
-    padded.insert(padded.end(), insertion.dummies.begin(), insertion.dummies.end());
-    copied = sample;
-  }
-  padded.insert(padded.end(), copied, entries.end());
-  entries = std::move(padded);
+  insert_all(index.gzdItemList.packed(), insertions, added);
   index.itemsChanged();
 }
 

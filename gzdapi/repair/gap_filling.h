@@ -57,6 +57,7 @@ class SampleClock {
 
  private:
   static constexpr int unknown_length = -1;
+  static constexpr INT64 longest_period = 8;
 
   // Whether nothing is missing before a sample with `stamp`, as far as is known.
   [[nodiscard]] bool isRegular(UINT64 stamp) const {
@@ -65,7 +66,7 @@ class SampleClock {
   }
   void examineGap(Index& index, UINT64 stamp, float sampleRate, DummyBudget& budget);
   void findPeriod(Index& index, INT64 stamp, float sampleRate);
-  [[nodiscard]] bool knowsPeriod() const { return period_ >= 1 && period_ <= 8; }
+  [[nodiscard]] bool knowsPeriod() const { return period_ >= 1 && period_ <= longest_period; }
 
   INT64 last_ = unknown_length;  // ms
   INT64 beforeLast_ = unknown_length;

@@ -18,14 +18,10 @@ namespace {
 constexpr UINT64 collision_stamps = 6;
 constexpr std::string_view configuration_mark = "RECCFG ";
 
-UINT64 distance(UINT64 a, UINT64 b) {
-  return a > b ? a - b : b - a;
-}
-
 bool boundaries_collide(const Index& index) {
   const auto& boundaries = index.allRecordings;
   for (std::size_t i = 1; i < boundaries.size(); ++i) {
-    if (distance(boundaries[i - 1]->getTime(), boundaries[i]->getTime()) < collision_stamps) {
+    if (stamp_distance(boundaries[i - 1]->getTime(), boundaries[i]->getTime()) < collision_stamps) {
       return true;
     }
   }

@@ -4,6 +4,8 @@
 #include <array>
 #include <optional>
 
+#include "repair/event_pairing.h"
+
 namespace gzd {
 
 namespace {
@@ -61,16 +63,14 @@ void examine_blocks(Index& index, bool samplesLoaded) {
 }
 
 void find_unpaired_events(Index& index) {
-  constexpr std::size_t paired_kinds = 6;  // three kinds, two eyes
-  std::array<std::optional<GZDItem>, paired_kinds> open;
+  std::array<std::optional<GZDItem>, event_pairs> open;
   const auto note = [&index](const GZDItem& item) {
     index.findings.add(finding_of(GZD_FINDING_UNPAIRED_EVENT, item));
   };
   for (const Landmark mark : index.landmarks()) {
     const GZDItem item = index.gzdItemList[mark];
     if (!item.isEyeEvent()) continue;
-    const int kind = (item.getItemType() - GZD_START_BLINK) / 2;
-    std::optional<GZDItem>& start = open[static_cast<std::size_t>(2 * kind + item.getEye())];
+    std::optional<GZDItem>& start = open[pair_of(item)];
     const bool isPaired = item.isStartEvent() != start.has_value();
     if (!isPaired) note(start ? *start : item);
     if (item.isStartEvent())

@@ -11,8 +11,8 @@ namespace gzd {
 namespace {
 
 // How an events-start record names the eyes in its input word, the other way round than samples do.
-constexpr unsigned events_of_first_eye = 0x4000;
-constexpr unsigned events_of_second_eye = 0x8000;
+constexpr unsigned events_of_left_eye = 0x4000;
+constexpr unsigned events_of_right_eye = 0x8000;
 
 constexpr float pupil_is_area = 1.0f;
 
@@ -22,8 +22,8 @@ byte eye_of_samples(UINT16 flags) {
 }
 
 byte eye_of_events(UINT16 input) {
-  return static_cast<byte>(((input & events_of_first_eye) != 0 ? 1 : 0) +
-                           ((input & events_of_second_eye) != 0 ? 2 : 0));
+  return static_cast<byte>(((input & events_of_left_eye) != 0 ? GZD_BLOCK_LEFT : 0) +
+                           ((input & events_of_right_eye) != 0 ? GZD_BLOCK_RIGHT : 0));
 }
 
 bool is_start(int type) {
@@ -31,10 +31,6 @@ bool is_start(int type) {
 }
 bool is_of_samples(int type) {
   return type == GZD_START_SAMPLES || type == GZD_END_SAMPLES;
-}
-
-UINT64 distance(UINT64 a, UINT64 b) {
-  return a > b ? a - b : b - a;
 }
 
 template <class T>
@@ -84,7 +80,7 @@ void BoundaryPairing::add(Index& index, std::unique_ptr<Recording> boundary, UIN
   Pending& pending = boundary->isStart() ? starts_ : ends_;
   const bool ofSamples = boundary->record_type == GZD_RECORD_SAMPLES;
   Recording* const partner = ofSamples ? pending.events : pending.samples;
-  if (partner != nullptr && distance(partner->timestamp, boundary->timestamp) < tolerance) {
+  if (partner != nullptr && stamp_distance(partner->timestamp, boundary->timestamp) < tolerance) {
     merge(*partner, *boundary);
     pending = Pending();
     return;

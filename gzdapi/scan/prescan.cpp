@@ -30,9 +30,6 @@ namespace gzd {
 
 namespace {
 
-// The last place in a file at which a record is read.
-constexpr INT64 last_position = 2147400000;
-
 // Entries before the first estimate of how many there will be.
 constexpr std::size_t entries_for_estimate = 16384;
 // The first estimate goes no higher, whatever the records before it look like.
@@ -41,8 +38,6 @@ constexpr double most_entries_per_byte = 1.0 / 8.0;
 constexpr std::size_t largest_room = std::size_t{1} << 29;
 
 constexpr float largest_rate_told = 1e9f;
-
-enum InputType { INPUT_EVENTS = 1, INPUT_IN_SAMPLES = 2 };
 
 // Large pages make touching the index for the first time several times cheaper. Advice only.
 void ask_for_huge_pages(void* memory, std::size_t bytes) {
@@ -149,7 +144,7 @@ class Scan {
 
   // Whether the scan goes on after the record at `position`.
   void notePosition(INT64 position) {
-    if (position <= last_position) return;
+    if (position <= last_record_place) return;
     print_log(
         "WARNING: The GZD file is larger than 2 GB. The gzdconv tool can only handle GZD files up "
         "to 2 GB. Data after the 2 GB limit will be discarded.\n");
@@ -213,19 +208,17 @@ class Scan {
                  static_cast<UINT64>(static_cast<int>(2 * state_.sam_per_sec)));
   }
 
-  // The newest sample tells what the head data of its block really are.
+  // A block can announce head data that its samples do not have: kind 15 without all its words
+  // takes the bit back; a bit that blocks do not use tells of all words.
   void adjustSampleFlags() {
     Recording* const block = index_.newestRecording();
     if (block == nullptr || !block->isStart()) return;
     const int htype = newestSample_.htype;
-    constexpr int not_a_head_type = -32768;
-    constexpr int head_type_without_data = 15;
-    if ((htype & 8) == 0) {
-      if ((newestSample_.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == head_type_without_data) {
-        block->sflags &= static_cast<UINT16>(~SMP_HEAD_DATA);
-      }
-    } else if (htype != not_a_head_type) {
+    constexpr int kind_without_data = 15;
+    if (head_words(htype) == max_head_words) {
       block->sflags |= SMP_IS_SAMPLE;
+    } else if ((newestSample_.flags & SMP_HEAD_DATA) != 0 && htype >> 4 == kind_without_data) {
+      block->sflags &= static_cast<UINT16>(~SMP_HEAD_DATA);
     }
   }
 
@@ -240,13 +233,8 @@ class Scan {
     if (type <= GZD_END_PARSE || type == GZD_RECORDING) return;
     if (type == GZD_INPUT) index_.inputType |= INPUT_EVENTS;
     fixations_.follow(event_, index_);
-    const bool isEyeEvent = type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
-    const bool isEnd = isEyeEvent && type % 2 == 0;
-    const UINT16 side = !isEyeEvent                  ? SIDE_NONE
-                        : event_.eye == GZD_LEFT_EYE ? SIDE_LEFT
-                                                     : SIDE_RIGHT;
-    const GZDItem item(position, type, side, tag,
-                       stamp_of_time(isEnd ? event_.entime : event_.sttime));
+    const GZDItem item(position, type, side_of_event(type, event_.eye), tag,
+                       stamp_of_time(is_eye_event_end(type) ? event_.entime : event_.sttime));
     makeRoom(position);
     messages_.add(index_, item, text_of(event_.message));
   }
@@ -269,7 +257,7 @@ class Scan {
     if (start == nullptr || !layout_.suits(load_be16(start))) return false;
     const std::size_t available = file_.available();
     const INT64 position = file_.getFilePos();
-    if (position + static_cast<INT64>(available) > last_position) return false;
+    if (position + static_cast<INT64>(available) > last_record_place) return false;
 
     const RegularRun run =
         read_regular_samples({.layout = layout_,

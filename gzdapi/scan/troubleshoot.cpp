@@ -1,3 +1,4 @@
+// The trace of one item of the stream (-DEBUG):
 // 1. Note the position, count item and call.
 // 2. At the end of the data: report it; go on when the file has more.
 // 3. At a record: keep the data time, look at the header word. A known one is all there is to do.

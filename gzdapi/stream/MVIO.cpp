@@ -120,11 +120,11 @@ FileInputStream::FileInputStream(const char* path) : file_(open_regular_file(pat
   setUp();
 }
 
-FileInputStream::FileInputStream(FILE* in, SystemError error, INT64 unused)
-    : file_(in), place_(SystemError::Place::TemporaryDirectory) {
+FileInputStream::FileInputStream(FileHandle in, SystemError error, INT64 unused)
+    : file_(std::move(in)), place_(SystemError::Place::TemporaryDirectory) {
   readError_ = error;
   behind_ = unused;
-  std::rewind(in);
+  std::rewind(file_.get());
   setUp();
 }
 

@@ -13,6 +13,9 @@
 
 namespace gzd {
 
+// The last place in a file at which a record is read.
+constexpr INT64 last_record_place = 2147400000;
+
 // A stream holds a window of contiguous bytes and a cursor in it; the position in the file follows
 // from the two. Reads that the window can serve touch nothing else.
 class InputStream {
@@ -105,7 +108,7 @@ class InputStream {
   const byte* windowStart_ = nullptr;
   const byte* cursor_ = nullptr;
   const byte* limit_ = nullptr;
-  INT64 limitPos_ = 0;  // offset in the file of `limit`
+  INT64 limitPos_ = 0;  // offset in the file of `limit_`
   bool hitEnd_ = false;
   INT64 behind_ = 0;
   SystemError readError_;
@@ -124,7 +127,7 @@ class FileInputStream : public InputStream {
   explicit FileInputStream(const char* path);
   // Takes over an open temporary file and goes to its beginning. `error`: why it could not be
   // written to its end. `unused`: see bytesBehind.
-  explicit FileInputStream(FILE* in, SystemError error = {}, INT64 unused = 0);
+  explicit FileInputStream(FileHandle in, SystemError error = {}, INT64 unused = 0);
 
   INT64 getFileSize() override;
   void seek(INT64 offset) override;

@@ -82,7 +82,7 @@ INT64 bytes_left(FILE* file) {
 // ends early.
 std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   using Place = SystemError::Place;
-  FileHandle inflated(open_temporary_file());
+  FileHandle inflated = open_temporary_file();
   if (!inflated) {
     throw GZDException("Failed to create temp file \n").because({errno, Place::TemporaryDirectory});
   }
@@ -96,7 +96,7 @@ std::unique_ptr<InputStream> inflate_body(FileInputStream& body) {
   if (result == uncompress_io_error) {
     error = {reason, std::ferror(compressed) != 0 ? Place::Recording : Place::TemporaryDirectory};
   }
-  return std::make_unique<FileInputStream>(inflated.release(), error, bytes_left(compressed));
+  return std::make_unique<FileInputStream>(std::move(inflated), error, bytes_left(compressed));
 }
 
 }  // namespace
@@ -135,11 +135,11 @@ void Preamble::recognise(string_view line) {
     revision = number_behind(line, kestrel_lines.size(), 1);
   } else if (line.starts_with(osprey_lines)) {
     revision = number_behind(line, osprey_lines.size(), 2);
-    ovilo_revision = 4;
+    ovilo_revision = GZD_TRACKER_OSPREY;
   } else if (line.starts_with("SOURCE: OVILO KESTREL")) {
-    ovilo_revision = 2;
+    ovilo_revision = GZD_TRACKER_KESTREL;
   } else if (line.starts_with("SOURCE: OVILO FALCON")) {
-    ovilo_revision = 3;
+    ovilo_revision = GZD_TRACKER_FALCON;
   }
 }
 

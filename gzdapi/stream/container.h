@@ -22,8 +22,8 @@ class Preamble {
 
   // Every line after "** ", its newline kept; at most 1999 characters.
   std::string preText;
-  INT16 revision = 0;        // of the file format
-  INT16 ovilo_revision = 1;  // tracker generation
+  INT16 revision = 0;  // of the file format
+  INT16 ovilo_revision = GZD_TRACKER_OTHER;
 
  private:
   bool readLine(InputStream& file, char* buffer, int capacity);

@@ -15,13 +15,12 @@ const char* temporary_directory() {
   return wanted != nullptr && *wanted != '\0' ? wanted : P_tmpdir;
 }
 
-FILE* open_temporary_file() {
+FileHandle open_temporary_file() {
   std::string path = std::string(temporary_directory()) + "/gzdapi-XXXXXX";
   const int descriptor = mkostemp(path.data(), O_CLOEXEC);
   if (descriptor < 0) return nullptr;
   unlink(path.c_str());
-  FILE* const file = fdopen(descriptor, "w+b");
-  if (file != nullptr) return file;
+  if (FILE* const file = fdopen(descriptor, "w+b")) return FileHandle(file);
   const int reason = errno;
   close(descriptor);
   errno = reason;

@@ -2,7 +2,7 @@
 #ifndef GZDAPI_TEMPORARY_FILE_H
 #define GZDAPI_TEMPORARY_FILE_H
 
-#include <cstdio>
+#include "base/file_handle.h"
 
 namespace gzd {
 
@@ -10,9 +10,9 @@ namespace gzd {
 // until the environment changes.
 const char* temporary_directory();
 
-// An empty temporary file, to be read and written; the caller closes it. Null when it cannot be
-// made: errno then has the reason.
-FILE* open_temporary_file();
+// An empty temporary file, to be read and written. Null when it cannot be made: errno then has the
+// reason.
+[[nodiscard]] FileHandle open_temporary_file();
 
 }  // namespace gzd
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <memory>
 
-#include "gzd_data.h"
+#include "stream/MVIO.h"
 
 namespace gzd {
 
@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t chunk_size = 16384;
 // Pieces are written together: the system takes much at a time faster, at multiples of the size.
 constexpr std::size_t written_at_once = 128 * 1024;
-// Records are read up to 2147400000; the longest that begins there ends well before this.
-constexpr INT64 largest_output = INT64{2147400000} + 1024 * 1024;
+// The longest record that begins at the last place ends well before this.
+constexpr INT64 largest_output = last_record_place + 1024 * 1024;
 
 class Inflater {
  public:
@@ -87,7 +87,7 @@ class Inflater {
   int startResult_;
   std::unique_ptr<byte[]> input_;
   std::unique_ptr<byte[]> output_;
-  std::size_t filled_ = 0;  // bytes of `output`
+  std::size_t filled_ = 0;  // bytes of `output_`
   INT64 inflated_ = 0;
   bool ended_ = false;
 };

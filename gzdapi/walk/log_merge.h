@@ -130,7 +130,7 @@ class LogMerge {
   TextReader textOf_;
 
   int logIdx_ = 0;      // the message of the log that comes next; negative: to be found
-  int readLogId_ = -1;  // `logIdx` after the message that was read for the element just announced
+  int readLogId_ = -1;  // `logIdx_` after the message that was read for the element just announced
   bool isFromLogFile_ = false;
   static constexpr UINT32 no_element = 0xFFFFFFFFu;
   UINT32 examinedElement_ = no_element;  // the element last asked whether it is a sync message

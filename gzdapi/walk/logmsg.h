@@ -89,7 +89,7 @@ class MessageLog {
   SystemError readError_;
   int recordHolds_ = -1;  // the message in the record
   std::string linestring_;
-  std::string_view messageText_;  // in linestring
+  std::string_view messageText_;  // in linestring_
   ALLF_DATA fDataLog_{};
   MessageText lstring_buffer_for_log_;
 };

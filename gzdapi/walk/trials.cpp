@@ -264,14 +264,14 @@ UINT32 Trials::firstTrialStartingAt(int itemIndex) const {
 
 // ---- looking up by time -------------------------------------------------------------------------
 
-const GZDTrial* Trials::trial_at_time(UINT32 time) {
+const GZDTrial* Trials::trialAtTime(UINT32 time) {
   collectInPlace();
   const UINT32 place = times_.at(time);
   return place == TrialTimes::nowhere ? nullptr : &trials_[place];
 }
 
 const Recording* Trials::blockAtTime(UINT32 time) {
-  const GZDTrial* trial = trial_at_time(time);
+  const GZDTrial* trial = trialAtTime(time);
   return trial != nullptr ? trial->getRecording() : nullptr;
 }
 

@@ -61,7 +61,7 @@ class Trials {
   // The last trial whose time, start and end included, contains `time` (ms); null without one.
   // Logarithmic in the number of trials, and quick for times of one trial in a row. The walk stays
   // where it is.
-  const GZDTrial* trial_at_time(UINT32 time);
+  const GZDTrial* trialAtTime(UINT32 time);
   // That trial's block, or null.
   const Recording* blockAtTime(UINT32 time);
 

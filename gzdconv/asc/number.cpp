@@ -41,7 +41,8 @@ constexpr std::array<char, 200> digit_pairs = [] {
   return pairs;
 }();
 
-// Number of decimal digits, at least 1. 1233 / 4096 is just above the logarithm of 2.
+// Number of decimal digits, at least 1. 1233 / 4096 is just below the decimal logarithm of 2; the
+// guess is raised where a power of ten is reached.
 int count_digits(std::uint64_t value) {
   const int guess = (static_cast<int>(std::bit_width(value | 1)) * 1233) >> 12;
   return guess + (value >= integer_powers[static_cast<std::size_t>(guess)] ? 1 : 0) +

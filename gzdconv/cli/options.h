@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "gzd_data.h"
+#include "gzd.h"
 
 namespace gzdconv {
 
@@ -49,7 +49,7 @@ struct Options {
   int right_eye = 1;
   int output_samples = 1;
   int output_start_events = 1;
-  int consistency = 2;
+  int consistency = GZD_CONSISTENCY_REPAIR;
   int verbose = 0;
   int hide_viewer_commands = 0;
   std::optional<std::string> log_file_name;

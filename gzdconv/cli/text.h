@@ -1,4 +1,4 @@
-// Small helpers for file names and texts.
+// Names of files: extension, tail, letter case.
 #ifndef GZDCONV_TEXT_H
 #define GZDCONV_TEXT_H
 

@@ -14,7 +14,8 @@ namespace gzdconv {
 
 namespace {
 
-constexpr double degrees_per_radian = 57.296;  // of saccade angles
+// Of saccade angles. Rounded otherwise than for resolutions; texts show it.
+constexpr double degrees_per_radian = 57.296;
 constexpr double ms_per_second = 1e3;
 constexpr int resolution_decimals = 2;
 constexpr int extended_decimals = 3;
@@ -91,7 +92,7 @@ void print_fixation_resolution(const FEVENT& event, int position_type) {
 double href_angle(Point start, Point end) {
   if (start.is_missing() || end.is_missing()) return MISSING_DATA;
   const double sx = start.x, sy = start.y, ex = end.x, ey = end.y;
-  constexpr double square = href_distance * href_distance;
+  constexpr double square = GZD_HREF_DISTANCE * GZD_HREF_DISTANCE;
   const double dot = sx * ex + sy * ey + square;
   const double lengths =
       std::sqrt(sx * sx + sy * sy + square) * std::sqrt(ex * ex + ey * ey + square);

@@ -17,7 +17,7 @@ double ppd_count = 0.0;
 namespace {
 
 constexpr double margin_factor = 0.95;
-constexpr double href_distance_squared = href_distance * href_distance;
+constexpr double href_distance_squared = GZD_HREF_DISTANCE * GZD_HREF_DISTANCE;
 constexpr double degrees_per_radian = 57.2958;
 constexpr double lowest_resolution = 0.01;  // both ends excluded
 constexpr double highest_resolution = 1.0e4;
@@ -25,6 +25,8 @@ constexpr float smallest_pupil = 15.0F;  // of an eye that is seen
 constexpr std::size_t display_keyword = sizeof "DISPLAY_COORDS" - 1;
 constexpr std::size_t area_keyword = sizeof "DISPLAY_AREA_COORDS" - 1;
 
+// Of the tracked area and the display. They outlive a file: one that does not tell its own has
+// those of the file before.
 float trackerLeft = MISSING_DATA;
 float trackerTop = MISSING_DATA;
 float trackerRight = MISSING_DATA;

@@ -8,14 +8,11 @@
 
 namespace gzdconv {
 
-// The distance, in head-referenced units, of the plane of head-referenced positions from the eye.
-inline constexpr double href_distance = 15000.0;
-
 // True for a pupil too small to be seen, whose eye does not count for a mean of both. Never with
 // options.no_pupil_area_check.
 bool has_lost_pupil(const FSAMPLE& sample, int eye);
 
-// Sums of the accepted resolutions since the last END line, and their number.
+// Sums of the accepted resolutions since the last END line of the file, and their number.
 extern double ppd_x, ppd_y, ppd_count;
 
 // Forgets the sums.

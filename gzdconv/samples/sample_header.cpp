@@ -61,16 +61,16 @@ void append_full_marker_legend() {
   }
 }
 
-void append_cr_legend(const SampleShape& shape) {
+void append_cr_legend(const SampleShape& shape, bool with_pose) {
   lpbuffer.append(std::string_view("\n** CR_FLAGS:\tinterpolated\t"));
-  if (printPoseFlags) lpbuffer.append(std::string_view("calibration-warning\t"));
+  if (with_pose) lpbuffer.append(std::string_view("calibration-warning\t"));
   lpbuffer.append(shape.binocular_block ? binocular_cr_legend : monocular_cr_legend);
 }
 
-void append_legends(const SampleShape& shape) {
-  if (shape.cr_flags) append_cr_legend(shape);
+void append_legends(const SampleShape& shape, bool with_pose) {
+  if (shape.cr_flags) append_cr_legend(shape, with_pose);
   if (shape.target) lpbuffer.append(target_legend);
-  if (shape.head_pose && printPoseFlags) {
+  if (shape.head_pose && with_pose) {
     lpbuffer.append(head_marker_legend);
     if (options.sfhmf != 0) append_full_marker_legend();
   }
@@ -83,7 +83,7 @@ void print_sample_header(const RunState& state, const RECORDINGS& block, const F
   lpbuffer.begin_line();
   lpbuffer.append(std::string_view("** COLUMNS\n** time\t"));
   append_column_labels(shape);
-  append_legends(shape);
+  append_legends(shape, state.prints_pose_flags);
   if (lpbuffer.cursor()[-1] != '\n') lpbuffer.append('\n');
 }
 

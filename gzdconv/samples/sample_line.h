@@ -10,10 +10,6 @@
 
 namespace gzdconv {
 
-// True when the samples of the file carry the calibration-warning character, and its header the
-// head-marker legend. Set at the first sample of each file.
-extern bool printPoseFlags;
-
 // A float for print_value: what is absent from the record prints like what is not valid.
 inline float missing_if_absent(float value) {
   return value == NOT_RECORDED ? MISSING_DATA : value;

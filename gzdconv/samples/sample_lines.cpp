@@ -23,7 +23,7 @@ bool carries_pose_flags(const RunState& state, const FSAMPLE& sample) {
 
 void begin_file(RunState& state, const RECORDINGS& block, const FSAMPLE& sample) {
   state.sample_header_printed = true;
-  printPoseFlags = carries_pose_flags(state, sample);
+  state.prints_pose_flags = carries_pose_flags(state, sample);
   if (options.suppress_column_headers == 0 && canHeaderDeterminedForSamples() != 0) {
     print_sample_header(state, block, sample);
   }

@@ -16,8 +16,6 @@
 
 namespace gzdconv {
 
-bool printPoseFlags = false;
-
 namespace {
 
 constexpr int left = GZD_LEFT_EYE;
@@ -90,8 +88,8 @@ char* write_status_text(char* place, unsigned word) {
 template <bool left_eye, bool right_eye>
 char* write_status(char* place, SampleLine line) {
   const unsigned word = line.sample.errors;
-  return printPoseFlags ? write_status_text<true, left_eye, right_eye>(place, word)
-                        : write_status_text<false, left_eye, right_eye>(place, word);
+  return line.state.prints_pose_flags ? write_status_text<true, left_eye, right_eye>(place, word)
+                                      : write_status_text<false, left_eye, right_eye>(place, word);
 }
 
 void append_status_word(const SampleLine& line) {
@@ -155,8 +153,8 @@ bool has_plain_velocities(const Shape& s) {
 
 constexpr std::string_view both_labels = "left-x\tleft-y\tleft-p\tright-x\tright-y\tright-p\t";
 
-// Position and pupil size of both eyes have four rows, one of which applies: the first three write
-// positions of one kind at once where nothing changes them, the fourth whatever there is.
+// x, y and pupil size of both eyes have seven rows, one of which applies: two for each kind of
+// position (columns of the usual form, of another), written as recorded, and one for all else.
 constexpr ColumnGroup column_groups[] = {
     {has_plain_pair<GZD_POSITION_GAZE, true>, write_both_positions<&FSAMPLE::gx, &FSAMPLE::gy>,
      both_labels},

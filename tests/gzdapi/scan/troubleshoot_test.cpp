@@ -39,9 +39,9 @@ struct Scan {
     return {text + before, length - before};
   }
 
-  static FILE* fileOf(const Bytes& content) {
-    FILE* f = std::tmpfile();
-    std::fwrite(content.data(), 1, content.size(), f);
+  static FileHandle fileOf(const Bytes& content) {
+    FileHandle f(std::tmpfile());
+    std::fwrite(content.data(), 1, content.size(), f.get());
     return f;
   }
 
