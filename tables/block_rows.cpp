@@ -1,7 +1,5 @@
 // Rows of `blocks`. A block's row is made when it ends.
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <string>
 
 #include "loss_count.h"
@@ -11,8 +9,6 @@
 namespace gzdtables {
 
 namespace {
-
-constexpr double ms_per_second = 1000.0;
 
 struct BlockState {
   RECORDINGS record{};
@@ -56,9 +52,8 @@ void set_choice(const Slot<std::uint8_t>& slot, std::size_t row, int choice) {
 
 std::int64_t expected_samples(const BlockState& block) {
   if (block.samples + block.filled == 0) return 0;
-  const double periods = std::floor((block.last - block.first) *
-                                    static_cast<double>(block.record.sample_rate) / ms_per_second);
-  return static_cast<std::int64_t>(std::max(periods, 0.0)) + 1;
+  return gzdtables::expected_samples(block.first, block.last,
+                                     static_cast<double>(block.record.sample_rate));
 }
 
 class BlockRows final : public RowBuilder {

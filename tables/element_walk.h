@@ -30,6 +30,16 @@ struct Element {
   return code == GZD_END_FIXATION || code == GZD_END_SACCADE || code == GZD_END_BLINK;
 }
 
+// The eye of an eye event: 0 left, 1 right.
+[[nodiscard]] inline std::size_t side_of(const FEVENT& event) {
+  return event.eye == GZD_LEFT_EYE ? 0 : 1;
+}
+
+// Time (ms) of a boundary, a message or the start of an event.
+[[nodiscard]] inline std::uint32_t time_of(const Element& element) {
+  return element.code == GZD_RECORDING ? element.record->rec.time : element.record->fe.sttime;
+}
+
 // Time of a sample (ms), half-milliseconds included.
 [[nodiscard]] inline double time_of(const FSAMPLE& sample) {
   return static_cast<double>(sample.time) + ((sample.flags & SMP_HALF_MS) != 0 ? 0.5 : 0.0);

@@ -13,11 +13,8 @@ namespace gzdtables {
 namespace {
 
 constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
-constexpr float lowest_resolution = 0.01F;
-constexpr float highest_resolution = 1e4F;
 constexpr double ms_per_second = 1000.0;
-constexpr double href_distance = 15000.0;
-constexpr double degrees_per_radian = 57.296;  // of saccade angles
+constexpr double degrees_per_radian = 57.296;  // of saccade angles, as texts of gzdconv have them
 
 float above_zero_or_null(float value) {
   return is_value(value) && value > 0.0F ? value : nan_value;
@@ -49,19 +46,16 @@ bool holds_raw(const FEVENT& event, int moment) {
 }
 
 float resolution_of(float start, float end) {
-  const auto counts = [](float value) {
-    return value >= lowest_resolution && value <= highest_resolution;
-  };
-  if (counts(start) && counts(end)) return (start + end) * 0.5F;
-  if (counts(start)) return start;
-  return counts(end) ? end : nan_value;
+  if (is_resolution(start) && is_resolution(end)) return (start + end) * 0.5F;
+  if (is_resolution(start)) return start;
+  return is_resolution(end) ? end : nan_value;
 }
 
 // Degrees between two head-referenced positions.
 float href_angle(Position start, Position end) {
   if (!start.is_known() || !end.is_known()) return nan_value;
   const double sx = start.x, sy = start.y, ex = end.x, ey = end.y;
-  constexpr double square = href_distance * href_distance;
+  constexpr double square = GZD_HREF_DISTANCE * GZD_HREF_DISTANCE;
   const double dot = sx * ex + sy * ey + square;
   const double lengths =
       std::sqrt(sx * sx + sy * sy + square) * std::sqrt(ex * ex + ey * ey + square);
@@ -183,13 +177,9 @@ void EventRows::bind(Rows& rows) {
   raw_ = position_group(rows, "raw_");
 }
 
-std::size_t eye_of(const FEVENT& event) {
-  return event.eye == GZD_LEFT_EYE ? 0 : 1;
-}
-
 bool EventRows::is_wanted(const FEVENT& event, std::int32_t trial) const {
   return (!type_ || *type_ == event_type_of(event.type)) &&
-         (!eye_ || static_cast<std::size_t>(*eye_) == eye_of(event)) &&
+         (!eye_ || static_cast<std::size_t>(*eye_) == side_of(event)) &&
          accepts(event.sttime, trial);
 }
 
@@ -202,7 +192,7 @@ void EventRows::take(ElementWalk& walk, Rows& rows) {
   const std::size_t row = rows.begin_row();
   set_number(block_, row, outline_.blocks.at(event.sttime));
   set_number(trial_, row, trial);
-  eye_column_.set(row, static_cast<std::uint8_t>(eye_of(event)));
+  eye_column_.set(row, static_cast<std::uint8_t>(side_of(event)));
   type_column_.set(row, static_cast<std::uint8_t>(event_type_of(event.type)));
   const double duration = static_cast<double>(event.entime) - static_cast<double>(event.sttime) +
                           static_cast<double>(walk.period());
@@ -253,7 +243,8 @@ void EventRows::set_blink(std::size_t row, const FEVENT& event) const {
   if (event.type != GZD_END_SACCADE)
     has_blink_.set_null(row);
   else
-    has_blink_.set(row, outline_.blinks[eye_of(event)].lies_in(event.sttime, event.entime) ? 1 : 0);
+    has_blink_.set(row,
+                   outline_.blinks[side_of(event)].lies_in(event.sttime, event.entime) ? 1 : 0);
 }
 
 }  // namespace

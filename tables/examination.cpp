@@ -1,7 +1,6 @@
 // One walk over samples and events, and what the library found before it.
 #include "examination.h"
 
-#include <cmath>
 #include <cstdio>
 
 #include "element_walk.h"
@@ -106,10 +105,8 @@ void Examiner::note_repeat(double time) {
 void Examiner::end_block() {
   if (!in_block_) return;
   in_block_ = false;
-  constexpr double ms_per_second = 1000.0;
   if (block_.samples + block_.filled != 0)
-    block_.expected =
-        static_cast<std::int64_t>(std::floor((last_ - first_) * block_.rate / ms_per_second)) + 1;
+    block_.expected = expected_samples(first_, last_, block_.rate);
   for (const std::size_t eye : {0, 1}) {
     if (!block_has(record_, eye) || LossCount::first_kind(record_) == 0) continue;
     block_.lost.at(eye) = loss_.lost(eye);

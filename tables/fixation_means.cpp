@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "element_walk.h"
+
 namespace gzdtables {
 
 namespace {
@@ -23,16 +25,9 @@ bool has_mean_gaze(const FEVENT& fixation) {
 }
 
 double half_degree_of(const FEVENT& fixation) {
-  constexpr float lowest = 0.01F;
-  constexpr float highest = 10000.0F;
   const float resolution = fixation.supd_x;
-  const bool is_known =
-      (fixation.read & EVT_RESOLUTION) != 0 && resolution >= lowest && resolution <= highest;
+  const bool is_known = (fixation.read & EVT_RESOLUTION) != 0 && is_resolution(resolution);
   return is_known ? static_cast<double>(resolution) / 2 : half_degree_without_resolution;
-}
-
-std::size_t side_of(const FEVENT& event) {
-  return event.eye == GZD_LEFT_EYE ? 0 : 1;
 }
 
 }  // namespace

@@ -1,13 +1,22 @@
-// Counts of lost samples by eye.
+// Counts of lost samples by eye, and of all that are expected.
 #ifndef GZDTABLES_LOSS_COUNT_H
 #define GZDTABLES_LOSS_COUNT_H
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 
 #include "sample_state.h"
 
 namespace gzdtables {
+
+// How many samples a block has from its first to its last (ms) when none is missing between.
+[[nodiscard]] inline std::int64_t expected_samples(double first, double last, double rate) {
+  constexpr double ms_per_second = 1000.0;
+  const double periods = std::floor((last - first) * rate / ms_per_second);
+  return static_cast<std::int64_t>(std::max(periods, 0.0)) + 1;
+}
 
 // Recorded samples of blocks that record an eye and a position, packed camera data left out, and
 // those of them without a valid position of the first kind that the block records.

@@ -1,4 +1,4 @@
-// The walk before the walk.
+// A walk of its own over the events of a recording, before that which makes rows.
 #include "outline.h"
 
 #include <algorithm>
@@ -8,10 +8,6 @@
 namespace gzdtables {
 
 namespace {
-
-std::uint32_t time_of(const Element& element) {
-  return element.code == GZD_RECORDING ? element.record->rec.time : element.record->fe.sttime;
-}
 
 // Collects stretches that follow one another. One that is not ended lasts until the next begins.
 class Stretches {
@@ -39,7 +35,7 @@ class Stretches {
 };
 
 void take_event(Outline& outline, const FEVENT& event) {
-  const std::size_t eye = event.eye == GZD_LEFT_EYE ? 0 : 1;
+  const std::size_t eye = side_of(event);
   const auto type = static_cast<std::uint8_t>(event_type_of(event.type));
   outline.events[eye].add(event.sttime, event.entime, type, type + 1);
   if (event.type == GZD_END_BLINK) outline.blinks[eye].add(event.sttime, event.entime);

@@ -15,12 +15,11 @@ namespace gzdtables {
 namespace {
 
 constexpr std::size_t most_characters = 1 << 20;  // of the texts of a batch
-constexpr int third_generation = 3;
 
 struct AnnouncedGroup {
   const char* name;
   std::uint16_t bit;
-  int generation;  // 0: of any
+  int generation;  // GZD_TRACKER_, 0: of any
 };
 
 constexpr std::array known_groups{
@@ -32,7 +31,7 @@ constexpr std::array known_groups{
     AnnouncedGroup{"input", SMP_INPUT, 0},
     AnnouncedGroup{"buttons", SMP_BUTTONS, 0},
     AnnouncedGroup{"status", SMP_STATUS, 0},
-    AnnouncedGroup{"target", SMP_HEAD_DATA, third_generation},
+    AnnouncedGroup{"target", SMP_HEAD_DATA, GZD_TRACKER_FALCON},
     AnnouncedGroup{"head", SMP_EXTENDED, 0},
     AnnouncedGroup{"ellipse", SMP_EXTENDED, 0},
 };

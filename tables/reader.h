@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "column.h"
@@ -70,6 +71,16 @@ class TableReader {
   struct State;
   std::unique_ptr<State> state_;
 };
+
+// The column of that name; it must be one of the schema.
+[[nodiscard]] inline const Column& column_of(const Schema& schema, const Batch& batch,
+                                             std::string_view name) {
+  return batch.columns.at(static_cast<std::size_t>(schema.index_of(name)));
+}
+[[nodiscard]] inline const Column& column_of(const TableReader& reader, const Batch& batch,
+                                             std::string_view name) {
+  return column_of(reader.schema(), batch, name);
+}
 
 }  // namespace gzdtables
 

@@ -12,7 +12,8 @@ namespace gzdtables {
 namespace {
 
 GZDFILE* open_file(const std::string& path, const Options& options) {
-  const int consistency = (options.repair ? GZD_CONSISTENCY_REPAIR : GZD_CONSISTENCY_NONE) |
+  const int without_repair = options.checks ? GZD_CONSISTENCY_CHECK : GZD_CONSISTENCY_NONE;
+  const int consistency = (options.repair ? GZD_CONSISTENCY_REPAIR : without_repair) |
                           (options.failsafe ? GZD_OPEN_FAILSAFE : 0) |
                           (options.message_offsets ? GZD_OPEN_MESSAGE_OFFSETS : 0) |
                           GZD_OPEN_NO_TIME_SHIFT;

@@ -55,6 +55,8 @@ struct Options {
   bool message_offsets = false;  // a number at the start of a message is an offset of its time
   bool message_log = false;      // merge the experiment's message log
   TrialRule trials = {};
+  bool checks =
+      false;  // without `repair`: what lies outside blocks is moved or dropped all the same
 };
 
 // Throws UsageError for options without sense.
@@ -77,7 +79,7 @@ class Recording {
   // Elements of the walk; no table but `inputs` has more rows (that one at most eight times as
   // many).
   [[nodiscard]] std::uint32_t element_count() const;
-  // Tracker generation: 1 to 4.
+  // GZD_TRACKER_: of the tracker.
   [[nodiscard]] int generation() const;
 
   // Blocks, trials and eye events by time. Made by a walk of its own at the first call.

@@ -15,11 +15,6 @@ namespace {
 
 constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
 constexpr std::array<const char*, 2> eye_name{"left_", "right_"};
-constexpr INT16 target_of_one_eye = 182;  // `htype`
-constexpr INT16 target_of_two_eyes = 183;
-constexpr int third_generation = 3;
-constexpr float lowest_resolution = 0.01F;
-constexpr float highest_resolution = 1e4F;
 constexpr std::uint32_t no_marker_flags = 0xFFFF8000U;
 constexpr int cyclopean = 2;
 
@@ -29,7 +24,7 @@ float kept(bool is_there, float value) {
 }
 
 float resolution_or_null(float value) {
-  return value >= lowest_resolution && value <= highest_resolution ? value : nan_value;
+  return is_resolution(value) ? value : nan_value;
 }
 
 struct Point {
@@ -162,7 +157,7 @@ class SampleRows final : public RowBuilder {
       : RowBuilder(want_samples, request),
         recording_(recording),
         outline_(recording.outline()),
-        has_targets_(recording.generation() == third_generation) {}
+        has_targets_(recording.generation() == GZD_TRACKER_FALCON) {}
 
   void bind(Rows& rows) override;
   void take(ElementWalk& walk, Rows& rows) override;
@@ -325,8 +320,9 @@ void SampleRows::set_others(std::size_t row, const FSAMPLE& s, bool packed) cons
 
 void SampleRows::set_target(std::size_t row, const FSAMPLE& s) const {
   constexpr double units_of_word = 10.0;
-  const bool is_there = has_targets_ && (s.flags & SMP_HEAD_DATA) != 0 &&
-                        (s.htype == target_of_one_eye || s.htype == target_of_two_eyes);
+  const bool is_there =
+      has_targets_ && (s.flags & SMP_HEAD_DATA) != 0 &&
+      (s.htype == GZD_HTYPE_TARGET_ONE_EYE || s.htype == GZD_HTYPE_TARGET_TWO_EYES);
   const bool has_distance = is_there && is_value(s.hdata[2]);
   others_.target.set(row, is_there, s.hdata[0], s.hdata[1]);
   others_.target_distance.set(

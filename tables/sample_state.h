@@ -16,6 +16,13 @@ namespace gzdtables {
   return (std::fabs(value) <= largest) & (value != MISSING_DATA) & (value != NOT_RECORDED);
 }
 
+// Whether a number is a resolution (units per degree) that can be.
+[[nodiscard]] inline bool is_resolution(float value) {
+  constexpr float lowest = 0.01F;
+  constexpr float highest = 1e4F;
+  return value >= lowest && value <= highest;
+}
+
 // Whether a block records an eye, 0 left, 1 right.
 [[nodiscard]] inline bool block_has(const RECORDINGS& block, std::size_t eye) {
   return ((static_cast<unsigned>(block.eye) >> eye) & 1U) != 0;  // GZD_BLOCK_LEFT, _RIGHT

@@ -24,10 +24,6 @@ struct TrialState {
   std::vector<std::optional<std::string>> variables;
 };
 
-double time_of_element(const Element& element) {
-  return element.code == GZD_RECORDING ? element.record->rec.time : element.record->fe.sttime;
-}
-
 void append(Column* column, const std::optional<std::string>& text) {
   text ? column->append_text(*text) : column->append_null_text();
 }
@@ -74,17 +70,17 @@ void TrialRows::take(ElementWalk& walk, Rows& rows) {
 }
 
 void TrialRows::open(const Element& element, Rows& rows) {
-  if (rule_.start) trial_.end = time_of_element(element);
+  if (rule_.start) trial_.end = time_of(element);
   append_row(rows);
   trial_ = TrialState{};
   trial_.number = element.trial;
-  trial_.start = time_of_element(element);
+  trial_.start = time_of(element);
   trial_.variables.resize(patterns_.size());
   if (rule_.start) trial_.start_text = as_utf8(text_of(element.record->fe));
 }
 
 void TrialRows::close(const Element& element, Rows& rows) {
-  trial_.end = time_of_element(element);
+  trial_.end = time_of(element);
   if (rule_.start) trial_.end_text = as_utf8(text_of(element.record->fe));
   append_row(rows);
 }
