@@ -120,9 +120,7 @@ std::string BidsCommand::stem_of(bool has_runs) {
     name += "_ses-" + session_;
   }
   folder += "/" + datatype_;
-  std::error_code failed;
-  std::filesystem::create_directories(folder, failed);
-  if (failed) throw WriteError("cannot make " + folder + ": " + failed.message());
+  make_folder(folder);
   name += "_task-" + task_;
   if (has_runs) name += "_run-" + std::to_string(next_run_++);
   return folder + "/" + name;
@@ -174,9 +172,7 @@ void BidsCommand::describe_dataset() const {
       {"BIDSVersion", "1.11.0"},
       {"DatasetType", "raw"},
       {"GeneratedBy", Json::array({Json{{"Name", "gzdtool"}, {"Version", GZDTOOL_VERSION}}})}};
-  const auto bytes = open_byte_sink(name);
-  bytes->write(description.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-  bytes->close();
+  write_json(name, description);
 }
 
 int BidsCommand::run() {

@@ -1,4 +1,4 @@
-// What the recording knows of its task is when it recorded.
+// Events of a run: its blocks, the only part of the task that a recording tells.
 #include "bids_events.h"
 
 #include <fmt/format.h>
@@ -18,26 +18,19 @@ using gzdtables::TableReader;
 
 constexpr double ms_per_second = 1000.0;
 
-void write_when_missing(const std::string& name, const std::string& text) {
-  if (std::filesystem::exists(name)) return;
-  const auto sink = open_byte_sink(name);
-  sink->write(text);
-  sink->close();
-}
-
 std::string block_rows(Recording& recording, const BidsRun& run) {
   std::string text = "onset\tduration\ttrial_type\n";
   TableReader reader(recording, {.table = gzdtables::Table::blocks});
-  const auto column = [&](const char* name) {
-    return static_cast<std::size_t>(reader.schema().index_of(name));
-  };
   Batch batch;
+  const auto column = [&](const char* name) -> const gzdtables::Column& {
+    return column_of(reader, batch, name);
+  };
   while (reader.next(batch))
     for (std::size_t row = 0; row < batch.rows; ++row) {
-      const auto number = batch.columns[column("block")].values<std::int32_t>()[row];
+      const auto number = column("block").values<std::int32_t>()[row];
       if (number < run.first_block || number > run.last_block) continue;
-      const double start = batch.columns[column("start")].values<double>()[row];
-      const gzdtables::Column& ends = batch.columns[column("end")];
+      const double start = column("start").values<double>()[row];
+      const gzdtables::Column& ends = column("end");
       const std::string duration =
           ends.is_null(row)
               ? "n/a"
@@ -60,10 +53,9 @@ Json screen_sidecar(const BidsTarget& target) {
 }  // namespace
 
 void write_bids_task_events(Recording& recording, const BidsTarget& target) {
-  const Json sidecar = screen_sidecar(target);
-  write_when_missing(target.stem + "_events.tsv", block_rows(recording, target.run));
-  write_when_missing(target.stem + "_events.json",
-                     sidecar.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  const std::string rows = target.stem + "_events.tsv", sidecar = target.stem + "_events.json";
+  if (!std::filesystem::exists(rows)) write_file(rows, block_rows(recording, target.run));
+  if (!std::filesystem::exists(sidecar)) write_json(sidecar, screen_sidecar(target));
 }
 
 }  // namespace gzdtool

@@ -97,10 +97,6 @@ class Grid {
   std::int64_t spare_rows_ = 100'000'000;
 };
 
-const Column& column_of(const TableReader& reader, const Batch& batch, const std::string& name) {
-  return batch.columns.at(static_cast<std::size_t>(reader.schema().index_of(name)));
-}
-
 void put_batch(Grid& grid, const TableReader& reader, const Batch& batch, const BidsRun& run,
                std::size_t eye) {
   const std::string side = eye_names.at(eye);
@@ -232,12 +228,6 @@ Json events_sidecar() {
            {{"Description", "Whether this is a blink, or a saccade that holds one"},
             {"Levels", {{"0", described("No")}, {"1", described("Yes")}}}}},
           {"message", described("Text of a message")}};
-}
-
-void write_json(const std::string& name, const Json& json) {
-  const auto sink = open_byte_sink(name);
-  sink->write(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-  sink->close();
 }
 
 }  // namespace

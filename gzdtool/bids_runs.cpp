@@ -1,4 +1,4 @@
-// Read off the table of blocks.
+// Where runs begin and end, read off the table of blocks.
 #include "bids_runs.h"
 
 #include "tables/reader.h"
@@ -10,10 +10,6 @@ namespace {
 using gzdtables::Batch;
 using gzdtables::Column;
 using gzdtables::Schema;
-
-const Column& column_of(const Schema& schema, const Batch& batch, std::string_view name) {
-  return batch.columns.at(static_cast<std::size_t>(schema.index_of(name)));
-}
 
 std::string choice_of(const Schema& schema, const Batch& batch, std::string_view name,
                       std::size_t row) {

@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 
 #include <chrono>
-#include <filesystem>
 #include <map>
 #include <optional>
 
@@ -169,10 +168,7 @@ int ConvertRun::run() {
 }  // namespace
 
 int convert_recordings(const ConvertPlan& plan) {
-  std::error_code failed;
-  if (!plan.converter.directory.empty())
-    std::filesystem::create_directories(plan.converter.directory, failed);
-  if (failed) throw WriteError("cannot make " + plan.converter.directory + ": " + failed.message());
+  if (!plan.converter.directory.empty()) make_folder(plan.converter.directory);
   return ConvertRun(plan).run();
 }
 

@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -46,62 +45,77 @@ std::string upper(std::string_view word) {
   return result;
 }
 
-// How many words belong to an option.
-int values_of(const std::string& word) {
-  const std::string name = upper(word).substr(1);
+// How many words belong to an option. This, and what else is asked of names here, goes by the table
+// of gzdconv's option_parser.cpp: whole words and beginnings of words.
+int values_of(const std::string& name) {
   if (name == "DEFRES" || name == "SETRES") return 2;
   return name == "SEPRES" || name == "FOUT" || name == "FP" || name.starts_with('M') ? 1 : 0;
 }
 
-void refuse_names_and_files(const std::vector<std::string>& words) {
+// Hands each option over, as it is and in capitals without its "-".
+template <class Use>
+void for_each_option(const std::vector<std::string>& words, Use use) {
   int values = 0;
   for (const std::string& word : words) {
     if (values-- > 0) continue;
     if (!word.starts_with('-'))
       throw UsageError("behind -- stand options of gzdconv only, not '" + word + "'");
     const std::string name = upper(word).substr(1);
-    const bool is_folder = name.starts_with('P') && name != "PE";
-    const bool is_file = name.starts_with('D') && name != "DEFRES";
-    if (is_folder || is_file)
-      throw UsageError(
-          "gzdtool convert does not take " + word +
-          (is_folder ? ", but --output-dir" : ": all processes would write that file"));
-    values = values_of(word);
+    use(word, name);
+    values = values_of(name);
   }
 }
 
-int file_without_name() {
-  const int file = ::memfd_create("gzdtool", MFD_CLOEXEC);
-  if (file < 0) throw std::system_error(errno, std::generic_category(), "cannot keep messages");
+void refuse_files(const std::string& word, const std::string& name) {
+  const bool is_folder = name.starts_with('P') && name != "PE";
+  const bool is_file = name.starts_with('D') && name != "DEFRES";
+  if (is_folder || is_file)
+    throw UsageError("gzdtool convert does not take " + word +
+                     (is_folder ? ", but --output-dir" : ": all processes would write that file"));
+}
+
+Descriptor file_without_name() {
+  Descriptor file(::memfd_create("gzdtool", MFD_CLOEXEC));
+  if (file.number() < 0)
+    throw std::system_error(errno, std::generic_category(), "cannot keep messages");
   return file;
 }
 
-std::string contents_of(int file) {
+std::string contents_of(const Descriptor& file) {
   std::string text;
   std::array<char, 1 << 14> piece{};
   off_t at = 0;
   ssize_t count = 0;
-  while ((count = ::pread(file, piece.data(), piece.size(), at)) > 0) {
+  while ((count = ::pread(file.number(), piece.data(), piece.size(), at)) > 0) {
     text.append(piece.data(), static_cast<std::size_t>(count));
     at += count;
   }
   return text;
 }
 
-bool has_option(const std::vector<std::string>& words, std::string_view name) {
-  return std::any_of(words.begin(), words.end(),
-                     [&](const std::string& word) { return upper(word) == name; });
+// How the converter opens a recording, of all that findings depend on.
+gzdtables::Options reading_of(const std::vector<std::string>& words) {
+  gzdtables::Options reading;
+  for_each_option(words, [&](const std::string& /*word*/, const std::string& name) {
+    const bool is_check = name.starts_with('C') && !name.starts_with("CL");
+    if (is_check || name.starts_with('Z')) {
+      reading.repair = false;
+      reading.checks = is_check;
+    }
+    reading.failsafe |= name == "FAILSAFE";
+    reading.message_log |= name == "LOGMSG";
+    reading.message_offsets |= name == "O";
+  });
+  return reading;
 }
 
-void write_findings(int file, const std::string& recording, const ConverterOptions& options) {
+void write_findings(const Descriptor& file, const std::string& recording,
+                    const ConverterOptions& options) {
   const KeptLog log;
-  gzdtables::Options reading;
-  reading.repair = !has_option(options.words, "-Z") && !has_option(options.words, "-C");
-  reading.failsafe = has_option(options.words, "-FAILSAFE");
   try {
-    gzdtables::Recording open(recording, reading);
+    gzdtables::Recording open(recording, reading_of(options.words));
     const std::string text = json_of(gzdtables::findings_of(open)).dump();
-    if (::write(file, text.data(), text.size()) < 0) return;
+    if (::write(file.number(), text.data(), text.size()) < 0) return;
   } catch (const std::exception&) {
     return;  // the converter tells why
   }
@@ -137,18 +151,21 @@ void run_without_recordings(const ConverterOptions& options, int output) {
 
 }  // namespace
 
+Descriptor::~Descriptor() {
+  if (number_ >= 0) ::close(number_);
+}
+
 // The converter itself is asked, without a recording.
 void check_converter_options(const ConverterOptions& options) {
-  refuse_names_and_files(options.words);
+  for_each_option(options.words, refuse_files);
   if (options.words.empty()) return;
-  const int output = file_without_name();
+  const Descriptor output = file_without_name();
   const pid_t process = ::fork();
   if (process < 0) throw std::system_error(errno, std::generic_category(), "cannot run gzdconv");
-  if (process == 0) run_without_recordings(options, output);
+  if (process == 0) run_without_recordings(options, output.number());
   int status = 0;
   ::waitpid(process, &status, 0);
   std::string told = contents_of(output);
-  ::close(output);
   if (told.ends_with('\n')) told.pop_back();
   if (status != 0 || told.find(": no such option") != std::string::npos) throw UsageError(told);
 }
@@ -171,21 +188,10 @@ Conversion::Conversion(const std::string& recording, const ConverterOptions& opt
   std::signal(SIGTERM, SIG_DFL);
   const int nothing = ::open("/dev/null", O_RDONLY);
   ::dup2(nothing, STDIN_FILENO);
-  ::dup2(output_, STDOUT_FILENO);
-  ::dup2(errors_, STDERR_FILENO);
+  ::dup2(output_.number(), STDOUT_FILENO);
+  ::dup2(errors_.number(), STDERR_FILENO);
   if (options.tells_findings) write_findings(findings_, recording, options);
   become_converter(converter_path(options), arguments_of(recording, options));
-}
-
-Conversion::Conversion(Conversion&& other) noexcept
-    : output_(std::exchange(other.output_, -1)),
-      errors_(std::exchange(other.errors_, -1)),
-      findings_(std::exchange(other.findings_, -1)),
-      process_(std::exchange(other.process_, -1)) {}
-
-Conversion::~Conversion() {
-  for (const int file : {output_, errors_, findings_})
-    if (file >= 0) ::close(file);
 }
 
 ConverterResult Conversion::result(int wait_status) const {

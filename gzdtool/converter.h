@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace gzdtool {
@@ -32,21 +33,30 @@ void check_converter_options(const ConverterOptions& options);
 [[nodiscard]] std::string text_of_recording(const std::string& recording,
                                             const std::string& directory);
 
+// A file of the process, closed by itself.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor();
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
+  [[nodiscard]] int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
 // One conversion under way. Ends with the process that started it.
 class Conversion {
  public:
   // Throws std::system_error when no process can be started.
   Conversion(const std::string& recording, const ConverterOptions& options);
-  ~Conversion();
-  Conversion(Conversion&& other) noexcept;
-  Conversion& operator=(Conversion&&) = delete;
-
   [[nodiscard]] pid_t process() const { return process_; }
   // When it has ended, with the status that wait gave.
   [[nodiscard]] ConverterResult result(int wait_status) const;
 
  private:
-  int output_ = -1, errors_ = -1, findings_ = -1;
+  Descriptor output_, errors_, findings_;
   pid_t process_ = -1;
 };
 

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <map>
 
@@ -165,9 +164,7 @@ void RecordingExport::write_sidecar(Recording& recording, const Json& tables) co
   json["version"] = version_text();
   json["options"] = options_;
   json["tables"] = tables;
-  const auto bytes = open_byte_sink(sidecar_name());
-  bytes->write(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-  bytes->close();
+  write_json(sidecar_name(), json);
 }
 
 void RecordingExport::run() {
@@ -207,9 +204,7 @@ bool export_one(const ExportPlan& plan, const std::string& file) {
 int export_tables(const ExportPlan& plan) {
   static_cast<void>(format_of(plan.options.format));
   check_plan(plan);
-  std::error_code failed;
-  std::filesystem::create_directories(plan.directory, failed);
-  if (failed) throw WriteError("cannot make " + plan.directory + ": " + failed.message());
+  make_folder(plan.directory);
   const KeptLog log;  // sidecars tell findings
   std::map<std::string, std::string> names;
   bool is_whole = true;

@@ -126,6 +126,10 @@ Json json_of(const gzdtables::Examination& examination) {
            {{"left", json_of(examination.shifts[0])}, {"right", json_of(examination.shifts[1])}}}};
 }
 
+void write_json(const std::string& name, const Json& json) {
+  write_file(name, json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
 std::string line_of(const Json& json) {
   return json.dump(-1, ' ', is_terminal("-"), Json::error_handler_t::replace) + "\n";
 }

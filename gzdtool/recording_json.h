@@ -22,6 +22,9 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] Json json_number(double number);
 [[nodiscard]] Json json_number(const std::optional<double>& number);
 
+// Indented, as a file. Throws WriteError.
+void write_json(const std::string& name, const Json& json);
+
 // One line, for standard output: nothing in it speaks to a terminal.
 [[nodiscard]] std::string line_of(const Json& json);
 

@@ -1,7 +1,6 @@
 // The verb `report`: recordings as pages for a browser.
 #include <CLI/CLI.hpp>
 #include <cmath>
-#include <filesystem>
 #include <map>
 
 #include "command.h"
@@ -15,12 +14,6 @@ namespace gzdtool {
 namespace {
 
 using gzdtables::UsageError;
-
-void write_file(const std::string& name, const std::string& text) {
-  const auto bytes = open_byte_sink(name);
-  bytes->write(text);
-  bytes->close();
-}
 
 // How long the recording is, and its first findings.
 std::string told_of(const Json& data) {
@@ -86,9 +79,7 @@ ReportEntry ReportCommand::try_report(const std::string& file, const std::string
 }
 
 int ReportCommand::run_folder() const {
-  std::error_code failed;
-  std::filesystem::create_directories(directory_, failed);
-  if (failed) throw WriteError("cannot make " + directory_ + ": " + failed.message());
+  make_folder(directory_);
   std::map<std::string, std::string> names{{"index", "the index"}};
   std::vector<ReportEntry> entries;
   int status = exit_whole;

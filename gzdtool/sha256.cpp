@@ -1,4 +1,4 @@
-// As FIPS 180-4 defines it.
+// The digest of SHA-256, as FIPS 180-4 defines it.
 #include "sha256.h"
 
 #include <algorithm>

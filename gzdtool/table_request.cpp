@@ -5,7 +5,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstring>
 #include <set>
 
 #include "command.h"
@@ -85,12 +84,6 @@ void write_rows(Recording& recording, const Request& request, TableSink& sink) {
   tell_replaced(recording.path(), reader.replaced_messages());
 }
 
-std::string told(const gzdtables::ReadError& error) {
-  std::string text = error.what();
-  if (error.reason() != 0) text.append(": ").append(std::strerror(error.reason()));
-  return text;
-}
-
 // The tables of many files, one after the other. The output is opened with the first recording.
 class TableRun {
  public:
@@ -126,7 +119,7 @@ bool TableRun::write_file(const std::string& file) {
     write_rows(recording, request_, sink());
     return true;
   } catch (const gzdtables::ReadError& error) {
-    complain(file + ": " + told(error));
+    complain(file + ": " + sentence_of(error));
     return false;
   }
 }

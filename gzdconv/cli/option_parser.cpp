@@ -214,11 +214,12 @@ bool refuse_reparse(Arguments& /*arguments*/, const char* /*option*/) {
 
 using O = Options;
 
+// gzdtool's converter.cpp knows which of these take values or name files.
 constexpr Rule rules[] = {
     {prefix, "A", {&O::output_average}},
     {prefix, "B", {&O::output_buttons}},
     {prefix, "CL", {&O::uncorrected_raw}},
-    {prefix, "C", {&O::consistency, 1}, {&O::verbose}},
+    {prefix, "C", {&O::consistency, GZD_CONSISTENCY_CHECK}, {&O::verbose}},
     handled(word, "DEBUG", set_debug_file),
     handled(word, "DEFRES", set_default_resolution),
     handled(prefix, "D", set_log_file),
@@ -275,7 +276,7 @@ constexpr Rule rules[] = {
     {prefix, "V", {&O::output_velocity}},
     {prefix, "X", {&O::output_resolution}},
     {prefix, "Y", {&O::overwrite}},
-    {prefix, "Z", {&O::consistency, 0}},
+    {prefix, "Z", {&O::consistency, GZD_CONSISTENCY_NONE}},
 };
 
 char upper(char c) {

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "sinks/gzip_sink.h"
 #include "sinks/part_file.h"
@@ -96,6 +97,18 @@ std::unique_ptr<ByteSink> open_plain(const std::string& name) {
 std::unique_ptr<ByteSink> open_byte_sink(const std::string& name) {
   auto plain = open_plain(name);
   return name.ends_with(".gz") ? make_gzip_sink(std::move(plain)) : std::move(plain);
+}
+
+void write_file(const std::string& name, std::string_view text) {
+  const auto sink = open_byte_sink(name);
+  sink->write(text);
+  sink->close();
+}
+
+void make_folder(const std::string& path) {
+  std::error_code failed;
+  std::filesystem::create_directories(path, failed);
+  if (failed) throw WriteError("cannot make " + path + ": " + failed.message());
 }
 
 bool is_terminal(const std::string& name) {

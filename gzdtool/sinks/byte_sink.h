@@ -34,6 +34,12 @@ class ByteSink {
 // when the new one is whole; what is no ordinary file (a device, a pipe) is written in place.
 [[nodiscard]] std::unique_ptr<ByteSink> open_byte_sink(const std::string& name);
 
+// Writes a whole file, or whatever else the name stands for. Throws WriteError.
+void write_file(const std::string& name, std::string_view text);
+
+// Makes a folder and those that it lies in, where they are not there yet. Throws WriteError.
+void make_folder(const std::string& path);
+
 // Whether the name stands for standard output and that is a terminal.
 [[nodiscard]] bool is_terminal(const std::string& name);
 

@@ -32,8 +32,7 @@ void watch(int signal) {
 }  // namespace
 
 PartFile::PartFile(std::string name) : name_(std::move(name)), part_(name_ + ".part") {
-  watch(SIGINT);
-  watch(SIGTERM);
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) watch(signal);
   open_part = part_.c_str();
 }
 

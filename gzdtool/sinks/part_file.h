@@ -6,7 +6,7 @@
 
 namespace gzdtool {
 
-// Only one is open at a time: SIGINT and SIGTERM remove it before they end the program.
+// Only one is open at a time: SIGHUP, SIGINT and SIGTERM remove it before they end the program.
 class PartFile {
  public:
   explicit PartFile(std::string name);

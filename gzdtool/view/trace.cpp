@@ -94,20 +94,16 @@ Trace::Trace(gzdtables::Recording& recording) {
   while (reader.next(batch)) {
     take_times(batch, schema);
     for (std::size_t i = 0; i < curve_count; ++i) {
-      const auto column = static_cast<std::size_t>(schema.index_of(curve_columns[i]));
-      curves_[i].append(batch.columns[column].values<float>(), batch.rows);
+      curves_[i].append(column_of(schema, batch, curve_columns[i]).values<float>(), batch.rows);
     }
   }
   for (Curve& curve : curves_) curve.finish();
 }
 
 void Trace::take_times(const Batch& batch, const gzdtables::Schema& schema) {
-  const auto column = [&](const char* name) -> const gzdtables::Column& {
-    return batch.columns[static_cast<std::size_t>(schema.index_of(name))];
-  };
-  const double* const times = column("time").values<double>();
-  const std::int32_t* const blocks = column("block").values<std::int32_t>();
-  const std::uint8_t* const recorded = column("recorded").values<std::uint8_t>();
+  const double* const times = column_of(schema, batch, "time").values<double>();
+  const std::int32_t* const blocks = column_of(schema, batch, "block").values<std::int32_t>();
+  const std::uint8_t* const recorded = column_of(schema, batch, "recorded").values<std::uint8_t>();
   for (std::size_t row = 0; row < batch.rows; ++row)
     take_time(times[row], blocks[row], recorded[row] != 0);
 }
