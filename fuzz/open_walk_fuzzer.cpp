@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "harness.h"
+#include "record/EData.h"
 #include "support/record_text.h"
 
 using namespace gzd;
@@ -21,6 +22,11 @@ namespace {
 constexpr std::size_t most_lookups = 64;
 constexpr std::uint64_t largest_filling = 100000;
 
+constexpr int consistency_bits =
+    3 | GZD_OPEN_FAILSAFE | GZD_OPEN_NO_TIME_SHIFT | GZD_OPEN_MESSAGE_OFFSETS;  // levels take two
+// Bits after those of GZD_LOAD_.
+enum Choice : unsigned { CHOOSE_SAMPLES = 4, CHOOSE_RESOLUTION = 8, CHOOSE_TRACE = 0xF8 };
+
 struct Settings {
   int consistency, loadEvents, loadSamples;
   unsigned velocities, identifiers;
@@ -28,12 +34,12 @@ struct Settings {
   fuzz::Input log;
 
   explicit Settings(fuzz::Tail& tail) {
-    consistency = tail.byte() & 31;
+    consistency = tail.byte() & consistency_bits;
     const unsigned load = tail.byte();
-    loadEvents = static_cast<int>(load & 3);
-    loadSamples = load & 4 ? 1 : 0;
-    debug = (load & 0xF8) == 0xF8;
-    resolution = (load & 8) != 0;
+    loadEvents = static_cast<int>(load & (GZD_LOAD_EVENTS | GZD_LOAD_MESSAGE_LOG));
+    loadSamples = (load & CHOOSE_SAMPLES) != 0 ? 1 : 0;
+    debug = (load & CHOOSE_TRACE) == CHOOSE_TRACE;
+    resolution = (load & CHOOSE_RESOLUTION) != 0;
     velocities = tail.byte() & GZD_VELOCITY_ALL;
     identifiers = tail.byte() % 6;
     log = tail.block(mergesLog() ? tail.byte() : 0);
@@ -65,12 +71,6 @@ struct Step {
   std::uint32_t time;
 };
 
-bool is_event(int code) {
-  return (code >= GZD_START_PARSE && code <= GZD_BREAK_PARSE) ||
-         (code >= GZD_START_SAMPLES && code <= GZD_END_EVENTS) || code == GZD_MESSAGE ||
-         code == GZD_BUTTON || code == GZD_INPUT;
-}
-
 std::string bytes_of(FSAMPLE s) {
   for (float* field : {s.gxvel, s.gyvel, s.hxvel, s.hyvel, s.rxvel, s.ryvel, s.fgxvel, s.fgyvel,
                        s.fhxvel, s.fhyvel, s.frxvel, s.fryvel})
@@ -85,13 +85,14 @@ Step take_step(GZDFILE* file) {
   Step step{gzd_get_next_data(file), "", 0};
   if (step.code == GZD_END_OF_DATA) return step;
   ALLF_DATA* const record = gzd_get_float_data(file);
-  const bool known = step.code == GZD_SAMPLE || step.code == GZD_RECORDING || is_event(step.code);
+  const bool known =
+      step.code == GZD_SAMPLE || step.code == GZD_RECORDING || is_known_event_type(step.code);
   FUZZ_REQUIRE((record != nullptr) == known);
   if (!known) return step;
   const FSAMPLE* const sample = gzd_get_sample(record);
   const FEVENT* const event = gzd_get_event(record);
   FUZZ_REQUIRE((sample != nullptr) == (step.code == GZD_SAMPLE));
-  FUZZ_REQUIRE((event != nullptr) == is_event(step.code));
+  FUZZ_REQUIRE((event != nullptr) == is_known_event_type(step.code));
   FUZZ_REQUIRE((gzd_get_recording(record) != nullptr) == (step.code == GZD_RECORDING));
   step.record = sample != nullptr ? bytes_of(*sample) : text_of(record);
   step.time = sample != nullptr  ? sample->time

@@ -1,3 +1,4 @@
+// Starting the converter with a fault, and what it left behind.
 #include "converter_run.h"
 
 #include <fcntl.h>

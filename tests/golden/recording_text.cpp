@@ -1,3 +1,4 @@
+// The words of a line, and what each writes.
 #include "recording_text.h"
 
 #include <cstdlib>

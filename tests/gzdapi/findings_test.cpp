@@ -4,6 +4,7 @@
 
 #include <fstream>
 
+#include "record/event_fields.h"
 #include "support/recording_fixture.h"
 
 using namespace gzd;
@@ -49,6 +50,7 @@ TEST(Findings, TellWhatWasFoundWhereAndWhen) {
   constexpr int check_only = GZD_CONSISTENCY_CHECK;
   constexpr int check_and_repair = GZD_CONSISTENCY_REPAIR;
   constexpr int failsafe_open = GZD_OPEN_FAILSAFE;
+  constexpr unsigned unknown_kind = 11;
   const auto event = [](unsigned type, UINT32 start, UINT32 end = 0) {
     EventRecord e(type, GZD_RIGHT_EYE);
     e.start(start);
@@ -71,9 +73,9 @@ TEST(Findings, TellWhatWasFoundWhereAndWhen) {
       {"sound, fail-safe", block().end_block(1010).bytes(), check_and_repair | failsafe_open, ""},
       {"cut", block().end_tag(false).bytes(), failsafe_open,
        "1 0 0 0" + at(block()) + "1009-1009\n"},
-      {"cut in a record", block().raw({0x20, 0x00, 33}).end_tag(false).bytes(), failsafe_open,
-       "1 0 0 3" + at(block()) + "1009-1009\n"},
-      {"damage", block().raw({0x18, 0x00, 94, 0xFF, 0xFF}).bytes(), failsafe_open,
+      {"cut in a record", block().raw({0x20, 0x00, FIELD_START_TIME}).end_tag(false).bytes(),
+       failsafe_open, "1 0 0 3" + at(block()) + "1009-1009\n"},
+      {"damage", block().raw({GZD_MESSAGE, 0x00, FIELD_MESSAGE, 0xFF, 0xFF}).bytes(), failsafe_open,
        "2 0 0 7" + at(block()) + "1009-1009\n"},
       {"unread", block().end_block(1010).raw({0, 0, 1, 2}).bytes(), 0,
        "4 0 0 4 @" + std::to_string(behind_tag) + " 1010-1010\n"},
@@ -106,25 +108,45 @@ TEST(Findings, TellWhatWasFoundWhereAndWhen) {
       {"unknown rate", GzdWriter(3).start_samples({.time = 1000, .rate = 333}).bytes(), 0,
        "15 0 333 1 @0 1000-1000\n"},
       {"events outside",
-       block().end_block(1010).event(event(5, 1008)).event(event(6, 1008, 1015)).bytes(),
-       check_only, "17 2 6 1" + at(block().end_block(1010).event(event(5, 1008))) + "1015-1010\n"},
+       block()
+           .end_block(1010)
+           .event(event(GZD_START_SACCADE, 1008))
+           .event(event(GZD_END_SACCADE, 1008, 1015))
+           .bytes(),
+       check_only,
+       "17 2 6 1" + at(block().end_block(1010).event(event(GZD_START_SACCADE, 1008))) +
+           "1015-1010\n"},
       {"blink without start",
-       block().event(event(4, 1002, 1004)).event(event(3, 1006)).end_block(1010).bytes(),
+       block()
+           .event(event(GZD_END_BLINK, 1002, 1004))
+           .event(event(GZD_START_BLINK, 1006))
+           .end_block(1010)
+           .bytes(),
        check_and_repair,
-       "18 2 3 1 @- 1000-1000\n20 2 3 1" + at(block().event(event(4, 1002, 1004))) + "1006-1006\n"},
+       "18 2 3 1 @- 1000-1000\n20 2 3 1" + at(block().event(event(GZD_END_BLINK, 1002, 1004))) +
+           "1006-1006\n"},
       {"unpaired saccade",
-       block().event(event(5, 1003)).event(event(5, 1004)).event(event(6, 1004, 1006)).bytes(), 0,
-       "20 2 5 1" + at(block()) + "1003-1003\n"},
+       block()
+           .event(event(GZD_START_SACCADE, 1003))
+           .event(event(GZD_START_SACCADE, 1004))
+           .event(event(GZD_END_SACCADE, 1004, 1006))
+           .bytes(),
+       0, "20 2 5 1" + at(block()) + "1003-1003\n"},
       {"fixation that ends first",
-       block().event(event(7, 1006)).event(event(8, 1002, 1004)).bytes(), 0,
-       "21 2 0 1 @- 1006-1004\n20 2 8 1" + at(block().event(event(7, 1006))) +
+       block()
+           .event(event(GZD_START_FIXATION, 1006))
+           .event(event(GZD_END_FIXATION, 1002, 1004))
+           .bytes(),
+       0,
+       "21 2 0 1 @- 1006-1004\n20 2 8 1" + at(block().event(event(GZD_START_FIXATION, 1006))) +
            "1004-1004\n20 2 7 1" + at(block()) + "1006-1006\n"},
-      {"event without time", block().event(EventRecord(3)).bytes(), failsafe_open,
+      {"event without time", block().event(EventRecord(GZD_START_BLINK)).bytes(), failsafe_open,
        "22 0 3 1" + at(block()) + "0-0\n"},
       {"unknown field and kind",
-       block().event(EventRecord(11).start(1005)).raw({0x18, 0, 200, 0}).bytes(), 0,
+       block().event(EventRecord(unknown_kind).start(1005)).raw({GZD_MESSAGE, 0, 200, 0}).bytes(),
+       0,
        "24 0 11 1" + at(block()) + "1005-1005\n23 0 200 1" +
-           at(block().event(EventRecord(11).start(1005))) + "0-0\n"},
+           at(block().event(EventRecord(unknown_kind).start(1005))) + "0-0\n"},
       {"piece of a message", block().message(1003, "!V LONGMS_CONT 1_x").bytes(), 0,
        "25 0 24 1" + at(block()) + "1003-1003\n"},
   };
@@ -156,7 +178,9 @@ class WholeWalk : public testing::Test {
  protected:
   void SetUp() override {
     GzdWriter w = block(1003, 1005);
-    w.event(EventRecord(4).start(1002).end(1006)).event(EventRecord(3).start(1008)).end_block(1010);
+    w.event(EventRecord(GZD_END_BLINK).start(1002).end(1006))
+        .event(EventRecord(GZD_START_BLINK).start(1008))
+        .end_block(1010);
     path = scratch.save("r.gzd", w.bytes());
     std::ofstream(scratch.file("tq_messages.log"))
         << "1 TRACKER_TIME 1 1000.0\n7 TRIAL\nQuit logger\n";
@@ -263,7 +287,7 @@ void receive_notice(const char* notice) {
 }
 
 TEST(Notices, GoWhereTheClientWants) {
-  const Bytes recording = block().raw({0x18, 0, 200, 0}).bytes();
+  const Bytes recording = block().raw({GZD_MESSAGE, 0, 200, 0}).bytes();
   const std::string notice = "ERROR: Do not know how to handle 200\n";
   EXPECT_EQ(standard_output_of([&] { OpenRecording file(recording); }), notice);
   gzd_set_notice_function(receive_notice);

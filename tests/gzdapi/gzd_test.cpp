@@ -1,3 +1,4 @@
+// The C interface: opening, walking, fetching, closing, and what it refuses.
 #include "gzd.h"
 
 #include <gtest/gtest.h>
@@ -153,11 +154,12 @@ TEST(Open, TheVersionIsAConstant) {
 
 TEST(Walk, RecordsOfNoFileAreJudgedByTheirType) {
   ALLF_DATA record{};
-  for (const int type : {8, 24, 25, 200, 30, 0}) {
+  for (const int type : {GZD_END_FIXATION, GZD_MESSAGE, GZD_BUTTON, GZD_SAMPLE, GZD_RECORDING, 0}) {
     record.fe.type = static_cast<INT16>(type);
-    EXPECT_EQ(gzd_get_event(&record) != nullptr, type != 200 && type != 30) << type;
-    EXPECT_EQ(gzd_get_sample(&record) != nullptr, type == 200);
-    EXPECT_EQ(gzd_get_recording(&record) != nullptr, type == 30);
+    EXPECT_EQ(gzd_get_event(&record) != nullptr, type != GZD_SAMPLE && type != GZD_RECORDING)
+        << type;
+    EXPECT_EQ(gzd_get_sample(&record) != nullptr, type == GZD_SAMPLE);
+    EXPECT_EQ(gzd_get_recording(&record) != nullptr, type == GZD_RECORDING);
   }
   EXPECT_EQ(gzd_get_event(nullptr), nullptr);
   EXPECT_EQ(gzd_get_sample(nullptr), nullptr);
@@ -239,7 +241,7 @@ TEST(Jumps, TakeLogAndRateWithThem) {
 TEST(Walk, UnknownFieldsAreReportedWhereTheyAreMet) {
   GzdWriter w;
   w.start_block({.time = 1000});
-  w.event(EventRecord(24).start(1001).raw({1}).text("BEGIN")).gaze_sample(1001, 5, 5, 900);
+  w.event(EventRecord(GZD_MESSAGE).start(1001).raw({1}).text("BEGIN")).gaze_sample(1001, 5, 5, 900);
   w.end_block(1010);
   const ScratchDirectory scratch;
   const std::string_view text = log_of_two_blocks;

@@ -1,3 +1,4 @@
+// What is told of a conversion, by a library that is made up.
 #include "convert.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// The options of gzdsynth.
 #include "synth_options.h"
 
 #include <gtest/gtest.h>

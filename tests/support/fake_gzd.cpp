@@ -1,3 +1,4 @@
+// The calls of gzd.h, answered from `fake`.
 #include "support/fake_gzd.h"
 
 #include <algorithm>

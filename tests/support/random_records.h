@@ -97,8 +97,13 @@ class RandomRecords {
     writer_.message(time_, one_of(texts));
   }
 
+  // Gaze and pupil size of both.
+  static constexpr unsigned both_eyes = SMP_LEFT | SMP_RIGHT | SMP_GAZE | SMP_PUPIL_SIZE;
+
   SampleRecord plain_sample() {
-    SampleRecord sample{.flags = choose_(2) == 0 ? 0xA500U : 0xE780U};
+    SampleRecord sample{.flags = choose_(2) == 0
+                                     ? SMP_TIME_ABSOLUTE | SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE
+                                     : SMP_TIME_ABSOLUTE | both_eyes | SMP_RESOLUTION | SMP_STATUS};
     sample.gx = {4000 + static_cast<int>(choose_(2000)), 5100};
     sample.gy = {3000, 3100};
     sample.pa = {900, 800};
@@ -106,8 +111,16 @@ class RandomRecords {
   }
 
   SampleRecord random_sample() {
-    static constexpr unsigned kinds[] = {0x8500, 0xC580, 0xCFF0, 0x4D08,
-                                         0xC50C, 0xD500, 0xC40A, 0x0040};
+    static constexpr unsigned kinds[] = {
+        SMP_LEFT | SMP_GAZE | SMP_PUPIL_SIZE,
+        both_eyes | SMP_STATUS,
+        both_eyes | SMP_HREF | SMP_RESOLUTION | SMP_STATUS | SMP_INPUT | SMP_BUTTONS |
+            SMP_HEAD_DATA,
+        SMP_RIGHT | SMP_HREF | SMP_GAZE | SMP_PUPIL_SIZE | SMP_EXTENDED,
+        both_eyes | SMP_EXTENDED | SMP_SKIP_BLOCKS,
+        both_eyes | SMP_PUPIL_POS,
+        SMP_LEFT | SMP_RIGHT | SMP_GAZE | SMP_EXTENDED | SMP_HALF_MS,
+        SMP_INPUT};
     SampleRecord sample{.flags = one_of(kinds), .step = static_cast<unsigned>(choose_(4))};
     if (choose_(3) != 0) sample.flags |= SMP_TIME_ABSOLUTE;
     sample.headType = choose_(2) == 0 ? 0xB8 : static_cast<unsigned>(choose_(256));

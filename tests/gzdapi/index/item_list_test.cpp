@@ -1,3 +1,4 @@
+// Entries in words, against a plain list.
 #include "index/item_list.h"
 
 #include <gtest/gtest.h>

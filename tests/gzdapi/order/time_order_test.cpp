@@ -1,3 +1,4 @@
+// The order of time, against std::sort over windows.
 #include "order/time_order.h"
 
 #include <gtest/gtest.h>
@@ -73,12 +74,15 @@ void expect_plain_order(std::vector<GZDItem> items, int rounds = 1) {
 
 // Stamps that rise slowly, out of order by up to `disorder`.
 TEST(SortItems, TiesComeOutAsOfStdSort) {
-  const std::vector<std::vector<int>> mixtures = {{SAMPLE, SAMPLE, message_type, 7, 8, 5, 6},
-                                                  {SAMPLE, 3, 4, 5, 6, 24, 25, GZD_RECORDING},
-                                                  {3, 4},
-                                                  {message_type, SAMPLE},
-                                                  {SAMPLE},
-                                                  {GZD_RECORDING, SAMPLE, 24, 11}};
+  const std::vector<std::vector<int>> mixtures = {
+      {SAMPLE, SAMPLE, message_type, GZD_START_FIXATION, GZD_END_FIXATION, GZD_START_SACCADE,
+       GZD_END_SACCADE},
+      {SAMPLE, GZD_START_BLINK, GZD_END_BLINK, GZD_START_SACCADE, GZD_END_SACCADE, GZD_MESSAGE,
+       GZD_BUTTON, GZD_RECORDING},
+      {GZD_START_BLINK, GZD_END_BLINK},
+      {message_type, SAMPLE},
+      {SAMPLE},
+      {GZD_RECORDING, SAMPLE, GZD_MESSAGE, 11}};
   std::mt19937 random(1);
   for (const auto& types : mixtures)
     for (const std::size_t count : {0u, 1u, 2u, 16u, 17u, 700u, 20000u, 20001u, 24001u, 50000u})
@@ -100,7 +104,11 @@ TEST(SortItems, TiesComeOutAsOfStdSort) {
 // Runs of one stamp in which items come before each other: they are carried across half the list.
 TEST(SortItems, LongCirclesComeOutAsOfStdSort) {
   const std::vector<std::vector<int>> mixtures = {
-      {3, 4}, {24, SAMPLE}, {3, 4, 24, SAMPLE, 25}, {1, 2, 3, 4, 5, 6, 7, 8, 24, SAMPLE}};
+      {GZD_START_BLINK, GZD_END_BLINK},
+      {GZD_MESSAGE, SAMPLE},
+      {GZD_START_BLINK, GZD_END_BLINK, GZD_MESSAGE, SAMPLE, GZD_BUTTON},
+      {GZD_START_PARSE, GZD_END_PARSE, GZD_START_BLINK, GZD_END_BLINK, GZD_START_SACCADE,
+       GZD_END_SACCADE, GZD_START_FIXATION, GZD_END_FIXATION, GZD_MESSAGE, SAMPLE}};
   std::mt19937 random(3);
   for (const auto& types : mixtures)
     for (const std::size_t count : {600u, 20000u, 26000u})
@@ -123,7 +131,10 @@ TEST(SortItems, EventsAmongRisingSamplesComeOutAsOfStdSort) {
   for (const std::size_t count : {5u, 300u, 20000u, 40000u})
     for (const unsigned far : {0u, 1u, 30u})
       for (const std::vector<int>& types :
-           {std::vector<int>{5, 6, 7, 8}, {3, 4, 5, 6, 24}, {24, 25, 28, GZD_RECORDING}}) {
+           {std::vector<int>{GZD_START_SACCADE, GZD_END_SACCADE, GZD_START_FIXATION,
+                             GZD_END_FIXATION},
+            {GZD_START_BLINK, GZD_END_BLINK, GZD_START_SACCADE, GZD_END_SACCADE, GZD_MESSAGE},
+            {GZD_MESSAGE, GZD_BUTTON, GZD_INPUT, GZD_RECORDING}}) {
         Maker make;
         std::vector<GZDItem> items;
         for (std::size_t i = 0; i < count; ++i) {
@@ -147,10 +158,10 @@ TEST(SortItems, StampsAtBothEndsOfTheirRange) {
   std::vector<GZDItem> items;
   for (int i = 0; i < 40; ++i) {
     items.push_back(make.boundary(GZD_BLOCK_START, 0));
-    items.push_back(make.item(3, 0, i, SIDE_LEFT));
-    items.push_back(make.item(4, 0, i, SIDE_RIGHT));
-    items.push_back(make.item(24, last_stamp, 100 - i));
-    items.push_back(make.item(200, last_stamp, i));
+    items.push_back(make.item(GZD_START_BLINK, 0, i, SIDE_LEFT));
+    items.push_back(make.item(GZD_END_BLINK, 0, i, SIDE_RIGHT));
+    items.push_back(make.item(GZD_MESSAGE, last_stamp, 100 - i));
+    items.push_back(make.item(SAMPLE, last_stamp, i));
   }
   expect_plain_order(items);
 }

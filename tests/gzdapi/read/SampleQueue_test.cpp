@@ -1,3 +1,4 @@
+// What the queue holds, and the velocities of its windows.
 #include "read/SampleQueue.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// A recording that shrinks while it is read.
 #include "read/reader.h"
 
 #include <gtest/gtest.h>

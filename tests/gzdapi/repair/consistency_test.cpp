@@ -1,3 +1,4 @@
+// The cost of repairing very many events.
 #include "repair/consistency.h"
 
 #include <gtest/gtest.h>

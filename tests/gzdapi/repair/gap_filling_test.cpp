@@ -1,3 +1,4 @@
+// The bound on dummies of a file.
 #include "repair/gap_filling.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Lengths of long messages, and their limit.
 #include "scan/long_message.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Limits of the scan: what it cannot read, and an index that is too large.
 #include "scan/prescan.h"
 
 #include <gtest/gtest.h>

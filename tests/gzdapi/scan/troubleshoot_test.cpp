@@ -1,3 +1,4 @@
+// The trace of the opening.
 #include "scan/troubleshoot.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Reads over the window, against the bytes of the file.
 #include "stream/MVIO.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Inflation, of damaged streams too.
 #include "stream/zipread.h"
 
 #include <gtest/gtest.h>

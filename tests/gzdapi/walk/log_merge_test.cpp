@@ -1,3 +1,4 @@
+// Which goes first, element or message of the log, at the ends and after moves.
 #include "walk/log_merge.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Times in the lines of a message log, and a log that shrinks.
 #include "walk/logmsg.h"
 
 #include <gtest/gtest.h>

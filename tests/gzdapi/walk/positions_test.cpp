@@ -1,3 +1,4 @@
+// Bookmarks and look-ups by time.
 #include "walk/positions.h"
 
 #include <gtest/gtest.h>

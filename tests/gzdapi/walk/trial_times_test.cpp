@@ -1,3 +1,4 @@
+// Trials by time, against a plain search.
 #include "walk/trial_times.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// How trials are cut.
 #include "walk/trials.h"
 
 #include <gtest/gtest.h>

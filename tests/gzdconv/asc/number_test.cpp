@@ -1,3 +1,4 @@
+// Numbers, against printf.
 #include "asc/number.h"
 
 #include <bit>

@@ -1,3 +1,4 @@
+// The text file: overwriting, failed writes, parts, lines of any length.
 #include "asc/output.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Numbers of sample columns, against printf.
 #include "asc/sample_number.h"
 
 #include "asc/number.h"

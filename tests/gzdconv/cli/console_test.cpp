@@ -1,3 +1,4 @@
+// What a terminal is spared.
 #include "cli/console.h"
 
 #include <pty.h>

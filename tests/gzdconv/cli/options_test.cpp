@@ -1,3 +1,4 @@
+// The command line: options, values, help.
 #include "cli/options.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Rigid transforms and lines of gaze.
 #include "gaze3d/head_geometry.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Frame tables, and what is refused of them.
 #include "video/video_frames.h"
 
 #include <gtest/gtest.h>
