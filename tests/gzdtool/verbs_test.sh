@@ -113,6 +113,14 @@ done
 printf '%s\0' many/3.gzd many/none.gzd many/1.gzd |
   "$tool" convert --files-from - --output-dir texts --report - 2>words >again.ndjson && fail "no failure"
 cut -d '"' -f 4,8 again.ndjson | diff - <(printf '%s\n' 'many/3.gzd"skipped' 'many/none.gzd"failed' 'many/1.gzd"skipped')
+# Findings are those of the reading that the options ask for.
+"$synth" --duration 5 --stray-samples --seed 6 stray.gzd
+found() {
+  "$tool" convert stray.gzd --output-dir texts --redo --report - -- "$@" | grep -o 'samples_dropped\|period_mismatch' |
+    sort -u | tr '\n' ' '
+}
+[[ $(found -vel) == "period_mismatch samples_dropped " && $(found -z -C) == "samples_dropped " && -z $(found -z) ]] ||
+  fail "findings of another reading"
 refused() { ! "$tool" convert sound.gzd -- "$@" 2>words || fail "took $*"; }
 refused -bogus
 refused -p texts
