@@ -1,3 +1,4 @@
+// Numbers that are computed, against what printf makes of them.
 #include "asc/computed_number.h"
 
 #include "asc/number.h"
