@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdarg>
+#include <cstring>
 #include <map>
 
 #include "asc/asc_file.h"

@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -35,9 +34,7 @@ class LineBuffer {
 
   // The appends do not check: all of one line together must fit into `line_room`.
   void append(char c) { *advance(1) = c; }
-  void append(std::string_view text) {
-    std::memcpy(advance(text.size()), text.data(), text.size());
-  }
+  void append(std::string_view text) { text.copy(advance(text.size()), text.size()); }
   void append_unsigned(std::uint64_t value);
 
   // Direct access for number writers: write from cursor() on, then hand back the new end.
