@@ -50,7 +50,7 @@ void inflate_body(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(plain.size()));
 }
 
-BENCHMARK(inflate_body)->Unit(benchmark::millisecond);
+BENCHMARK(inflate_body)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

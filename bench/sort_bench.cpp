@@ -66,9 +66,9 @@ void sort(benchmark::State& state, std::vector<GZDItem> (*make)()) {
   state.SetItemsProcessed(state.iterations() * item_count);
 }
 
-BENCHMARK_CAPTURE(sort, in_order, ordered)->Unit(benchmark::millisecond);
-BENCHMARK_CAPTURE(sort, late_messages, with_late_messages)->Unit(benchmark::millisecond);
-BENCHMARK_CAPTURE(sort, disordered, disordered)->Unit(benchmark::millisecond);
+BENCHMARK_CAPTURE(sort, in_order, ordered)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sort, late_messages, with_late_messages)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(sort, disordered, disordered)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
