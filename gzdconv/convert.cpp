@@ -297,7 +297,7 @@ void Conversion::report_findings(const std::string& input) const {
 
 // Takes `handle` as the recording, and forgets what belongs to the one before.
 void begin_recording(RunState& state, GZDFILE* handle) {
-  clear_resolution_sums();
+  resolution_sums.clear();
   state.recording = handle;
   state.generation = static_cast<Generation>(gzd_get_ovilo_revision(handle));
   state.sample_header_printed = state.event_header_printed = false;

@@ -31,8 +31,11 @@ void decode_sizes(const byte* at, const SampleLayout& layout, float (&pa)[2], Va
   }
 }
 
-// Gaze, resolution and pupil sizes, whichever there are.
+// Positions, resolution and pupil sizes, whichever there are.
 void decode_values(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
+  if (layout.pupilPositions != 0)
+    decode_positions(body + layout.pupilPositions, layout, sample.px, sample.py, Plain());
+  if (layout.href != 0) decode_positions(body + layout.href, layout, sample.hx, sample.hy, Plain());
   if (layout.gaze != 0)
     decode_positions(body + layout.gaze, layout, sample.gx, sample.gy, layout.asGaze);
   const byte* const resolution = body + layout.resolution;
@@ -60,14 +63,12 @@ void decode_head_data(const byte* at, FSAMPLE& sample) {
 }  // namespace
 
 void decode_fixed_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
-  if (layout.pupilPositions != 0)
-    decode_positions(body + layout.pupilPositions, layout, sample.px, sample.py, Plain());
-  if (layout.href != 0) decode_positions(body + layout.href, layout, sample.hx, sample.hy, Plain());
-  if (layout.hasUsualValues)
-    decode_usual_values(body + layout.gaze, layout, sample);
-  else
+  if (layout.hasUsualValues) {
+    decode_usual_part(body, layout, sample);
+  } else {
     decode_values(body, layout, sample);
-  decode_single_words(body, layout, sample);
+    decode_single_words(body, layout, sample);
+  }
   if (layout.headData != 0) decode_head_data(body + layout.headData, sample);
 }
 
@@ -96,8 +97,8 @@ void place_fields(SampleLayout& layout, UINT16 tag) {
 void prepare_usual_form(SampleLayout& layout) {
   layout.hasUsualValues =
       layout.eyes == 2 && layout.gaze != 0 && layout.resolution != 0 && layout.pupilSizes != 0;
-  layout.isUsual = layout.hasUsualValues && layout.pupilPositions == 0 && layout.href == 0 &&
-                   layout.headData == 0 && !layout.hasBlocks;
+  layout.isUsual = layout.hasUsualValues && layout.headData == 0 && !layout.hasBlocks;
+  layout.hasOtherPositions = layout.pupilPositions != 0 || layout.href != 0;
   const float gaze = layout.asGaze.divisor;
   layout.asUsualGaze = FourScaled{Floats4{gaze, gaze, gaze, gaze}};
   const float size = layout.hasScaledSizes ? layout.asSize.divisor : 1.0f;

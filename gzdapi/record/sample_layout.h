@@ -47,8 +47,8 @@ struct SampleLayout {
 
   // Gaze of both eyes, resolution and pupil sizes: eight words from `gaze` on.
   bool hasUsualValues = false;
-  bool isUsual =
-      false;  // these, no other positions, behind them no more than single words, no blocks
+  bool isUsual = false;            // these, behind them no more than single words, no blocks
+  bool hasOtherPositions = false;  // than gaze
   FourScaled asUsualGaze = {};
   FourScaled asResolutionAndSizes = {};
 
@@ -126,6 +126,12 @@ inline void store_pair(float (&pair)[2], const Floats4& values, int first) {
   std::memcpy(pair, reinterpret_cast<const float*>(&values) + first, sizeof pair);
 }
 
+// Positions of both eyes: x at `offset` in the sample, and y behind it. One store, as who reads
+// them all at once waits for two.
+inline void store_positions(FSAMPLE& sample, std::size_t offset, const Floats4& values) {
+  std::memcpy(reinterpret_cast<byte*>(&sample) + offset, &values, sizeof values);
+}
+
 inline void decode_single_words(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
   if (layout.status != 0) sample.errors = load_be16(body + layout.status);
   if (layout.input != 0) sample.input = load_be16(body + layout.input);
@@ -135,8 +141,7 @@ inline void decode_single_words(const byte* body, const SampleLayout& layout, FS
 inline void decode_usual_values(const byte* at, const SampleLayout& layout, FSAMPLE& sample) {
   const Floats4 gaze = layout.asUsualGaze(load_crossed(at));
   const Floats4 others = layout.asResolutionAndSizes(load_four(at + 8));
-  store_pair(sample.gx, gaze, 0);
-  store_pair(sample.gy, gaze, 2);
+  store_positions(sample, offsetof(FSAMPLE, gx), gaze);
   sample.rx = others[0];
   sample.ry = others[1];
   store_pair(sample.pa, others, 2);
@@ -146,8 +151,16 @@ inline void decode_usual_values(const byte* at, const SampleLayout& layout, FSAM
 
 // decode_fixed_part of a record with the usual layout.
 inline void decode_usual_part(const byte* body, const SampleLayout& layout, FSAMPLE& sample) {
-  sample_fields::decode_usual_values(body + layout.gaze, layout, sample);
-  sample_fields::decode_single_words(body, layout, sample);
+  using namespace sample_fields;
+  if (layout.hasOtherPositions) {
+    const auto decode = [&](byte at, std::size_t offset) {
+      if (at != 0) store_positions(sample, offset, Plain()(load_crossed(body + at)));
+    };
+    decode(layout.pupilPositions, offsetof(FSAMPLE, px));
+    decode(layout.href, offsetof(FSAMPLE, hx));
+  }
+  decode_usual_values(body + layout.gaze, layout, sample);
+  decode_single_words(body, layout, sample);
 }
 
 // Decodes the fixed part at `body`, but for the time, into a sample preset for the layout's tag.

@@ -21,7 +21,7 @@ constexpr float largest_whole = 9999.0F;
 
 // Plain arrays: all of this is worked out by the compiler, which allows only so many steps.
 constexpr WholeCell make_whole_cell(unsigned whole, bool negative) {
-  WholeCell cell = {{' ', ' ', ' ', ' ', '0'}, 1};
+  WholeCell cell = {{' ', ' ', ' ', ' ', '0', '.', '0'}, 1};
   std::size_t place = whole == 0 ? cell_width - 1 : cell_width;
   for (unsigned rest = whole; rest != 0; rest /= 10)
     cell.text[--place] = static_cast<char>('0' + rest % 10);
@@ -33,8 +33,8 @@ constexpr WholeCell make_whole_cell(unsigned whole, bool negative) {
 constexpr WholeCells make_whole_cells() {
   WholeCells cells{};
   for (unsigned n = 0; n < whole_count; ++n) {
-    cells.of[n][0] = make_whole_cell(n, false);
-    cells.of[n][1] = make_whole_cell(n, true);
+    cells.of[2 * n] = make_whole_cell(n, false);
+    cells.of[2 * n + 1] = make_whole_cell(n, true);
   }
   return cells;
 }

@@ -22,7 +22,8 @@ namespace gzdconv {
 
 namespace number_form {
 
-// "   12" or "  -12"; the last one of eight bytes is the number of characters that are not blank.
+// "   12" or "  -12" and, behind it, ".0"; the last one of eight bytes is the number of characters in
+// front of the point that are not blank.
 struct WholeCell {
   char text[7];
   char length;
@@ -30,7 +31,7 @@ struct WholeCell {
 constexpr std::size_t cell_width = 5;
 constexpr int whole_count = 10000;
 struct WholeCells {
-  WholeCell of[whole_count][2];  // a positive one and a negative one
+  WholeCell of[2 * whole_count];  // positive and negative ones in turns
 };
 extern const WholeCells whole_cells;
 
@@ -97,12 +98,15 @@ inline bool is_formed(float value, const NumberForm& form) {
 // halves to even.
 constexpr double rounding_shift = 6755399441055744.0;  // 1.5 * 2^52
 
-// Of a whole number below 10000, as eight bytes; its sign too.
-inline std::uint64_t whole_cell(std::uint64_t whole, bool negative) {
+// One of them as eight bytes; that of a whole number below 10000, its sign too.
+inline std::uint64_t whole_cell_at(std::uint64_t place) {
   static_assert(std::endian::native == std::endian::little);
   std::uint64_t cell;
-  std::memcpy(&cell, &number_form::whole_cells.of[whole][negative ? 1 : 0], sizeof cell);
+  std::memcpy(&cell, &number_form::whole_cells.of[place], sizeof cell);
   return cell;
+}
+inline std::uint64_t whole_cell(std::uint64_t whole, bool negative) {
+  return whole_cell_at(2 * whole + (negative ? 1 : 0));
 }
 
 // Writes a whole number below 10000 at `place`, at least `width` characters wide, and returns its

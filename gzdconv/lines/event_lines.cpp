@@ -55,8 +55,8 @@ void sum_resolution(const FEVENT& event, int position_type) {
   if (position_type != GZD_POSITION_GAZE || !(event.read & EVT_RESOLUTION) ||
       options.output_samples)
     return;
-  add_resolution(event.supd_x, event.supd_y);
-  add_resolution(event.eupd_x, event.eupd_y);
+  resolution_sums.add(event.supd_x, event.supd_y);
+  resolution_sums.add(event.eupd_x, event.eupd_y);
 }
 
 void print_message(const FEVENT& event) {

@@ -99,14 +99,15 @@ void print_samples_line(RunState& state, const RECORDINGS& record) {
 }
 
 void print_mean_resolution() {
-  if (ppd_count == 0.0) {
+  if (resolution_sums.are_empty()) {
     print_value(resolution_decimals, options.default_res_x);
     print_value(resolution_decimals, options.default_res_y);
     return;
   }
-  print_value(resolution_decimals, ppd_x / ppd_count);
-  print_value(resolution_decimals, ppd_y / ppd_count);
-  clear_resolution_sums();
+  const Resolution mean = resolution_sums.mean();
+  print_value(resolution_decimals, mean.x);
+  print_value(resolution_decimals, mean.y);
+  resolution_sums.clear();
 }
 
 }  // namespace

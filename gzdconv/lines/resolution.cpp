@@ -5,22 +5,19 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "cli/options.h"
 
 namespace gzdconv {
 
-double ppd_x = 0.0;
-double ppd_y = 0.0;
-double ppd_count = 0.0;
+ResolutionSums resolution_sums;
 
 namespace {
 
 constexpr double margin_factor = 0.95;
 constexpr double href_distance_squared = GZD_HREF_DISTANCE * GZD_HREF_DISTANCE;
 constexpr double degrees_per_radian = 57.2958;
-constexpr double lowest_resolution = 0.01;  // both ends excluded
-constexpr double highest_resolution = 1.0e4;
 constexpr float smallest_pupil = 15.0F;  // of an eye that is seen
 constexpr std::size_t display_keyword = sizeof "DISPLAY_COORDS" - 1;
 constexpr std::size_t area_keyword = sizeof "DISPLAY_AREA_COORDS" - 1;
@@ -87,6 +84,20 @@ class HrefMean {
   int x_count_ = 0, y_count_ = 0;
 };
 
+// False for the values that stand for none, and for what no record holds.
+bool is_recorded(float value) {
+  return std::fabs(value) < -NOT_RECORDED;
+}
+
+// True where all four coordinates count, as those of nearly every sample do.
+bool has_both_href(const FSAMPLE& sample) {
+  constexpr unsigned needed = SMP_LEFT | SMP_RIGHT | SMP_HREF;
+  return (sample.flags & needed) == needed && options.left_samples && options.right_samples &&
+         !has_lost_pupil(sample, GZD_LEFT_EYE) && !has_lost_pupil(sample, GZD_RIGHT_EYE) &&
+         is_recorded(sample.hx[0]) && is_recorded(sample.hx[1]) && is_recorded(sample.hy[0]) &&
+         is_recorded(sample.hy[1]);
+}
+
 void complete_href(FSAMPLE& sample) {
   HrefMean mean;
   if (options.left_samples && (sample.flags & SMP_LEFT)) mean.add_eye(sample, GZD_LEFT_EYE);
@@ -102,20 +113,13 @@ void take_default(FSAMPLE& sample) {
   sample.ry = options.default_res_y;
 }
 
-// True for gaze with its own resolution, which needs nothing.
-bool has_complete_resolution(const FSAMPLE& sample, int position_type) {
-  return position_type == GZD_POSITION_GAZE && (sample.flags & SMP_RESOLUTION) != 0 &&
-         options.gaze_map == 0;
-}
-
 void complete_gaze(FSAMPLE& sample) {
   if (!(sample.flags & SMP_RESOLUTION)) take_default(sample);
   sample.rx = getMappedPPDX(sample.rx);
   sample.ry = getMappedPPDY(sample.ry);
 }
 
-// Out of line: the way of the usual sample stays short.
-[[gnu::noinline]] void complete_resolution(FSAMPLE& sample, int position_type) {
+void complete_resolution(FSAMPLE& sample, int position_type) {
   switch (position_type) {
     case GZD_POSITION_HREF:
       complete_href(sample);
@@ -138,24 +142,23 @@ bool has_lost_pupil(const FSAMPLE& sample, int eye) {
          sample.pa[eye] < smallest_pupil;
 }
 
-void clear_resolution_sums() {
-  ppd_x = ppd_y = ppd_count = 0.0;
+void ResolutionSums::settle() {
+  const std::size_t count = std::exchange(waiting_, 0);
+  for (std::size_t i = 0; i < count; ++i) {
+    const Resolution resolution = head_referenced_resolution(places_[i].x, places_[i].y);
+    count_in(static_cast<float>(resolution.x), static_cast<float>(resolution.y));
+  }
 }
 
-bool is_usable_resolution(double resolution) {
-  return resolution > lowest_resolution && resolution < highest_resolution;
-}
-
-void add_resolution(double rx, double ry) {
-  if (!is_usable_resolution(rx) || !is_usable_resolution(ry)) return;
-  ppd_x += rx;
-  ppd_y += ry;
-  ppd_count += 1.0;
-}
-
-void updatePPD(FSAMPLE& sample, int position_type) {
-  if (!has_complete_resolution(sample, position_type)) complete_resolution(sample, position_type);
-  add_resolution(sample.rx, sample.ry);
+void complete_and_add_resolution(FSAMPLE& sample, int position_type) {
+  const bool is_href = position_type == GZD_POSITION_HREF;
+  if (is_href && options.output_resolution == 0 && has_both_href(sample)) {
+    resolution_sums.add_at((sample.hx[0] + sample.hx[1]) * 0.5F,
+                           (sample.hy[0] + sample.hy[1]) * 0.5F);
+    return;
+  }
+  complete_resolution(sample, position_type);
+  resolution_sums.add(sample.rx, sample.ry);
 }
 
 Resolution head_referenced_resolution(double hx, double hy) {

@@ -3,6 +3,11 @@
 #ifndef GZDCONV_RESOLUTION_H
 #define GZDCONV_RESOLUTION_H
 
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
 #include "cli/options.h"
 #include "gzd_data.h"
 
@@ -12,27 +17,76 @@ namespace gzdconv {
 // options.no_pupil_area_check.
 bool has_lost_pupil(const FSAMPLE& sample, int eye);
 
-// Sums of the accepted resolutions since the last END line of the file, and their number.
-extern double ppd_x, ppd_y, ppd_count;
+// True for a resolution that counts: above 0.01 and below 10000. Bit patterns of positive floats
+// are in the order of their values, and all others lie above.
+inline bool is_usable_resolution(float resolution) {
+  const auto bits = std::bit_cast<std::uint32_t>(resolution);
+  return bits > std::bit_cast<std::uint32_t>(0.01F) && bits < std::bit_cast<std::uint32_t>(1.0e4F);
+}
 
-// Forgets the sums.
-void clear_resolution_sums();
-
-// True for a resolution that counts: above 0.01 and below 10000.
-bool is_usable_resolution(double resolution);
-
-// Adds a pair to the sums when both values count.
-void add_resolution(double rx, double ry);
-
-// Completes the resolution of `sample` for samples of `position_type` (GZD_POSITION_), and adds it
-// to the sums.
-void updatePPD(FSAMPLE& sample, int position_type);
-
-// Resolution at a head-referenced position.
 struct Resolution {
   double x, y;
 };
+
+// Resolution at a head-referenced position.
 Resolution head_referenced_resolution(double hx, double hy);
+
+// Sums of the resolutions that count since the last END line of the file, and their number.
+class ResolutionSums {
+ public:
+  // Adds a pair when both values count.
+  void add(float rx, float ry) {
+    if (waiting_ > 0) [[unlikely]]
+      settle();
+    count_in(rx, ry);
+  }
+  // Adds the resolution at a head-referenced position. Many are worked out together, so that a
+  // square root needs not wait for the one before.
+  void add_at(float hx, float hy) {
+    if (waiting_ == places_.size()) settle();
+    places_[waiting_++] = {hx, hy};
+  }
+
+  [[nodiscard]] bool are_empty() {
+    settle();
+    return count_ == 0.0;
+  }
+  // Of sums that are not empty.
+  [[nodiscard]] Resolution mean() const { return {x_ / count_, y_ / count_}; }
+
+  void clear() { *this = ResolutionSums(); }
+
+ private:
+  struct Place {
+    float x, y;
+  };
+
+  void count_in(float rx, float ry) {
+    if (!is_usable_resolution(rx) || !is_usable_resolution(ry)) return;
+    x_ += rx;
+    y_ += ry;
+    count_ += 1.0;
+  }
+  void settle();
+
+  double x_ = 0.0, y_ = 0.0, count_ = 0.0;
+  std::size_t waiting_ = 0;
+  std::array<Place, 64> places_{};
+};
+
+extern ResolutionSums resolution_sums;
+
+// Adds the resolution of `sample`, for samples of `position_type` (GZD_POSITION_), to the sums. It
+// is completed first, where columns show it.
+void complete_and_add_resolution(FSAMPLE& sample, int position_type);
+inline void updatePPD(FSAMPLE& sample, int position_type) {
+  const bool is_complete = position_type == GZD_POSITION_GAZE &&
+                           (sample.flags & SMP_RESOLUTION) != 0 && options.gaze_map == 0;
+  if (is_complete) [[likely]]
+    resolution_sums.add(sample.rx, sample.ry);
+  else
+    complete_and_add_resolution(sample, position_type);
+}
 
 // Read the sizes after the keyword that begins `text`; other text makes them unknown. Null is
 // ignored.

@@ -11,6 +11,7 @@
 #include "asc/number_form.h"
 #include "asc/output.h"
 #include "asc/sample_number.h"
+#include "asc/whole_numbers.h"
 #include "cli/options.h"
 #include "lines/resolution.h"
 
@@ -157,11 +158,29 @@ char* write_ready_positions(char* place, SampleLine line) {
   return place;
 }
 
+// Of positions that are not in pixels.
+template <EyePair x, EyePair y>
+char* write_whole_positions(char* place, SampleLine line) {
+  const auto& sizes = line.sample.pa;
+  const WholeNumbers positions(line.sample.*x, line.sample.*y);
+  if (!is_ready_size(sizes[left]) || !is_ready_size(sizes[right]) || !positions.are_ready())
+    return write_signed_positions<x, y, false>(place, line);
+  const ReadyPair size_cells(sizes);
+  for (const int eye : {left, right}) {
+    place = positions.write(place, eye);
+    place = positions.write(place, 2 + eye);
+    place = size_cells.write<false>(place, eye);
+  }
+  return place;
+}
+
 }  // namespace
 
 template <EyePair x, EyePair y>
 char* write_both_positions(char* place, SampleLine line) {
-  return write_ready_positions<x, y, false>(place, line);
+  constexpr bool in_pixels = x == &FSAMPLE::gx;
+  return in_pixels ? write_ready_positions<x, y, false>(place, line)
+                   : write_whole_positions<x, y>(place, line);
 }
 
 template <EyePair x, EyePair y>

@@ -3,6 +3,7 @@
 
 #include "asc/number.h"
 #include "asc/number_form.h"
+#include "asc/whole_numbers.h"
 
 #include <cmath>
 #include <limits>
@@ -90,6 +91,25 @@ TEST_F(SampleNumberTest, FormsEqualPrintValue) {
     const std::string both = asc();
     ASSERT_EQ(both.substr(0, both.size() / 2), both.substr(both.size() / 2)) << row[0];
   }
+  options.tabs_only = options.extra_decimals = 0;
+  int ready = 0;
+  for (int i = 0; i < 100000; ++i) {
+    float four[4];
+    for (float& value : four) {
+      value = std::nearbyint(distribution(random));
+      if (random() % 50 == 0) value = std::ldexp(value, static_cast<int>(random() % 40) - 20);
+      if (random() % 50 == 0) value = std::copysign(0.0F, value);
+    }
+    const WholeNumbers numbers({four[0], four[1]}, {four[2], four[3]});
+    if (!numbers.are_ready()) continue;
+    ++ready;
+    for (const float value : four) print_value(1, value);
+    const std::string expected = asc();
+    for (const int which : {0, 1, 2, 3})
+      lpbuffer.set_cursor(numbers.write(lpbuffer.cursor(), which));
+    ASSERT_EQ(asc(), expected) << four[0];
+  }
+  EXPECT_GT(ready, 50000);
   for (const INT64 count : {-70000, -1, 0, 7, 9999, 10000, 123456}) {
     lpbuffer.set_cursor(write_count(lpbuffer.cursor(), count));
     EXPECT_EQ(asc(), "\t" + std::to_string(count));
