@@ -136,11 +136,14 @@ std::uint64_t write_last_decimals(char* place, std::uint64_t rest, int decimals)
   return rest;
 }
 
-char* write_long_missing(char* place) {
-  *place++ = '\t';
+char* write_long_missing(char* place, int count) {
   const std::size_t length = std::strlen(missing_string);
-  std::memcpy(place, missing_string, length);
-  return place + length;
+  for (; count > 0; --count) {
+    *place++ = '\t';
+    std::memcpy(place, missing_string, length);
+    place += length;
+  }
+  return place;
 }
 
 char* write_unformed(char* place, double value, const NumberForm& form) {

@@ -22,8 +22,8 @@ namespace gzdconv {
 
 namespace number_form {
 
-// "   12" or "  -12" and, behind it, ".0"; the last one of eight bytes is the number of characters in
-// front of the point that are not blank.
+// "   12" or "  -12" and, behind it, ".0"; the last one of eight bytes is the number of characters
+// in front of the point that are not blank.
 struct WholeCell {
   char text[7];
   char length;
@@ -172,18 +172,22 @@ inline char* write_tenths_of(char* place, std::int32_t tenths, const NumberForm&
   return write_parts(place, tenths < 0, size / 10, size % 10 * (form.power / 10), form);
 }
 
-// Writes a missing number with its tab, and returns its end.
-char* write_long_missing(char* place);
-inline char* write_missing(char* place) {
+// Writes so many missing numbers, each with its tab, and returns their end.
+char* write_long_missing(char* place, int count);
+inline char* write_missing(char* place, int count = 1) {
   constexpr std::uint64_t ones = 0x0101010101010101, tops = ones << 7;
   std::uint64_t text;
   std::memcpy(&text, missing_string, sizeof text);
   // The lowest set bit is the top one of the first byte that is 0.
   const std::uint64_t zeros = (text - ones) & ~text & tops;
-  if (zeros == 0) return write_long_missing(place);
-  *place++ = '\t';
-  std::memcpy(place, &text, sizeof text);
-  return place + (std::countr_zero(zeros) >> 3);
+  if (zeros == 0) return write_long_missing(place, count);
+  const int length = std::countr_zero(zeros) >> 3;
+  for (; count > 0; --count) {
+    *place++ = '\t';
+    std::memcpy(place, &text, sizeof text);
+    place += length;
+  }
+  return place;
 }
 
 // What print_value gives for any number.

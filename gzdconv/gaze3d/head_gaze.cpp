@@ -214,7 +214,7 @@ char* write_position(char* place, double value) {
 // Rounding leaves a 0 with either sign; it prints without one.
 template <char* (*write)(char*, double)>
 char* write_vector(char* place, const std::optional<Vector3>& vector) {
-  if (!vector) return write_missing(write_missing(write_missing(place)));
+  if (!vector) return write_missing(place, 3);
   for (const double value : {vector->x, vector->y, vector->z}) {
     if (std::isfinite(value))
       place = write(place, std::abs(value) < rounding_noise ? 0.0 : value);

@@ -50,11 +50,6 @@ bool has_position(const float (&pair)[2]) {
   return pair[0] != MISSING_DATA && pair[1] != MISSING_DATA;
 }
 
-char* write_missing_columns(char* place, int count) {
-  for (int i = 0; i < count; ++i) place = write_missing(place);
-  return place;
-}
-
 // The forms of a line's numbers.
 struct RawForms {
   const NumberForm& position = form_of(position_decimals);
@@ -75,7 +70,7 @@ char* write_position_and_area(char* place, const float (&pair)[2], UINT32 area,
 // both.
 char* write_pupil_cr(char* place, const GZD_RAW_EYE& raw, const RawForms& forms) {
   const bool complete = has_position(raw.pupil) && has_position(raw.cr);
-  return complete ? write_position(place, raw.pupil_cr, forms) : write_missing_columns(place, 2);
+  return complete ? write_position(place, raw.pupil_cr, forms) : write_missing(place, 2);
 }
 
 char* write_eye(char* place, const GZD_RAW_EYE& raw, const RawForms& forms) {
@@ -89,8 +84,7 @@ char* write_eye_or_missing(char* place, GZDFILE* handle, FSAMPLE& sample, int ey
   constexpr int first_columns = 8;
   constexpr int second_cr_columns = 3;
   if ((sample.flags & flag) == 0)
-    return write_missing_columns(place,
-                                 first_columns + (columns.second_cr ? second_cr_columns : 0));
+    return write_missing(place, first_columns + (columns.second_cr ? second_cr_columns : 0));
   GZD_RAW_EYE raw;
   gzd_get_raw_eye(handle, &sample, eye, &raw);
   return write_eye(place, raw, RawForms());

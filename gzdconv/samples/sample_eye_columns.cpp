@@ -24,16 +24,22 @@ constexpr int right = GZD_RIGHT_EYE;
 constexpr int position_decimals = 1;
 constexpr int resolution_decimals = 2;
 
-char* write_missing_pair(char* place) {
-  return write_missing(write_missing(place));
-}
-
 void set_up_screen_once() {
   static bool done = false;
   if (done) return;
   done = true;
   const auto& s = options.screen_setup;
   gzd_compute_physical_setup(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9]);
+}
+
+char* write_screen_resolution(char* place, SampleLine line, int eye) {
+  const auto& s = options.screen_setup;
+  double rx = MISSING_DATA;
+  double ry = MISSING_DATA;
+  gzd_calculate_ppd(s[8] - s[6], s[9] - s[7], &line.sample, eye, &rx, &ry);
+  if (rx == double{MISSING_DATA} && ry == double{MISSING_DATA}) return write_missing(place, 2);
+  const NumberForm& form = form_of(resolution_decimals);
+  return write_tenths_column(write_tenths_column(place, rx, form), ry, form);
 }
 
 struct VelocityFields {
@@ -194,23 +200,19 @@ char* write_formed_positions(char* place, SampleLine line) {
   return write_all_recorded(place, values, form_of(position_decimals));
 }
 
-template <int eye>
-char* write_screen_resolution(char* place, SampleLine line) {
+char* write_screen_resolutions(char* place, SampleLine line) {
+  constexpr unsigned needed = SMP_GAZE | SMP_HREF;
+  if ((line.sample.flags & needed) != needed) return write_missing(place, 4);
   set_up_screen_once();
-  const auto& s = options.screen_setup;
-  double rx = MISSING_DATA;
-  double ry = MISSING_DATA;
-  gzd_calculate_ppd(s[8] - s[6], s[9] - s[7], &line.sample, eye, &rx, &ry);
-  if (rx == double{MISSING_DATA} && ry == double{MISSING_DATA}) return write_missing_pair(place);
-  const NumberForm& form = form_of(resolution_decimals);
-  return write_tenths_column(write_tenths_column(place, rx, form), ry, form);
+  for (const int eye : {left, right}) place = write_screen_resolution(place, line, eye);
+  return place;
 }
 
 template <int eye>
 char* write_velocity(char* place, SampleLine line) {
   const int position_type = line.state.block.sample_position;
   const EyeData data = eye_data_of(line.sample, eye, position_type);
-  if (!has_value(data.x) || !has_value(data.y)) return write_missing_pair(place);
+  if (!has_value(data.x) || !has_value(data.y)) return write_missing(place, 2);
   const VelocityFields& fields = velocity_fields(position_type);
   const bool usual = has_usual_form();
   place = write_signed_tenths(place, (line.sample.*fields.xvel)[eye], usual);
@@ -243,7 +245,7 @@ char* write_average(char* place, SampleLine line) {
   const FSAMPLE& sample = line.sample;
   const EyeData other = eye_data_of(sample, right, GZD_POSITION_GAZE);
   if (!left_counts_for_average(sample) || !has_value(other.x) || !has_value(other.y))
-    return write_missing_pair(place);
+    return write_missing(place, 2);
   const bool usual = has_usual_form();
   place = write_tenths(place, (getMappedX(sample.gx[left]) + other.x) * 0.5f, usual);
   return write_tenths(place, (getMappedY(sample.gy[left]) + other.y) * 0.5f, usual);
@@ -265,8 +267,6 @@ char* write_uncorrected(char* place, SampleLine line) {
 
 template void append_position<left>(const SampleLine&);
 template void append_position<right>(const SampleLine&);
-template char* write_screen_resolution<left>(char*, SampleLine);
-template char* write_screen_resolution<right>(char*, SampleLine);
 template char* write_velocity<left>(char*, SampleLine);
 template char* write_velocity<right>(char*, SampleLine);
 template char* write_uncorrected<left>(char*, SampleLine);

@@ -22,9 +22,9 @@ char* write_both_positions(char* place, SampleLine line);
 template <EyePair x, EyePair y>
 char* write_formed_positions(char* place, SampleLine line);
 
-// Pixels per degree by the physical set-up of the screen, x and y.
-template <int eye>
-char* write_screen_resolution(char* place, SampleLine line);
+// Pixels per degree by the physical set-up of the screen, x and y, of the left eye and then of the
+// right one.
+char* write_screen_resolutions(char* place, SampleLine line);
 
 // x and y velocity, of the kind that the options choose.
 template <int eye>
@@ -46,8 +46,6 @@ char* write_uncorrected(char* place, SampleLine line);
 
 extern template void append_position<GZD_LEFT_EYE>(const SampleLine&);
 extern template void append_position<GZD_RIGHT_EYE>(const SampleLine&);
-extern template char* write_screen_resolution<GZD_LEFT_EYE>(char*, SampleLine);
-extern template char* write_screen_resolution<GZD_RIGHT_EYE>(char*, SampleLine);
 extern template char* write_velocity<GZD_LEFT_EYE>(char*, SampleLine);
 extern template char* write_velocity<GZD_RIGHT_EYE>(char*, SampleLine);
 extern template char* write_uncorrected<GZD_LEFT_EYE>(char*, SampleLine);

@@ -128,9 +128,6 @@ bool right_extended(const Shape& s) {
 bool extended(const Shape& s) {
   return s.extended && !both_extended(s);
 }
-bool screen_resolution(const Shape& s) {
-  return s.screen_resolution;
-}
 
 bool has_pair(const Shape& s) {
   return s.left_printed && s.right_printed;
@@ -173,8 +170,8 @@ constexpr ColumnGroup column_groups[] = {
      appended<append_position<left>>, "left-x\tleft-y\tleft-p\t"},
     {[](const Shape& s) { return s.right_printed && !s.left_printed; },
      appended<append_position<right>>, "right-x\tright-y\tright-p\t"},
-    {screen_resolution, write_screen_resolution<left>, "left-rx\tleft-ry\t"},
-    {screen_resolution, write_screen_resolution<right>, "right-rx\tright-ry\t"},
+    {[](const Shape& s) { return s.screen_resolution; }, write_screen_resolutions,
+     "left-rx\tleft-ry\tright-rx\tright-ry\t"},
     {has_plain_velocities, write_both_velocities, "left-xvel\tleft-yvel\tright-xvel\tright-yvel\t"},
     {[](const Shape& s) { return s.velocity && s.left_printed && !has_plain_velocities(s); },
      write_velocity<left>, "left-xvel\tleft-yvel\t"},
