@@ -193,6 +193,13 @@ UINT32 GZDFile::skipSamples(UINT32* filled) {
   return skipped;
 }
 
+UINT32 GZDFile::fetchGaze(UINT32 most, const GZD_GAZE_COLUMNS& to) noexcept {
+  if (reader_.hasFailed() || merge_.hasLog() || !timeShift_.isOff()) return 0;
+  const UINT32 fetched = reader_.gazeInRun(walk_.currentData, most, to);
+  walk_.currentData += fetched;
+  return fetched;
+}
+
 void GZDFile::rewind() {
   walk_ = Walk();
   merge_.startAnew();

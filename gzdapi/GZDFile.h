@@ -40,6 +40,9 @@ class GZDFile : public _GZDFILE {
   // Steps over the samples that come next. Returns how many, and how many of them were filled in
   // when `filled` is not null.
   UINT32 skipSamples(UINT32* filled);
+  // Steps over the samples that come next, as far as they are in the reader's run, and fetches
+  // their gaze. Returns how many, at most `most`.
+  UINT32 fetchGaze(UINT32 most, const GZD_GAZE_COLUMNS& to) noexcept;
   // The record of the element just announced, its times not shifted; null when there is none.
   ALLF_DATA* getFloatData() {
     return walk_.currentData == 0 ? nullptr : reader_.getFloatData(walk_.currentData - 1);

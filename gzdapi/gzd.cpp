@@ -140,6 +140,10 @@ ALLF_DATA* gzd_get_float_data(GZDFILE* ef) {
   return sample != nullptr ? sample : any_record(ef);
 }
 
+unsigned int gzd_get_gaze(GZDFILE* ef, unsigned int most, const GZD_GAZE_COLUMNS* columns) {
+  return of(ef).fetchGaze(most, *columns);
+}
+
 ALLF_DATA* gzd_get_sample_close_to_time(GZDFILE* ef, unsigned int time) {
   return guarded<ALLF_DATA*>(ef, nullptr,
                              [=](GZDFile& file) { return file.getSampleCloseToTime(time * 2); });

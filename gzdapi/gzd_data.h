@@ -395,6 +395,15 @@ typedef struct {
   unsigned int id; /* index of the element */
 } BOOKMARK;
 
+/* Where gzd_get_gaze puts what it fetches: room for as many values as it is asked for; [0] of the
+   left eye, [1] of the right. None may be null. */
+typedef struct {
+  double* time; /* ms, with half-milliseconds */
+  float* gx[2]; /* these as FSAMPLE has them */
+  float* gy[2];
+  float* pa[2];
+} GZD_GAZE_COLUMNS;
+
 /* The camera's measurements of one eye: positions and boxes in camera pixels, x and y or width and
    height. A position that cannot be given is a pair of MISSING_DATA, a box a pair of
    MISSING_DATA_INT; areas are 0 then. */

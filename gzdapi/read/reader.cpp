@@ -10,6 +10,7 @@
 
 #include "base/config.h"
 #include "base/log.h"
+#include "read/gaze_columns.h"
 #include "record/event_decoder.h"
 #include "record/record_stream.h"
 #include "record/sample_decoder.h"
@@ -188,6 +189,17 @@ ALLF_DATA* Reader::unusualSampleInRun(UINT32 itemIndex, const byte* body, UINT16
   if (layout_.hasBlocks) blocks_.decode(chain, state_.parameters, fData_.fs);
   if (hasVelocities) queue_.copyVelocities(fData_.fs);
   return &fData_;
+}
+
+UINT32 Reader::gazeInRun(UINT32 itemIndex, UINT32 most, const GZD_GAZE_COLUMNS& to) noexcept {
+  if (!run_.holds(itemIndex)) return 0;
+  const UINT32 end = itemIndex + std::min(most, run_.firstItem + run_.items - itemIndex);
+  if (layout_.hasUsualValues && !layout_.hasBlocks && run_.sampleRate == 0)
+    return fetch_usual_gaze(index_.gzdItemList, itemIndex, end, run_.places, layout_, to);
+  UINT32 place = itemIndex;
+  for (; place < end && sampleInRun(place) != nullptr; ++place)
+    copy_gaze(fData_.fs, place - itemIndex, to);
+  return place - itemIndex;
 }
 
 // Returns false, and leaves it to the queue, for a sample that the reader made itself, and for one

@@ -55,6 +55,9 @@ class Reader : public SampleSource {
     decode_usual_part(body, layout_, fData_.fs);
     return &fData_;
   }
+  // The gaze of samples from the entry on, as far as they are in the run. Returns how many, at most
+  // `most`.
+  UINT32 gazeInRun(UINT32 itemIndex, UINT32 most, const GZD_GAZE_COLUMNS& to) noexcept;
   // The message text of an entry, up to its first NUL; empty when it has none.
   std::string_view messageText(UINT32 itemIndex, bool reports = true);
 

@@ -52,6 +52,8 @@ class LogMerge {
     return walk_.currentData - first;
   }
 
+  // Whether messages of a log are merged.
+  [[nodiscard]] bool hasLog() const { return log_.isLoaded(); }
   // True when the element just announced is a message of the log.
   [[nodiscard]] bool isFromLog() const { return isFromLogFile_; }
   // Its record; only while isFromLog(). It stays until the next step.
