@@ -33,6 +33,7 @@ class Rows {
     return index < 0 ? nullptr : &batch_.columns[static_cast<std::size_t>(index)];
   }
   [[nodiscard]] std::size_t begin_row() { return batch_.rows++; }
+  void begin_rows(std::size_t count) { batch_.rows += count; }
   [[nodiscard]] std::size_t count() const { return batch_.rows; }
   [[nodiscard]] const Schema& schema() const { return schema_; }
   [[nodiscard]] Batch& batch() { return batch_; }
@@ -72,7 +73,12 @@ class RowBuilder {
     return takes_all_ || (time >= request_.from && time <= request_.to &&
                           (!request_.trial || *request_.trial == trial));
   }
+  [[nodiscard]] bool takes_all() const { return takes_all_; }
   [[nodiscard]] bool is_full(const Rows& rows) const { return rows.count() >= request_.batch_rows; }
+  // Rows that the batch still takes, while it is not full.
+  [[nodiscard]] std::size_t room_in(const Rows& rows) const {
+    return request_.batch_rows - rows.count();
+  }
   void append_message(Column* column, const char* text);
 
  private:

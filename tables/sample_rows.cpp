@@ -95,61 +95,104 @@ void set_word(const Slot<std::uint16_t>& slot, std::size_t row, bool is_there, U
   is_there ? slot.set(row, word) : slot.set_null(row);
 }
 
-// Gaze and pupil of the eyes of most samples: those of which everything is there, copied as it is.
-class PlainColumns {
+// Gaze, pupils and times of many samples at a time, as the library fetches them.
+class GazeColumns {
  public:
-  // Without a column of an eye that the table is read without.
+  // An eye that the table is read without gets room of its own.
   void bind(const Rows& rows) {
     for (const std::size_t eye : {0, 1}) {
       const std::string name = eye_name[eye];
+      if (rows.find(name + "x") == nullptr) unwanted_.resize(2 * most);
       const auto values = [&](const char* column) {
         Column* const found = rows.find(name + column);
         return found == nullptr ? nullptr : found->filling<float>();
       };
-      columns_[eye] = {values("x"), values("y"), values("pupil")};
+      columns_.gx[eye] = values("x");
+      columns_.gy[eye] = values("y");
+      columns_.pa[eye] = values("pupil");
     }
+    columns_.time = rows.find("time")->filling<double>();
   }
-  // Returns whether the sample is such; else what was written of its row says nothing. `eyes`:
-  // those of the block.
-  [[nodiscard]] bool put(std::size_t row, const FSAMPLE& s, unsigned eyes) const {
-    const unsigned flags = s.flags;
-    const unsigned present = eyes_in(flags) & eyes;
-    if ((flags & SMP_PUPIL_SIZE) == 0 || present == 0) return false;
-    for (const std::size_t eye : {0, 1}) {
-      const bool is_present = ((present >> eye) & 1U) != 0;
-      if (is_present && !is_whole(s, eye)) return false;
-      if (columns_[eye].x == nullptr) continue;
-      if (is_present)
-        copy(row, columns_[eye], s, eye);
-      else
-        put_null(row, columns_[eye]);
-    }
-    return true;
+  [[nodiscard]] double time(std::size_t row) const { return columns_.time[row]; }
+
+  // Fetches samples that follow one of these flags, in a block that records `eyes`, into the rows
+  // from `row` on. Returns how many, at most `room`.
+  [[nodiscard]] std::size_t fetch(GZDFILE* file, std::size_t row, std::size_t room, unsigned flags,
+                                  unsigned eyes) {
+    const GZD_GAZE_COLUMNS to{columns_.time + row,
+                              {at(columns_.gx[0], row), at(columns_.gx[1], row)},
+                              {at(columns_.gy[0], row), at(columns_.gy[1], row)},
+                              {at(columns_.pa[0], row, most), at(columns_.pa[1], row, most)}};
+    const std::size_t count = gzd_get_gaze(file, static_cast<unsigned>(std::min(room, most)), &to);
+    put_nulls(to, count, flags, eyes_in(flags) & eyes);
+    return count;
   }
 
  private:
-  struct Columns {
-    float *x, *y, *pupil;
-  };
+  static constexpr std::size_t most = 512;  // so that they stay in the nearest cache
 
-  static bool is_whole(const FSAMPLE& s, std::size_t eye) {
-    const auto is_inside = [](float value, float low) {
-      return value > low && value < MISSING_DATA;
-    };
-    return is_inside(s.pa[eye], 0) && is_inside(s.gx[eye], NOT_RECORDED) &&
-           is_inside(s.gy[eye], NOT_RECORDED);
+  // From the row on; of an unwanted eye the positions may lie in one place, sizes elsewhere.
+  [[nodiscard]] float* at(float* column, std::size_t row, std::size_t elsewhere = 0) {
+    return column == nullptr ? unwanted_.data() + elsewhere : column + row;
   }
-  static void copy(std::size_t row, const Columns& to, const FSAMPLE& s, std::size_t eye) {
-    to.x[row] = s.gx[eye];
-    to.y[row] = s.gy[eye];
-    to.pupil[row] = s.pa[eye];
-  }
-  static void put_null(std::size_t row, const Columns& to) {
-    to.x[row] = to.y[row] = to.pupil[row] = nan_value;
-  }
+  static void put_nulls(const GZD_GAZE_COLUMNS& to, std::size_t count, unsigned flags,
+                        unsigned present);
+  static bool is_whole(const GZD_GAZE_COLUMNS& columns, std::size_t eye, std::size_t count);
+  static void keep_values(float* x, float* y, float* pupil, const std::int32_t* packed,
+                          std::size_t count);
 
-  std::array<Columns, 2> columns_{};
+  GZD_GAZE_COLUMNS columns_{};
+  std::vector<float> unwanted_;
 };
+
+// What Presence tells of one sample, of many.
+void GazeColumns::put_nulls(const GZD_GAZE_COLUMNS& to, std::size_t count, unsigned flags,
+                            unsigned present) {
+  const bool has_sizes = (flags & SMP_PUPIL_SIZE) != 0;
+  if (has_sizes && present == GZD_BLOCK_BOTH && is_whole(to, 0, count) && is_whole(to, 1, count))
+    return;
+  std::array<std::int32_t, most> packed{};
+  for (const std::size_t eye : {0, 1}) {
+    if (!has_sizes) std::fill_n(to.pa[eye], count, 1.0F);
+    for (std::size_t i = 0; ((present >> eye) & 1U) != 0 && i < count; ++i)
+      packed[i] |= to.pa[eye][i] < 0.0F ? 1 : 0;
+  }
+  for (const std::size_t eye : {0, 1}) {
+    if (((present >> eye) & 1U) == 0)
+      for (float* const column : {to.gx[eye], to.gy[eye], to.pa[eye]})
+        std::fill_n(column, count, nan_value);
+    else
+      keep_values(to.gx[eye], to.gy[eye], to.pa[eye], packed.data(), count);
+    if (!has_sizes) std::fill_n(to.pa[eye], count, nan_value);
+  }
+}
+
+// Whether an eye has all its values, as nearly always: then they stay as they are.
+bool GazeColumns::is_whole(const GZD_GAZE_COLUMNS& columns, std::size_t eye, std::size_t count) {
+  const float *const x = columns.gx[eye], *const y = columns.gy[eye], *const pa = columns.pa[eye];
+  const auto is_inside = [](float value, float low) {
+    return (value > low) & (value < MISSING_DATA);
+  };
+  std::int32_t others = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool is_whole =
+        is_inside(x[i], NOT_RECORDED) & is_inside(y[i], NOT_RECORDED) & is_inside(pa[i], 0.0F);
+    others |= is_whole ? 0 : 1;
+  }
+  return others == 0;
+}
+
+// Those of one eye that counts.
+void GazeColumns::keep_values(float* x, float* y, float* pupil, const std::int32_t* packed,
+                              std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const float size = pupil[i];
+    const bool is_there = packed[i] == 0;
+    x[i] = kept(is_there & (size != 0.0F), x[i]);
+    y[i] = kept(is_there & (size != 0.0F), y[i]);
+    pupil[i] = kept(is_there & (size > 0.0F), size);
+  }
+}
 
 class SampleRows final : public RowBuilder {
  public:
@@ -165,8 +208,11 @@ class SampleRows final : public RowBuilder {
 
  private:
   void take_sample(const ElementWalk& walk, Rows& rows);
-  void take_with_nulls(std::size_t row, const ElementWalk& walk);
-  void put_events(std::size_t row, std::uint32_t time);
+  void take_gaze(const ElementWalk& walk, Rows& rows);
+  void put_events(std::size_t row, double time) {
+    if (time < events_from_ || time >= events_end_) change_events(row, time);
+  }
+  void change_events(std::size_t row, double time);
   void set_eye(std::size_t row, const FSAMPLE& s, const Presence& there, std::size_t eye) const;
   void set_other_of_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
                         std::size_t eye) const;
@@ -185,8 +231,8 @@ class SampleRows final : public RowBuilder {
   RunColumn<std::int32_t, 0> block_, trial_;
   RunColumn<std::uint8_t, 1> recorded_;
   std::array<RunColumn<std::uint8_t, 1>, 2> events_;
-  std::uint32_t events_from_ = 1, events_to_ = 0;  // times of the labels put last
-  PlainColumns plain_;
+  double events_from_ = 0, events_end_ = 0;  // from where to before where the labels put last hold
+  GazeColumns gaze_;
   std::array<EyeColumns, 2> eyes_;
   OtherColumns others_;
   FSAMPLE blank_{};
@@ -202,7 +248,7 @@ void SampleRows::bind(Rows& rows) {
     eyes_[eye] = EyeColumns(rows, name);
     events_[eye].bind(rows.slot<std::uint8_t>(name + "event"));
   }
-  plain_.bind(rows);
+  gaze_.bind(rows);
   others_ = OtherColumns(rows);
   has_others_ = rows.schema().fields.back().name != "recorded";
   choose_velocities();
@@ -235,27 +281,33 @@ void SampleRows::take(ElementWalk& walk, Rows& rows) {
   if (walk.element().code != GZD_SAMPLE) return;
   block_.put(rows.count(), walk.element().block);
   trial_.put(rows.count(), walk.element().trial);
-  do take_sample(walk, rows);
-  while (!is_full(rows) && walk.next_sample());
+  do {
+    take_sample(walk, rows);
+    if (!has_others_ && takes_all()) take_gaze(walk, rows);
+  } while (!is_full(rows) && walk.next_sample());
+}
+
+// The samples like the one just taken that follow it, as far as their gaze can be had at once.
+void SampleRows::take_gaze(const ElementWalk& walk, Rows& rows) {
+  const unsigned flags = walk.element().record->fs.flags;
+  while (!is_full(rows)) {
+    const std::size_t row = rows.count();
+    const std::size_t count =
+        gaze_.fetch(recording_.handle(), row, room_in(rows), flags, walk.eyes());
+    if (count == 0) return;
+    recorded_.put(row, 2);
+    rows.begin_rows(count);
+    for (std::size_t i = row; i < row + count; ++i) put_events(i, gaze_.time(i));
+  }
 }
 
 void SampleRows::take_sample(const ElementWalk& walk, Rows& rows) {
-  const Element& element = walk.element();
-  const FSAMPLE& sample = element.record->fs;
-  const double time = time_of(sample);
-  if (!accepts(time, element.trial)) return;
+  const FSAMPLE& announced = walk.element().record->fs;
+  const double time = time_of(announced);
+  if (!accepts(time, walk.element().trial)) return;
   const std::size_t row = rows.begin_row();
   time_.set(row, time);
-  if (sample.time < events_from_ || sample.time > events_to_) put_events(row, sample.time);
-  if (has_others_ || !plain_.put(row, sample, walk.eyes()))
-    take_with_nulls(row, walk);
-  else
-    recorded_.put(row, 2);
-}
-
-// Any sample; one with all its values is not asked where it comes from.
-void SampleRows::take_with_nulls(std::size_t row, const ElementWalk& walk) {
-  const FSAMPLE& announced = walk.element().record->fs;
+  put_events(row, time);
   const bool recorded = !walk.is_filled(announced);
   const FSAMPLE& sample = recorded ? announced : without_fields(announced);
   recorded_.put(row, recorded ? 2 : 1);
@@ -264,15 +316,16 @@ void SampleRows::take_with_nulls(std::size_t row, const ElementWalk& walk) {
   if (has_others_) set_others(row, sample, there.packed());
 }
 
-void SampleRows::put_events(std::size_t row, std::uint32_t time) {
-  events_from_ = 0;
-  events_to_ = Timeline::latest;
+void SampleRows::change_events(std::size_t row, double time) {
+  std::uint32_t from = 0, to = Timeline::latest;
   for (const std::size_t eye : {0, 1}) {
     Timeline& events = outline_.events[eye];
-    events_[eye].put(row, events.at(time));
-    events_from_ = std::max(events_from_, events.from());
-    events_to_ = std::min(events_to_, events.to());
+    events_[eye].put(row, events.at(static_cast<std::uint32_t>(time)));
+    from = std::max(from, events.from());
+    to = std::min(to, events.to());
   }
+  events_from_ = from;
+  events_end_ = to + 1.0;
 }
 
 void SampleRows::set_eye(std::size_t row, const FSAMPLE& s, const Presence& there,

@@ -172,10 +172,30 @@ TEST_P(WholeTables, AreTheSameInBatchesOfAnySizeAndByParts) {
   }
 }
 
+// Samples are fetched many at a time only without groups and for all rows, which changes none.
+TEST_P(WholeTables, HaveTheSameSamplesOneByOneAndManyAtATime) {
+  Recording recording(path_);
+  for (const std::optional<Eye> eye : {std::optional<Eye>(), {Eye::left}, {Eye::right}}) {
+    Rows one_by_one = rows_of(recording, {.groups = {"status"}, .eye = eye});
+    for (auto& row : one_by_one) row.pop_back();
+    EXPECT_EQ(rows_of(recording, {.eye = eye}), one_by_one);
+    EXPECT_EQ(rows_of(recording, {.eye = eye, .from = 0}), one_by_one);
+    TableReader reader(recording,
+                       {.eye = eye, .batch_rows = one_by_one.size() + 1, .has_all_rows = true});
+    Batch batch;
+    EXPECT_EQ(reader.next(batch), !one_by_one.empty());
+    for (std::size_t row = 0; row < batch.rows; ++row)
+      for (std::size_t i = 0; i < batch.columns.size(); ++i)
+        ASSERT_EQ(cell(batch.columns[i], row), one_by_one[row][i]) << row << ' ' << i;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Golden, WholeTables,
                          testing::Values("event_kinds", "messages", "block_shapes",
                                          "position_types", "target_flags", "pose_flags",
-                                         "half_milliseconds"));
+                                         "half_milliseconds", "lost_pupils", "camera_data",
+                                         "odd_values", "gaps", "prescales", "sample_fields",
+                                         "sample_blocks", "strays", "times_fall"));
 
 TEST(TableReader, EndsWithTheNextReaderAndRefusesWhatNoTableHas) {
   const std::string path = testing::TempDir() + "reader_" + std::to_string(::getpid()) + ".gzd";
