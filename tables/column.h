@@ -28,6 +28,8 @@ namespace gzdtables {
 class Column {
  public:
   Column(Type type, std::size_t capacity);
+  Column(Column&&) noexcept = default;
+  Column& operator=(Column&&) noexcept = default;
 
   [[nodiscard]] Type type() const { return type_; }
   [[nodiscard]] bool is_null(std::size_t row) const {
@@ -42,7 +44,7 @@ class Column {
     return reinterpret_cast<const T*>(values_.get());
   }
   // A byte a row: 1 for a value, 0 for a null. Null pointer for floats, whose nulls are NaN.
-  [[nodiscard]] const std::uint8_t* valid() const { return valid_.get(); }
+  [[nodiscard]] const std::uint8_t* valid() const { return valid_; }
 
   [[nodiscard]] std::string_view text(std::size_t row) const;
   [[nodiscard]] std::span<const std::int32_t> offsets() const { return offsets_; }
@@ -54,7 +56,7 @@ class Column {
   [[nodiscard]] T* filling() {
     return reinterpret_cast<T*>(values_.get());
   }
-  [[nodiscard]] std::uint8_t* filling_valid() { return valid_.get(); }
+  [[nodiscard]] std::uint8_t* filling_valid() { return valid_; }
   // Rows of text are appended in order.
   void append_text(std::string_view text);
   void append_null_text();
@@ -62,12 +64,20 @@ class Column {
   void clear();
 
  private:
+  friend std::vector<Column> columns_in_one_piece(const Schema& schema, std::size_t rows);
+  // `memory`: as many bytes as bytes_for() tells.
+  Column(Type type, std::size_t capacity, std::shared_ptr<std::byte[]> memory);
+
   Type type_;
-  std::unique_ptr<std::byte[]> values_;
-  std::unique_ptr<std::uint8_t[]> valid_;
+  std::shared_ptr<std::byte[]> values_;  // and behind them, in the same memory,
+  std::uint8_t* valid_ = nullptr;        // a byte a row, but for floats
   std::vector<std::int32_t> offsets_;
   std::string characters_;
 };
+
+// A column for each field of the schema, in memory that they share and that is touched already: for
+// rows that are sure to come. It lives as long as any of the columns.
+[[nodiscard]] std::vector<Column> columns_in_one_piece(const Schema& schema, std::size_t rows);
 
 // Some rows of a table: a column for each field of its schema, all of `rows` values. Movable; a
 // batch that is kept stays valid whatever happens to the recording.

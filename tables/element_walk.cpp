@@ -56,7 +56,7 @@ bool ElementWalk::next() {
 // The code of the next element. Samples that nobody wants are stepped over.
 int ElementWalk::step() {
   if (following_ != nothing) return std::exchange(following_, nothing);
-  if ((wanted_ & want_samples) == 0) gzd_skip_samples(handle_, nullptr);
+  if ((wanted_ & want_samples) == 0) samples_passed_ += gzd_skip_samples(handle_, nullptr);
   return gzd_get_next_data(handle_);
 }
 

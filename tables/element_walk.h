@@ -82,6 +82,8 @@ class ElementWalk {
         (sample.flags & SMP_PUPIL_SIZE) != 0 && (is_size(sample.pa[0]) || is_size(sample.pa[1]));
     return !has_size && is_filled();
   }
+  // How many samples that are not wanted were stepped over at once.
+  [[nodiscard]] std::uint32_t samples_passed() const { return samples_passed_; }
   // Whether the message announced last stands in the experiment's log.
   [[nodiscard]] bool is_from_log() const;
 
@@ -109,6 +111,7 @@ class ElementWalk {
   bool in_block_ = false, leaves_block_ = false;
   bool has_ended_ = false;  // a block or a trial ended, or began, with the element before
   std::int32_t blocks_ = 0, trials_ = 0;
+  std::uint32_t samples_passed_ = 0;
   std::int64_t period_ = 0;
 };
 

@@ -84,6 +84,7 @@ Outline make_outline(Recording& recording) {
     if (element.opens_trial) trials.begin(element.trial, time_of(element));
     if (element.closes_trial) trials.end(time_of(element));
   }
+  outline.samples = walk.samples_passed();
   blocks.finish();
   trials.finish();
   for (Timeline& events : outline.events) events.finish();

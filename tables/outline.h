@@ -36,6 +36,8 @@ struct Outline {
   // By eye, 0 left, 1 right: EventType + 1 of the event that holds a time, 0 for none.
   std::array<Timeline, 2> events;
   std::array<BlinkList, 2> blinks;
+  // Samples of the walk, those filled in too; 0 when messages of the experiment's log are merged.
+  std::uint32_t samples = 0;
   // SMP_ bits that any block announces.
   std::uint16_t announced = 0;
 };

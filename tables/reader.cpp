@@ -155,8 +155,12 @@ void TableReader::State::prepare(Batch& batch) const {
   batch.rows = 0;
   for (Column& column : batch.columns) column.clear();
   if (!batch.columns.empty()) return;
-  for (const Field& field : schema.fields)
-    batch.columns.emplace_back(field.type, request.batch_rows + rows_of_element);
+  const std::size_t room = request.batch_rows + rows_of_element;
+  if (request.has_all_rows) {
+    batch.columns = columns_in_one_piece(schema, room);
+    return;
+  }
+  for (const Field& field : schema.fields) batch.columns.emplace_back(field.type, room);
 }
 
 bool TableReader::State::is_full(const Batch& batch) const {

@@ -7,13 +7,11 @@
 // Steps 2 and 4 and the filling of gaps only when consistency is to be fixed.
 #include "scan/prescan.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <memory>
 
+#include "base/large_pages.h"
 #include "base/log.h"
 #include "order/time_order.h"
 #include "record/event_decoder.h"
@@ -38,15 +36,6 @@ constexpr double most_entries_per_byte = 1.0 / 8.0;
 constexpr std::size_t largest_room = std::size_t{1} << 29;
 
 constexpr float largest_rate_told = 1e9f;
-
-// Large pages make touching the index for the first time several times cheaper. Advice only.
-void ask_for_huge_pages(void* memory, std::size_t bytes) {
-  constexpr std::uintptr_t page_bytes = 4096;
-  const std::uintptr_t begin =
-      (reinterpret_cast<std::uintptr_t>(memory) + page_bytes - 1) & ~(page_bytes - 1);
-  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) & ~(page_bytes - 1);
-  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
-}
 
 bool is_boundary(int type) {
   return type >= GZD_START_SAMPLES && type <= GZD_END_EVENTS;
@@ -330,7 +319,7 @@ class Scan {
     ItemList& items = index_.gzdItemList;
     items.reserve(entries);
     roomForEntries_ = items.capacity();
-    ask_for_huge_pages(items.packed().data(), items.capacity() * sizeof(ItemList::Packed));
+    ask_for_large_pages(items.packed().data(), items.capacity() * sizeof(ItemList::Packed));
   }
 
   // Throws for an index that no machine should be asked to hold.

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <vector>
 
+#include "tables/outline.h"
+
 namespace gzdpython {
 
 namespace {
@@ -74,17 +76,21 @@ bool takes_all(const Request& request) {
   return !request.trial && std::isinf(request.from) && std::isinf(request.to);
 }
 
-// Room for all samples is taken at once: it costs nothing until there are rows, which then lie
-// where they stay. Other tables are short, and the number of rows of a choice is not known.
-std::size_t piece_for(Recording& recording, const Request& request) {
-  if (request.table != gzdtables::Table::samples || !takes_all(request)) return rows_of_piece;
-  return std::max<std::size_t>(1, recording.element_count());
+// All samples are read in one piece, whose rows lie where they stay. Other tables are short, and
+// the number of rows of a choice is not known.
+void choose_pieces(Recording& recording, Request& request) {
+  request.batch_rows = rows_of_piece;
+  if (request.table != gzdtables::Table::samples || !takes_all(request)) return;
+  const std::size_t samples = recording.outline().samples;
+  request.has_all_rows = samples > rows_of_piece;
+  if (samples == 0) request.batch_rows = std::max(1U, recording.element_count());
+  if (request.has_all_rows) request.batch_rows = samples;
 }
 
-std::vector<Batch> read_pieces(TableReader& reader) {
+std::vector<Batch> read_pieces(TableReader& reader, bool has_all_rows) {
   std::vector<Batch> pieces;
   do pieces.emplace_back();
-  while (reader.next(pieces.back()));
+  while (reader.next(pieces.back()) && !has_all_rows);
   if (pieces.size() > 1) pieces.pop_back();
   return pieces;
 }
@@ -103,9 +109,9 @@ class FrameSource final : public BatchSource {
 
 Frame read_frame(Recording& recording, Request request) {
   return in_turn(recording.path(), [&] {
-    request.batch_rows = piece_for(recording, request);
+    choose_pieces(recording, request);
     TableReader reader(recording, request);
-    std::vector<Batch> pieces = read_pieces(reader);
+    std::vector<Batch> pieces = read_pieces(reader, request.has_all_rows);
     return Frame{std::make_shared<Schema>(reader.schema()),
                  std::make_shared<Batch>(joined(reader.schema(), pieces))};
   });
