@@ -93,6 +93,13 @@ def read_samples(path):
                        dtype={name: "float64" if name == "time" else "float32" for name in SAMPLES})
 
 
+def read_plainly(path):
+    """The samples as scripts often read them."""
+    with open(path, encoding="utf-8", errors="replace") as text:
+        rows = [line.split()[:7] for line in text if line[0].isdigit()]
+    return pd.DataFrame(rows, columns=SAMPLES).apply(pd.to_numeric, errors="coerce")
+
+
 def completed(samples, others):
     """The three tables, with lost pupils null, and blocks, trials and events told for each row."""
     blocks = _blocks(others)
