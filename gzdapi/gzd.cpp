@@ -377,7 +377,11 @@ void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv) {
 }
 
 void gzd_get_raw_eye(GZDFILE* gzd, FSAMPLE* sam, int eye, GZD_RAW_EYE* raw) {
-  *raw = raw_eye(camera_at(gzd, sam), *sam, eye);
+  raw_eye(camera_at(gzd, sam), *sam, eye, *raw);
+}
+
+void gzd_get_raw_eyes(GZDFILE* gzd, FSAMPLE* sam, GZD_RAW_EYE* raw) {
+  raw_eyes(camera_at(gzd, sam), *sam, raw);
 }
 
 // ---- pixels per degree --------------------------------------------------------------------------

@@ -353,6 +353,8 @@ GZD_API void gzd_get_pupil_cr(GZDFILE* gzd, FSAMPLE* sam, int eye, float* rv);
 
 /* All of the above at once, which costs a fraction of asking for each. */
 GZD_API void gzd_get_raw_eye(GZDFILE* gzd, FSAMPLE* sam, int eye, GZD_RAW_EYE* raw);
+/* The same of both eyes, to raw[GZD_LEFT_EYE] and raw[GZD_RIGHT_EYE], for little more. */
+GZD_API void gzd_get_raw_eyes(GZDFILE* gzd, FSAMPLE* sam, GZD_RAW_EYE* raw);
 
 /* ---- pixels per degree ----------------------------------------------------------------------- */
 

@@ -200,47 +200,6 @@ void window_position(const CameraSetup& camera, const FSAMPLE& sam, UINT32* rv) 
   rv[1] = truncated<UINT32>(centre.y);
 }
 
-namespace {
-
-// Pupil minus reflection, of the values that `raw` has already.
-void set_pupil_cr(GZD_RAW_EYE& raw) {
-  float x = raw.pupil[0];
-  float y = raw.pupil[1];
-  UINT32 area = raw.pupil_area;
-  do_pupil_cr_fixup(&x, &y, &area, raw.cr[0], raw.cr[1], static_cast<float>(raw.cr_area),
-                    overlap_margin, overlap_passes);
-  set(raw.pupil_cr, x - cr_weight * raw.cr[0], y - cr_weight * raw.cr[1]);
-}
-
-}  // namespace
-
-void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
-  GZD_RAW_EYE raw;
-  uncorrected_raw_pupil(camera, sam, eye, raw.pupil);
-  uncorrected_raw_cr(camera, sam, eye, raw.cr);
-  raw.pupil_area = uncorrected_pupil_area(sam, eye);
-  raw.cr_area = uncorrected_cr_area(camera, sam, eye);
-  set_pupil_cr(raw);
-  set(rv, raw.pupil_cr[0], raw.pupil_cr[1]);
-}
-
-GZD_RAW_EYE raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
-  GZD_RAW_EYE raw;
-  raw.pupil_area = uncorrected_pupil_area(sam, eye);
-  raw.cr_area = uncorrected_cr_area(camera, sam, eye);
-  raw.cr2_area = uncorrected_cr2_area(sam, eye);
-  set_missing(raw.pupil);
-  set_missing(raw.cr);
-  if (raw.pupil_area != 0) centre_of_pupil(camera, sam, eye, raw.pupil);
-  if (raw.cr_area != 0) centre_of_cr(camera, sam, eye, raw.cr);
-  uncorrected_raw_cr2(sam, eye, raw.cr2);
-  pupil_dimension(camera, sam, eye, raw.pupil_dimension);
-  cr_dimension(sam, raw.cr_dimension);
-  window_position(camera, sam, raw.window_position);
-  set_pupil_cr(raw);
-  return raw;
-}
-
 // ---- overlap ------------------------------------------------------------------------------------
 
 namespace {
@@ -269,26 +228,90 @@ Disc blend(const Disc& from, const Disc& to, float f) {
   return {from.x * w + to.x * f, from.y * w + to.y * f, from.area * w + to.area * f};
 }
 
+// The pupil of an eye, corrected pass by pass for the part that its reflection covers.
+class OverlapCorrection {
+ public:
+  explicit OverlapCorrection(const GZD_RAW_EYE& raw)
+      : pupil_{raw.pupil[0], raw.pupil[1], static_cast<float>(raw.pupil_area)}, result_(pupil_) {
+    const auto ca = static_cast<float>(raw.cr_area);
+    done_ = raw.pupil_area < 1 || ca < 1.0f || missing(raw.pupil[0]) || missing(raw.pupil[1]) ||
+            missing(raw.cr[0]) || missing(raw.cr[1]);
+    if (done_) return;
+    rc_ = std::sqrt(ca / rough_pi) + overlap_margin;
+    cr_ = {raw.cr[0], raw.cr[1], rc_ * rc_ * rough_pi};
+    combined_ = together(pupil_, cr_);
+  }
+
+  // Nothing is corrected when the two do not overlap.
+  void pass() {
+    if (done_) return;
+    const float f = std::min(overlap_fraction(result_, cr_, rc_), 1.0f);
+    result_ = f < 0.0f ? pupil_ : blend(pupil_, combined_, f);
+    done_ = f <= 0.0f;
+  }
+
+  [[nodiscard]] const Disc& result() const { return result_; }
+
+ private:
+  Disc pupil_, result_;
+  Disc cr_ = {}, combined_ = {};
+  float rc_ = 0.0f;
+  bool done_ = false;
+};
+
+void set_pupil_cr(GZD_RAW_EYE& raw, const Disc& pupil) {
+  set(raw.pupil_cr, pupil.x - cr_weight * raw.cr[0], pupil.y - cr_weight * raw.cr[1]);
+}
+
+// do_pupil_cr_fixup, and pupil minus reflection, of the values that `raw` has already.
+void set_pupil_cr(GZD_RAW_EYE& raw) {
+  OverlapCorrection eye(raw);
+  for (int pass = 0; pass < overlap_passes; ++pass) eye.pass();
+  set_pupil_cr(raw, eye.result());
+}
+
+// The same of two eyes: while a pass waits for its square root the other eye's goes on.
+void set_pupils_cr(GZD_RAW_EYE& raw_left, GZD_RAW_EYE& raw_right) {
+  OverlapCorrection left(raw_left), right(raw_right);
+  for (int pass = 0; pass < overlap_passes; ++pass) {
+    left.pass();
+    right.pass();
+  }
+  set_pupil_cr(raw_left, left.result());
+  set_pupil_cr(raw_right, right.result());
+}
+
+// All but pupil minus reflection.
+void measure(const CameraSetup& camera, const FSAMPLE& sam, int eye, GZD_RAW_EYE& raw) {
+  raw.pupil_area = uncorrected_pupil_area(sam, eye);
+  raw.cr_area = uncorrected_cr_area(camera, sam, eye);
+  raw.cr2_area = uncorrected_cr2_area(sam, eye);
+  set_missing(raw.pupil);
+  set_missing(raw.cr);
+  if (raw.pupil_area != 0) centre_of_pupil(camera, sam, eye, raw.pupil);
+  if (raw.cr_area != 0) centre_of_cr(camera, sam, eye, raw.cr);
+  uncorrected_raw_cr2(sam, eye, raw.cr2);
+  pupil_dimension(camera, sam, eye, raw.pupil_dimension);
+  cr_dimension(sam, raw.cr_dimension);
+  window_position(camera, sam, raw.window_position);
+}
+
 }  // namespace
 
-void do_pupil_cr_fixup(float* ppx, float* ppy, UINT32* ppa, float cx, float cy, float ca,
-                       float expand, int passes) {
-  if (*ppa < 1 || ca < 1.0f) return;
-  if (missing(*ppx) || missing(*ppy) || missing(cx) || missing(cy)) return;
-  const Disc pupil = {*ppx, *ppy, static_cast<float>(*ppa)};
-  const float rc = std::sqrt(ca / rough_pi) + expand;
-  const Disc cr = {cx, cy, rc * rc * rough_pi};
-  const Disc combined = together(pupil, cr);
-  Disc result = pupil;
-  for (int pass = 0; pass < passes; ++pass) {
-    const float f = std::min(overlap_fraction(result, cr, rc), 1.0f);
-    if (f < 0.0f) return;
-    result = blend(pupil, combined, f);
-    if (f == 0.0f) break;
-  }
-  *ppx = result.x;
-  *ppy = result.y;
-  *ppa = truncated<UINT32>(result.area);
+void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+  GZD_RAW_EYE raw;
+  raw_eye(camera, sam, eye, raw);
+  set(rv, raw.pupil_cr[0], raw.pupil_cr[1]);
+}
+
+void raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye, GZD_RAW_EYE& raw) {
+  measure(camera, sam, eye, raw);
+  set_pupil_cr(raw);
+}
+
+void raw_eyes(const CameraSetup& camera, const FSAMPLE& sam, GZD_RAW_EYE* raw) {
+  for (const int eye : {GZD_LEFT_EYE, GZD_RIGHT_EYE}) measure(camera, sam, eye, raw[eye]);
+  set_pupils_cr(raw[GZD_LEFT_EYE], raw[GZD_RIGHT_EYE]);
 }
 
 }  // namespace gzd

@@ -33,13 +33,9 @@ void cr_dimension(const FSAMPLE& sam, UINT32* rv);
 void window_position(const CameraSetup& camera, const FSAMPLE& sam, UINT32* rv);
 // Pupil minus corneal reflection. Of missing inputs it is the formula's value.
 void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv);
-// All of it.
-GZD_RAW_EYE raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye);
-
-// Corrects centre and area of a pupil for the part that a corneal reflection covers, whose radius
-// is taken `expand` larger; at most `passes` times. Nothing changes when the two do not overlap.
-void do_pupil_cr_fixup(float* ppx, float* ppy, UINT32* ppa, float cx, float cy, float ca,
-                       float expand, int passes);
+// All of it, of one eye or of both, by eye.
+void raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye, GZD_RAW_EYE& raw);
+void raw_eyes(const CameraSetup& camera, const FSAMPLE& sam, GZD_RAW_EYE* raw);
 
 }  // namespace gzd
 

@@ -11,6 +11,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 #include "asc/computed_number.h"
 #include "asc/output.h"
@@ -197,10 +198,12 @@ std::optional<Vector3> point_on_screen(const FSAMPLE& sample, std::size_t eye) {
                  (sample.gy[eye] - scale.centre_y) / scale.y, 0};
 }
 
-std::optional<GazeLine> gaze_line(const std::optional<Vector3>& centre,
-                                  const std::optional<Vector3>& target) {
-  if (!centre || !target) return std::nullopt;
-  return ovilo_calc_gaze_vector(*centre, *target);
+EyeGaze gaze_of(const FSAMPLE& sample, std::size_t eye, const std::optional<RigidTransform>& pose,
+                std::size_t frame) {
+  const auto centre = moved(pose, calGeom.eyecam_to_ecenter[eye]);
+  const auto target = moved(calGeom.from_screen[frame], point_on_screen(sample, eye));
+  if (!centre || !target) return {centre, std::nullopt};
+  return {centre, ovilo_calc_gaze_vector(*centre, *target)};
 }
 
 // ---- columns ------------------------------------------------------------------------------------
@@ -213,13 +216,14 @@ char* write_position(char* place, double value) {
 
 // Rounding leaves a 0 with either sign; it prints without one.
 template <char* (*write)(char*, double)>
-char* write_vector(char* place, const std::optional<Vector3>& vector) {
-  if (!vector) return write_missing(place, 3);
+char* write_vector(char* place, const Vector3* vector) {
+  if (vector == nullptr) return write_missing(place, 3);
   for (const double value : {vector->x, vector->y, vector->z}) {
-    if (std::isfinite(value))
-      place = write(place, std::abs(value) < rounding_noise ? 0.0 : value);
+    const double size = std::abs(value);
+    if (size >= rounding_noise && size <= std::numeric_limits<double>::max()) [[likely]]
+      place = write(place, value);
     else
-      place = write_missing(place);
+      place = std::isfinite(value) ? write(place, 0.0) : write_missing(place);
   }
   return place;
 }
@@ -233,28 +237,23 @@ void read_geometry_message(const char* text) {
 }
 
 HeadGaze compute_head_gaze(const FSAMPLE& sample) {
-  HeadGaze gaze;
-  if (osp_report_geom_config <= 0) return gaze;
+  if (osp_report_geom_config <= 0) return {};
   const std::size_t frame = options.gaze_3d_screen != 0 ? pose_on_screen : pose_in_eye_camera;
   const std::optional<RigidTransform> pose = head_pose(sample, frame);
-  if (!pose) return gaze;
-  std::array<std::optional<GazeLine>, 2> lines;
-  for (std::size_t eye = 0; eye < lines.size(); ++eye) {
-    gaze.eye_centre[eye] = moved(pose, calGeom.eyecam_to_ecenter[eye]);
-    const auto target = moved(calGeom.from_screen[frame], point_on_screen(sample, eye));
-    lines[eye] = gaze_line(gaze.eye_centre[eye], target);
-    if (lines[eye]) gaze.gaze_direction[eye] = lines[eye]->direction;
-  }
-  if (lines[0] && lines[1]) gaze.gaze_point = ovilo_calc_3D_gaze(*lines[0], *lines[1]);
-  return gaze;
+  if (!pose) return {};
+  const EyeGaze left = gaze_of(sample, GZD_LEFT_EYE, pose, frame);
+  const EyeGaze right = gaze_of(sample, GZD_RIGHT_EYE, pose, frame);
+  if (!left.line || !right.line) return {left, right, std::nullopt};
+  return {left, right, ovilo_calc_3D_gaze(*left.line, *right.line)};
 }
 
 char* write_head_gaze(char* place, const FSAMPLE& sample) {
   const HeadGaze gaze = compute_head_gaze(sample);
-  for (const auto& centre : gaze.eye_centre) place = write_vector<write_position>(place, centre);
-  for (const auto& direction : gaze.gaze_direction)
-    place = write_vector<write_ten_decimals>(place, direction);
-  return write_vector<write_position>(place, gaze.gaze_point);
+  for (const EyeGaze* eye : {&gaze.left, &gaze.right})
+    place = write_vector<write_position>(place, eye->centre ? &*eye->centre : nullptr);
+  for (const EyeGaze* eye : {&gaze.left, &gaze.right})
+    place = write_vector<write_ten_decimals>(place, eye->line ? &eye->line->direction : nullptr);
+  return write_vector<write_position>(place, gaze.point ? &*gaze.point : nullptr);
 }
 
 }  // namespace gzdconv

@@ -61,10 +61,13 @@ extern int osp_report_geom_config;  // how often the geometry was completed; -1:
 void read_geometry_message(const char* text);
 
 // The fifteen values of a sample, in the frame that the options choose.
+struct EyeGaze {
+  std::optional<Vector3> centre;  // mm
+  std::optional<GazeLine> line;   // from there
+};
 struct HeadGaze {
-  std::array<std::optional<Vector3>, 2> eye_centre;      // mm, by eye
-  std::array<std::optional<Vector3>, 2> gaze_direction;  // unit vectors, by eye
-  std::optional<Vector3> gaze_point;                     // mm
+  EyeGaze left, right;
+  std::optional<Vector3> point;  // mm
 };
 HeadGaze compute_head_gaze(const FSAMPLE& sample);
 

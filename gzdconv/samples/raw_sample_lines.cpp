@@ -80,14 +80,27 @@ char* write_eye(char* place, const GZD_RAW_EYE& raw, const RawForms& forms) {
   return columns.second_cr ? write_position_and_area(place, raw.cr2, raw.cr2_area, forms) : place;
 }
 
-char* write_eye_or_missing(char* place, GZDFILE* handle, FSAMPLE& sample, int eye, UINT16 flag) {
+char* write_missing_eye(char* place) {
   constexpr int first_columns = 8;
   constexpr int second_cr_columns = 3;
-  if ((sample.flags & flag) == 0)
-    return write_missing(place, first_columns + (columns.second_cr ? second_cr_columns : 0));
-  GZD_RAW_EYE raw;
-  gzd_get_raw_eye(handle, &sample, eye, &raw);
-  return write_eye(place, raw, RawForms());
+  return write_missing(place, first_columns + (columns.second_cr ? second_cr_columns : 0));
+}
+
+char* write_eyes(char* place, GZDFILE* handle, FSAMPLE& sample) {
+  const bool has_left = (sample.flags & SMP_LEFT) != 0, has_right = (sample.flags & SMP_RIGHT) != 0;
+  GZD_RAW_EYE raw[2];
+  if (columns.left && has_left && columns.right && has_right)
+    gzd_get_raw_eyes(handle, &sample, raw);
+  else if (columns.left && has_left)
+    gzd_get_raw_eye(handle, &sample, GZD_LEFT_EYE, &raw[GZD_LEFT_EYE]);
+  else if (columns.right && has_right)
+    gzd_get_raw_eye(handle, &sample, GZD_RIGHT_EYE, &raw[GZD_RIGHT_EYE]);
+  const RawForms forms;
+  if (columns.left)
+    place = has_left ? write_eye(place, raw[GZD_LEFT_EYE], forms) : write_missing_eye(place);
+  if (columns.right)
+    place = has_right ? write_eye(place, raw[GZD_RIGHT_EYE], forms) : write_missing_eye(place);
+  return place;
 }
 
 }  // namespace
@@ -104,10 +117,7 @@ void write_raw_sample(const RunState& state, const RECORDINGS& block, FSAMPLE& s
   }
   lpbuffer.begin_line();
   char* end = write_sample_time(lpbuffer.cursor(), sample);
-  if (columns.left)
-    end = write_eye_or_missing(end, state.recording, sample, GZD_LEFT_EYE, SMP_LEFT);
-  if (columns.right)
-    end = write_eye_or_missing(end, state.recording, sample, GZD_RIGHT_EYE, SMP_RIGHT);
+  end = write_eyes(end, state.recording, sample);
   *end++ = '\n';
   lpbuffer.set_cursor(end);
 }

@@ -121,6 +121,9 @@ ALLF_DATA* gzd_get_float_data(GZDFILE* /*ef*/) {
 void gzd_get_raw_eye(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, int /*eye*/, GZD_RAW_EYE* raw) {
   *raw = {};
 }
+void gzd_get_raw_eyes(GZDFILE* /*gzd*/, FSAMPLE* /*sam*/, GZD_RAW_EYE* raw) {
+  raw[0] = raw[1] = {};
+}
 int gzd_compute_physical_setup(float, float, float, float, float, float, float, float, float,
                                float) {
   return 0;

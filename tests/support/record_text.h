@@ -140,7 +140,8 @@ inline std::string text_of(ALLF_DATA* record) {
   return "no record";
 }
 
-// What the functions for single values give, which gzd_get_raw_eye gives at once.
+// What the functions for single values give, which gzd_get_raw_eye gives at once, and of both
+// eyes gzd_get_raw_eyes.
 inline std::string camera_text(GZDFILE* file, FSAMPLE& sample, int eye) {
   GZD_RAW_EYE raw, at_once;
   gzd_get_uncorrected_raw_pupil(file, &sample, eye, raw.pupil);
@@ -155,6 +156,9 @@ inline std::string camera_text(GZDFILE* file, FSAMPLE& sample, int eye) {
   gzd_get_window_position(file, &sample, raw.window_position);
   gzd_get_raw_eye(file, &sample, eye, &at_once);
   if (std::memcmp(&raw, &at_once, sizeof raw) != 0) return " and another raw eye at once";
+  GZD_RAW_EYE both[2];
+  gzd_get_raw_eyes(file, &sample, both);
+  if (std::memcmp(&raw, &both[eye], sizeof raw) != 0) return " and another one with both";
   std::string line;
   for (const auto& pair : {raw.pupil, raw.cr, raw.cr2, raw.pupil_cr})
     line += " (" + record_text::text_of(pair[0], NOT_RECORDED) +
