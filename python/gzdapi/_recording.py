@@ -291,4 +291,7 @@ def open_stream(path: Path, table: str = "samples", **options: Any) -> Stream:
         for key in ("eye", "trial", "start", "end", "batch_rows")
         if key in options
     }
-    return read(path, **options).stream(table, **choice)
+    recording = read(path, **options)
+    request = _request(table, recording._groups_for(table, None), **choice)
+    first = recording._file.stream(request)
+    return Stream(_file_name(path), table, recording._core_options(), request, first)

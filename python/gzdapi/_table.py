@@ -160,11 +160,17 @@ class Stream:
     """
 
     def __init__(
-        self, path: bytes, name: str, options: _core.Options, request: _core.Request
+        self,
+        path: bytes,
+        name: str,
+        options: _core.Options,
+        request: _core.Request,
+        first: Optional[_core.Stream] = None,
     ) -> None:
         self.name = name
         self._source = (path, options, request)
-        self._first: Optional[_core.Stream] = _core.Stream(*self._source)
+        # The first one is at hand, so that the file need not be open twice.
+        self._first: Optional[_core.Stream] = first or _core.Stream(*self._source)
         self._schema = self._first.arrow_schema(False)
         self.fields = tuple(Field(*field) for field in self._first.fields())
 

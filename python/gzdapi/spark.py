@@ -20,7 +20,7 @@ import pyarrow
 from pyspark.sql import datasource
 from pyspark.sql import types as spark_types
 
-from ._recording import name_of, read
+from ._recording import name_of, open_stream
 from ._schema import declared_fields
 
 _PARTITION_BYTES = 32 << 20  # small recordings share a partition up to this
@@ -113,7 +113,7 @@ class GzdReader(datasource.DataSourceReader):
 
     def read(self, partition: datasource.InputPartition) -> Iterator[pyarrow.RecordBatch]:
         for path in getattr(partition, "paths", ()):
-            for batch in read(path, **self._reading).stream(self._table):
+            for batch in open_stream(path, self._table, **self._reading):
                 yield from self._batches(name_of(path), batch.to_arrow())
 
     def _batches(self, recording: str, rows: pyarrow.Table) -> Iterator[pyarrow.RecordBatch]:
