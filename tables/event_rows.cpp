@@ -12,7 +12,6 @@ namespace gzdtables {
 
 namespace {
 
-constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
 constexpr double ms_per_second = 1000.0;
 constexpr double degrees_per_radian = 57.296;  // of saccade angles, as texts of gzdconv have them
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "gaze_columns.h"
 #include "outline.h"
 #include "row_builder.h"
 #include "run_column.h"
@@ -13,15 +14,8 @@ namespace gzdtables {
 
 namespace {
 
-constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
-constexpr std::array<const char*, 2> eye_name{"left_", "right_"};
 constexpr std::uint32_t no_marker_flags = 0xFFFF8000U;
 constexpr int cyclopean = 2;
-
-// The value when it is there and valid. Without a branch: losses come and go.
-float kept(bool is_there, float value) {
-  return (is_there & is_value(value)) ? value : nan_value;
-}
 
 float resolution_or_null(float value) {
   return is_resolution(value) ? value : nan_value;
@@ -93,105 +87,6 @@ struct OtherColumns {
 
 void set_word(const Slot<std::uint16_t>& slot, std::size_t row, bool is_there, UINT16 word) {
   is_there ? slot.set(row, word) : slot.set_null(row);
-}
-
-// Gaze, pupils and times of many samples at a time, as the library fetches them.
-class GazeColumns {
- public:
-  // An eye that the table is read without gets room of its own.
-  void bind(const Rows& rows) {
-    for (const std::size_t eye : {0, 1}) {
-      const std::string name = eye_name[eye];
-      if (rows.find(name + "x") == nullptr) unwanted_.resize(2 * most);
-      const auto values = [&](const char* column) {
-        Column* const found = rows.find(name + column);
-        return found == nullptr ? nullptr : found->filling<float>();
-      };
-      columns_.gx[eye] = values("x");
-      columns_.gy[eye] = values("y");
-      columns_.pa[eye] = values("pupil");
-    }
-    columns_.time = rows.find("time")->filling<double>();
-  }
-  [[nodiscard]] double time(std::size_t row) const { return columns_.time[row]; }
-
-  // Fetches samples that follow one of these flags, in a block that records `eyes`, into the rows
-  // from `row` on. Returns how many, at most `room`.
-  [[nodiscard]] std::size_t fetch(GZDFILE* file, std::size_t row, std::size_t room, unsigned flags,
-                                  unsigned eyes) {
-    const GZD_GAZE_COLUMNS to{columns_.time + row,
-                              {at(columns_.gx[0], row), at(columns_.gx[1], row)},
-                              {at(columns_.gy[0], row), at(columns_.gy[1], row)},
-                              {at(columns_.pa[0], row, most), at(columns_.pa[1], row, most)}};
-    const std::size_t count = gzd_get_gaze(file, static_cast<unsigned>(std::min(room, most)), &to);
-    put_nulls(to, count, flags, eyes_in(flags) & eyes);
-    return count;
-  }
-
- private:
-  static constexpr std::size_t most = 512;  // so that they stay in the nearest cache
-
-  // From the row on; of an unwanted eye the positions may lie in one place, sizes elsewhere.
-  [[nodiscard]] float* at(float* column, std::size_t row, std::size_t elsewhere = 0) {
-    return column == nullptr ? unwanted_.data() + elsewhere : column + row;
-  }
-  static void put_nulls(const GZD_GAZE_COLUMNS& to, std::size_t count, unsigned flags,
-                        unsigned present);
-  static bool is_whole(const GZD_GAZE_COLUMNS& columns, std::size_t eye, std::size_t count);
-  static void keep_values(float* x, float* y, float* pupil, const std::int32_t* packed,
-                          std::size_t count);
-
-  GZD_GAZE_COLUMNS columns_{};
-  std::vector<float> unwanted_;
-};
-
-// What Presence tells of one sample, of many.
-void GazeColumns::put_nulls(const GZD_GAZE_COLUMNS& to, std::size_t count, unsigned flags,
-                            unsigned present) {
-  const bool has_sizes = (flags & SMP_PUPIL_SIZE) != 0;
-  if (has_sizes && present == GZD_BLOCK_BOTH && is_whole(to, 0, count) && is_whole(to, 1, count))
-    return;
-  std::array<std::int32_t, most> packed{};
-  for (const std::size_t eye : {0, 1}) {
-    if (!has_sizes) std::fill_n(to.pa[eye], count, 1.0F);
-    for (std::size_t i = 0; ((present >> eye) & 1U) != 0 && i < count; ++i)
-      packed[i] |= to.pa[eye][i] < 0.0F ? 1 : 0;
-  }
-  for (const std::size_t eye : {0, 1}) {
-    if (((present >> eye) & 1U) == 0)
-      for (float* const column : {to.gx[eye], to.gy[eye], to.pa[eye]})
-        std::fill_n(column, count, nan_value);
-    else
-      keep_values(to.gx[eye], to.gy[eye], to.pa[eye], packed.data(), count);
-    if (!has_sizes) std::fill_n(to.pa[eye], count, nan_value);
-  }
-}
-
-// Whether an eye has all its values, as nearly always: then they stay as they are.
-bool GazeColumns::is_whole(const GZD_GAZE_COLUMNS& columns, std::size_t eye, std::size_t count) {
-  const float *const x = columns.gx[eye], *const y = columns.gy[eye], *const pa = columns.pa[eye];
-  const auto is_inside = [](float value, float low) {
-    return (value > low) & (value < MISSING_DATA);
-  };
-  std::int32_t others = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const bool is_whole =
-        is_inside(x[i], NOT_RECORDED) & is_inside(y[i], NOT_RECORDED) & is_inside(pa[i], 0.0F);
-    others |= is_whole ? 0 : 1;
-  }
-  return others == 0;
-}
-
-// Those of one eye that counts.
-void GazeColumns::keep_values(float* x, float* y, float* pupil, const std::int32_t* packed,
-                              std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const float size = pupil[i];
-    const bool is_there = packed[i] == 0;
-    x[i] = kept(is_there & (size != 0.0F), x[i]);
-    y[i] = kept(is_there & (size != 0.0F), y[i]);
-    pupil[i] = kept(is_there & (size > 0.0F), size);
-  }
 }
 
 class SampleRows final : public RowBuilder {
