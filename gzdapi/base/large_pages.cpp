@@ -1,16 +1,13 @@
-// Tries one page and goes by the processor time that it took.
+// Goes by the processor time that a page took.
 #include "base/large_pages.h"
 
 #include <sys/mman.h>
 
-#include <cstdint>
 #include <ctime>
 
 namespace gzd {
 
 namespace {
-
-constexpr std::uintptr_t large_page = 2 << 20;
 
 double processor_seconds() {
   constexpr double nanosecond = 1e-9;
@@ -19,25 +16,26 @@ double processor_seconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * nanosecond;
 }
 
-// Whether a large page was not dearer than as much memory in small ones.
-bool comes_quickly(void* page) {
+// Whether the page was not dearer than as much memory in small ones.
+bool comes_quickly(void* page, std::size_t bytes) {
   constexpr double most_seconds = 0.8e-3;
   const double begin = processor_seconds();
-  madvise(page, large_page, MADV_HUGEPAGE);
+  madvise(page, bytes, MADV_HUGEPAGE);
 #ifdef MADV_POPULATE_WRITE
-  madvise(page, large_page, MADV_POPULATE_WRITE);
+  madvise(page, bytes, MADV_POPULATE_WRITE);
 #endif
   return processor_seconds() - begin <= most_seconds;
 }
 
 }  // namespace
 
-void ask_for_large_pages(void* memory, std::size_t bytes) {
-  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-  const std::uintptr_t first = (begin + large_page - 1) / large_page * large_page;
-  const std::uintptr_t end = (begin + bytes) / large_page * large_page;
-  if (first >= end || !comes_quickly(reinterpret_cast<void*>(first))) return;
-  madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+LargePages::LargePages(const void* begin, const void* end)
+    : next_((reinterpret_cast<std::uintptr_t>(begin) + size - 1) / size * size),
+      end_(reinterpret_cast<std::uintptr_t>(end)) {}
+
+void LargePages::touchNext() {
+  const bool goesOn = next_ + size <= end_ && comes_quickly(reinterpret_cast<void*>(next_), size);
+  next_ = goesOn ? next_ + size : UINTPTR_MAX;
 }
 
 }  // namespace gzd

@@ -62,6 +62,7 @@ class Scan {
   void run() {
     while (!ended_) {
       checkSize();
+      touchRoom();
       if (readRegularSamples()) continue;
       recordStart_ = file_.getFilePos();
       const NextRecord kind = nextRecord();
@@ -319,7 +320,15 @@ class Scan {
     ItemList& items = index_.gzdItemList;
     items.reserve(entries);
     roomForEntries_ = items.capacity();
-    ask_for_large_pages(items.packed().data(), items.capacity() * sizeof(ItemList::Packed));
+    ItemList::Packed* const begin = items.packed().data();
+    pages_ = LargePages(begin + items.size(), begin + items.capacity());
+  }
+
+  // Unless the entries have outgrown the room that was made for them.
+  void touchRoom() {
+    ItemList& items = index_.gzdItemList;
+    if (items.capacity() == roomForEntries_)
+      pages_.writtenUpTo(items.packed().data() + items.size());
   }
 
   // Throws for an index that no machine should be asked to hold.
@@ -362,6 +371,7 @@ class Scan {
   bool anyRecord_ = false;
   bool hasEstimate_ = false;
   std::size_t roomForEntries_ = entries_for_estimate;
+  LargePages pages_;       // of the index
   INT64 recordStart_ = 0;  // where the tag of the record at hand stands
   bool endsAtLimit_ = false;
   bool hasStopped_ = false;  // before the end of the file
