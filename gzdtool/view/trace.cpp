@@ -159,7 +159,7 @@ TraceWindow Trace::by_columns(double from, double to, std::size_t columns) const
   std::size_t begin = first_from(from);
   for (std::size_t column = 0; column < columns; ++column) {
     const double start = from + width * static_cast<double>(column);
-    const std::size_t end = first_from(start + width);
+    const std::size_t end = std::max(begin, first_from(start + width));
     window.times.push_back(start + width / 2);
     for (std::size_t curve = 0; curve < curve_count; ++curve)
       window.extents[curve].push_back(curves_[curve].extent(begin, end));
@@ -174,7 +174,8 @@ std::vector<LossBin> Trace::loss(std::size_t bins) const {
   const double per_bin = (half_ms_.back() + 1.0) / static_cast<double>(bins);
   std::size_t begin = 0;
   for (std::size_t i = 0; i < bins; ++i) {
-    const std::size_t end = first_from(start_ + static_cast<double>(i + 1) * per_bin / 2.0);
+    const double next = start_ + static_cast<double>(i + 1) * per_bin / 2.0;
+    const std::size_t end = std::max(begin, first_from(next));
     all[i] = losses(begin, end);
     begin = end;
   }
