@@ -2,10 +2,12 @@
 // its facts, every element, trials, bookmarks and look-ups.
 //   -open N     `consistency` of the open (2)     -load N    `loadevents` (1)
 //   -samples N  `loadsamples` (1)                 -kinds N   velocities (none)
-//   -res X      default resolution                -trace F   trace of the opening
+//   -res X      default resolution                -trace F   trace of the opening, as
+//   -debug N    `enable_debug` tells (1)
 //   -log FILE   the experiment's message log      -raw 1     raw camera data of samples
-//   -start S, -stop S  trial identifiers          -screen N  pixels per degree, distance N and N +
-//   60 -jump N     N rounds of look-ups in any order instead of the elements' lines
+//   -start S, -stop S  trial identifiers
+//   -screen N   pixels per degree, distance N and N + 60
+//   -jump N     N rounds of look-ups in any order instead of the elements' lines
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -218,7 +220,8 @@ int walk(Options& options, const char* path) {
   const float resolution =
       options.contains("-res") ? std::strtof(options["-res"].c_str(), nullptr) : MISSING_DATA;
   std::string trace = options["-trace"];
-  CONFIG config{resolution, resolution, trace.empty() ? 0 : 1, trace.data()};
+  CONFIG config{resolution, resolution, number_or(options, "-debug", trace.empty() ? 0 : 1),
+                trace.data()};
   if (options.contains("-log")) gzd_set_extra_message_file(options["-log"].c_str());
   int rv = 1;
   GZDFILE* const file = gzd_open_file_ex(path, number_or(options, "-open", GZD_CONSISTENCY_REPAIR),

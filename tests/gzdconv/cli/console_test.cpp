@@ -25,6 +25,7 @@ TEST_F(ConsoleTest, ControlCharactersAreMadeVisible) {
   EXPECT_EQ(visible("\x9b"
                     "31m \xC2\x9b \xC3"),
             "\\x9b31m \\xc2\\x9b \\xc3");
+  EXPECT_EQ(visible("\xF8\x88\x80\x80\x80 \xE2\x82"), "\\xf8\\x88\\x80\\x80\\x80 \\xe2\\x82");
 }
 
 TEST_F(ConsoleTest, TerminalsGetNoEscapesOfARecording) {
