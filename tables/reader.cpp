@@ -142,6 +142,7 @@ struct TableReader::State {
   void prepare(Batch& batch) const;
   [[nodiscard]] bool is_full(const Batch& batch) const;
   void fill(Batch& batch);
+  void expect_few_more();
 
   Request request;
   Schema schema;
@@ -183,6 +184,13 @@ void TableReader::State::fill(Batch& batch) {
   builder->complete(rows);
 }
 
+// Rows after those that were sure to come get batches of the usual size.
+void TableReader::State::expect_few_more() {
+  if (!request.has_all_rows) return;
+  request.has_all_rows = false;
+  request.batch_rows = std::min(request.batch_rows, Request().batch_rows);
+}
+
 TableReader::TableReader(Recording& recording, const Request& request)
     : state_(std::make_unique<State>(recording, request)) {}
 
@@ -196,6 +204,7 @@ const Schema& TableReader::schema() const {
 bool TableReader::next(Batch& batch) {
   state_->prepare(batch);
   state_->fill(batch);
+  state_->expect_few_more();
   return batch.rows > 0;
 }
 

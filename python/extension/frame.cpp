@@ -87,10 +87,10 @@ void choose_pieces(Recording& recording, Request& request) {
   if (request.has_all_rows) request.batch_rows = samples;
 }
 
-std::vector<Batch> read_pieces(TableReader& reader, bool has_all_rows) {
+std::vector<Batch> read_pieces(TableReader& reader) {
   std::vector<Batch> pieces;
   do pieces.emplace_back();
-  while (reader.next(pieces.back()) && !has_all_rows);
+  while (reader.next(pieces.back()));
   if (pieces.size() > 1) pieces.pop_back();
   return pieces;
 }
@@ -111,7 +111,7 @@ Frame read_frame(Recording& recording, Request request) {
   return in_turn(recording.path(), [&] {
     choose_pieces(recording, request);
     TableReader reader(recording, request);
-    std::vector<Batch> pieces = read_pieces(reader, request.has_all_rows);
+    std::vector<Batch> pieces = read_pieces(reader);
     return Frame{std::make_shared<Schema>(reader.schema()),
                  std::make_shared<Batch>(joined(reader.schema(), pieces))};
   });
