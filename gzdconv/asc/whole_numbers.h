@@ -21,9 +21,9 @@ class WholeNumbers {
     const Floats4 values = {first[0], first[1], second[0], second[1]};
     const Floats4 sums = values + shift;
     const UInts4 whole = UInts4(sums) - std::bit_cast<std::uint32_t>(shift);
-    const Ints4 is_whole = UInts4(sums - shift) == UInts4(values);  // not so for -0.0
+    const UInts4 rest = UInts4(sums - shift) ^ UInts4(values);  // some for -0.0 as well
     constexpr std::int32_t end = number_form::whole_count - 1;
-    ready_ = is_whole & (Ints4(whole) > -end) & (Ints4(whole) < end);
+    unready_ = Ints4(rest) | (Ints4(whole) <= -end) | (Ints4(whole) >= end);
     // Without a branch for the sign, which is as good as random.
     const UInts4 signs = UInts4(Ints4(whole) >> 31);
     places_ = ((whole ^ signs) - signs) * 2 - signs;
@@ -31,8 +31,8 @@ class WholeNumbers {
 
   // True when all four are whole and short enough.
   [[nodiscard]] bool are_ready() const {
-    const Longs2 halves = Longs2(ready_);
-    return (halves[0] & halves[1]) == -1;
+    const Longs2 halves = Longs2(unready_);
+    return (halves[0] | halves[1]) == 0;
   }
 
   // Writes the column of one, and returns its end.
@@ -50,7 +50,7 @@ class WholeNumbers {
   using Longs2 = std::int64_t __attribute__((vector_size(16)));
 
   UInts4 places_;  // in the table of whole numbers
-  Ints4 ready_;
+  Ints4 unready_;  // 0 for those that are ready
 };
 
 }  // namespace gzdconv

@@ -84,18 +84,24 @@ class HrefMean {
   int x_count_ = 0, y_count_ = 0;
 };
 
-// False for the values that stand for none, and for what no record holds.
-bool is_recorded(float value) {
-  return std::fabs(value) < -NOT_RECORDED;
+// False where one of these stands for none, or is what no record holds. All four at once: the bit
+// patterns of magnitudes are in the order of their values.
+bool are_recorded(const float (&x)[2], const float (&y)[2]) {
+  using Floats4 = float __attribute__((vector_size(16)));
+  using Ints4 = std::int32_t __attribute__((vector_size(16)));
+  using Longs2 = std::int64_t __attribute__((vector_size(16)));
+  const Ints4 magnitudes = Ints4(Floats4{x[0], x[1], y[0], y[1]}) & INT32_MAX;
+  const Longs2 too_large = Longs2(magnitudes >= std::bit_cast<std::int32_t>(-NOT_RECORDED));
+  return (too_large[0] | too_large[1]) == 0;
 }
 
-// True where all four coordinates count, as those of nearly every sample do.
+// True where all four coordinates count, as those of nearly every sample do. False for some others
+// as well, which are looked at one by one.
 bool has_both_href(const FSAMPLE& sample) {
-  constexpr unsigned needed = SMP_LEFT | SMP_RIGHT | SMP_HREF;
+  constexpr unsigned needed = SMP_LEFT | SMP_RIGHT | SMP_HREF | SMP_PUPIL_SIZE;
   return (sample.flags & needed) == needed && options.left_samples && options.right_samples &&
-         !has_lost_pupil(sample, GZD_LEFT_EYE) && !has_lost_pupil(sample, GZD_RIGHT_EYE) &&
-         is_recorded(sample.hx[0]) && is_recorded(sample.hx[1]) && is_recorded(sample.hy[0]) &&
-         is_recorded(sample.hy[1]);
+         sample.pa[0] >= smallest_pupil && sample.pa[1] >= smallest_pupil &&
+         are_recorded(sample.hx, sample.hy);
 }
 
 void complete_href(FSAMPLE& sample) {
@@ -142,12 +148,17 @@ bool has_lost_pupil(const FSAMPLE& sample, int eye) {
          sample.pa[eye] < smallest_pupil;
 }
 
+// First all resolutions, without a branch, so that the compiler works out several at once.
 void ResolutionSums::settle() {
   const std::size_t count = std::exchange(waiting_, 0);
+  std::array<Place, most_waiting> resolutions;
   for (std::size_t i = 0; i < count; ++i) {
     const Resolution resolution = head_referenced_resolution(places_[i].x, places_[i].y);
-    count_in(static_cast<float>(resolution.x), static_cast<float>(resolution.y));
+    resolutions[i] = {static_cast<float>(resolution.x), static_cast<float>(resolution.y)};
   }
+  Sums sums = sums_;
+  for (std::size_t i = 0; i < count; ++i) sums.add(resolutions[i].x, resolutions[i].y);
+  sums_ = sums;
 }
 
 void complete_and_add_resolution(FSAMPLE& sample, int position_type) {

@@ -38,7 +38,7 @@ class ResolutionSums {
   void add(float rx, float ry) {
     if (waiting_ > 0) [[unlikely]]
       settle();
-    count_in(rx, ry);
+    sums_.add(rx, ry);
   }
   // Adds the resolution at a head-referenced position. Many are worked out together, so that a
   // square root needs not wait for the one before.
@@ -49,29 +49,34 @@ class ResolutionSums {
 
   [[nodiscard]] bool are_empty() {
     settle();
-    return count_ == 0.0;
+    return sums_.count == 0.0;
   }
   // Of sums that are not empty.
-  [[nodiscard]] Resolution mean() const { return {x_ / count_, y_ / count_}; }
+  [[nodiscard]] Resolution mean() const { return {sums_.x / sums_.count, sums_.y / sums_.count}; }
 
   void clear() { *this = ResolutionSums(); }
 
  private:
+  static constexpr std::size_t most_waiting = 64;
   struct Place {
     float x, y;
   };
+  struct Sums {
+    double x = 0.0, y = 0.0, count = 0.0;
 
-  void count_in(float rx, float ry) {
-    if (!is_usable_resolution(rx) || !is_usable_resolution(ry)) return;
-    x_ += rx;
-    y_ += ry;
-    count_ += 1.0;
-  }
+    void add(float rx, float ry) {
+      if (!is_usable_resolution(rx) || !is_usable_resolution(ry)) return;
+      x += rx;
+      y += ry;
+      count += 1.0;
+    }
+  };
+
   void settle();
 
-  double x_ = 0.0, y_ = 0.0, count_ = 0.0;
+  Sums sums_;
   std::size_t waiting_ = 0;
-  std::array<Place, 64> places_{};
+  std::array<Place, most_waiting> places_{};
 };
 
 extern ResolutionSums resolution_sums;
