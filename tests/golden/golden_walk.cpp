@@ -242,6 +242,7 @@ int walk(Options& options, const char* path) {
 
 int main(int argc, char** argv) {
   gzd_set_log_function(reinterpret_cast<void*>(&print_log_line));
+  if (gzd_get_failed_place(nullptr) != nullptr) std::puts("a place failed before any open");
   Options options;
   for (int i = 1; i + 2 < argc; i += 2) options[argv[i]] = argv[i + 1];
   return argc % 2 == 0 ? walk(options, argv[argc - 1]) : 2;

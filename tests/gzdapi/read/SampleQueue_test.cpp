@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstring>
@@ -245,6 +246,24 @@ TEST(SampleQueue, WindowsEndAtGapsAndBoundaries) {
       }
     }
   }
+}
+
+TEST(SampleQueue, ShortSeriesHaveOtherVelocitiesOrNone) {
+  std::array<float, 64> x{};
+  for (std::size_t i = 0; i < x.size(); ++i) x[i] = static_cast<float>(i * i * i);
+  struct Rate {
+    float rate;
+    int reach;
+  };
+  for (const Rate& r : {Rate{250, 2}, Rate{500, 4}, Rate{1000, 9}, Rate{2000, 19}}) {
+    EXPECT_EQ(calcVelocity_falcon(false, x.data(), 2 * r.reach, 30, r.rate), MISSING_DATA);
+    EXPECT_NE(calcVelocity_falcon(false, x.data(), 2 * r.reach + 1, 30, r.rate), MISSING_DATA);
+  }
+  EXPECT_EQ(calcVelocity_falcon(false, nullptr, 39, 30, 1000), MISSING_DATA);
+  // Two intervals about the middle; four points from six on.
+  EXPECT_EQ(calcVelocity_non_falcon(false, x.data(), 5, 1, 1), (27 - 1) / 2.0f);
+  EXPECT_EQ(calcVelocity_non_falcon(false, x.data(), 6, 1, 1), (64 + 125 - 1 - 8) / 6.0f);
+  EXPECT_EQ(calcVelocity_non_falcon(true, x.data(), 6, 1, 1), (64 - 8) / 2.0f);
 }
 
 TEST(SampleQueue, OfOneStampARecordedSampleGoesBeforeADummy) {
