@@ -122,6 +122,7 @@ TEST_F(ConvertTest, TellsWhatTheTextLacks) {
       {GZD_FINDING_CUT, 0, 0, 1, 3, 70001, -1, -1},
       {GZD_FINDING_DAMAGE, 0, 0, 1, 9, 70002, -1, -1},
       {GZD_FINDING_READ_ERROR, 0, EIO, 1, 9, 70003, -1, -1},
+      {GZD_FINDING_TOO_LARGE, 0, 0, 1, 9, 70004, -1, -1},
       {GZD_FINDING_LOG_LEFT_OUT, 0, 0, 1, 1, -1, -1, -1},
   };
   asc();
@@ -137,6 +138,8 @@ TEST_F(ConvertTest, TellsWhatTheTextLacks) {
       "the end\n"
       "gzdconv: a.gzd: the file cannot be read on: reading stopped at byte 70003, 9 bytes "
       "before the end\n"
+      "gzdconv: a.gzd: the recording is too large: reading stopped at byte 70004, 9 bytes before "
+      "the end\n"
       "gzdconv: a.gzd: the message log was not merged: it lacks a sync line or its closing line\n");
 }
 

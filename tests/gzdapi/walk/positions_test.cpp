@@ -111,6 +111,8 @@ TEST(FindIndex, OfTwoTheFirstDecides) {
   one.sample(10);
   EXPECT_EQ(find(one, 10), 0);
   EXPECT_EQ(find(one, 11), -1);
+  for (const auto& [from, to] : {std::pair{-1, 0}, {0, 1}, {1, 1}, {0, -1}, {1, 0}})
+    EXPECT_EQ(findIndex(one.index, 20, from, to), -1) << from << " to " << to;
 }
 
 }  // namespace

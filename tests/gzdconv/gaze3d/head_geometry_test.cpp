@@ -84,6 +84,8 @@ TEST(HeadGeometry, GazeMeetsTheScreenPlane) {
   const RigidTransform nearer = ovilo_calc_pose_mat({}, {0, 0, 100});
   expect_near(*ovilo_calc_plane_gaze(gaze, nearer), 300, 0, 0);
   EXPECT_FALSE(ovilo_calc_plane_gaze({{0, 0, -500}, {1, 0, 0}}, RigidTransform{}));
+  EXPECT_FALSE(ovilo_calc_plane_gaze({{0, 0, -500}, {1, 0, 1e-12}}, RigidTransform{}));
+  EXPECT_TRUE(ovilo_calc_plane_gaze({{0, 0, -500}, {1, 0, 2e-12}}, RigidTransform{}));
 }
 
 }  // namespace
