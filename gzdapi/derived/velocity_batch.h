@@ -21,8 +21,9 @@ struct VelocitySettings {
   int sampleRate = 0;
   int ovilo_revision = 1;
 
-  // Bit by bit, at once.
+  // Bit by bit, at once: there is nothing between the members.
   bool operator==(const VelocitySettings& other) const {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     return std::memcmp(this, &other, sizeof *this) == 0;
   }
 };

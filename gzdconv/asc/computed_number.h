@@ -33,7 +33,7 @@ inline char* write_ready_cell(char* place, std::uint32_t tenths, bool negative) 
   constexpr std::uint64_t blanks = 0x8020202020202020, sign_for_blank = ' ' ^ '-';
   std::uint64_t cell;
   std::memcpy(&cell, sample_number::ready_cells.of[tenths].text, sizeof cell);
-  const int last_blank = std::countr_zero((cell >> 8) ^ blanks) & ~7;
+  const int last_blank = std::countr_zero((cell >> 8) ^ blanks) & 56;
   cell ^= (negative ? sign_for_blank : 0) << last_blank;
   std::memcpy(place, &cell, sizeof cell);
   return place + sizeof cell;

@@ -64,7 +64,8 @@ constexpr NumberForm make_form(int asked, int shown, std::size_t width) {
   constexpr std::uint64_t two_to_63 = std::uint64_t{1} << 63;
   form.reciprocal = two_to_63 / form.power + 1;
   form.short_reciprocal = (std::uint64_t{1} << 40) / form.power + 1;
-  form.limit = std::min(largest_whole, static_cast<float>(two_to_63 / form.power / form.power / 2));
+  const std::uint64_t limit = two_to_63 / form.power / form.power / 2;
+  form.limit = std::min(largest_whole, static_cast<float>(limit));
   form.scale = static_cast<double>(form.power);
   form.stretch = power_of_ten((decimals_at_once - shown % decimals_at_once) % decimals_at_once);
   form.short_limit = shown <= decimals_at_once ? form.limit : 0.0F;
