@@ -263,11 +263,11 @@ void set_pupil_cr(GZD_RAW_EYE& raw, const Disc& pupil) {
   set(raw.pupil_cr, pupil.x - cr_weight * raw.cr[0], pupil.y - cr_weight * raw.cr[1]);
 }
 
-// do_pupil_cr_fixup, and pupil minus reflection, of the values that `raw` has already.
-void set_pupil_cr(GZD_RAW_EYE& raw) {
+// The pupil without what its reflection covers, of the values that `raw` has already.
+Disc do_pupil_cr_fixup(const GZD_RAW_EYE& raw) {
   OverlapCorrection eye(raw);
   for (int pass = 0; pass < overlap_passes; ++pass) eye.pass();
-  set_pupil_cr(raw, eye.result());
+  return eye.result();
 }
 
 // The same of two eyes: while a pass waits for its square root the other eye's goes on.
@@ -306,7 +306,7 @@ void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv)
 
 void raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye, GZD_RAW_EYE& raw) {
   measure(camera, sam, eye, raw);
-  set_pupil_cr(raw);
+  set_pupil_cr(raw, do_pupil_cr_fixup(raw));
 }
 
 void raw_eyes(const CameraSetup& camera, const FSAMPLE& sam, GZD_RAW_EYE* raw) {

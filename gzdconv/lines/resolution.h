@@ -49,10 +49,12 @@ class ResolutionSums {
 
   [[nodiscard]] bool are_empty() {
     settle();
-    return sums_.count == 0.0;
+    return sums_.ppd_count == 0.0;
   }
   // Of sums that are not empty.
-  [[nodiscard]] Resolution mean() const { return {sums_.x / sums_.count, sums_.y / sums_.count}; }
+  [[nodiscard]] Resolution mean() const {
+    return {sums_.ppd_x / sums_.ppd_count, sums_.ppd_y / sums_.ppd_count};
+  }
 
   void clear() { *this = ResolutionSums(); }
 
@@ -62,13 +64,13 @@ class ResolutionSums {
     float x, y;
   };
   struct Sums {
-    double x = 0.0, y = 0.0, count = 0.0;
+    double ppd_x = 0.0, ppd_y = 0.0, ppd_count = 0.0;
 
     void add(float rx, float ry) {
       if (!is_usable_resolution(rx) || !is_usable_resolution(ry)) return;
-      x += rx;
-      y += ry;
-      count += 1.0;
+      ppd_x += rx;
+      ppd_y += ry;
+      ppd_count += 1.0;
     }
   };
 
