@@ -5,6 +5,7 @@
 
 #include "gzd_data.h"
 #include "record/Recording.h"
+#include "record/event_fields.h"
 
 namespace gzd {
 
@@ -15,12 +16,6 @@ constexpr INT64 largest_position = 0xFFFFFFFE;
 
 enum ItemSide : UINT16 { SIDE_NONE = 0, SIDE_LEFT = 1, SIDE_RIGHT = 2 };
 
-constexpr bool is_eye_event(int type) {
-  return type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
-}
-constexpr bool is_eye_event_end(int type) {
-  return is_eye_event(type) && type % 2 == 0;
-}
 constexpr ItemSide side_of_event(int type, int eye) {
   if (!is_eye_event(type)) return SIDE_NONE;
   return eye == GZD_LEFT_EYE ? SIDE_LEFT : SIDE_RIGHT;

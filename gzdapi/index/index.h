@@ -52,10 +52,7 @@ struct Index {
   // The entries that are no samples, ascending.
   [[nodiscard]] ItemList::Landmarks landmarks() const { return gzdItemList.landmarks(); }
   // To be called when entries were moved, added or removed.
-  void itemsChanged() {
-    gzdItemList.changed();
-    settledWindows.clear();
-  }
+  void itemsChanged() { settledWindows.clear(); }
   // To be called when entries were given another stamp.
   void stampsChanged() { settledWindows.clear(); }
 

@@ -19,48 +19,26 @@ void IndexEdits::sortByPlace() {
   }
 }
 
-void IndexEdits::compact(std::vector<ItemList::Packed>& entries) const {
-  auto kept = entries.begin() + removals_.front().first;
-  for (auto removal = removals_.begin(); removal != removals_.end(); ++removal) {
-    const bool isLast = removal + 1 == removals_.end();
-    const auto end = isLast ? entries.end() : entries.begin() + (removal + 1)->first;
-    kept = std::copy(entries.begin() + removal->end, end, kept);
-  }
-  entries.erase(kept, entries.end());
-}
-
-std::vector<ItemList::Packed> IndexEdits::merged(ItemList& items) const {
-  const std::vector<ItemList::Packed>& entries = items.packed();
-  std::vector<ItemList::Packed> result;
-  result.reserve(entries.size() + insertions_.size());
-  auto removal = removals_.begin();
-  std::size_t place = 0;
-  const auto copyUpTo = [&](std::size_t target) {
-    while (place < target) {
-      const std::size_t stop =
-          removal == removals_.end() ? target : std::min<std::size_t>(target, removal->first);
-      result.insert(result.end(), entries.data() + place, entries.data() + stop);
-      place = stop;
-      if (removal != removals_.end() && place == removal->first) place = (removal++)->end;
-    }
-  };
-  for (const Insertion& insertion : insertions_) {
-    copyUpTo(insertion.place);
-    result.push_back(items.pack(insertion.item));
-  }
-  copyUpTo(entries.size());
-  return result;
-}
-
 bool IndexEdits::apply(ItemList& items) {
   if (insertions_.empty() && removals_.empty()) return false;
   sortByPlace();
-  if (insertions_.empty()) {
-    compact(items.packed());
-  } else {
-    items.packed() = merged(items);
+  ItemList::Rebuild edited(items);
+  auto removal = removals_.begin();
+  std::size_t place = 0;
+  const auto takeUpTo = [&](std::size_t target) {
+    while (place < target) {
+      const bool isLast = removal == removals_.end() || removal->first > target;
+      const std::size_t stop = isLast ? target : removal->first;
+      edited.take(place, stop);
+      place = isLast ? stop : (removal++)->end;
+    }
+  };
+  for (const Insertion& insertion : insertions_) {
+    takeUpTo(insertion.place);
+    edited.add(insertion.item);
   }
-  items.changed();
+  takeUpTo(items.size());
+  edited.finish();
   insertions_.clear();
   removals_.clear();
   return true;

@@ -21,8 +21,8 @@ class IndexEdits {
       removals_.push_back({place, place + 1});
     }
   }
-  // Linear in the list, nothing at all without edits. Forgets the edits. Returns whether there were
-  // any.
+  // At most linear in the list, nothing at all without edits. Forgets the edits. Returns whether
+  // there were any.
   bool apply(ItemList& items);
 
  private:
@@ -38,8 +38,6 @@ class IndexEdits {
   };
 
   void sortByPlace();
-  void compact(std::vector<ItemList::Packed>& entries) const;
-  [[nodiscard]] std::vector<ItemList::Packed> merged(ItemList& items) const;
 
   std::vector<Insertion> insertions_;
   std::vector<Removal> removals_;

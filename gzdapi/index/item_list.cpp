@@ -1,154 +1,250 @@
-// Entries put into words and taken out of them, and the bits that mark landmarks.
+// Entries put into words and marks and taken out of them, and what moves them.
 #include "index/item_list.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace gzd {
 
 void ItemList::push_back(const GZDItem& item) {
-  const Packed entry = pack(item);
-  entries_.push_back(entry);
-  if (isPlain(entry)) {
-    noteStamp(item.getTimeStamp());
-  } else if (item.isSample()) {
-    rising_ = false;
-  } else if (marksKnown_) {
-    const UINT64 bit = UINT64{1} << (size() - 1) % word_bits;
-    putMarks((size() - 1) / word_bits, bit, bit);
+  if (!item.isSample()) {
+    marks_.push_back(packLandmark(item, size()));
+    return;
   }
+  const UINT64 word = packSample(item);
+  samples_.push_back(word);
+  if (isPlain(word))
+    noteStamp(item.getTimeStamp());
+  else
+    rising_ = false;
 }
 
-// ---- words --------------------------------------------------------------------------------------
+// ---- samples ------------------------------------------------------------------------------------
 
-ItemList::Packed ItemList::pack(const GZDItem& item) {
+void ItemList::addSamples(std::size_t count, PlainSample first, PlainSample distance) {
+  if (count == 0) return;
+  const auto at = [&](std::size_t number) {
+    return PlainSample{first.position + static_cast<INT64>(number) * distance.position,
+                       first.stamp + number * distance.stamp};
+  };
+  const PlainSample last = at(count - 1);
+  if (!fits(first.position, first.stamp) || !fits(last.position, last.stamp)) {
+    for (std::size_t i = 0; i < count; ++i) addSample(at(i).position, at(i).stamp);
+    return;
+  }
+  const UINT64 word = plain(first.position, first.stamp);
+  const UINT64 step =
+      plain(first.position + distance.position, first.stamp + distance.stamp) - word;
+  samples_.append({nullptr, word, step, count});
+  noteStamp(first.stamp);
+  risingFrom_ = last.stamp + 1;
+}
+
+UINT64 ItemList::packSample(const GZDItem& item) {
   constexpr UINT16 blink_bits = GZDItem::left_inside_blink | GZDItem::right_inside_blink;
   const UINT64 stamp = item.getTimeStamp();
-  UINT64& itsBase = item.isSample() ? base_ : eventBase_;
-  if (itsBase == no_base && !item.isRecording()) {
-    itsBase = stamp - std::min(stamp, stamps_before_first);
+  if (base_ == no_base) base_ = stamp - std::min(stamp, stamps_before_first);
+  if ((item.getDetailedType() & ~blink_bits) != GZD_SAMPLE || !fits(item.getFilePos(), stamp)) {
+    hasOddSamples_ = true;
+    return UINT64{addOther(item)} << other_shift | odd_bit;
   }
-  if ((item.getDetailedType() & ~blink_bits) == GZD_SAMPLE && fits(item.getFilePos(), stamp)) {
-    Packed entry = plain(item.getFilePos(), stamp);
-    if (item.isSampleInsideBlink(GZD_LEFT_EYE)) entry.word |= in_left_blink;
-    if (item.isSampleInsideBlink(GZD_RIGHT_EYE)) entry.word |= in_right_blink;
-    return entry;
-  }
-  if (isSmallEvent(item) && events_.size() < event_limit) {
-    events_.add(item.getFilePos(), item.getLastTag());
-    return packSmallEvent(item, events_.size() - 1);
-  }
-  others_.push_back(item);
-  return {UINT64{others_.size() - 1} << other_shift | no_event_bit | no_sample_bit};
+  UINT64 word = plain(item.getFilePos(), stamp);
+  if (item.isSampleInsideBlink(GZD_LEFT_EYE)) word |= in_left_blink;
+  if (item.isSampleInsideBlink(GZD_RIGHT_EYE)) word |= in_right_blink;
+  return word;
 }
 
-bool ItemList::isSmallEvent(const GZDItem& item) const {
-  return SmallEvents::canHold(item) && item.getTimeStamp() - eventBase_ < stamp_limit;
+GZDItem ItemList::unpackSample(UINT64 word) const {
+  if (!isPlain(word)) return otherOf(word);
+  GZDItem item(positionOf(word), GZD_SAMPLE, SIDE_NONE, 0, stampOf(word));
+  if ((word & in_left_blink) != 0) item.markSampleInsideBlink(GZD_LEFT_EYE);
+  if ((word & in_right_blink) != 0) item.markSampleInsideBlink(GZD_RIGHT_EYE);
+  return item;
 }
 
-ItemList::Packed ItemList::packSmallEvent(const GZDItem& item, std::size_t number) const {
-  return {(item.getTimeStamp() - eventBase_) << stamp_shift | UINT64{number} << event_shift |
-          UINT64{item.getMarks()} << mark_shift | no_sample_bit};
+ItemList::Span ItemList::spanFrom(UINT32 place) const {
+  if (!isPlainAt(place)) return {};
+  SampleWords::Run run = samples_.runFrom(place - gap_.number);
+  std::size_t count = std::min(run.count, gap_.begin + gap_.count - place);
+  if (hasOddSamples_) {
+    const std::size_t most = count;
+    for (count = 1; count < most && isPlain(run[count]);) ++count;
+  }
+  run.count = count;
+  return {place, run, base_};
 }
 
-void ItemList::set(std::size_t place, const GZDItem& item) {
-  const Packed entry = entries_[place];
-  if (isEvent(entry)) {
-    entries_[place] = isSmallEvent(item) ? packSmallEvent(item, eventNumber(entry)) : pack(item);
-  } else if (isPlain(entry)) {
-    entries_[place] = pack(item);
-    rising_ &= item.getTimeStamp() == stampOf(entry);
-    if (!isPlain(entries_[place])) changed();
-  } else {
-    others_[static_cast<std::size_t>(entry.word >> other_shift)] = item;
+// The words of regular runs differ by one step, in which a place may carry over into the stamp: the
+// stamps do so too when the last is where the first two say.
+UINT64 ItemList::stepOf(const SampleWords::Run& run) {
+  if (run.words != nullptr || run.count < 2) return 0;
+  const auto stamp = [&run](std::size_t i) { return run[i] >> stamp_shift; };
+  const UINT64 step = stamp(1) - stamp(0);
+  return stamp(run.count - 1) - stamp(0) == (run.count - 1) * step ? step : 0;
+}
+
+bool ItemList::samplesRise(std::size_t first, std::size_t last) const {
+  UINT64 from = 0;
+  while (first < last) {
+    SampleWords::Run run = samples_.runFrom(first);
+    run.count = std::min(run.count, last - first);
+    first += run.count;
+    const bool isSteady = isPlain(run[0]) && isPlain(run.step) && stepOf(run) - 1 < stamp_limit / 2;
+    const std::size_t step = isSteady ? run.count - 1 : 1;
+    for (std::size_t i = 0; i < run.count; i += step) {
+      if (!isPlain(run[i]) || stampOf(run[i]) < from) return false;
+      from = stampOf(run[i]) + 1;
+    }
+  }
+  return true;
+}
+
+void ItemList::markInsideBlink(std::size_t first, std::size_t last, bool left, bool right) {
+  if (first >= last || (!left && !right)) return;
+  const std::size_t before = gapAt(first).number;
+  const UINT64 bits = (left ? in_left_blink : 0) | (right ? in_right_blink : 0);
+  if (!hasOddSamples_) return samples_.setBits(first - before, last - before, bits);
+  for (std::size_t number = first - before; number < last - before; ++number) {
+    const UINT64 word = samples_[number];
+    if (isPlain(word)) {
+      samples_.setBits(number, number + 1, bits);
+      continue;
+    }
+    GZDItem& item = others_[static_cast<std::size_t>(word >> other_shift)];
+    if (left) item.markSampleInsideBlink(GZD_LEFT_EYE);
+    if (right) item.markSampleInsideBlink(GZD_RIGHT_EYE);
   }
 }
 
 // ---- landmarks ----------------------------------------------------------------------------------
 
-// Of the bits of a word those of `mask` become those of `landmarks`.
-void ItemList::putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const {
-  if (number >= marks_.size()) {
-    if (landmarks == 0) return;
-    marks_.resize(number + 1);
+ItemList::Mark ItemList::packLandmark(const GZDItem& item, std::size_t place) {
+  constexpr UINT64 largest = std::numeric_limits<UINT32>::max();
+  const UINT64 stamp = item.getTimeStamp();
+  if (eventBase_ == no_base && !item.isRecording()) {
+    eventBase_ = stamp - std::min(stamp, stamps_before_first);
   }
-  marks_[number] = (marks_[number] & ~mask) | landmarks;
-}
-
-std::size_t ItemList::landmarkBehindWord(std::size_t number, std::size_t end) const {
-  const std::size_t behind = std::min((end + word_bits - 1) / word_bits, marks_.size());
-  while (++number < behind) {
-    if (marks_[number] != 0) return std::min(number * word_bits + firstBit(marks_[number]), end);
+  const auto where = static_cast<UINT32>(place);
+  if (item.isRecording() || item.getDetailedType() == 0 || stamp - eventBase_ > largest) {
+    return {where, static_cast<UINT32>(addOther(item)), 0, 0, 0};
   }
-  return end;
+  return {where, static_cast<UINT32>(item.getFilePos() + 1),
+          static_cast<UINT32>(stamp - eventBase_), item.getDetailedType(), item.getLastTag()};
 }
 
-bool ItemList::areLandmarks(std::size_t first, std::size_t last) const {
-  while (first < last && nextLandmark(first, last) == first) ++first;
-  return first == last;
+void ItemList::setLandmark(std::size_t number, const GZDItem& item) {
+  Mark& mark = marks_[number];
+  if (mark.detail == 0)
+    others_[mark.placeInFile] = item;
+  else
+    mark = packLandmark(item, mark.place);
 }
 
-bool ItemList::markLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom) const {
-  bool rise = true;
-  UINT64 from = 0;
-  for (std::size_t place = first; place < last;) {
-    const std::size_t number = place / word_bits, begin = place % word_bits;
-    const std::size_t end = std::min(last, place - begin + word_bits);
-    const UINT64 seen = ~UINT64{0} >> (word_bits - (end - place)) << begin;
-    UINT64 found = 0;
-    for (; place < end; ++place) {
-      const Packed entry = entries_[place];
-      if (isPlain(entry)) {
-        rise &= stampOf(entry) >= from;
-        from = stampOf(entry) + 1;
-      } else if (isSampleAt(place)) {
-        rise = false;
-      } else {
-        found |= UINT64{1} << place % word_bits;
-      }
+// Looks near the gap asked for last first.
+const ItemList::Gap& ItemList::findGap(std::size_t place) const {
+  const auto isBefore = [&](std::size_t number) { return marks_[number].place < place; };
+  const std::size_t count = marks_.size();
+  std::size_t low = std::min(gap_.number, count), high = low;
+  std::size_t reach = 1;
+  if (low < count && isBefore(low)) {
+    for (++low; low + reach <= count && isBefore(low + reach - 1); reach *= 2) low += reach;
+    high = std::min(count, low + reach - 1);
+  } else {
+    for (; reach <= high && !isBefore(high - reach); reach *= 2) high -= reach;
+    low = high - std::min(reach, high);
+  }
+  while (low < high) {
+    const std::size_t middle = low + (high - low) / 2;
+    (isBefore(middle) ? low : high) = isBefore(middle) ? middle + 1 : middle;
+  }
+  gap_.begin = low == 0 ? 0 : marks_[low - 1].place + std::size_t{1};
+  gap_.count = (low < count ? marks_[low].place : size()) - gap_.begin;
+  gap_.number = low;
+  return gap_;
+}
+
+// ---- order --------------------------------------------------------------------------------------
+
+void ItemList::move(std::size_t from, std::size_t to) {
+  const Cursor at(*this, from);
+  gap_ = Gap{.number = at.number()};
+  if (at.isLandmark())
+    moveLandmark(at.number(), to);
+  else
+    moveSample(at.sample(), from, to);
+}
+
+void ItemList::moveLandmark(std::size_t number, std::size_t to) {
+  Mark mark = marks_[number];
+  const std::size_t from = mark.place;
+  for (; number > 0 && marks_[number - 1].place >= to; --number) {
+    marks_[number] = marks_[number - 1];
+    ++marks_[number].place;
+  }
+  for (; from < to && number + 1 < marks_.size() && marks_[number + 1].place <= to; ++number) {
+    marks_[number] = marks_[number + 1];
+    --marks_[number].place;
+  }
+  mark.place = static_cast<UINT32>(to);
+  marks_[number] = mark;
+}
+
+// The sample of this number stands at `from`.
+void ItemList::moveSample(std::size_t number, std::size_t from, std::size_t to) {
+  std::size_t mark = from - number;  // the first one behind it
+  for (; mark > 0 && marks_[mark - 1].place >= to; --mark) ++marks_[mark - 1].place;
+  for (; from < to && mark < marks_.size() && marks_[mark].place <= to; ++mark)
+    --marks_[mark].place;
+  const std::size_t target = to - mark;
+  if (target == number) return;
+  samples_.move(number, target);
+  rising_ = false;
+}
+
+void ItemList::reorder(std::size_t first, const std::vector<UINT32>& order) {
+  const std::size_t firstMark = gapAt(first).number;
+  const std::size_t firstSample = first - firstMark;
+  std::vector<Mark> marks;
+  std::vector<UINT64> words;
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    const Cursor from(*this, first + order[i]);
+    if (!from.isLandmark()) {
+      words.push_back(samples_[from.sample()]);
+      continue;
     }
-    putMarks(number, seen, found);
+    marks.push_back(marks_[from.number()]);
+    marks.back().place = static_cast<UINT32>(first + i);
   }
-  riseFrom = from;
-  return rise;
+  std::copy(marks.begin(), marks.end(), marks_.begin() + static_cast<std::ptrdiff_t>(firstMark));
+  samples_.replace(firstSample, words);
+  gap_ = Gap{.number = firstMark};
+  const std::size_t last = std::min(firstSample + words.size() + 1, samples_.size());
+  rising_ = rising_ && samplesRise(firstSample - std::min<std::size_t>(firstSample, 1), last);
 }
 
-void ItemList::findLandmarks() const {
-  marks_.clear();
-  rising_ = markLandmarks(0, size(), risingFrom_);
-  marksKnown_ = true;
-}
-
-void ItemList::orderChanged(std::size_t first, std::size_t last) {
-  if (!marksKnown_) return;
-  UINT64 riseFrom;
-  rising_ &= markLandmarks(first, last, riseFrom);
-}
-
-void ItemList::moveBack(std::size_t from, std::size_t to) {
-  Packed* const place = entries_.data() + to;
-  const Packed entry = entries_[from];
-  std::copy_backward(place, place + (from - to), place + (from - to) + 1);
-  *place = entry;
-  if (isPlain(entry)) rising_ &= areLandmarks(to, from);  // it has passed no sample
-  rotateMarks(to, from);
-}
-
-// The bits from `to` up to `from` move up by one; that at `from` takes the place of the first.
-void ItemList::rotateMarks(std::size_t to, std::size_t from) {
-  marks_.resize(std::max(marks_.size(), from / word_bits + 1));
-  UINT64 moved = marks_[from / word_bits] >> from % word_bits & 1;
-  for (std::size_t number = to / word_bits; number <= from / word_bits; ++number) {
-    UINT64 kept = 0;
-    std::size_t begin = 0;
-    if (number == to / word_bits) {
-      begin = to % word_bits;
-      kept = (UINT64{1} << begin) - 1;
-    }
-    if (number == from / word_bits) kept |= ~UINT64{1} << from % word_bits;
-    const UINT64 before = marks_[number];
-    marks_[number] = (before & kept) | (((before & ~kept) << 1 | moved << begin) & ~kept);
-    moved = before >> (word_bits - 1);
+void ItemList::Rebuild::take(std::size_t first, std::size_t last) {
+  const std::size_t mark = list_.gapAt(first).number;
+  const std::size_t lastMark = list_.gapAt(last).number;
+  const std::size_t size = samples_.size() + marks_.size();
+  samples_.append(list_.samples_, first - mark, last - lastMark);
+  for (std::size_t number = mark; number < lastMark; ++number) {
+    marks_.push_back(list_.marks_[number]);
+    marks_.back().place = static_cast<UINT32>(size + (marks_.back().place - first));
   }
+}
+
+void ItemList::Rebuild::add(const GZDItem& item) {
+  if (item.isSample())
+    samples_.push_back(list_.packSample(item));
+  else
+    marks_.push_back(list_.packLandmark(item, samples_.size() + marks_.size()));
+}
+
+void ItemList::Rebuild::finish() {
+  list_.samples_ = std::move(samples_);
+  list_.marks_ = std::move(marks_);
+  list_.gap_ = Gap();
+  list_.rising_ = list_.samplesRise(0, list_.samples_.size());
 }
 
 }  // namespace gzd

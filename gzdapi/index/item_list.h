@@ -1,41 +1,40 @@
 // The entries of the index, in order.
 //
-// Nearly all are samples, so a sample's entry is one word of 8 bytes: whether either eye is inside
-// a blink, its place in the file, and its stamp above a base that suits the file. An event's word
-// holds its stamp, its marks and a number, under which SmallEvents keeps place and tag: 14 bytes in
-// all. An entry that does not fit (a boundary, an inserted event, a stamp far
-// from the others) lies whole in a list of its own, and its word tells where. Entries are handed
-// out by value.
-//
-// The list knows its landmarks, the entries that are no samples, by one bit an entry: few, so that
-// what concerns them alone need not touch the whole list.
+// Nearly all are samples: a sample's entry is one word, whether either eye is inside a blink, its
+// place in the file, and its stamp above a base that suits the file; SampleWords holds them. The
+// others, the landmarks, lie in a list of their own with their places, 16 bytes each, so that what
+// concerns them alone does not touch the samples. An entry that does not fit (a boundary, a stamp
+// far from the others) lies whole in a third list. Entries are handed out by value.
 #ifndef GZDAPI_ITEM_LIST_H
 #define GZDAPI_ITEM_LIST_H
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <deque>
 #include <iterator>
 #include <vector>
 
 #include "index/GZDItem.h"
-#include "index/small_events.h"
+#include "index/sample_words.h"
 
 namespace gzd {
 
-// An entry that is no sample: its place in the list.
+// An entry that is no sample: its place in the list, its number among its like.
 struct Landmark {
   UINT32 place;
+  UINT32 number;
+};
+
+// Of a sample that fits into a word.
+struct PlainSample {
+  INT64 position;
+  UINT64 stamp;
 };
 
 class ItemList {
- public:
-  // An entry as its list keeps it. It may be moved about in that list.
-  struct Packed {
-    UINT64 word;
-  };
+  struct Mark;
 
+ public:
   class Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -69,210 +68,293 @@ class ItemList {
       using pointer = void;
       using reference = Landmark;
 
-      Iterator(const ItemList& owner, std::size_t from)
-          : list_(&owner), place_(owner.nextLandmark(from, owner.size())) {}
-      Landmark operator*() const { return {static_cast<UINT32>(place_)}; }
-      Iterator& operator++() { return *this = {*list_, place_ + 1}; }
-      bool operator==(const Iterator& other) const { return place_ == other.place_; }
+      Iterator(const ItemList& owner, std::size_t from) : list_(&owner), number_(from) {}
+      Landmark operator*() const {
+        return {list_->marks_[number_].place, static_cast<UINT32>(number_)};
+      }
+      Iterator& operator++() {
+        ++number_;
+        return *this;
+      }
+      bool operator==(const Iterator& other) const { return number_ == other.number_; }
 
      private:
       const ItemList* list_;
-      std::size_t place_;
+      std::size_t number_;
     };
 
     explicit Landmarks(const ItemList& owner) : list_(owner) {}
     [[nodiscard]] Iterator begin() const { return {list_, 0}; }
-    [[nodiscard]] Iterator end() const { return {list_, list_.size()}; }
+    [[nodiscard]] Iterator end() const { return {list_, list_.marks_.size()}; }
 
    private:
     const ItemList& list_;
   };
 
-  [[nodiscard]] std::size_t size() const { return entries_.size(); }
+  // Goes from entry to entry. Valid until the list changes.
+  class Cursor {
+   public:
+    Cursor(const ItemList& list, std::size_t place)
+        : list_(&list), place_(place), number_(list.gapAt(place).number) {}
+
+    [[nodiscard]] std::size_t place() const { return place_; }
+    // Of landmarks before the place.
+    [[nodiscard]] std::size_t number() const { return number_; }
+    // Of samples before it.
+    [[nodiscard]] std::size_t sample() const { return place_ - number_; }
+    [[nodiscard]] bool isLandmark() const { return nextLandmark() == place_; }
+    [[nodiscard]] UINT64 stamp() const {
+      return isLandmark() ? list_->stampOf(list_->marks_[number_])
+                          : list_->stampOf(list_->samples_[sample()]);
+    }
+    [[nodiscard]] GZDItem item() const {
+      return isLandmark() ? list_->unpack(list_->marks_[number_])
+                          : list_->unpackSample(list_->samples_[sample()]);
+    }
+    // The first landmark from here on; the list's size when there is none.
+    [[nodiscard]] std::size_t nextLandmark() const {
+      return number_ < list_->marks_.size() ? list_->marks_[number_].place : list_->size();
+    }
+    // The first place behind the landmark before this place.
+    [[nodiscard]] std::size_t gapBegin() const {
+      return number_ > 0 ? list_->marks_[number_ - 1].place + std::size_t{1} : 0;
+    }
+    void next() {
+      number_ += isLandmark() ? 1 : 0;
+      ++place_;
+    }
+    void previous() {
+      number_ -= gapBegin() == place_ ? 1 : 0;
+      --place_;
+    }
+    // Goes to a place between the landmark before this place and the first one from it on.
+    void goWithinGap(std::size_t place) { place_ = place; }
+
+   private:
+    const ItemList* list_;
+    std::size_t place_;
+    std::size_t number_;
+  };
+
+  // Samples from a place on, each of which fits into a word. Valid until the list changes.
+  class Span {
+   public:
+    Span() = default;
+    Span(UINT32 place, const SampleWords::Run& run, UINT64 base)
+        : first_(place), base_(base), run_(run) {}
+
+    [[nodiscard]] std::size_t count() const { return run_.count; }
+    [[nodiscard]] bool holds(UINT32 place) const { return place - first_ < count(); }
+    // Of the sample at a place that it holds.
+    [[nodiscard]] PlainSample at(UINT32 place) const {
+      const UINT64 word = run_[place - first_];
+      return {positionOf(word), base_ + (word >> stamp_shift)};
+    }
+    // From each stamp to the next; 0 when they differ, or are not known to be the same.
+    [[nodiscard]] UINT64 step() const { return stepOf(run_); }
+
+   private:
+    UINT32 first_ = 0;
+    UINT64 base_ = 0;
+    SampleWords::Run run_;
+  };
+
+  [[nodiscard]] std::size_t size() const { return samples_.size() + marks_.size(); }
   // Of memory that the entries take.
   [[nodiscard]] UINT64 bytes() const {
-    return sizeof(Packed) * entries_.size() + events_.bytes() + sizeof(GZDItem) * others_.size();
+    return samples_.bytes() + sizeof(Mark) * marks_.size() + sizeof(GZDItem) * others_.size();
   }
-  [[nodiscard]] bool empty() const { return entries_.empty(); }
-  [[nodiscard]] std::size_t capacity() const { return entries_.capacity(); }
-  // Makes room for `count` entries in all.
-  void reserve(std::size_t count) { entries_.reserve(count); }
+  [[nodiscard]] bool empty() const { return size() == 0; }
   [[nodiscard]] Iterator begin() const { return {*this, 0}; }
   [[nodiscard]] Iterator end() const { return {*this, size()}; }
 
-  [[nodiscard]] GZDItem operator[](std::size_t place) const { return unpack(entries_[place]); }
-  [[nodiscard]] UINT64 stampAt(std::size_t place) const {
-    const Packed entry = entries_[place];
-    if (isPlain(entry)) return stampOf(entry);
-    return isEvent(entry) ? eventStampOf(entry) : otherOf(entry).getTimeStamp();
+  [[nodiscard]] GZDItem operator[](std::size_t place) const {
+    const Cursor at(*this, place);
+    return at.isLandmark() ? unpack(marks_[at.number()]) : unpackSample(samples_[at.sample()]);
   }
+  [[nodiscard]] UINT64 stampAt(std::size_t place) const { return Cursor(*this, place).stamp(); }
   [[nodiscard]] bool isSampleAt(std::size_t place) const {
-    const Packed entry = entries_[place];
-    return isPlain(entry) || (!isEvent(entry) && otherOf(entry).isSample());
+    return gap_.holds(place) || findGap(place).holds(place);
   }
-
   // Whether the entry is a sample that fits into a word: nearly every one.
-  [[nodiscard]] bool isPlainAt(std::size_t place) const { return isPlain(entries_[place]); }
+  [[nodiscard]] bool isPlainAt(std::size_t place) const {
+    return isSampleAt(place) && (!hasOddSamples_ || isPlain(samples_[place - gap_.number]));
+  }
+  // Whether that is known without a search; as a rule, when the entry before was asked for last.
+  [[nodiscard]] bool isPlainNearby(std::size_t place) const {
+    return gap_.holds(place) && !hasOddSamples_;
+  }
+  // The samples from a place on; none where isPlainAt() is false.
+  [[nodiscard]] Span spanFrom(UINT32 place) const;
 
   void push_back(const GZDItem& item);
   // A recorded sample outside blinks.
   void addSample(INT64 position, UINT64 stamp) {
     if (fits(position, stamp)) {
-      entries_.push_back(plain(position, stamp));
+      samples_.push_back(plain(position, stamp));
       noteStamp(stamp);
     } else {
       push_back({position, GZD_SAMPLE, SIDE_NONE, 0, stamp});
     }
   }
-  // Puts what `change` makes of the entry in its place.
+  // Such samples, the first of which stands in the file at `position`, others at equal distances
+  // from each to the next; so do their stamps.
+  void addSamples(std::size_t count, PlainSample first, PlainSample distance);
+  // Puts what `change` makes of a landmark's entry in its place.
   template <class Change>
   void change(std::size_t place, Change change) {
     GZDItem item = (*this)[place];
     change(item);
-    set(place, item);
+    setLandmark(gapAt(place).number, item);
   }
+  // Marks the samples from place `first` up to `last`, among which is no landmark.
+  void markInsideBlink(std::size_t first, std::size_t last, bool left, bool right);
 
   // ---- landmarks --------------------------------------------------------------------------------
-  // They stay until entries are added, moved or removed.
-  [[nodiscard]] Landmarks landmarks() const {
-    if (!marksKnown_) findLandmarks();
-    return Landmarks(*this);
-  }
+  [[nodiscard]] Landmarks landmarks() const { return Landmarks(*this); }
+  [[nodiscard]] std::size_t landmarkCount() const { return marks_.size(); }
+  // Makes room for `count` landmarks in all.
+  void reserveLandmarks(std::size_t count) { marks_.reserve(count); }
+  [[nodiscard]] std::size_t landmarkRoom() const { return marks_.capacity(); }
   // A landmark's entry.
-  [[nodiscard]] GZDItem operator[](Landmark mark) const { return (*this)[mark.place]; }
-  // The first landmark from a place on, `end` when there is none before that place. Only while
-  // landmarks() would have nothing to find.
+  [[nodiscard]] GZDItem operator[](Landmark mark) const { return unpack(marks_[mark.number]); }
+  // The first landmark from a place on, `end` when there is none before that place.
   [[nodiscard]] std::size_t nextLandmark(std::size_t place, std::size_t end) const {
-    const std::size_t number = place / word_bits;
-    if (place >= end || number >= marks_.size()) return end;
-    const UINT64 word = marks_[number] >> place % word_bits;
-    return word != 0 ? std::min(place + firstBit(word), end) : landmarkBehindWord(number, end);
+    return std::min(Cursor(*this, place).nextLandmark(), end);
   }
   // Whether the stamps of the samples rise from each to the next. False also when one of them did
   // not fit into a word.
-  [[nodiscard]] bool samplesRise() const {
-    if (!marksKnown_) findLandmarks();
-    return rising_;
-  }
+  [[nodiscard]] bool samplesRise() const { return rising_; }
 
-  // Moves the entry at `from` back to `to`, before those that stood there. The landmarks are to be
-  // known, and are so afterwards.
-  void moveBack(std::size_t from, std::size_t to);
-  // To be called when entries were added, moved or removed as they are kept.
-  void changed() { marksKnown_ = false; }
-  // To be called when the entries from `first` up to `last` were given another order.
-  void orderChanged(std::size_t first, std::size_t last);
+  // ---- order ------------------------------------------------------------------------------------
+  // Moves the entry at one place to another; those between move up or down by one.
+  void move(std::size_t from, std::size_t to);
+  // Puts as many entries as `order` has numbers, from `first` on, into the order of their numbers,
+  // which count from `first` on.
+  void reorder(std::size_t first, const std::vector<UINT32>& order);
 
-  // ---- entries as they are kept -----------------------------------------------------------------
-  [[nodiscard]] GZDItem unpack(Packed entry) const {
-    if (!isPlain(entry)) return isEvent(entry) ? unpackEvent(entry) : otherOf(entry);
-    GZDItem item(positionOf(entry), GZD_SAMPLE, SIDE_NONE, 0, stampOf(entry));
-    if ((entry.word & in_left_blink) != 0) item.markSampleInsideBlink(GZD_LEFT_EYE);
-    if ((entry.word & in_right_blink) != 0) item.markSampleInsideBlink(GZD_RIGHT_EYE);
-    return item;
-  }
-  // Keeps a new entry, which is not yet in the list.
-  [[nodiscard]] Packed pack(const GZDItem& item);
-  [[nodiscard]] std::vector<Packed>& packed() { return entries_; }
-  [[nodiscard]] const std::vector<Packed>& packed() const { return entries_; }
+  // Builds the list anew from what it holds and further entries.
+  class Rebuild {
+   public:
+    // The list must not change before finish().
+    explicit Rebuild(ItemList& list) : list_(list) {}
+    // The list's entries from place `first` up to `last`.
+    void take(std::size_t first, std::size_t last);
+    void add(const GZDItem& item);
+    // The list becomes what was built.
+    void finish();
+
+   private:
+    ItemList& list_;
+    SampleWords samples_;
+    std::vector<Mark> marks_;
+  };
 
  private:
-  // The word of an entry, its highest bit on the left; stamps are half-milliseconds:
+  // The word of a sample, its highest bit on the left; stamps are half-milliseconds:
   //
   //   63             34 33                        3  2  1  0
   //  +-----------------+---------------------------+--+--+--+
-  //  | stamp less base | place in the file plus 1  | R| L| 0|  sample; place 0: filled in
+  //  | stamp less base | place in the file plus 1  | R| L| 0|  place 0: filled in
   //  +-----------------+---------------------------+--+--+--+
-  //   63             34 33                     4 3 2  1  0
-  //  +-----------------+------------------------+-----+--+--+
-  //  | stamp less base | number of the event    |marks| 0| 1|  event or message, see SmallEvents
-  //  +-----------------+------------------------+-----+--+--+
   //   63                                           2  1  0
   //  +------------------------------------------------+--+--+
-  //  | number of the entry in `others_`               | 1| 1|  what fits into neither
+  //  | number of the entry in `others_`               | 0| 1|  what does not fit
   //  +------------------------------------------------+--+--+
   //
-  // L and R: the left and the right eye is inside a blink. marks: as in GZDItem, from mark_shift
-  // on. Samples and events have a base each.
-  static constexpr UINT64 no_sample_bit = 1;
-  static constexpr UINT64 no_event_bit = 2;
+  // L and R: the left and the right eye is inside a blink.
+  static constexpr UINT64 odd_bit = 1;
   static constexpr UINT64 in_left_blink = 2;
   static constexpr UINT64 in_right_blink = 4;
+  static constexpr int other_shift = 2;
   static constexpr int position_shift = 3;
   static constexpr int position_bits = 31;
   static constexpr int stamp_shift = position_shift + position_bits;
   static constexpr INT64 position_limit = (INT64{1} << position_bits) - 1;
   static constexpr UINT64 stamp_limit = UINT64{1} << (64 - stamp_shift);  // 149 hours
   static constexpr UINT64 stamps_before_first = stamp_limit / 16;
-  static constexpr UINT64 no_base = ~UINT64{0} / 2;  // no sample's stamp lies that far up
-  static constexpr int mark_shift = 2;
-  static constexpr int event_shift = 4;
-  static constexpr UINT64 event_limit = UINT64{1} << (stamp_shift - event_shift);
-  static constexpr int other_shift = 2;
-  static constexpr std::size_t word_bits = 64;  // of a word of landmarks
+  static constexpr UINT64 no_base = ~UINT64{0} / 2;  // no stamp lies that far up
 
-  static bool isPlain(Packed entry) { return (entry.word & no_sample_bit) == 0; }
-  static bool isEvent(Packed entry) {
-    return (entry.word & (no_sample_bit | no_event_bit)) == no_sample_bit;
+  // Samples and landmarks have a base each.
+  struct Mark {
+    UINT32 place;
+    UINT32 placeInFile;  // plus 1; the number of the entry in `others_` for what does not fit
+    UINT32 stamp;        // less base
+    UINT16 detail;       // type, side and marks as in GZDItem; 0 for what does not fit
+    UINT16 tag;
+  };
+  static_assert(sizeof(Mark) == 16);
+
+  // The samples between two landmarks: their places, and the number of the landmark behind them.
+  struct Gap {
+    std::size_t begin = ~std::size_t{0};
+    std::size_t count = 0;
+    std::size_t number = 0;
+
+    [[nodiscard]] bool holds(std::size_t place) const { return place - begin < count; }
+    [[nodiscard]] bool endsAt(std::size_t place) const { return place - begin == count; }
+  };
+
+  // The gap that a place lies in, or the one before its landmark.
+  [[nodiscard]] const Gap& gapAt(std::size_t place) const {
+    return gap_.holds(place) || gap_.endsAt(place) ? gap_ : findGap(place);
   }
-  static std::size_t eventNumber(Packed entry) {
-    return static_cast<std::size_t>(entry.word >> event_shift & (event_limit - 1));
+  const Gap& findGap(std::size_t place) const;
+
+  static bool isPlain(UINT64 word) { return (word & odd_bit) == 0; }
+  static UINT64 stepOf(const SampleWords::Run& run);
+  static INT64 positionOf(UINT64 word) {
+    return static_cast<INT64>(word >> position_shift & ((UINT64{1} << position_bits) - 1)) - 1;
   }
-  [[nodiscard]] UINT64 eventStampOf(Packed entry) const {
-    return eventBase_ + (entry.word >> stamp_shift);
+  [[nodiscard]] UINT64 stampOf(UINT64 word) const {
+    return isPlain(word) ? base_ + (word >> stamp_shift) : otherOf(word).getTimeStamp();
   }
-  [[nodiscard]] GZDItem unpackEvent(Packed entry) const {
-    const auto itsMarks = static_cast<unsigned>(entry.word >> mark_shift & 3);
-    return events_.item(eventNumber(entry), eventStampOf(entry), itsMarks);
-  }
-  // Whether an entry fits into a word and what SmallEvents holds.
-  [[nodiscard]] bool isSmallEvent(const GZDItem& item) const;
-  [[nodiscard]] Packed packSmallEvent(const GZDItem& item, std::size_t number) const;
-  static INT64 positionOf(Packed entry) {
-    return static_cast<INT64>(entry.word >> position_shift & ((UINT64{1} << position_bits) - 1)) -
-           1;
-  }
-  [[nodiscard]] UINT64 stampOf(Packed entry) const { return base_ + (entry.word >> stamp_shift); }
-  [[nodiscard]] const GZDItem& otherOf(Packed entry) const {
-    return others_[static_cast<std::size_t>(entry.word >> other_shift)];
+  [[nodiscard]] const GZDItem& otherOf(UINT64 word) const {
+    return others_[static_cast<std::size_t>(word >> other_shift)];
   }
   [[nodiscard]] bool fits(INT64 position, UINT64 stamp) const {
     return position < position_limit && stamp - base_ < stamp_limit;
   }
-  [[nodiscard]] Packed plain(INT64 position, UINT64 stamp) const {
-    return {(stamp - base_) << stamp_shift | static_cast<UINT64>(position + 1) << position_shift};
+  [[nodiscard]] UINT64 plain(INT64 position, UINT64 stamp) const {
+    return (stamp - base_) << stamp_shift | static_cast<UINT64>(position + 1) << position_shift;
   }
-  void set(std::size_t place, const GZDItem& item);
+  [[nodiscard]] GZDItem unpackSample(UINT64 word) const;
+  UINT64 packSample(const GZDItem& item);
+
+  [[nodiscard]] UINT64 stampOf(const Mark& mark) const {
+    return mark.detail != 0 ? eventBase_ + mark.stamp : others_[mark.placeInFile].getTimeStamp();
+  }
+  [[nodiscard]] GZDItem unpack(const Mark& mark) const {
+    if (mark.detail == 0) return others_[mark.placeInFile];
+    return {INT64{mark.placeInFile} - 1, mark.detail, SIDE_NONE, mark.tag, eventBase_ + mark.stamp};
+  }
+  Mark packLandmark(const GZDItem& item, std::size_t place);
+  void setLandmark(std::size_t number, const GZDItem& item);
+  std::size_t addOther(const GZDItem& item) {
+    others_.push_back(item);
+    return others_.size() - 1;
+  }
+
   void noteStamp(UINT64 stamp) {
     rising_ &= stamp >= risingFrom_;
     risingFrom_ = stamp + 1;
   }
-  // Marks the landmarks from place `first` up to `last`, as they are. Returns whether the samples
-  // among them rise; from `riseFrom` on others would.
-  bool markLandmarks(std::size_t first, std::size_t last, UINT64& riseFrom) const;
-  static std::size_t firstBit(UINT64 word) {
-    return static_cast<std::size_t>(std::countr_zero(word));
-  }
-  // The same after a word of landmarks.
-  [[nodiscard]] std::size_t landmarkBehindWord(std::size_t number, std::size_t end) const;
-  void putMarks(std::size_t number, UINT64 mask, UINT64 landmarks) const;
-  [[nodiscard]] bool areLandmarks(std::size_t first, std::size_t last) const;
-  void rotateMarks(std::size_t to, std::size_t from);
-  void findLandmarks() const;
+  // Whether the samples from number `first` up to `last` rise.
+  [[nodiscard]] bool samplesRise(std::size_t first, std::size_t last) const;
 
-  std::vector<Packed> entries_;
-  SmallEvents events_;
+  void moveSample(std::size_t number, std::size_t from, std::size_t to);
+  void moveLandmark(std::size_t number, std::size_t to);
+
+  SampleWords samples_;
+  std::vector<Mark> marks_;
   std::deque<GZDItem> others_;  // grows without being copied
   UINT64 base_ = no_base;
   UINT64 eventBase_ = no_base;
-
-  mutable std::vector<UINT64> marks_;  // a bit a place; 0 past the end
-  mutable bool marksKnown_ = true;
-  mutable bool rising_ = true;
-  mutable UINT64 risingFrom_ = 0;  // samples added from here on go on rising
+  bool hasOddSamples_ = false;
+  bool rising_ = true;
+  UINT64 risingFrom_ = 0;  // samples added from here on go on rising
+  mutable Gap gap_;        // the one asked for last
 };
-
-static_assert(sizeof(ItemList::Packed) == 8);
 
 }  // namespace gzd
 

@@ -15,36 +15,22 @@ class StrictOrder {
  public:
   explicit StrictOrder(ItemList& list) : items_(list) {}
 
-  // Whether the entries from `first` up to `last`, at least one, have only one possible order and
-  // stand in it: of any two, one comes first. Also false when too many share one stamp.
-  [[nodiscard]] bool isStrict(std::size_t first, std::size_t last) const;
-
-  // Puts them into that order. Returns false, and changes nothing, when there is more than one, or
-  // when it is far from the one they have.
+  // Puts the entries from `first` up to `last`, at least one, into the only possible order: of any
+  // two, one comes first. Returns false, and changes nothing, when there is more than one, when too
+  // many share one stamp, or when it is far from the one they have.
   bool make(std::size_t first, std::size_t last);
-  // The first place at which the last make() changed anything.
+  // The first place at which the last make() changed anything; `last` when it has not.
   [[nodiscard]] std::size_t firstChange() const { return lowestPlace_; }
 
  private:
+  static constexpr std::size_t nowhere = ~std::size_t{0};
+
   struct Move {
     std::size_t from;
     std::size_t to;
   };
 
-  // Goes through a window from landmark to landmark.
-  class Strides {
-   public:
-    Strides(const ItemList& list, std::size_t windowEnd)
-        : items_(list), samplesRise_(list.samplesRise()), last_(windowEnd) {}
-    // The last of the samples that are known to rise from `place` on; `place` itself when it is no
-    // sample.
-    [[nodiscard]] std::size_t from(std::size_t place) const;
-
-   private:
-    const ItemList& items_;
-    const bool samplesRise_;
-    const std::size_t last_;
-  };
+  using Cursor = ItemList::Cursor;
 
   // What decides between entries of one stamp.
   struct Standing {
@@ -61,9 +47,10 @@ class StrictOrder {
   }
 
   bool insertAll(std::size_t first, std::size_t last);
-  void undo(std::size_t first, std::size_t last);
-  [[nodiscard]] std::size_t placeOf(std::size_t entry, std::size_t first) const;
-  [[nodiscard]] bool runIsStrict(std::size_t first, std::size_t last) const;
+  void undo();
+  void passRise(Cursor& at, std::size_t last) const;
+  static void goBackOverLater(Cursor& at, UINT64 stamp, std::size_t first);
+  [[nodiscard]] std::size_t placeOf(const Cursor& entry, UINT64 stamp, std::size_t first) const;
 
   ItemList& items_;
   std::vector<Move> moved_;

@@ -29,7 +29,6 @@ class WindowSorter {
   // Sorts a window that is not empty. Returns the first place at which anything moved, or `last`.
   std::size_t sort(std::size_t first, std::size_t last) {
     strict_ = true;
-    if (strictOrder_.isStrict(first, last)) return last;
     if (strictOrder_.make(first, last)) return strictOrder_.firstChange();
     strict_ = false;
     window_.clear();
@@ -47,16 +46,13 @@ class WindowSorter {
 
  private:
   std::size_t carryOut(std::size_t first) {
-    ItemList::Packed* const target = items_.packed().data() + first;
     std::size_t firstMoved = window_.size();
-    sorted_.clear();
+    order_.clear();
     for (std::size_t i = 0; i < window_.size(); ++i) {
-      const UINT32 from = entries_[i + 1].place;
-      if (from != i) firstMoved = std::min(firstMoved, i);
-      sorted_.push_back(target[from]);
+      order_.push_back(entries_[i + 1].place);
+      if (order_.back() != i) firstMoved = std::min(firstMoved, i);
     }
-    std::copy(sorted_.begin(), sorted_.end(), target);
-    items_.orderChanged(first, first + window_.size());
+    items_.reorder(first, order_);
     return first + firstMoved;
   }
 
@@ -66,7 +62,7 @@ class WindowSorter {
   IntroSort introsort_;
   std::vector<GZDItem> window_;
   std::vector<SortEntry> entries_;
-  std::vector<ItemList::Packed> sorted_;
+  std::vector<UINT32> order_;
 };
 
 // The windows of a list of `count` items, one by one: first and last item, the last not included.

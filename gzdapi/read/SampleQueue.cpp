@@ -221,11 +221,14 @@ UINT32 SampleQueue::takeOverPlain(UINT32 from) {
   const PlainRecords records = source_.recordsLike(incoming_);
   const auto end = static_cast<UINT32>(items.size());
   UINT64 newest = stampOf(lastEntry_);
+  ItemList::Span span;
   UINT32 i = from;
-  for (; i < end && sqsize_ < series_capacity && items.isPlainAt(i); ++i) {
-    const UINT64 stamp = items.stampAt(i);
+  for (; i < end && sqsize_ < series_capacity; ++i) {
+    if (!span.holds(i)) span = items.spanFrom(i);
+    if (!span.holds(i)) break;
+    const auto [position, stamp] = span.at(i);
     if (stamp <= newest || !continuesRun(newest, stamp)) break;
-    const byte* const body = records.places.recordAt(items[i].getFilePos());
+    const byte* const body = records.places.recordAt(position);
     if (body == nullptr) break;
     const UINT16 tag = load_be16(body - sizeof(UINT16));
     if (!records.layout->suits(tag)) break;

@@ -24,17 +24,22 @@ class Records {
       : items_(entries), places_(where), tag_(layout.tag) {}
 
   // The body of the entry's record, its time to `time`; null for any other entry.
-  const byte* at(UINT32 place, double& time) const {
-    if (!items_.isPlainAt(place)) return nullptr;
-    const byte* const body = places_.recordAt(items_[place].getFilePos());
+  const byte* at(UINT32 place, double& time) {
+    if (!span_.holds(place)) {
+      span_ = items_.spanFrom(place);
+      if (!span_.holds(place)) return nullptr;
+    }
+    const auto [position, stamp] = span_.at(place);
+    const byte* const body = places_.recordAt(position);
     if (body == nullptr) return nullptr;
     const UINT16 tag = load_be16(body - sizeof(UINT16));
-    time = exact_time(items_.stampAt(place), tag);
+    time = exact_time(stamp, tag);
     return layout_tag(tag) == tag_ ? body : nullptr;
   }
 
  private:
   const ItemList& items_;
+  ItemList::Span span_;
   const RecordPlaces places_;
   const UINT16 tag_;
 };
@@ -137,7 +142,7 @@ void copy_gaze(const FSAMPLE& sample, UINT32 row, const GZD_GAZE_COLUMNS& to) {
 
 UINT32 fetch_usual_gaze(const ItemList& items, UINT32 first, UINT32 end, const RecordPlaces& places,
                         const SampleLayout& layout, const GZD_GAZE_COLUMNS& to) {
-  const Records records(items, places, layout);
+  Records records(items, places, layout);
   const UsualGaze gaze(layout);
   const GZD_GAZE_COLUMNS columns = to;
   const UINT32 count = end - first;

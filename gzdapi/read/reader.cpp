@@ -42,14 +42,14 @@ void Reader::indexIsFinal(bool pairEvents) {
 
 void Reader::startAnew() {
   stretches_.forget();
-  run_ = SampleRun();
+  leaveRun();
   dummies_.forget();
   queue_.clear();
 }
 
 ALLF_DATA* Reader::getFloatData(UINT32 itemIndex, bool reports) {
   state_.reportsUnknownFields = reports;
-  run_ = SampleRun();  // the window may be about to move
+  leaveRun();  // the window may be about to move
   if (itemIndex >= index_.size() || failed_) return nullptr;
   try {
     recordType_ = index_.gzdItemList[itemIndex].getItemType();
@@ -163,6 +163,12 @@ RecordPlaces Reader::placesInWindow(std::size_t longestRecord) const {
       std::min(held.offset + held.length - static_cast<INT64>(longestRecord) + 1, epochEnd_);
   if (end <= first) return {};
   return {first, end - first, held.bytes + (first - held.offset)};
+}
+
+bool Reader::enterSpan(UINT32 itemIndex) noexcept {
+  if (!run_.holds(itemIndex)) return false;
+  span_ = index_.gzdItemList.spanFrom(itemIndex);
+  return span_.holds(itemIndex);
 }
 
 // Makes the run that of the sample just read: its stretch, as far as window and epoch go.

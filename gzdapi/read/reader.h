@@ -42,11 +42,9 @@ class Reader : public SampleSource {
   // The same of nearly every sample after another one, quickly; null, with nothing done, for
   // any other entry.
   ALLF_DATA* sampleInRun(UINT32 itemIndex) noexcept {
-    const ItemList& items = index_.gzdItemList;
-    if (!run_.holds(itemIndex) || !items.isPlainAt(itemIndex)) return nullptr;
-    const INT64 place = items[itemIndex].getFilePos();
-    const UINT64 stamp = items.stampAt(itemIndex);
-    const byte* const body = run_.places.recordAt(place);
+    if (!span_.holds(itemIndex) && !enterSpan(itemIndex)) return nullptr;
+    const auto [position, stamp] = span_.at(itemIndex);
+    const byte* const body = run_.places.recordAt(position);
     if (body == nullptr) return nullptr;
     const UINT16 tag = load_be16(body - sizeof(UINT16));
     if (!layout_.suits(tag)) return nullptr;
@@ -72,7 +70,7 @@ class Reader : public SampleSource {
   void setVelocityKinds(unsigned kinds) {
     velocityKinds_ = kinds & GZD_VELOCITY_ALL;
     presetTag_ = 0;
-    run_ = SampleRun();
+    leaveRun();
   }
 
   void readQueueSample(UINT32 itemIndex, Sample& sample) override;
@@ -80,6 +78,10 @@ class Reader : public SampleSource {
   int stampsPerSampleAt(UINT32 itemIndex) override;
 
  private:
+  void leaveRun() {
+    run_ = SampleRun();
+    span_ = ItemList::Span();
+  }
   int readItem(UINT32 itemIndex);
   bool readLikeTheOneBefore(GZDItem item);
   void setPlaceInTime(UINT16 tag, UINT64 stamp) {
@@ -87,6 +89,7 @@ class Reader : public SampleSource {
     fData_.fs.flags = flags_at(tag, stamp);
   }
   [[nodiscard]] RecordPlaces placesInWindow(std::size_t longestRecord) const;
+  bool enterSpan(UINT32 itemIndex) noexcept;
   void beginRun(const Stretch& stretch, bool hasVelocities);
   ALLF_DATA* unusualSampleInRun(UINT32 itemIndex, const byte* body, UINT16 tag,
                                 UINT64 stamp) noexcept;
@@ -138,6 +141,7 @@ class Reader : public SampleSource {
   UINT16 presetTag_ = 0;  // fData is a sample preset for this layout tag; 0 when it is not
   BlockChain blocks_;     // and for these blocks, when its layout has some
   SampleRun run_;
+  ItemList::Span span_;    // of samples of the run
   SampleLayout layout_;    // of the tag used last, in this epoch; tag 0 for none
   FSAMPLE queuePreset_{};  // a sample preset for queuePresetTag
   UINT16 queuePresetTag_ = 0;

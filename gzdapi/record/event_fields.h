@@ -44,6 +44,14 @@ constexpr int tag_eye_mask = 0xC0;
 constexpr int tag_eye_right = 0x40;
 constexpr int tag_parsed_by_mask = 0xFE;
 
+// Codes of starts and ends of blinks, saccades and fixations; those of ends are even.
+constexpr bool is_eye_event(int type) {
+  return type >= GZD_START_BLINK && type <= GZD_END_FIXATION;
+}
+constexpr bool is_eye_event_end(int type) {
+  return is_eye_event(type) && type % 2 == 0;
+}
+
 // A binary message that holds a head pose: its length and its second and third byte.
 constexpr int head_pose_length = 147;
 constexpr byte head_pose_size_byte = 146;

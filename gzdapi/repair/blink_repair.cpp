@@ -86,13 +86,7 @@ void mergeBlinksInsideSaccade(Index& index) {
 void markSamplesInsideBlink(Index& index) {
   std::array<bool, 2> inside{};
   const auto mark = [&](std::size_t begin, std::size_t end) {
-    if (!inside[GZD_LEFT_EYE] && !inside[GZD_RIGHT_EYE]) return;
-    for (std::size_t place = begin; place < end; ++place) {
-      index.gzdItemList.change(place, [&](GZDItem& sample) {
-        if (inside[GZD_LEFT_EYE]) sample.markSampleInsideBlink(GZD_LEFT_EYE);
-        if (inside[GZD_RIGHT_EYE]) sample.markSampleInsideBlink(GZD_RIGHT_EYE);
-      });
-    }
+    index.gzdItemList.markInsideBlink(begin, end, inside[GZD_LEFT_EYE], inside[GZD_RIGHT_EYE]);
   };
   std::size_t behind = 0;  // the place after the landmark before
   for (const Landmark landmark : index.landmarks()) {

@@ -63,11 +63,11 @@ void FixationRepair::repair(Index& index) const {
   };
   Start starts[2];
   ItemList& items = index.gzdItemList;
-  for (std::size_t place = 0; place < items.size(); ++place) {
-    const GZDItem item = items[place];
+  for (const Landmark mark : items.landmarks()) {
+    const GZDItem item = items[mark];
     Start& start = starts[item.getEye()];
     if (item.getItemType() == GZD_START_FIXATION) {
-      start = {place, item.getTimeStamp()};
+      start = {mark.place, item.getTimeStamp()};
     } else if (item.getItemType() == GZD_END_FIXATION && item.getTimeStamp() < start.stamp) {
       items.change(start.place, [&](GZDItem& fixation) {
         const UINT64 before = fixation.getTimeStamp();

@@ -129,33 +129,6 @@ class BlockStartPadding {
   UINT64 firstStamp_ = 0;
 };
 
-struct Insertion {
-  std::size_t before;
-  std::vector<ItemList::Packed> dummies;  // packed at once: there may be millions
-};
-
-std::vector<ItemList::Packed> pack_all(ItemList& items, const std::vector<GZDItem>& dummies) {
-  std::vector<ItemList::Packed> entries;
-  entries.reserve(dummies.size());
-  for (const GZDItem& dummy : dummies) entries.push_back(items.pack(dummy));
-  return entries;
-}
-
-void insert_all(std::vector<ItemList::Packed>& entries, const std::vector<Insertion>& insertions,
-                std::size_t added) {
-  std::vector<ItemList::Packed> padded;
-  padded.reserve(entries.size() + added);
-  auto copied = entries.begin();
-  for (const Insertion& insertion : insertions) {
-    const auto sample = entries.begin() + static_cast<std::ptrdiff_t>(insertion.before);
-    padded.insert(padded.end(), copied, sample);
-    padded.insert(padded.end(), insertion.dummies.begin(), insertion.dummies.end());
-    copied = sample;
-  }
-  padded.insert(padded.end(), copied, entries.end());
-  entries = std::move(padded);
-}
-
 bool awaits_samples(const GZDItem& item) {
   return item.isRecordingStart() && (item.getRecording()->sflags & (SMP_LEFT | SMP_RIGHT)) != 0;
 }
@@ -163,24 +136,26 @@ bool awaits_samples(const GZDItem& item) {
 }  // namespace
 
 void pad_block_starts(Index& index, DummyBudget& budget) {
-  std::vector<Insertion> insertions;
   std::vector<const Recording*> waiting;
   BlockStartPadding padding(budget, index.findings);
-  std::size_t added = 0;
+  const ItemList& items = index.gzdItemList;
+  ItemList::Rebuild padded(index.gzdItemList);
+  std::size_t taken = 0;
   for (const Landmark mark : index.landmarks()) {
-    const GZDItem item = index.gzdItemList[mark];
+    const GZDItem item = items[mark];
     if (awaits_samples(item)) waiting.push_back(item.getRecording());
     const std::size_t behind = mark.place + std::size_t{1};
-    const bool isBeforeSample = behind < index.size() && index.gzdItemList.isSampleAt(behind);
-    if (waiting.empty() || !isBeforeSample) continue;
-    padding.pad(waiting, index.gzdItemList[behind].getTimeStamp());
+    if (waiting.empty() || behind == index.size() || !items.isSampleAt(behind)) continue;
+    padding.pad(waiting, items.stampAt(behind));
     waiting.clear();
     if (padding.dummies.empty()) continue;
-    added += padding.dummies.size();
-    insertions.push_back({behind, pack_all(index.gzdItemList, padding.dummies)});
+    padded.take(taken, behind);
+    for (const GZDItem& dummy : padding.dummies) padded.add(dummy);
+    taken = behind;
   }
-  if (insertions.empty()) return;
-  insert_all(index.gzdItemList.packed(), insertions, added);
+  if (taken == 0) return;
+  padded.take(taken, index.size());
+  padded.finish();
   index.itemsChanged();
 }
 
@@ -213,17 +188,32 @@ class PeriodCount {
   }
 
   void countSamples(std::size_t first, std::size_t last) {
-    for (std::size_t place = first; place < last; ++place) {
-      const INT64 stamp = static_cast<INT64>(index_.gzdItemList.stampAt(place));
-      if (expected_ == 0) {
-        stray_.log(stamp);
-        continue;
-      }
-      if (hasPrevious_ && stamp - previous_ < expected_) ++shorter;
-      if (hasPrevious_ && stamp - previous_ > expected_) ++longer;
-      previous_ = stamp;
-      hasPrevious_ = true;
+    const ItemList& items = index_.gzdItemList;
+    for (std::size_t place = first; place < last;) {
+      const ItemList::Span span = items.spanFrom(static_cast<UINT32>(place));
+      const UINT64 step = span.step();
+      meetSample(items.stampAt(place++));
+      if (step == 0 || expected_ == 0) continue;
+      countSteps(static_cast<INT64>(step), static_cast<unsigned>(span.count() - 1));
+      place += span.count() - 1;
+      previous_ = static_cast<INT64>(items.stampAt(place - 1));
     }
+  }
+
+  void meetSample(UINT64 unsignedStamp) {
+    const INT64 stamp = static_cast<INT64>(unsignedStamp);
+    if (expected_ == 0) {
+      stray_.log(stamp);
+      return;
+    }
+    if (hasPrevious_) countSteps(stamp - previous_, 1);
+    previous_ = stamp;
+    hasPrevious_ = true;
+  }
+
+  void countSteps(INT64 step, unsigned count) {
+    if (step < expected_) shorter += count;
+    if (step > expected_) longer += count;
   }
 
   const Index& index_;

@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <memory>
 
-#include "base/large_pages.h"
 #include "base/log.h"
 #include "order/time_order.h"
 #include "record/event_decoder.h"
@@ -28,11 +27,11 @@ namespace gzd {
 
 namespace {
 
-// Entries before the first estimate of how many there will be.
-constexpr std::size_t entries_for_estimate = 16384;
+// Events before the first estimate of how many there will be.
+constexpr std::size_t events_for_estimate = 16384;
 // The first estimate goes no higher, whatever the records before it look like.
-constexpr double most_entries_per_byte = 1.0 / 8.0;
-// Nor is room made for more entries at once.
+constexpr double most_events_per_byte = 1.0 / 8.0;
+// Nor is room made for more at once.
 constexpr std::size_t largest_room = std::size_t{1} << 29;
 
 constexpr float largest_rate_told = 1e9f;
@@ -62,7 +61,6 @@ class Scan {
   void run() {
     while (!ended_) {
       checkSize();
-      touchRoom();
       if (readRegularSamples()) continue;
       recordStart_ = file_.getFilePos();
       const NextRecord kind = nextRecord();
@@ -295,40 +293,24 @@ class Scan {
     noteKind(newestSample_.hasNegativePupil, newestSample_.input != NOT_RECORDED_WORD);
     const UINT64 stamp = clock_.stampOf(newestSample_.time);
     if (options_.fixConsistency) clock_.fillGap(index_, stamp, state_.sam_per_sec, dummies_);
-    makeRoom(position);
     index_.gzdItemList.addSample(position, stamp);
     clock_.advance(newestSample_.time);
   }
 
-  // When the size of the records shows how many entries there will be: growing step by step would
-  // hold the index twice. Dummies take no bytes and tell nothing.
+  // When the size of the records shows how many events there will be: growing step by step would
+  // hold them twice.
   void makeRoom(INT64 position) {
-    const std::size_t size = index_.gzdItemList.size();
-    if (size < roomForEntries_ || fileSize_ <= position) return;
-    const std::size_t count =
-        size - static_cast<std::size_t>(DummyBudget::all_gaps - dummies_.left);
-    const double mostPerByte = hasEstimate_ ? 1.0 : most_entries_per_byte;
+    const std::size_t count = index_.gzdItemList.landmarkCount();
+    if (count < roomForEvents_ || fileSize_ <= position) return;
+    const double mostPerByte = hasEstimate_ ? 1.0 : most_events_per_byte;
     hasEstimate_ = true;
-    const double entriesPerByte =
+    const double eventsPerByte =
         std::min(static_cast<double>(count) / static_cast<double>(position), mostPerByte);
     const auto estimate =
-        static_cast<std::size_t>(static_cast<double>(fileSize_) * entriesPerByte * 1.05);
-    reserve(std::clamp(estimate, size + size / 4, std::max(largest_room, size + size / 4)));
-  }
-
-  void reserve(std::size_t entries) {
-    ItemList& items = index_.gzdItemList;
-    items.reserve(entries);
-    roomForEntries_ = items.capacity();
-    ItemList::Packed* const begin = items.packed().data();
-    pages_ = LargePages(begin + items.size(), begin + items.capacity());
-  }
-
-  // Unless the entries have outgrown the room that was made for them.
-  void touchRoom() {
-    ItemList& items = index_.gzdItemList;
-    if (items.capacity() == roomForEntries_)
-      pages_.writtenUpTo(items.packed().data() + items.size());
+        static_cast<std::size_t>(static_cast<double>(fileSize_) * eventsPerByte * 1.05);
+    index_.gzdItemList.reserveLandmarks(
+        std::clamp(estimate, count + count / 4, std::max(largest_room, count + count / 4)));
+    roomForEvents_ = index_.gzdItemList.landmarkRoom();
   }
 
   // Throws for an index that no machine should be asked to hold.
@@ -370,8 +352,7 @@ class Scan {
   bool hasRawSamples_ = false;
   bool anyRecord_ = false;
   bool hasEstimate_ = false;
-  std::size_t roomForEntries_ = entries_for_estimate;
-  LargePages pages_;       // of the index
+  std::size_t roomForEvents_ = events_for_estimate;
   INT64 recordStart_ = 0;  // where the tag of the record at hand stands
   bool endsAtLimit_ = false;
   bool hasStopped_ = false;  // before the end of the file

@@ -31,13 +31,11 @@ class LogMerge {
     return getNextDataWLogInternal();
   }
 
-  // Steps to the next element when it is a sample and no log is merged; else does nothing. Returns
-  // whether it has.
+  // Steps to the next element when it is a sample like the one before and no log is merged; else
+  // does nothing. Returns whether it has.
   bool stepToSample() noexcept {
-    const UINT32 next = walk_.currentData;
-    if (log_.isLoaded() || next >= index_.size() || !index_.gzdItemList.isPlainAt(next))
-      return false;
-    walk_.currentData = next + 1;
+    if (log_.isLoaded() || !index_.gzdItemList.isPlainNearby(walk_.currentData)) return false;
+    ++walk_.currentData;
     return true;
   }
 
@@ -46,7 +44,6 @@ class LogMerge {
   UINT32 skipSamples() {
     const UINT32 first = walk_.currentData;
     if (log_.isLoaded() || first >= index_.size()) return 0;
-    static_cast<void>(index_.gzdItemList.landmarks());  // known from here on
     walk_.currentData =
         static_cast<UINT32>(index_.gzdItemList.nextLandmark(first, index_.gzdItemList.size()));
     return walk_.currentData - first;

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
+#include <random>
 
 #include "support/item_lists.h"
 
@@ -67,58 +69,96 @@ TEST(ItemList, SamplesOfAScanAreAsOthers) {
     if (item.isSample()) expect_entry(list[place++], item);
 }
 
+void expect_entries(const ItemList& list, const std::vector<GZDItem>& items) {
+  ASSERT_EQ(list.size(), items.size());
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    SCOPED_TRACE(i);
+    expect_entry(list[i], items[i]);
+  }
+  EXPECT_TRUE(landmarks_hold(list));
+}
+
 TEST(ItemList, ChangesStayWithTheEntry) {
   std::vector<GZDItem> items = mixture();
   ItemList list = list_of(items);
   for (std::size_t i = 0; i < items.size(); ++i) {
+    if (items[i].isSample()) {
+      items[i].markSampleInsideBlink(i % 2 == 0 ? GZD_LEFT_EYE : GZD_RIGHT_EYE);
+      list.markInsideBlink(i, i + 1, i % 2 == 0, i % 2 != 0);
+      continue;
+    }
     const UINT64 stamp = items[items.size() - 1 - i].getTimeStamp();
     const auto change = [&](GZDItem& item) {
       item.setTimeStamp(stamp);
-      if (item.isSample()) item.markSampleInsideBlink(i % 2 == 0 ? GZD_LEFT_EYE : GZD_RIGHT_EYE);
-      if (item.isEyeEvent()) item.markBlinkMerged();
+      item.markBlinkMerged();
     };
     change(items[i]);
     list.change(i, change);
   }
-  EXPECT_TRUE(landmarks_hold(list));
-  for (std::size_t i = 0; i < items.size(); ++i) expect_entry(list[i], items[i]);
-  std::reverse(list.packed().begin(), list.packed().end());
-  list.changed();
-  EXPECT_TRUE(landmarks_hold(list));
-  for (std::size_t i = 0; i < items.size(); ++i) expect_entry(list[i], items[items.size() - 1 - i]);
+  expect_entries(list, items);
+  ItemList::Rebuild turned(list);
+  for (std::size_t i = items.size(); i-- > 0;) turned.take(i, i + 1);
+  turned.finish();
+  std::reverse(items.begin(), items.end());
+  expect_entries(list, items);
 }
 
-void expect_landmarks(const ItemList& list) {
-  std::vector<UINT32> expected, actual;
-  for (UINT32 place = 0; place < list.size(); ++place)
-    if (!list[place].isSample()) expected.push_back(place);
-  for (const Landmark mark : list.landmarks()) actual.push_back(mark.place);
-  EXPECT_EQ(actual, expected);
+// Samples as of a recording, or with places and stamps that follow no rule, between messages.
+std::vector<GZDItem> long_list(bool isRegular, std::mt19937& random) {
+  std::vector<GZDItem> items;
+  INT64 position = 0;
+  for (UINT64 i = 0; i < 5000; ++i) {
+    position += isRegular ? 26 : 2 + static_cast<INT64>(random() % 100);
+    const UINT64 stamp = first_stamp + 2 * i + (isRegular ? 0 : random() % 2);
+    items.push_back(i % 100 == 7 ? GZDItem(position, GZD_MESSAGE, SIDE_NONE, 0, stamp)
+                                 : sample(position, stamp));
+  }
+  return items;
 }
 
-TEST(ItemList, LandmarksMoveWithTheEntries) {
-  constexpr std::size_t entry_count = 150;  // more than two words of landmarks
-  ItemList list;
-  for (std::size_t i = 0; i < entry_count; ++i) {
-    const auto position = static_cast<INT64>(i);
-    list.push_back(i % 3 == 1 ? GZDItem(position, GZD_MESSAGE, SIDE_NONE, 0, first_stamp + i)
-                              : sample(position, first_stamp + i));
+// Moves, orders anew, marks, takes out and puts in, all at random.
+TEST(ItemList, IsAPlainListUnderAnyChange) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 40; ++round) {
+    std::vector<GZDItem> items = long_list(round % 2 == 0, random);
+    ItemList list = list_of(items);
+    EXPECT_TRUE(list.samplesRise());
+    EXPECT_LE(round % 2 == 0 ? 10 * list.bytes() : list.bytes(), 10 * items.size());
+    for (int step = 0; step < 12; ++step) {
+      std::size_t from = random() % items.size(), to = random() % items.size();
+      const auto at = [&items](std::size_t i) {
+        return items.begin() + static_cast<std::ptrdiff_t>(i);
+      };
+      if (step % 4 == 0) {
+        list.move(from, to);
+        from > to ? std::rotate(at(to), at(from), at(from) + 1)
+                  : std::rotate(at(from), at(from) + 1, at(to) + 1);
+      } else if (step % 4 == 1) {
+        if (from > to) std::swap(from, to);
+        to = list.nextLandmark(from, to);
+        list.markInsideBlink(from, to, true, false);
+        for (; from < to; ++from) items[from].markSampleInsideBlink(GZD_LEFT_EYE);
+      } else if (step % 4 == 2) {
+        std::vector<UINT32> order(std::min<std::size_t>(items.size() - from, 1500));
+        std::iota(order.begin(), order.end(), 0U);
+        if (step > 4) std::shuffle(order.begin(), order.end(), random);
+        list.reorder(from, order);
+        const std::vector<GZDItem> before = items;
+        for (std::size_t i = 0; i < order.size(); ++i) items[from + i] = before[from + order[i]];
+      } else {
+        if (from > to) std::swap(from, to);
+        const GZDItem added[] = {sample(position_of_dummy, first_stamp), items[7]};
+        ItemList::Rebuild edited(list);
+        edited.take(0, from);
+        for (const GZDItem& item : added) edited.add(item);
+        edited.take(to, items.size());
+        edited.finish();
+        items.erase(at(from), at(to));
+        items.insert(at(from), std::begin(added), std::end(added));
+      }
+    }
+    expect_entries(list, items);
   }
-  std::vector<GZDItem> items = items_of(list);
-  EXPECT_TRUE(list.samplesRise());
-  for (std::size_t from = 1; from < entry_count; ++from) {
-    const std::size_t to = from * 7 % (from + 1);
-    list.moveBack(from, to);
-    const auto begin = items.begin();
-    std::rotate(begin + static_cast<std::ptrdiff_t>(to), begin + static_cast<std::ptrdiff_t>(from),
-                begin + static_cast<std::ptrdiff_t>(from) + 1);
-    for (std::size_t i = 0; i < entry_count; ++i) expect_entry(list[i], items[i]);
-    expect_landmarks(list);
-  }
-  list.changed();
-  EXPECT_FALSE(list.samplesRise());
-  list.push_back(sample(1, first_stamp));
-  expect_landmarks(list);
 }
 
 TEST(ItemList, AnEventTakesAtMostSixteenBytes) {

@@ -85,7 +85,7 @@ TEST(Scan, RefusesAnIndexThatIsTooLarge) {
   GzdWriter samples, events, pieces;
   pieces.message(1, "!V LONGMS_ST 1_x");
   for (UINT32 i = 0; i < 2000; ++i) {
-    samples.gaze_sample(i, 1, 1, 900);
+    samples.gaze_sample(3 * i + i % 2, 1, 1, 900);  // regular ones would take nothing
     events.button(i, 1);
     pieces.message(1, "!V LONGMS_CONT 1_x");
   }

@@ -1,0 +1,191 @@
+// A word that does not go on with the run before it begins a new one, which takes its step from the
+// word after it. Where words are to change, their pages hold the words themselves.
+#include "index/sample_words.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace gzd {
+
+const SampleWords::Piece& SampleWords::pieceAt(const Page& page, std::size_t place) {
+  const auto next =
+      std::upper_bound(page.pieces.begin(), page.pieces.end(), place,
+                       [](std::size_t wanted, const Piece& piece) { return wanted < piece.begin; });
+  return *(next - 1);
+}
+
+SampleWords::Run SampleWords::runAt(std::size_t page, const Piece& piece) const {
+  const std::size_t end = &piece == &pages_[page].pieces.back() ? countIn(page) : (&piece)[1].begin;
+  return {nullptr, piece.first, piece.step, end - piece.begin};
+}
+
+SampleWords::Run SampleWords::runFrom(std::size_t number) const {
+  const std::size_t place = number % page_size;
+  const Page& page = pages_[number / page_size];
+  if (!page.words.empty())
+    return {page.words.data() + place, 0, 0, countIn(number / page_size) - place};
+  const Piece& piece = pieceAt(page, place);
+  Run run = runAt(number / page_size, piece);
+  run.first += (place - piece.begin) * run.step;
+  run.count -= place - piece.begin;
+  return run;
+}
+
+// Looks at the neighbours of the run looked up last first.
+UINT64 SampleWords::lookUp(std::size_t number) const {
+  const std::size_t place = number % page_size, page = number / page_size;
+  const std::vector<Piece>& pieces = pages_[page].pieces;
+  if (pieces.empty()) {
+    newestFirst_ = number - place;
+    newest_ = runFrom(newestFirst_);
+    return newest_[place];
+  }
+  const auto holds = [&](std::size_t piece) {
+    return piece < pieces.size() && pieces[piece].begin <= place &&
+           (piece + 1 == pieces.size() || place < pieces[piece + 1].begin);
+  };
+  if (holds(newestPiece_ + 1))
+    ++newestPiece_;
+  else if (holds(newestPiece_ - 1))
+    --newestPiece_;
+  else
+    newestPiece_ = static_cast<std::size_t>(&pieceAt(pages_[page], place) - pieces.data());
+  const Piece& piece = pieces[newestPiece_];
+  newestFirst_ = number - place + piece.begin;
+  newest_ = runAt(page, piece);
+  return newest_[number - newestFirst_];
+}
+
+// ---- adding -------------------------------------------------------------------------------------
+
+void SampleWords::begin(UINT64 word) {
+  const std::size_t place = size_ % page_size;
+  if (place == 0) {
+    closePage();
+    pages_.emplace_back();
+    bytes_ += sizeof(Page);
+  }
+  Page& page = pages_.back();
+  bytes_ -= page.bytes();
+  if (page.words.empty() && page.pieces.size() == most_pieces) expand(pages_.size() - 1);
+  if (page.words.empty())
+    addPiece(page, place, word);
+  else
+    page.words.push_back(word);
+  bytes_ += page.bytes();
+  ++size_;
+}
+
+void SampleWords::addPiece(Page& page, std::size_t place, UINT64 word) {
+  next_ = no_word;
+  if (place == 0 || page.pieces.back().begin + 1 != place) {
+    page.pieces.push_back({word, 0, place});
+    return;
+  }
+  Piece& single = page.pieces.back();
+  single.step = step_ = word - single.first;
+  next_ = word + step_;
+}
+
+// Gives back the room that the last page has left.
+void SampleWords::closePage() {
+  if (pages_.empty()) return;
+  Page& page = pages_.back();
+  bytes_ -= page.bytes();
+  page.pieces.shrink_to_fit();
+  bytes_ += page.bytes();
+}
+
+void SampleWords::append(const Run& run) {
+  for (std::size_t i = 0; i < run.count;) {
+    push_back(run[i++]);
+    const std::size_t room = (page_size - size_ % page_size) % page_size;
+    if (run.words != nullptr || i == run.count || room == 0 || next_ != run[i]) continue;
+    const std::size_t count = std::min(run.count - i, room);
+    size_ += count;
+    next_ += count * step_;
+    i += count;
+  }
+}
+
+void SampleWords::append(const SampleWords& other, std::size_t first, std::size_t last) {
+  while (first < last) {
+    Run run = other.runFrom(first);
+    run.count = std::min(run.count, last - first);
+    append(run);
+    first += run.count;
+  }
+}
+
+// ---- changing -----------------------------------------------------------------------------------
+
+// The page holds its words themselves from now on.
+void SampleWords::expand(std::size_t number) {
+  Page& page = pages_[number];
+  if (!page.words.empty()) return;
+  newest_ = Run();
+  const std::size_t count = countIn(number);
+  std::vector<UINT64> words;
+  words.reserve(page_size);
+  while (words.size() < count) {
+    const Run run = runFrom(number * page_size + words.size());
+    for (std::size_t i = 0; i < run.count; ++i) words.push_back(run[i]);
+  }
+  page.words = std::move(words);
+  page.pieces = std::vector<Piece>();
+  if (number + 1 == pages_.size()) next_ = no_word;
+}
+
+void SampleWords::setBits(std::size_t first, std::size_t last, UINT64 bits) {
+  while (first < last) {
+    const std::size_t end = std::min(last, (first / page_size + 1) * page_size);
+    setBitsInPage(first, end, bits);
+    first = end;
+  }
+}
+
+// What a regular run has in common below and at these bits, all its words have.
+void SampleWords::setBitsInPage(std::size_t first, std::size_t last, UINT64 bits) {
+  const std::size_t page = first / page_size, begin = page * page_size;
+  SampleWords changed;
+  changed.append(*this, begin, first);
+  while (first < last) {
+    Run run = runFrom(first);
+    const bool isAlike = run.words == nullptr && run.step % (2 * std::bit_floor(bits)) == 0;
+    run.count = isAlike ? std::min(run.count, last - first) : 1;
+    changed.append({nullptr, run[0] | bits, run.step, run.count});
+    first += run.count;
+  }
+  changed.append(*this, first, begin + countIn(page));
+  changed.closePage();
+  newest_ = Run();
+  if (page + 1 == pages_.size()) next_ = no_word;
+  bytes_ += changed.bytes() - pages_[page].bytes();
+  pages_[page] = std::move(changed.pages_.front());
+}
+
+void SampleWords::move(std::size_t from, std::size_t to) {
+  const auto [low, high] = std::minmax(from, to);
+  for (std::size_t page = low / page_size; page <= high / page_size; ++page) {
+    bytes_ -= pages_[page].bytes();
+    expand(page);
+    bytes_ += pages_[page].bytes();
+  }
+  const UINT64 word = wordAt(from);
+  for (; from > to; --from) wordAt(from) = wordAt(from - 1);
+  for (; from < to; ++from) wordAt(from) = wordAt(from + 1);
+  wordAt(to) = word;
+}
+
+void SampleWords::replace(std::size_t first, const std::vector<UINT64>& words) {
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if ((*this)[first + i] == words[i]) continue;
+    const std::size_t page = (first + i) / page_size;
+    bytes_ -= pages_[page].bytes();
+    expand(page);
+    bytes_ += pages_[page].bytes();
+    wordAt(first + i) = words[i];
+  }
+}
+
+}  // namespace gzd
