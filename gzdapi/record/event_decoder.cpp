@@ -20,6 +20,8 @@ namespace {
 constexpr double rate_unit = 1.0 / 65536.0;  // the rate is stored as 16.16 fixed point
 constexpr float lasting_rate = 500.0f;       // it alone goes on into blocks that name none
 
+constexpr int longest_eye_field = 5;  // with its code
+
 // Limits of a time offset at the start of a message.
 constexpr int max_offset_blanks = 20;
 constexpr int max_offset_digits = 7;
@@ -169,6 +171,7 @@ struct Field {
   EventField code;
   ReadField read;
   UINT16 readBits;  // what `read` tells of it
+  byte length;      // of the value; 0 when it varies
 };
 
 constexpr auto as_raw = &EventRecord::raw;
@@ -179,34 +182,36 @@ constexpr auto as_velocity = &EventRecord::velocity;
 // In raw positions of start and end y replaces x in hstx and henx, and hsty and heny are not
 // touched; that of the mean goes to hstx, a member of the start.
 constexpr Field field_table[] = {
-    {FIELD_START_TIME, read_time<&E::sttime>, EVT_START_TIME},
+    {FIELD_START_TIME, read_time<&E::sttime>, EVT_START_TIME, 4},
     {FIELD_START_RAW, read_raw_pair<&E::gstx, &E::gsty, &E::hstx, &E::hstx>,
-     EVT_PUPIL_POS | EVT_START_POSITION},
-    {FIELD_START_HREF, read_pair<as_href, &E::hstx, &E::hsty>, EVT_HREF | EVT_START_POSITION},
-    {FIELD_START_GAZE, read_pair<as_gaze, &E::gstx, &E::gsty>, EVT_GAZE | EVT_START_POSITION},
+     EVT_PUPIL_POS | EVT_START_POSITION, 4},
+    {FIELD_START_HREF, read_pair<as_href, &E::hstx, &E::hsty>, EVT_HREF | EVT_START_POSITION, 4},
+    {FIELD_START_GAZE, read_pair<as_gaze, &E::gstx, &E::gsty>, EVT_GAZE | EVT_START_POSITION, 4},
     {FIELD_START_RESOLUTION, read_pair<as_gaze, &E::supd_x, &E::supd_y>,
-     EVT_RESOLUTION | EVT_START_TIME},
-    {FIELD_START_PUPIL, read_one<as_raw, &E::sta>, EVT_PUPIL_SIZE | EVT_START_TIME},
-    {FIELD_START_VELOCITY, read_one<as_velocity, &E::svel>, EVT_VELOCITY | EVT_START_TIME},
-    {FIELD_END_TIME, read_time<&E::entime>, EVT_END_TIME},
+     EVT_RESOLUTION | EVT_START_TIME, 4},
+    {FIELD_START_PUPIL, read_one<as_raw, &E::sta>, EVT_PUPIL_SIZE | EVT_START_TIME, 2},
+    {FIELD_START_VELOCITY, read_one<as_velocity, &E::svel>, EVT_VELOCITY | EVT_START_TIME, 2},
+    {FIELD_END_TIME, read_time<&E::entime>, EVT_END_TIME, 4},
     {FIELD_END_RAW, read_raw_pair<&E::genx, &E::geny, &E::henx, &E::henx>,
-     EVT_PUPIL_POS | EVT_END_POSITION},
-    {FIELD_END_HREF, read_pair<as_href, &E::henx, &E::heny>, EVT_HREF | EVT_END_POSITION},
-    {FIELD_END_GAZE, read_pair<as_gaze, &E::genx, &E::geny>, EVT_GAZE | EVT_END_POSITION},
-    {FIELD_END_RESOLUTION, read_resolution_at_end, EVT_RESOLUTION | EVT_END_VALUES},
-    {FIELD_END_PUPIL, read_one<as_raw, &E::ena>, EVT_PUPIL_SIZE | EVT_END_VALUES},
-    {FIELD_END_VELOCITY, read_one<as_velocity, &E::evel>, EVT_VELOCITY | EVT_END_VALUES},
-    {FIELD_INPUT, read_word<&E::input>, 0},
-    {FIELD_BUTTONS, read_buttons, 0},
-    {FIELD_MESSAGE, read_message, 0},
+     EVT_PUPIL_POS | EVT_END_POSITION, 4},
+    {FIELD_END_HREF, read_pair<as_href, &E::henx, &E::heny>, EVT_HREF | EVT_END_POSITION, 4},
+    {FIELD_END_GAZE, read_pair<as_gaze, &E::genx, &E::geny>, EVT_GAZE | EVT_END_POSITION, 4},
+    {FIELD_END_RESOLUTION, read_resolution_at_end, EVT_RESOLUTION | EVT_END_VALUES, 4},
+    {FIELD_END_PUPIL, read_one<as_raw, &E::ena>, EVT_PUPIL_SIZE | EVT_END_VALUES, 2},
+    {FIELD_END_VELOCITY, read_one<as_velocity, &E::evel>, EVT_VELOCITY | EVT_END_VALUES, 2},
+    {FIELD_INPUT, read_word<&E::input>, 0, 2},
+    {FIELD_BUTTONS, read_buttons, 0, 2},
+    {FIELD_MESSAGE, read_message, 0, 0},
     {FIELD_AVERAGE_RAW, read_raw_pair<&E::gavx, &E::gavy, &E::havx, &E::hstx>,
-     EVT_PUPIL_POS | EVT_AVERAGE_POSITION},
-    {FIELD_AVERAGE_HREF, read_pair<as_href, &E::havx, &E::havy>, EVT_HREF | EVT_AVERAGE_POSITION},
-    {FIELD_AVERAGE_GAZE, read_pair<as_gaze, &E::gavx, &E::gavy>, EVT_GAZE | EVT_AVERAGE_POSITION},
-    {FIELD_AVERAGE_PUPIL, read_one<as_raw, &E::ava>, EVT_PUPIL_SIZE | EVT_AVERAGE_VALUES},
-    {FIELD_AVERAGE_VELOCITY, read_one<as_velocity, &E::avel>, EVT_VELOCITY | EVT_AVERAGE_VALUES},
-    {FIELD_PEAK_VELOCITY, read_peak_velocity, 0},
-    {FIELD_FLAGS, read_word<&E::flags>, EVT_FLAGS},
+     EVT_PUPIL_POS | EVT_AVERAGE_POSITION, 4},
+    {FIELD_AVERAGE_HREF, read_pair<as_href, &E::havx, &E::havy>, EVT_HREF | EVT_AVERAGE_POSITION,
+     4},
+    {FIELD_AVERAGE_GAZE, read_pair<as_gaze, &E::gavx, &E::gavy>, EVT_GAZE | EVT_AVERAGE_POSITION,
+     4},
+    {FIELD_AVERAGE_PUPIL, read_one<as_raw, &E::ava>, EVT_PUPIL_SIZE | EVT_AVERAGE_VALUES, 2},
+    {FIELD_AVERAGE_VELOCITY, read_one<as_velocity, &E::avel>, EVT_VELOCITY | EVT_AVERAGE_VALUES, 2},
+    {FIELD_PEAK_VELOCITY, read_peak_velocity, 0, 2},
+    {FIELD_FLAGS, read_word<&E::flags>, EVT_FLAGS, 2},
 };
 
 // The row of each code; null for a code that is not known.
@@ -348,6 +353,35 @@ void read_tag(UINT16 tag, FEVENT& e) {
 }
 
 }  // namespace
+
+bool glance_at_eye_event(InputStream& in, StreamState& state, UINT16 tag, FEVENT& event) {
+  if (!is_eye_event(tag >> 8 & tag_type_mask)) return false;
+  const InputStream::HeldBytes held = in.held();
+  const byte* const begin = in.peek(0);
+  const byte* const end = held.bytes + held.length;
+  const byte* at = begin;
+  read_tag(tag, event);
+  event.sttime = event.entime = 0;
+  event.read = 0;
+  for (; end - at > longest_eye_field && *at != FIELD_END;) {
+    const Field* const field = fields_by_code[*at++];
+    if (field == nullptr || field->length == 0) return false;
+    if (field->code == FIELD_START_TIME) event.sttime = load_be32(at);
+    if (field->code == FIELD_END_TIME) event.entime = load_be32(at);
+    event.read = static_cast<UINT16>(event.read | field->readBits);
+    at += field->length;
+  }
+  if (end - at <= longest_eye_field) return false;
+  in.take(static_cast<std::size_t>(at + 1 - begin));
+  state.unknown_field = 0;
+  state.rate_assumed = false;
+  event.message = nullptr;
+  const bool hasStart = (event.read & EVT_START_TIME) != 0;
+  const bool hasEnd = (event.read & EVT_END_TIME) != 0;
+  if (!hasStart && hasEnd) event.sttime = event.entime;
+  if (!hasEnd) event.entime = event.sttime;
+  return true;
+}
 
 int decode_event(InputStream& in, StreamState& state, UINT16 tag, MessageText& text,
                  FEVENT& event) {

@@ -14,6 +14,11 @@ namespace gzd {
 // negative or above one record's. Throws GZDException when the stream ends inside the record.
 int decode_event(InputStream& in, StreamState& state, UINT16 tag, MessageText& text, FEVENT& event);
 
+// Takes from an eye event at the stream's position what the scan needs, type, eye and times, and no
+// message, when all of its fields are known and lie in memory. Returns false, and reads nothing,
+// for any other event.
+bool glance_at_eye_event(InputStream& in, StreamState& state, UINT16 tag, FEVENT& event);
+
 }  // namespace gzd
 
 #endif

@@ -152,8 +152,10 @@ class Scan {
 
   void readEvent(INT64 position) {
     const UINT16 tag = state_.last_tag;
-    const int result = with_errors_caught(
-        options_.failsafe, [&] { return decode_event(file_, state_, tag, text_, event_); });
+    const int result = with_errors_caught(options_.failsafe, [&] {
+      if (glance_at_eye_event(file_, state_, tag, event_)) return 0;
+      return decode_event(file_, state_, tag, text_, event_);
+    });
     notePosition(position);
     if (result < 0) return failToRead(1, "event", "Error reading event - type(preScan)");
     noteTimes(event_.sttime, event_.entime);
