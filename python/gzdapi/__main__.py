@@ -42,7 +42,7 @@ def _facts(recording: Recording) -> str:
     info = recording.info
     counts = ", ".join(f"{count:,} {kind}" for kind, count in info["elements"].items() if count)
     seconds = (info["duration"] or 0) / 1000
-    lines = [f"{recording.path}: {info['bytes']:,} bytes, {seconds:,.1f} s", f"  {counts}"]
+    lines = [f"{info['file']}: {info['bytes']:,} bytes, {seconds:,.1f} s", f"  {counts}"]
     return "\n".join(lines + [f"  {finding.text}" for finding in recording.findings])
 
 

@@ -77,7 +77,7 @@ def recording_html(recording: Recording) -> str:
     rest = f"<li>and {more:,} more</li>" if more > 0 else ""
     return "".join(
         [
-            f"<p><b>{html.escape(recording.path)}</b></p>",
+            f"<p><b>{html.escape(info['file'])}</b></p>",
             _rows(("", ""), [fact for fact in facts if fact[1] is not None]),
             _rows(head, _block_rows(recording.blocks)),
             f"<ul>{findings}{rest}</ul>" if findings else "<p>no findings</p>",

@@ -35,9 +35,14 @@ class Finding:
     text: str
 
 
+def as_text(path: str) -> str:
+    """A path as text that every library takes: bytes that are no UTF-8 become U+FFFD."""
+    return os.fsencode(path).decode("utf-8", "replace")
+
+
 def name_of(path: str) -> str:
-    """The name of a recording: its file's name without folder and `.gzd`."""
-    name = os.path.basename(path)
+    """The name of a recording: its file's name without folder and `.gzd`, as text."""
+    name = as_text(os.path.basename(path))
     return name[: -len(".gzd")] if name.endswith(".gzd") and name != ".gzd" else name
 
 
@@ -88,7 +93,7 @@ class Recording:
     """
 
     def __init__(self, path: Path, options: dict[str, Any], groups: Groups) -> None:
-        self.path: str = os.fspath(path)
+        self.path: str = os.fsdecode(path)
         self._options = options
         self._groups = group_names(groups)
         self._file = _core.OpenFile(_file_name(path), self._core_options())
@@ -111,7 +116,7 @@ class Recording:
     def info(self) -> dict[str, Any]:
         """Facts: what `gzdtool info --json` tells, with its keys."""
         if self._facts is None:
-            self._facts = {**self._file.facts(), "file": self.path}
+            self._facts = {**self._file.facts(), "file": as_text(self.path)}
         return self._facts
 
     @property

@@ -1,6 +1,7 @@
 """What other packages are handed: Parquet files, MNE, Dask, plots."""
 
 import json
+import os
 
 import duckdb
 import gzdapi
@@ -35,6 +36,14 @@ def test_parquet(tmp_path, trial, capfd):
     assert main([*words, "--no-repair", "--tables", "samples"]) == 0
     assert kept.stat().st_mtime_ns != before
     assert not [path for path in samples.rglob(".*")]
+
+
+def test_names_that_are_no_text(tmp_path):
+    path = synth(os.fsdecode(bytes(tmp_path / "n") + b"\xff.gzd"), "--duration 1 --trials 1")
+    rec = gzdapi.read(path)
+    assert "n\ufffd.gzd" in rec._repr_html_() and rec.name == "n\ufffd"
+    assert main(["parquet", path, "-o", str(tmp_path / "set")]) == 0
+    assert (tmp_path / "set/events/recording=n%EF%BF%BD/part.parquet").exists()
 
 
 def test_info(trial, capfd):
