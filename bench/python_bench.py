@@ -1,6 +1,8 @@
 """What the Python package costs: `bench/python_bench.py [MINUTES [ROUNDS]]`, run by a Python that has
 it, pandas and pyarrow. Beside it in turns, by processor time: the converter, and pandas that reads its
-text. Starting the interpreter and importing are left out. BUILD (build/release) has the programs."""
+text. Starting the interpreter and importing are left out, and so are the threads that numpy's linear
+algebra starts: none of the work needs them, but they spin for a while. BUILD (build/release) has the
+programs."""
 
 import json
 import os
@@ -179,7 +181,8 @@ class Bench:
     def task(self, name):
         shutil.rmtree(self.folder / "set", ignore_errors=True)
         told = subprocess.run([sys.executable, __file__, "--task", name, self.folder], check=True,
-                              stdout=subprocess.PIPE, env={**os.environ, "PYTHONWARNINGS": "ignore"})
+                              stdout=subprocess.PIPE, env={**os.environ, "PYTHONWARNINGS": "ignore",
+                                                              "OPENBLAS_NUM_THREADS": "1"})
         return json.loads(told.stdout)
 
     def seconds(self, name):

@@ -39,9 +39,13 @@ bool ElementWalk::is_shown(int code) const {
   return is_ended_event(code) && (wanted_ & want_ended_events) != 0;
 }
 
-bool ElementWalk::next() {
+void ElementWalk::require_turn() const {
   if (!recording_.is_walking(walk_))
     throw std::logic_error("the recording is being read by another reader");
+}
+
+bool ElementWalk::next() {
+  require_turn();
   if (has_ended_) leave_element();
   do {
     element_.code = step();

@@ -55,6 +55,8 @@ class ElementWalk {
   // Steps to the next element that is wanted, or that begins or ends a block. False at the end.
   // Throws ReadError when a record cannot be read again.
   [[nodiscard]] bool next();
+  // Throws std::logic_error when another walk was begun since.
+  void require_turn() const;
 
   // From a sample to the next element when that is one, too, quickly: of the element only `record`
   // changes. Else false, and next() goes on as if this had not been asked.

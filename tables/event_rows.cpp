@@ -24,23 +24,27 @@ struct Position {
   [[nodiscard]] bool is_known() const { return !std::isnan(x) && !std::isnan(y); }
 };
 
-Position position(bool is_held, float x, float y) {
+Position position(bool is_held, const EyeEvent::Point& at) {
   if (!is_held) return {};
-  return {is_value(x) ? x : nan_value, is_value(y) ? y : nan_value};
+  return {is_value(at[0]) ? at[0] : nan_value, is_value(at[1]) ? at[1] : nan_value};
 }
 
 // Whether the record holds a kind of position at a moment: EVT_ bits.
-bool holds(const FEVENT& event, int moment, int kind) {
+bool holds(const EyeEvent& event, int moment, int kind) {
   return (event.read & (moment | kind)) == (moment | kind);
 }
 
 // A head-pose block of an event brings gaze at every moment.
-bool holds_gaze(const FEVENT& event, int moment) {
+bool holds_gaze(const EyeEvent& event, int moment) {
   return (event.read & EVT_HEAD_POSE) != 0 || holds(event, moment, EVT_GAZE);
 }
 
+bool holds_href(const EyeEvent& event, int moment) {
+  return holds(event, moment, EVT_HREF);
+}
+
 // Raw positions stand where gaze stands when there is gaze.
-bool holds_raw(const FEVENT& event, int moment) {
+bool holds_raw(const EyeEvent& event, int moment) {
   return holds(event, moment, EVT_PUPIL_POS) && !holds_gaze(event, moment);
 }
 
@@ -92,31 +96,33 @@ PositionGroup position_group(const Rows& rows, const std::string& prefix) {
           position_columns(rows, prefix + "end_")};
 }
 
-Positions gaze_of(const FEVENT& e) {
-  if (e.type == GZD_END_FIXATION)
-    return {position(holds_gaze(e, EVT_AVERAGE_POSITION), e.gavx, e.gavy), {}, {}};
-  if (e.type != GZD_END_SACCADE) return {};
-  return {{},
-          position(holds_gaze(e, EVT_START_POSITION), e.gstx, e.gsty),
-          position(holds_gaze(e, EVT_END_POSITION), e.genx, e.geny)};
+// Those of one kind; `holds` tells whether the record holds it at a moment.
+template <class Holds>
+Positions positions_of(const EyeEvent& e, const EyeEvent::Point& first, const EyeEvent::Point& end,
+                       Holds holds) {
+  if (e.type == EventType::fixation)
+    return {position(holds(e, EVT_AVERAGE_POSITION), first), {}, {}};
+  if (e.type != EventType::saccade) return {};
+  return {
+      {}, position(holds(e, EVT_START_POSITION), first), position(holds(e, EVT_END_POSITION), end)};
 }
 
-Positions raw_of(const FEVENT& e) {
-  if (e.type == GZD_END_FIXATION)
-    return {position(holds_raw(e, EVT_AVERAGE_POSITION), e.gavx, e.gavy), {}, {}};
-  if (e.type != GZD_END_SACCADE) return {};
-  return {{},
-          position(holds_raw(e, EVT_START_POSITION), e.gstx, e.gsty),
-          position(holds_raw(e, EVT_END_POSITION), e.genx, e.geny)};
+Positions gaze_of(const EyeEvent& e) {
+  return positions_of(e, e.gaze, e.gaze_end, &holds_gaze);
 }
 
-Positions href_of(const FEVENT& e) {
-  if (e.type == GZD_END_FIXATION)
-    return {position(holds(e, EVT_AVERAGE_POSITION, EVT_HREF), e.havx, e.havy), {}, {}};
-  if (e.type != GZD_END_SACCADE) return {};
-  return {{},
-          position(holds(e, EVT_START_POSITION, EVT_HREF), e.hstx, e.hsty),
-          position(holds(e, EVT_END_POSITION, EVT_HREF), e.henx, e.heny)};
+Positions raw_of(const EyeEvent& e) {
+  return positions_of(e, e.gaze, e.gaze_end, &holds_raw);
+}
+
+Positions href_of(const EyeEvent& e) {
+  return positions_of(e, e.href, e.href_end, &holds_href);
+}
+
+// First and last sample, the last one's period included.
+double duration_of(const EyeEvent& event) {
+  return static_cast<double>(event.end) - static_cast<double>(event.start) +
+         static_cast<double>(event.period);
 }
 
 // The rows of one type, or of all.
@@ -137,13 +143,16 @@ class EventRows final : public RowBuilder {
 
   void bind(Rows& rows) override;
   void take(ElementWalk& walk, Rows& rows) override;
+  [[nodiscard]] bool is_known() const override { return outline_.ended.has_value(); }
+  [[nodiscard]] bool take_known(Rows& rows) override;
 
  private:
-  [[nodiscard]] bool is_wanted(const FEVENT& event, std::int32_t trial) const;
-  void set_times(std::size_t row, const FEVENT& event, double duration) const;
-  void set_velocities(std::size_t row, const FEVENT& event, double duration) const;
-  void set_positions(std::size_t row, const FEVENT& event) const;
-  void set_blink(std::size_t row, const FEVENT& event) const;
+  void take_event(const EyeEvent& event, Rows& rows);
+  [[nodiscard]] bool is_wanted(const EyeEvent& event, std::int32_t trial) const;
+  void set_times(std::size_t row, const EyeEvent& event) const;
+  void set_velocities(std::size_t row, const EyeEvent& event) const;
+  void set_positions(std::size_t row, const EyeEvent& event) const;
+  void set_blink(std::size_t row, const EyeEvent& event) const;
 
   Outline& outline_;
   std::optional<EventType> type_;
@@ -154,6 +163,7 @@ class EventRows final : public RowBuilder {
   Slot<float> pupil_, amplitude_, peak_, average_, href_amplitude_;
   PositionColumns resolution_;
   PositionGroup gaze_, href_, raw_;
+  std::size_t taken_ = 0;  // of the known ones
 };
 
 void EventRows::bind(Rows& rows) {
@@ -176,61 +186,67 @@ void EventRows::bind(Rows& rows) {
   raw_ = position_group(rows, "raw_");
 }
 
-bool EventRows::is_wanted(const FEVENT& event, std::int32_t trial) const {
-  return (!type_ || *type_ == event_type_of(event.type)) &&
-         (!eye_ || static_cast<std::size_t>(*eye_) == side_of(event)) &&
-         accepts(event.sttime, trial);
+bool EventRows::is_wanted(const EyeEvent& event, std::int32_t trial) const {
+  return (!type_ || *type_ == event.type) &&
+         (!eye_ || static_cast<std::uint8_t>(*eye_) == event.side) && accepts(event.start, trial);
 }
 
 void EventRows::take(ElementWalk& walk, Rows& rows) {
-  const Element& element = walk.element();
-  if (!is_ended_event(element.code)) return;
-  const FEVENT& event = element.record->fe;
-  const std::int32_t trial = outline_.trials.at(event.sttime);
+  if (is_ended_event(walk.element().code))
+    take_event({walk.element().record->fe, walk.period()}, rows);
+}
+
+bool EventRows::take_known(Rows& rows) {
+  if (taken_ == outline_.ended->size()) return false;
+  take_event((*outline_.ended)[taken_++], rows);
+  return true;
+}
+
+void EventRows::take_event(const EyeEvent& event, Rows& rows) {
+  const std::int32_t trial = outline_.trials.at(event.start);
   if (!is_wanted(event, trial)) return;
   const std::size_t row = rows.begin_row();
-  set_number(block_, row, outline_.blocks.at(event.sttime));
+  set_number(block_, row, outline_.blocks.at(event.start));
   set_number(trial_, row, trial);
-  eye_column_.set(row, static_cast<std::uint8_t>(side_of(event)));
-  type_column_.set(row, static_cast<std::uint8_t>(event_type_of(event.type)));
-  const double duration = static_cast<double>(event.entime) - static_cast<double>(event.sttime) +
-                          static_cast<double>(walk.period());
-  set_times(row, event, duration);
-  set_velocities(row, event, duration);
+  eye_column_.set(row, event.side);
+  type_column_.set(row, static_cast<std::uint8_t>(event.type));
+  set_times(row, event);
+  set_velocities(row, event);
   set_positions(row, event);
   set_blink(row, event);
 }
 
-void EventRows::set_times(std::size_t row, const FEVENT& event, double duration) const {
-  onset_.set(row, event.sttime);
-  offset_.set(row, event.entime);
-  duration_.set(row, duration);
+void EventRows::set_times(std::size_t row, const EyeEvent& event) const {
+  onset_.set(row, event.start);
+  offset_.set(row, event.end);
+  duration_.set(row, duration_of(event));
 }
 
 // By the resolution when one is recorded, else by the average velocity.
-float amplitude_of(const FEVENT& event, const Positions& gaze, Position resolution,
-                   double duration) {
-  if (event.type != GZD_END_SACCADE) return nan_value;
+float amplitude_of(const EyeEvent& event, Position resolution) {
+  if (event.type != EventType::saccade) return nan_value;
+  const Positions gaze = gaze_of(event);
   if ((event.read & EVT_RESOLUTION) != 0)
     return hypotf((gaze.start.x - gaze.end.x) / resolution.x,
                   (gaze.start.y - gaze.end.y) / resolution.y);
-  const float velocity = above_zero_or_null(event.avel);
+  const double duration = duration_of(event);
   if ((event.read & EVT_VELOCITY) == 0 || duration < 0) return nan_value;
-  return static_cast<float>(duration / ms_per_second * static_cast<double>(velocity));
+  return static_cast<float>(duration / ms_per_second *
+                            static_cast<double>(above_zero_or_null(event.average_velocity)));
 }
 
-void EventRows::set_velocities(std::size_t row, const FEVENT& event, double duration) const {
-  const Position resolution{resolution_of(event.supd_x, event.eupd_x),
-                            resolution_of(event.supd_y, event.eupd_y)};
+void EventRows::set_velocities(std::size_t row, const EyeEvent& event) const {
+  const Position resolution{resolution_of(event.resolution[0], event.resolution_end[0]),
+                            resolution_of(event.resolution[1], event.resolution_end[1])};
   resolution_.set(row, resolution);
-  amplitude_.set(row, amplitude_of(event, gaze_of(event), resolution, duration));
-  peak_.set(row, above_zero_or_null(event.pvel));
-  average_.set(row, above_zero_or_null(event.avel));
+  amplitude_.set(row, amplitude_of(event, resolution));
+  peak_.set(row, above_zero_or_null(event.peak_velocity));
+  average_.set(row, above_zero_or_null(event.average_velocity));
 }
 
-void EventRows::set_positions(std::size_t row, const FEVENT& event) const {
-  const bool is_fixation = event.type == GZD_END_FIXATION;
-  pupil_.set(row, is_fixation ? above_zero_or_null(event.ava) : nan_value);
+void EventRows::set_positions(std::size_t row, const EyeEvent& event) const {
+  const bool is_fixation = event.type == EventType::fixation;
+  pupil_.set(row, is_fixation ? above_zero_or_null(event.pupil) : nan_value);
   gaze_.set(row, gaze_of(event));
   raw_.set(row, raw_of(event));
   const Positions href = href_of(event);
@@ -238,12 +254,11 @@ void EventRows::set_positions(std::size_t row, const FEVENT& event) const {
   href_amplitude_.set(row, href_angle(href.start, href.end));
 }
 
-void EventRows::set_blink(std::size_t row, const FEVENT& event) const {
-  if (event.type != GZD_END_SACCADE)
+void EventRows::set_blink(std::size_t row, const EyeEvent& event) const {
+  if (event.type != EventType::saccade)
     has_blink_.set_null(row);
   else
-    has_blink_.set(row,
-                   outline_.blinks[side_of(event)].lies_in(event.sttime, event.entime) ? 1 : 0);
+    has_blink_.set(row, outline_.blinks[event.side].lies_in(event.start, event.end) ? 1 : 0);
 }
 
 }  // namespace

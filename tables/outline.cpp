@@ -1,52 +1,16 @@
-// A walk of its own over the events of a recording, before that which makes rows.
+// What the elements of a walk tell, collected.
 #include "outline.h"
 
 #include <algorithm>
-
-#include "element_walk.h"
 
 namespace gzdtables {
 
 namespace {
 
-// Collects stretches that follow one another. One that is not ended lasts until the next begins.
-class Stretches {
- public:
-  explicit Stretches(Timeline& timeline) : timeline_(timeline) {}
-
-  void begin(std::int32_t number, std::uint32_t time) {
-    end(time);
-    number_ = number;
-    start_ = time;
-  }
-  void end(std::uint32_t time) {
-    if (number_ != 0) timeline_.add(start_, time, static_cast<std::uint32_t>(number_), number_);
-    number_ = 0;
-  }
-  void finish() {
-    end(Timeline::latest);
-    timeline_.finish();
-  }
-
- private:
-  Timeline& timeline_;
-  std::int32_t number_ = 0;
-  std::uint32_t start_ = 0;
-};
-
-void take_event(Outline& outline, const FEVENT& event) {
-  const std::size_t eye = side_of(event);
-  const auto type = static_cast<std::uint8_t>(event_type_of(event.type));
-  outline.events[eye].add(event.sttime, event.entime, type, type + 1);
-  if (event.type == GZD_END_BLINK) outline.blinks[eye].add(event.sttime, event.entime);
-}
+// Events are kept while there are at least so many elements to each.
+constexpr std::size_t elements_of_kept_event = 8;
 
 }  // namespace
-
-EventType event_type_of(int code) {
-  if (code == GZD_END_FIXATION) return EventType::fixation;
-  return code == GZD_END_SACCADE ? EventType::saccade : EventType::blink;
-}
 
 void BlinkList::add(std::uint32_t onset, std::uint32_t offset) {
   blinks_.emplace_back(std::min(onset, offset), std::max(onset, offset));
@@ -65,31 +29,60 @@ bool BlinkList::lies_in(std::uint32_t start, std::uint32_t end) const {
   return blink != blinks_.end() && blink->second <= end;
 }
 
+void OutlineMaker::Stretches::begin(Timeline& timeline, std::int32_t number, std::uint32_t time) {
+  end(timeline, time);
+  number_ = number;
+  start_ = time;
+}
+
+void OutlineMaker::Stretches::end(Timeline& timeline, std::uint32_t time) {
+  if (number_ != 0) timeline.add(start_, time, static_cast<std::uint32_t>(number_), number_);
+  number_ = 0;
+}
+
+OutlineMaker::OutlineMaker(const Recording& recording)
+    : most_kept_(recording.element_count() / elements_of_kept_event) {
+  outline_.ended.emplace();
+}
+
+void OutlineMaker::take(const ElementWalk& walk) {
+  const Element& element = walk.element();
+  if (is_ended_event(element.code)) return take_event({element.record->fe, walk.period()});
+  if (element.code == GZD_RECORDING) take_recording(element);
+  if (element.opens_trial) trials_.begin(outline_.trials, element.trial, time_of(element));
+  if (element.closes_trial) trials_.end(outline_.trials, time_of(element));
+}
+
+void OutlineMaker::take_event(const EyeEvent& event) {
+  const auto type = static_cast<std::uint8_t>(event.type);
+  outline_.events[event.side].add(event.start, event.end, type, type + 1);
+  if (event.type == EventType::blink) outline_.blinks[event.side].add(event.start, event.end);
+  if (outline_.ended && outline_.ended->size() == most_kept_) outline_.ended.reset();
+  if (outline_.ended) outline_.ended->push_back(event);
+}
+
+void OutlineMaker::take_recording(const Element& element) {
+  if (element.record->rec.state == GZD_BLOCK_END)
+    return blocks_.end(outline_.blocks, time_of(element));
+  outline_.announced |= element.record->rec.sflags;
+  blocks_.begin(outline_.blocks, element.block, time_of(element));
+}
+
+Outline OutlineMaker::finish() {
+  blocks_.end(outline_.blocks, Timeline::latest);
+  trials_.end(outline_.trials, Timeline::latest);
+  outline_.blocks.finish();
+  outline_.trials.finish();
+  for (Timeline& events : outline_.events) events.finish();
+  for (BlinkList& blinks : outline_.blinks) blinks.finish();
+  return std::move(outline_);
+}
+
 Outline make_outline(Recording& recording) {
-  Outline outline;
-  Stretches blocks(outline.blocks), trials(outline.trials);
+  OutlineMaker maker(recording);
   ElementWalk walk(recording, want_ended_events);
-  while (walk.next()) {
-    const Element& element = walk.element();
-    if (is_ended_event(element.code)) {
-      take_event(outline, element.record->fe);
-      continue;
-    }
-    if (element.code == GZD_RECORDING && element.record->rec.state != GZD_BLOCK_END) {
-      outline.announced |= element.record->rec.sflags;
-      blocks.begin(element.block, time_of(element));
-    } else if (element.code == GZD_RECORDING) {
-      blocks.end(time_of(element));
-    }
-    if (element.opens_trial) trials.begin(element.trial, time_of(element));
-    if (element.closes_trial) trials.end(time_of(element));
-  }
-  outline.samples = walk.samples_passed();
-  blocks.finish();
-  trials.finish();
-  for (Timeline& events : outline.events) events.finish();
-  for (BlinkList& blinks : outline.blinks) blinks.finish();
-  return outline;
+  while (walk.next()) maker.take(walk);
+  return maker.finish();
 }
 
 }  // namespace gzdtables

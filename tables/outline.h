@@ -5,17 +5,17 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
+#include <optional>
 #include <utility>
 #include <vector>
 
+#include "element_walk.h"
+#include "eye_event.h"
 #include "recording.h"
 #include "timeline.h"
 
 namespace gzdtables {
-
-// Numbers of the `type` of events and the event of a sample.
-enum class EventType : std::uint8_t { fixation, saccade, blink };
-[[nodiscard]] EventType event_type_of(int code);
 
 // Whether a blink lies inside a stretch of time, in logarithmic time.
 class BlinkList {
@@ -36,10 +36,40 @@ struct Outline {
   // By eye, 0 left, 1 right: EventType + 1 of the event that holds a time, 0 for none.
   std::array<Timeline, 2> events;
   std::array<BlinkList, 2> blinks;
-  // Samples of the walk, those filled in too; 0 when messages of the experiment's log are merged.
-  std::uint32_t samples = 0;
+  // The eye events that ended, in the walk's order, unless they are a large part of all elements:
+  // then they would need more memory than the index.
+  std::optional<std::deque<EyeEvent>> ended;
   // SMP_ bits that any block announces.
   std::uint16_t announced = 0;
+};
+
+// Puts an outline together from the elements of a walk that shows ended events.
+class OutlineMaker {
+ public:
+  explicit OutlineMaker(const Recording& recording);
+  // Takes the element that the walk is at, which is no sample.
+  void take(const ElementWalk& walk);
+  // The outline, when the walk is at its end.
+  [[nodiscard]] Outline finish();
+
+ private:
+  // Collects stretches that follow one another. One that is not ended lasts until the next begins.
+  class Stretches {
+   public:
+    void begin(Timeline& timeline, std::int32_t number, std::uint32_t time);
+    void end(Timeline& timeline, std::uint32_t time);
+
+   private:
+    std::int32_t number_ = 0;
+    std::uint32_t start_ = 0;
+  };
+
+  void take_event(const EyeEvent& event);
+  void take_recording(const Element& element);
+
+  Outline outline_;
+  std::size_t most_kept_;  // ended events
+  Stretches blocks_, trials_;
 };
 
 // Walks over all elements, samples not fetched.

@@ -142,7 +142,8 @@ struct TableReader::State {
   void prepare(Batch& batch) const;
   [[nodiscard]] bool is_full(const Batch& batch) const;
   void fill(Batch& batch);
-  void expect_few_more();
+  void step(Rows& rows);
+  void expect_no_more();
 
   Request request;
   Schema schema;
@@ -174,18 +175,25 @@ bool TableReader::State::is_full(const Batch& batch) const {
 void TableReader::State::fill(Batch& batch) {
   Rows rows(schema, batch);
   builder->bind(rows);
-  while (!at_end && !is_full(batch)) {
-    at_end = !walk.next();
-    if (at_end)
-      builder->finish(rows);
-    else
-      builder->take(walk, rows);
-  }
+  while (!at_end && !is_full(batch)) step(rows);
   builder->complete(rows);
 }
 
-// Rows after those that were sure to come get batches of the usual size.
-void TableReader::State::expect_few_more() {
+void TableReader::State::step(Rows& rows) {
+  if (builder->is_known()) {
+    walk.require_turn();
+    at_end = !builder->take_known(rows);
+    return;
+  }
+  at_end = !walk.next();
+  if (at_end)
+    builder->finish(rows);
+  else
+    builder->take(walk, rows);
+}
+
+// Behind the batch with all rows comes an empty one.
+void TableReader::State::expect_no_more() {
   if (!request.has_all_rows) return;
   request.has_all_rows = false;
   request.batch_rows = std::min(request.batch_rows, Request().batch_rows);
@@ -204,7 +212,7 @@ const Schema& TableReader::schema() const {
 bool TableReader::next(Batch& batch) {
   state_->prepare(batch);
   state_->fill(batch);
-  state_->expect_few_more();
+  state_->expect_no_more();
   return batch.rows > 0;
 }
 

@@ -35,8 +35,8 @@ struct Request {
   // Rows of a batch, at most; a batch of long texts may have fewer. Memory is taken for as many of
   // them as the recording can fill, but touched only where there are rows.
   std::size_t batch_rows = 8192;
-  // As many rows are sure to come in the first batch: their memory is taken at once, which costs
-  // less. Batches after it are small ones.
+  // Of samples: all rows are asked for and come in the first batch, as they are fewer than
+  // `batch_rows`. Then their memory is taken at once, which costs less, and one walk does for all.
   bool has_all_rows = false;
 };
 

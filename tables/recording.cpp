@@ -49,9 +49,22 @@ int Recording::generation() const {
   return gzd_get_ovilo_revision(handle_.get());
 }
 
+std::uint32_t Recording::sample_count() {
+  if (!sample_count_) {
+    ElementWalk walk(*this, 0);
+    while (walk.next()) continue;
+    sample_count_ = walk.samples_passed();
+  }
+  return *sample_count_;
+}
+
 Outline& Recording::outline() {
-  if (!outline_) outline_ = std::make_unique<Outline>(make_outline(*this));
+  if (!outline_) keep_outline(make_outline(*this));
   return *outline_;
+}
+
+void Recording::keep_outline(Outline outline) {
+  outline_ = std::make_unique<Outline>(std::move(outline));
 }
 
 std::uint64_t Recording::begin_walk() {

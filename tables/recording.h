@@ -82,8 +82,15 @@ class Recording {
   // GZD_TRACKER_: of the tracker.
   [[nodiscard]] int generation() const;
 
-  // Blocks, trials and eye events by time. Made by a walk of its own at the first call.
+  // Samples of the walk, those filled in too; 0 when messages of the experiment's log are merged.
+  // Counted by a walk of its own at the first call.
+  [[nodiscard]] std::uint32_t sample_count();
+
+  // Blocks, trials and eye events by time. Made by a walk of its own at the first call, unless
+  // another walk made it on its way.
   [[nodiscard]] Outline& outline();
+  [[nodiscard]] bool has_outline() const { return outline_ != nullptr; }
+  void keep_outline(Outline outline);
 
   // Begins a walk from the first element, and returns its number.
   [[nodiscard]] std::uint64_t begin_walk();
@@ -98,6 +105,7 @@ class Recording {
   Options options_;
   std::unique_ptr<GZDFILE, Close> handle_;
   std::unique_ptr<Outline> outline_;
+  std::optional<std::uint32_t> sample_count_;
   std::uint64_t walk_ = 0;
 };
 

@@ -59,6 +59,10 @@ class RowBuilder {
   [[nodiscard]] std::int64_t replaced_messages() const { return replaced_; }
 
   virtual void bind(Rows& rows) = 0;
+  // Whether the rows can be had without a walk: then take_known() makes the next one, if it is
+  // asked for, and is false at the end.
+  [[nodiscard]] virtual bool is_known() const { return false; }
+  [[nodiscard]] virtual bool take_known(Rows&) { return false; }
   // Makes the rows of the element that the walk is at, at most rows_of_element. It may go on to the
   // samples that follow while the batch is not full.
   virtual void take(ElementWalk& walk, Rows& rows) = 0;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 
 #include "gaze_columns.h"
 #include "outline.h"
@@ -92,13 +93,17 @@ void set_word(const Slot<std::uint16_t>& slot, std::size_t row, bool is_there, U
 class SampleRows final : public RowBuilder {
  public:
   SampleRows(Recording& recording, const Request& request)
-      : RowBuilder(want_samples, request),
+      : RowBuilder(want_samples | (request.has_all_rows ? want_ended_events : 0U), request),
         recording_(recording),
-        outline_(recording.outline()),
-        has_targets_(recording.generation() == GZD_TRACKER_FALCON) {}
+        makes_outline_(request.has_all_rows && !recording.has_outline()),
+        maker_(recording),
+        has_targets_(recording.generation() == GZD_TRACKER_FALCON) {
+    if (!makes_outline_) static_cast<void>(recording.outline());
+  }
 
   void bind(Rows& rows) override;
   void take(ElementWalk& walk, Rows& rows) override;
+  void finish(Rows& rows) override;
   void complete(Rows& rows) override;
 
  private:
@@ -107,6 +112,7 @@ class SampleRows final : public RowBuilder {
   void put_events(std::size_t row, double time) {
     if (time < events_from_ || time >= events_end_) change_events(row, time);
   }
+  void put_events_of(std::size_t begin, std::size_t end);
   void change_events(std::size_t row, double time);
   void set_eye(std::size_t row, const FSAMPLE& s, const Presence& there, std::size_t eye) const;
   void set_other_of_eye(std::size_t row, const FSAMPLE& s, const Presence& there,
@@ -119,7 +125,10 @@ class SampleRows final : public RowBuilder {
   const FSAMPLE& without_fields(const FSAMPLE& filled);
 
   Recording& recording_;
-  Outline& outline_;
+  // Events are known only behind their samples: either from a walk before this one, or rows get
+  // them when all are there.
+  bool makes_outline_;
+  OutlineMaker maker_;
   bool has_targets_;
   bool has_others_ = false;
   Slot<double> time_;
@@ -149,7 +158,15 @@ void SampleRows::bind(Rows& rows) {
   choose_velocities();
 }
 
+void SampleRows::finish(Rows& rows) {
+  if (!makes_outline_) return;
+  makes_outline_ = false;
+  recording_.keep_outline(maker_.finish());
+  put_events_of(0, rows.count());
+}
+
 void SampleRows::complete(Rows& rows) {
+  if (makes_outline_) throw std::logic_error("more samples than were counted");
   const std::size_t end = rows.batch().rows;
   block_.finish(end);
   trial_.finish(end);
@@ -173,7 +190,10 @@ const FSAMPLE& SampleRows::without_fields(const FSAMPLE& filled) {
 }
 
 void SampleRows::take(ElementWalk& walk, Rows& rows) {
-  if (walk.element().code != GZD_SAMPLE) return;
+  if (walk.element().code != GZD_SAMPLE) {
+    if (makes_outline_) maker_.take(walk);
+    return;
+  }
   block_.put(rows.count(), walk.element().block);
   trial_.put(rows.count(), walk.element().trial);
   do {
@@ -192,8 +212,13 @@ void SampleRows::take_gaze(const ElementWalk& walk, Rows& rows) {
     if (count == 0) return;
     recorded_.put(row, 2);
     rows.begin_rows(count);
-    for (std::size_t i = row; i < row + count; ++i) put_events(i, gaze_.time(i));
+    put_events_of(row, row + count);
   }
+}
+
+void SampleRows::put_events_of(std::size_t begin, std::size_t end) {
+  if (makes_outline_) return;
+  for (std::size_t row = begin; row < end; ++row) put_events(row, gaze_.time(row));
 }
 
 void SampleRows::take_sample(const ElementWalk& walk, Rows& rows) {
@@ -202,7 +227,7 @@ void SampleRows::take_sample(const ElementWalk& walk, Rows& rows) {
   if (!accepts(time, walk.element().trial)) return;
   const std::size_t row = rows.begin_row();
   time_.set(row, time);
-  put_events(row, time);
+  if (!makes_outline_) put_events(row, time);
   const bool recorded = !walk.is_filled(announced);
   const FSAMPLE& sample = recorded ? announced : without_fields(announced);
   recorded_.put(row, recorded ? 2 : 1);
@@ -214,7 +239,7 @@ void SampleRows::take_sample(const ElementWalk& walk, Rows& rows) {
 void SampleRows::change_events(std::size_t row, double time) {
   std::uint32_t from = 0, to = Timeline::latest;
   for (const std::size_t eye : {0, 1}) {
-    Timeline& events = outline_.events[eye];
+    Timeline& events = recording_.outline().events[eye];
     events_[eye].put(row, events.at(static_cast<std::uint32_t>(time)));
     from = std::max(from, events.from());
     to = std::min(to, events.to());

@@ -1,11 +1,12 @@
 // To touch a page for the first time costs more than to fill it, if it is a small one. Large ones
 // are several times cheaper, but where the system has none at hand (a virtual machine that gives
-// unused memory back, or one whose memory is in pieces) several times dearer: they are taken as
-// long as they come quickly, and small ones from then on.
+// unused memory back, or one whose memory is in pieces) several times dearer. Some are slow among
+// many that are quick, so what large pages may lose against small ones has a limit.
 #include "touched_memory.h"
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <new>
@@ -29,23 +30,31 @@ double processor_seconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * nanosecond;
 }
 
-// Whether touching a large page was not dearer than so many small ones are.
-bool comes_quickly(std::byte* page) {
-  constexpr double most_seconds = 0.8e-3;
+double seconds_to_touch(std::byte* page) {
   const double begin = processor_seconds();
   madvise(page, large_page, MADV_HUGEPAGE);
   madvise(page, large_page, MADV_POPULATE_WRITE);
-  return processor_seconds() - begin <= most_seconds;
+  return processor_seconds() - begin;
 }
+
+// What large pages lost of late. What quick ones gain makes up for slow ones before them, but is
+// not saved for those to come: they tend to be followed by more.
+class Loss {
+ public:
+  void add(double seconds) { seconds_ = std::max(0.0, seconds_ + seconds - of_small_pages); }
+  [[nodiscard]] bool is_bearable() const { return seconds_ <= most; }
+
+ private:
+  static constexpr double of_small_pages = 0.8e-3;  // for as much memory
+  static constexpr double most = 6e-3;              // a slow page or two
+  double seconds_ = 0;
+};
 
 // Advice only: what the system does not know or have is touched when it is written.
 void touch(std::byte* memory, std::size_t bytes) {
   std::size_t done = 0;
-  while (bytes - done >= large_page) {
-    const bool was_quick = comes_quickly(memory + done);
-    done += large_page;
-    if (!was_quick) break;
-  }
+  for (Loss loss; bytes - done >= large_page && loss.is_bearable(); done += large_page)
+    loss.add(seconds_to_touch(memory + done));
   if (bytes > done) madvise(memory + done, bytes - done, MADV_POPULATE_WRITE);
 }
 

@@ -8,8 +8,6 @@
 #include <mutex>
 #include <vector>
 
-#include "tables/outline.h"
-
 namespace gzdpython {
 
 namespace {
@@ -81,10 +79,10 @@ bool takes_all(const Request& request) {
 void choose_pieces(Recording& recording, Request& request) {
   request.batch_rows = rows_of_piece;
   if (request.table != gzdtables::Table::samples || !takes_all(request)) return;
-  const std::size_t samples = recording.outline().samples;
+  const std::size_t samples = recording.sample_count();
   request.has_all_rows = samples > rows_of_piece;
   if (samples == 0) request.batch_rows = std::max(1U, recording.element_count());
-  if (request.has_all_rows) request.batch_rows = samples;
+  if (request.has_all_rows) request.batch_rows = samples + 1;
 }
 
 std::vector<Batch> read_pieces(TableReader& reader) {
