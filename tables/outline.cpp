@@ -7,7 +7,8 @@ namespace gzdtables {
 
 namespace {
 
-// Events are kept while there are at least so many elements to each.
+// Events are kept while they are few, and at least so many elements come to each.
+constexpr std::size_t most_kept_events = 1 << 17;
 constexpr std::size_t elements_of_kept_event = 8;
 
 }  // namespace
@@ -41,7 +42,7 @@ void OutlineMaker::Stretches::end(Timeline& timeline, std::uint32_t time) {
 }
 
 OutlineMaker::OutlineMaker(const Recording& recording)
-    : most_kept_(recording.element_count() / elements_of_kept_event) {
+    : most_kept_(std::min(most_kept_events, recording.element_count() / elements_of_kept_event)) {
   outline_.ended.emplace();
 }
 

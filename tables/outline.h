@@ -36,8 +36,8 @@ struct Outline {
   // By eye, 0 left, 1 right: EventType + 1 of the event that holds a time, 0 for none.
   std::array<Timeline, 2> events;
   std::array<BlinkList, 2> blinks;
-  // The eye events that ended, in the walk's order, unless they are a large part of all elements:
-  // then they would need more memory than the index.
+  // The eye events that ended, in the walk's order, unless they are too many, or a large part of
+  // all elements.
   std::optional<std::deque<EyeEvent>> ended;
   // SMP_ bits that any block announces.
   std::uint16_t announced = 0;
