@@ -85,7 +85,7 @@ void StrictOrder::goBackOverLater(Cursor& at, UINT64 stamp, std::size_t first) {
 std::size_t StrictOrder::placeOf(const Cursor& entry, UINT64 stamp, std::size_t first) const {
   Cursor at = entry;
   goBackOverLater(at, stamp, first);
-  const Standing standing = standingOf(entry.item());
+  const Standing standing = standingOf(entry);
   const std::size_t end = at.place();
   std::size_t place = end;
   while (at.place() > first) {
@@ -93,7 +93,7 @@ std::size_t StrictOrder::placeOf(const Cursor& entry, UINT64 stamp, std::size_t 
     at.previous();
     if (at.stamp() != stamp) break;
     if (end - at.place() == longest_run) return nowhere;
-    const Standing other = standingOf(at.item());
+    const Standing other = standingOf(at);
     const bool comesFirst = comesBefore(standing, other);
     if (comesFirst == comesBefore(other, standing) || (comesFirst && !mayComeBefore))
       return nowhere;

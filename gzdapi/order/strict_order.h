@@ -37,8 +37,10 @@ class StrictOrder {
     std::size_t sortClass;
     INT64 filePos;
   };
-  static Standing standingOf(const GZDItem& item) {
-    return {static_cast<std::size_t>(sort_class_of(item)), item.getFilePos()};
+  static Standing standingOf(const Cursor& at) {
+    const GZDItem item = at.item();
+    const SortClass sortClass = at.isLandmark() ? sort_class_of(item) : SortClass::Sample;
+    return {static_cast<std::size_t>(sortClass), item.getFilePos()};
   }
   static bool comesBefore(const Standing& a, const Standing& b) {
     const Precedence precedence = precedence_table[a.sortClass][b.sortClass];
