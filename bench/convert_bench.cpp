@@ -35,6 +35,7 @@ struct Settings {
   bool only_devices = false;
   std::string scratch = fs::temp_directory_path();
   std::string gzdconv = BENCH_GZDCONV;
+  std::string reference;
 };
 
 constexpr const char* usage_text =
@@ -45,6 +46,8 @@ constexpr const char* usage_text =
     "  --quick         2 minutes, 1 round: to see that it works\n"
     "  --scratch DIR   where recordings and files on disk go (the temporary directory)\n"
     "  --gzdconv PATH  converter to measure (the one built along)\n"
+    "  --reference PATH  converter whose default conversion other devices and options are held\n"
+    "                  against (the one to measure)\n"
     "  --keep          leave the recordings\n";
 
 // A directory of its own, removed at the end.
@@ -325,7 +328,9 @@ void print_circumstances(const Settings& settings) {
 void Bench::run() {
   print_circumstances(settings_);
   if (!settings_.only_devices) run_usual();
-  race_devices(disk_.path(), settings_.gzdconv, std::max(1, settings_.minutes / 4),
+  const std::string& reference =
+      settings_.reference.empty() ? settings_.gzdconv : settings_.reference;
+  race_devices(disk_.path(), settings_.gzdconv, reference, std::max(1, settings_.minutes / 4),
                settings_.rounds);
 }
 
@@ -365,6 +370,8 @@ bool parse(const Words& arguments, Settings& settings) {
       settings.scratch = value();
     else if (word == "--gzdconv")
       settings.gzdconv = value();
+    else if (word == "--reference")
+      settings.reference = value();
     else if (word == "--keep")
       settings.keep = true;
     else
