@@ -99,23 +99,6 @@ bool ItemList::samplesRise(std::size_t first, std::size_t last) const {
   return true;
 }
 
-void ItemList::markInsideBlink(std::size_t first, std::size_t last, bool left, bool right) {
-  if (first >= last || (!left && !right)) return;
-  const std::size_t before = gapAt(first).number;
-  const UINT64 bits = (left ? in_left_blink : 0) | (right ? in_right_blink : 0);
-  if (!hasOddSamples_) return samples_.setBits(first - before, last - before, bits);
-  for (std::size_t number = first - before; number < last - before; ++number) {
-    const UINT64 word = samples_[number];
-    if (isPlain(word)) {
-      samples_.setBits(number, number + 1, bits);
-      continue;
-    }
-    GZDItem& item = others_[static_cast<std::size_t>(word >> other_shift)];
-    if (left) item.markSampleInsideBlink(GZD_LEFT_EYE);
-    if (right) item.markSampleInsideBlink(GZD_RIGHT_EYE);
-  }
-}
-
 // ---- landmarks ----------------------------------------------------------------------------------
 
 ItemList::Mark ItemList::packLandmark(const GZDItem& item, std::size_t place) {
@@ -222,14 +205,28 @@ void ItemList::reorder(std::size_t first, const std::vector<UINT32>& order) {
   rising_ = rising_ && samplesRise(firstSample - std::min<std::size_t>(firstSample, 1), last);
 }
 
-void ItemList::Rebuild::take(std::size_t first, std::size_t last) {
+void ItemList::Rebuild::take(std::size_t first, std::size_t last, bool left, bool right) {
   const std::size_t mark = list_.gapAt(first).number;
   const std::size_t lastMark = list_.gapAt(last).number;
   const std::size_t size = samples_.size() + marks_.size();
-  samples_.append(list_.samples_, first - mark, last - lastMark);
+  takeSamples(first - mark, last - lastMark,
+              (left ? in_left_blink : 0) | (right ? in_right_blink : 0));
   for (std::size_t number = mark; number < lastMark; ++number) {
     marks_.push_back(list_.marks_[number]);
     marks_.back().place = static_cast<UINT32>(size + (marks_.back().place - first));
+  }
+}
+
+void ItemList::Rebuild::takeSamples(std::size_t first, std::size_t last, UINT64 blinks) {
+  if (blinks == 0 || !list_.hasOddSamples_)
+    return samples_.append(list_.samples_, first, last, blinks);
+  for (; first < last; ++first) {
+    const UINT64 word = list_.samples_[first];
+    samples_.push_back(isPlain(word) ? word | blinks : word);
+    if (isPlain(word)) continue;
+    GZDItem& item = list_.others_[static_cast<std::size_t>(word >> other_shift)];
+    if ((blinks & in_left_blink) != 0) item.markSampleInsideBlink(GZD_LEFT_EYE);
+    if ((blinks & in_right_blink) != 0) item.markSampleInsideBlink(GZD_RIGHT_EYE);
   }
 }
 

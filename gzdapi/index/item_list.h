@@ -207,8 +207,6 @@ class ItemList {
     change(item);
     setLandmark(gapAt(place).number, item);
   }
-  // Marks the samples from place `first` up to `last`, among which is no landmark.
-  void markInsideBlink(std::size_t first, std::size_t last, bool left, bool right);
 
   // ---- landmarks --------------------------------------------------------------------------------
   [[nodiscard]] Landmarks landmarks() const { return Landmarks(*this); }
@@ -238,13 +236,16 @@ class ItemList {
    public:
     // The list must not change before finish().
     explicit Rebuild(ItemList& list) : list_(list) {}
-    // The list's entries from place `first` up to `last`.
-    void take(std::size_t first, std::size_t last);
+    // The list's entries from place `first` up to `last`, samples marked as inside a blink of the
+    // left or the right eye.
+    void take(std::size_t first, std::size_t last, bool left = false, bool right = false);
     void add(const GZDItem& item);
     // The list becomes what was built.
     void finish();
 
    private:
+    void takeSamples(std::size_t first, std::size_t last, UINT64 blinks);
+
     ItemList& list_;
     SampleWords samples_;
     std::vector<Mark> marks_;

@@ -108,12 +108,35 @@ void SampleWords::append(const Run& run) {
   }
 }
 
-void SampleWords::append(const SampleWords& other, std::size_t first, std::size_t last) {
+// A full one.
+void SampleWords::addPage(const Page& page) {
+  closePage();
+  pages_.push_back(page);
+  bytes_ += pages_.back().bytes();
+  size_ += page_size;
+  next_ = no_word;
+}
+
+// What a regular run has in common up to the highest of these bits, all its words have.
+void SampleWords::append(const SampleWords& other, std::size_t first, std::size_t last,
+                         UINT64 bits) {
+  const UINT64 above = bits == 0 ? 1 : 2 * std::bit_floor(bits);
   while (first < last) {
+    if (bits == 0 && size_ % page_size == 0 && first % page_size == 0 &&
+        last - first >= page_size) {
+      addPage(other.pages_[first / page_size]);
+      first += page_size;
+      continue;
+    }
     Run run = other.runFrom(first);
     run.count = std::min(run.count, last - first);
-    append(run);
     first += run.count;
+    if (bits == 0 || (run.words == nullptr && run.step % above == 0)) {
+      run.first |= bits;
+      append(run);
+    } else {
+      for (std::size_t i = 0; i < run.count; ++i) push_back(run[i] | bits);
+    }
   }
 }
 
@@ -134,34 +157,6 @@ void SampleWords::expand(std::size_t number) {
   page.words = std::move(words);
   page.pieces = std::vector<Piece>();
   if (number + 1 == pages_.size()) next_ = no_word;
-}
-
-void SampleWords::setBits(std::size_t first, std::size_t last, UINT64 bits) {
-  while (first < last) {
-    const std::size_t end = std::min(last, (first / page_size + 1) * page_size);
-    setBitsInPage(first, end, bits);
-    first = end;
-  }
-}
-
-// What a regular run has in common below and at these bits, all its words have.
-void SampleWords::setBitsInPage(std::size_t first, std::size_t last, UINT64 bits) {
-  const std::size_t page = first / page_size, begin = page * page_size;
-  SampleWords changed;
-  changed.append(*this, begin, first);
-  while (first < last) {
-    Run run = runFrom(first);
-    const bool isAlike = run.words == nullptr && run.step % (2 * std::bit_floor(bits)) == 0;
-    run.count = isAlike ? std::min(run.count, last - first) : 1;
-    changed.append({nullptr, run[0] | bits, run.step, run.count});
-    first += run.count;
-  }
-  changed.append(*this, first, begin + countIn(page));
-  changed.closePage();
-  newest_ = Run();
-  if (page + 1 == pages_.size()) next_ = no_word;
-  bytes_ += changed.bytes() - pages_[page].bytes();
-  pages_[page] = std::move(changed.pages_.front());
 }
 
 void SampleWords::move(std::size_t from, std::size_t to) {

@@ -27,6 +27,10 @@ class SampleWords {
     }
   };
 
+  SampleWords() = default;
+  SampleWords(SampleWords&&) = default;
+  SampleWords& operator=(SampleWords&&) = default;
+
   [[nodiscard]] std::size_t size() const { return size_; }
   // Of memory that the words take.
   [[nodiscard]] UINT64 bytes() const { return bytes_; }
@@ -46,10 +50,8 @@ class SampleWords {
     }
   }
   void append(const Run& run);
-  // Adds words of another list, from `first` up to `last`.
-  void append(const SampleWords& other, std::size_t first, std::size_t last);
-  // Sets these bits in the words from `first` up to `last`.
-  void setBits(std::size_t first, std::size_t last, UINT64 bits);
+  // Adds words of another list, from `first` up to `last`, with these bits set.
+  void append(const SampleWords& other, std::size_t first, std::size_t last, UINT64 bits = 0);
   // Moves a word to another place; those between move up or down by one.
   void move(std::size_t from, std::size_t to);
   // Puts words in the place of as many, from `first` on.
@@ -86,9 +88,9 @@ class SampleWords {
   UINT64 lookUp(std::size_t number) const;
   void begin(UINT64 word);
   void addPiece(Page& page, std::size_t place, UINT64 word);
+  void addPage(const Page& page);
   void closePage();
   void expand(std::size_t number);
-  void setBitsInPage(std::size_t first, std::size_t last, UINT64 bits);
   UINT64& wordAt(std::size_t number) {
     return pages_[number / page_size].words[number % page_size];
   }

@@ -84,21 +84,27 @@ void mergeBlinksInsideSaccade(Index& index) {
 }
 
 void markSamplesInsideBlink(Index& index) {
+  ItemList::Rebuild marked(index.gzdItemList);
   std::array<bool, 2> inside{};
-  const auto mark = [&](std::size_t begin, std::size_t end) {
-    index.gzdItemList.markInsideBlink(begin, end, inside[GZD_LEFT_EYE], inside[GZD_RIGHT_EYE]);
+  std::size_t taken = 0;
+  const auto takeUpTo = [&](std::size_t place) {
+    marked.take(taken, place, inside[GZD_LEFT_EYE], inside[GZD_RIGHT_EYE]);
+    taken = place;
   };
-  std::size_t behind = 0;  // the place after the landmark before
   for (const Landmark landmark : index.landmarks()) {
-    mark(behind, landmark.place);
-    behind = landmark.place + std::size_t{1};
-    const GZDItem& item = index.gzdItemList[landmark];
-    if (item.isRecording()) inside = {};
+    const GZDItem item = index.gzdItemList[landmark];
+    std::array<bool, 2> now = inside;
+    if (item.isRecording()) now = {};
     if (item.getItemType() == GZD_START_BLINK || item.getItemType() == GZD_END_BLINK) {
-      inside[static_cast<std::size_t>(item.getEye())] = item.isStartEvent();
+      now[static_cast<std::size_t>(item.getEye())] = item.isStartEvent();
     }
+    if (now == inside) continue;
+    takeUpTo(landmark.place);
+    inside = now;
   }
-  mark(behind, index.size());
+  if (taken == 0 && inside == std::array<bool, 2>{}) return;
+  takeUpTo(index.size());
+  marked.finish();
 }
 
 }  // namespace gzd

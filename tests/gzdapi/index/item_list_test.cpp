@@ -78,13 +78,21 @@ void expect_entries(const ItemList& list, const std::vector<GZDItem>& items) {
   EXPECT_TRUE(landmarks_hold(list));
 }
 
+void mark_inside_blink(ItemList& list, std::size_t first, std::size_t last, bool isLeft) {
+  ItemList::Rebuild marked(list);
+  marked.take(0, first);
+  marked.take(first, last, isLeft, !isLeft);
+  marked.take(last, list.size());
+  marked.finish();
+}
+
 TEST(ItemList, ChangesStayWithTheEntry) {
   std::vector<GZDItem> items = mixture();
   ItemList list = list_of(items);
   for (std::size_t i = 0; i < items.size(); ++i) {
     if (items[i].isSample()) {
       items[i].markSampleInsideBlink(i % 2 == 0 ? GZD_LEFT_EYE : GZD_RIGHT_EYE);
-      list.markInsideBlink(i, i + 1, i % 2 == 0, i % 2 != 0);
+      mark_inside_blink(list, i, i + 1, i % 2 == 0);
       continue;
     }
     const UINT64 stamp = items[items.size() - 1 - i].getTimeStamp();
@@ -136,7 +144,7 @@ TEST(ItemList, IsAPlainListUnderAnyChange) {
       } else if (step % 4 == 1) {
         if (from > to) std::swap(from, to);
         to = list.nextLandmark(from, to);
-        list.markInsideBlink(from, to, true, false);
+        mark_inside_blink(list, from, to, true);
         for (; from < to; ++from) items[from].markSampleInsideBlink(GZD_LEFT_EYE);
       } else if (step % 4 == 2) {
         std::vector<UINT32> order(std::min<std::size_t>(items.size() - from, 1500));
