@@ -90,12 +90,18 @@ void set_word(const Slot<std::uint16_t>& slot, std::size_t row, bool is_there, U
   is_there ? slot.set(row, word) : slot.set_null(row);
 }
 
+// Whether the walk over the samples is the one that makes the outline.
+bool lacks_outline(const Recording& recording, const Request& request) {
+  return request.has_all_rows && !recording.has_outline();
+}
+
 class SampleRows final : public RowBuilder {
  public:
   SampleRows(Recording& recording, const Request& request)
-      : RowBuilder(want_samples | (request.has_all_rows ? want_ended_events : 0U), request),
+      : RowBuilder(want_samples | (lacks_outline(recording, request) ? want_ended_events : 0U),
+                   request),
         recording_(recording),
-        makes_outline_(request.has_all_rows && !recording.has_outline()),
+        makes_outline_(lacks_outline(recording, request)),
         maker_(recording),
         has_targets_(recording.generation() == GZD_TRACKER_FALCON) {
     if (!makes_outline_) static_cast<void>(recording.outline());
