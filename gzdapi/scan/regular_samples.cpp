@@ -76,9 +76,8 @@ class RegularReader {
   // Takes, together, as many as follow the newest one at the step that led to it, in records of its
   // length, whose pupil sizes need no closer look.
   void takeLikeTheNewest() {
-    // From such stamps the recorded times give the same stamps again.
-    const bool isTold = step_ == 1 || (step_ % 2 == 0 && stamp_ % 2 == 0);
-    if (!isTold || step_ > expected_.largestStep) return;
+    // At such steps the recorded times give the same stamps again.
+    if (step_ != 1 && step_ % 2 != 0) return;
     if (hasNegativePupil_) pupils_.ignore();
     if (pupils_.mayBeNegative(newest_)) return;
     const auto length = static_cast<std::size_t>(record_ - newest_) + sizeof(UINT16);

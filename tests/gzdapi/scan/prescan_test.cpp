@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "support/memory_stream.h"
 #include "support/recording_fixture.h"
 
@@ -39,6 +41,11 @@ class Scanned {
     log = captured.take();
   }
 
+  [[nodiscard]] std::vector<INT64> places() const {
+    std::vector<INT64> found;
+    for (const GZDItem item : index.gzdItemList) found.push_back(item.getFilePos());
+    return found;
+  }
   static Bytes records_of(const GzdWriter& writer) {
     const Bytes file = writer.bytes();
     return {file.begin() + static_cast<std::ptrdiff_t>(writer.header().size()), file.end()};
@@ -63,6 +70,64 @@ class Scanned {
 
 constexpr ScanOptions fix_scan{.fixConsistency = true};
 constexpr ScanOptions failsafe_scan{.failsafe = true};
+
+// ---- samples ------------------------------------------------------------------------------------
+
+// Samples of one layout, most of which follow the one before at its distance, in every other way
+// too.
+Bytes mostly_regular(unsigned seed) {
+  std::mt19937 random(seed);
+  const auto now_and_then = [&random](unsigned each) { return random() % each == 0; };
+  gzdsynth::SampleRecord sample;
+  const unsigned kinds[] = {SMP_TIME_ABSOLUTE, SMP_INPUT, SMP_HEAD_DATA, SMP_EXTENDED, SMP_RIGHT};
+  sample.flags = SMP_LEFT | SMP_TIME_ABSOLUTE | SMP_GAZE | SMP_PUPIL_SIZE;
+  for (const unsigned kind : kinds)
+    if (now_and_then(2)) sample.flags ^= kind;
+  sample.step = seed % 3;
+  sample.headType = 0xB2;
+  sample.blocks = {gzdsynth::head_target_block({})};
+  sample.time = 1000;
+  GzdWriter writer;
+  gzdsynth::BlockStart start;
+  start.time = sample.time - 2;
+  start.rate = seed % 3 == 0 ? 2000 : 500;
+  start.sample_flags = static_cast<int>(sample.flags);
+  writer.start_block(start);
+  const unsigned usual = sample.flags;
+  for (unsigned i = 0; i < 600; ++i) {
+    const unsigned step = seed % 3 == 0 ? i % 2 : 2;
+    sample.step = now_and_then(50) ? static_cast<unsigned>(random() % 5) : step;
+    sample.time += sample.step - (now_and_then(200) ? 7 : 0);
+    sample.flags = now_and_then(60) ? usual ^ SMP_INPUT : usual;
+    sample.input = now_and_then(400) ? 3 : NOT_RECORDED_WORD;
+    sample.pa = {now_and_then(80) ? -5 : 900, 900};
+    if (now_and_then(40)) sample.headType ^= 1;
+    if (now_and_then(40)) sample.blocks.push_back(gzdsynth::unknown_block(9, {1, 2}));
+    if (sample.blocks.size() > 2) sample.blocks.resize(1);
+    if (now_and_then(90)) writer.message(sample.time, "x");
+    writer.sample(sample);
+  }
+  return Scanned::records_of(writer.end_block(sample.time + 2));
+}
+
+// A trace makes the scan read each sample by itself.
+TEST(Scan, TakesManySamplesTogetherAsOneByOne) {
+  for (unsigned seed = 0; seed < 120; ++seed) {
+    SCOPED_TRACE(seed);
+    ScanOptions options{.failsafe = true, .fixConsistency = seed % 2 == 0};
+    const Bytes records = mostly_regular(seed);
+    const Scanned together(records, options);
+    options.debugFileName = "/dev/null";
+    const Scanned single(records, options);
+    ASSERT_EQ(together.describe(), single.describe());
+    ASSERT_EQ(together.places(), single.places());
+    EXPECT_EQ(together.log, single.log);
+    EXPECT_EQ(together.index.inputType, single.index.inputType);
+    EXPECT_EQ(together.index.minTime, single.index.minTime);
+    EXPECT_EQ(together.index.maxTime, single.index.maxTime);
+    EXPECT_EQ(together.index.findings.size(), single.index.findings.size());
+  }
+}
 
 // ---- damage -------------------------------------------------------------------------------------
 
