@@ -6,6 +6,8 @@ namespace gzd {
 
 namespace {
 
+constexpr UINT64 largest_time = ~UINT32{0};  // ms; times beyond it wrap
+
 // Most pupil sizes are not negative, which the upper bytes of their words tell.
 class PupilSigns {
  public:
@@ -114,7 +116,8 @@ class RegularReader {
     for (; record <= last; record += length) {
       const byte* const body = record + sizeof(UINT16);
       time += rise;
-      const bool isOnTime = hasShortTimes ? *body == rise : load_be32(body) == time;
+      const bool isOnTime =
+          hasShortTimes ? *body == rise && time <= largest_time : load_be32(body) == time;
       if (!isOnTime || layout_tag(load_be16(record)) != tag || pupils.mayBeNegative(body)) break;
       if (!isSimple && !hasPartsOfTheNewest(body, length)) break;
       inputs |= unsigned{load_be16(body + input)} ^ NOT_RECORDED_WORD;

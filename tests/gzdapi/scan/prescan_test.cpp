@@ -161,4 +161,15 @@ TEST(Scan, RefusesAnIndexThatIsTooLarge) {
   }
 }
 
+TEST(Scan, TimesToldByIncrementsWrap) {
+  GzdWriter samples;
+  samples.sample({.time = 0xFFFFFFE0});
+  for (int i = 0; i < 20; ++i) samples.sample({.flags = SMP_LEFT | SMP_GAZE, .step = 4});
+  const Scanned scanned(samples);
+  const ItemList& items = scanned.index.gzdItemList;
+  ASSERT_EQ(items.size(), 21u);
+  EXPECT_EQ(items.stampAt(0), 0u);
+  EXPECT_EQ(items.stampAt(20), 2 * UINT64{0xFFFFFFFC});
+}
+
 }  // namespace
