@@ -6,6 +6,13 @@
 
 namespace gzd {
 
+namespace {
+
+// Samples of which a span of a list with odd ones makes sure that they are plain.
+constexpr std::size_t most_looked_through = 64;
+
+}  // namespace
+
 void ItemList::push_back(const GZDItem& item) {
   if (!item.isSample()) {
     marks_.push_back(packLandmark(item, size()));
@@ -67,7 +74,7 @@ ItemList::Span ItemList::spanFrom(UINT32 place) const {
   SampleWords::Run run = samples_.runFrom(place - gap_.number);
   std::size_t count = std::min(run.count, gap_.begin + gap_.count - place);
   if (hasOddSamples_) {
-    const std::size_t most = count;
+    const std::size_t most = std::min(count, most_looked_through);
     for (count = 1; count < most && isPlain(run[count]);) ++count;
   }
   run.count = count;

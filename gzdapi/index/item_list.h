@@ -25,7 +25,7 @@ struct Landmark {
   UINT32 number;
 };
 
-// Of a sample that fits into a word.
+// Where the record of a sample stands in the file, and its stamp.
 struct PlainSample {
   INT64 position;
   UINT64 stamp;
@@ -91,7 +91,8 @@ class ItemList {
     const ItemList& list_;
   };
 
-  // Goes from entry to entry. Valid until the list changes.
+  // Goes from entry to entry. Valid until the list changes; moves of entries before the cursor do
+  // not count.
   class Cursor {
    public:
     Cursor(const ItemList& list, std::size_t place)
@@ -180,7 +181,7 @@ class ItemList {
   [[nodiscard]] bool isPlainAt(std::size_t place) const {
     return isSampleAt(place) && (!hasOddSamples_ || isPlain(samples_[place - gap_.number]));
   }
-  // Whether that is known without a search; as a rule, when the entry before was asked for last.
+  // The same, but only for samples between the landmarks around the entry asked for last.
   [[nodiscard]] bool isPlainNearby(std::size_t place) const {
     return gap_.holds(place) && !hasOddSamples_;
   }

@@ -352,18 +352,24 @@ void read_tag(UINT16 tag, FEVENT& e) {
   e.parsedby = tag & tag_parsed_by_mask;
 }
 
+// The time that a record lacks is the other one.
+void take_end_as_start(FEVENT& e) {
+  if ((e.read & (EVT_START_TIME | EVT_END_TIME)) == EVT_END_TIME) e.sttime = e.entime;
+}
+void take_start_as_end(FEVENT& e) {
+  if ((e.read & EVT_END_TIME) == 0) e.entime = e.sttime;
+}
+
 }  // namespace
 
 bool glance_at_eye_event(InputStream& in, StreamState& state, UINT16 tag, FEVENT& event) {
   if (!is_eye_event(tag >> 8 & tag_type_mask)) return false;
-  const InputStream::HeldBytes held = in.held();
   const byte* const begin = in.peek(0);
-  const byte* const end = held.bytes + held.length;
+  const byte* const end = begin + in.available();
   const byte* at = begin;
   read_tag(tag, event);
-  event.sttime = event.entime = 0;
-  event.read = 0;
-  for (; end - at > longest_eye_field && *at != FIELD_END;) {
+  event.sttime = event.entime = event.read = 0;
+  while (end - at > longest_eye_field && *at != FIELD_END) {
     const Field* const field = fields_by_code[*at++];
     if (field == nullptr || field->length == 0) return false;
     if (field->code == FIELD_START_TIME) event.sttime = load_be32(at);
@@ -376,10 +382,8 @@ bool glance_at_eye_event(InputStream& in, StreamState& state, UINT16 tag, FEVENT
   state.unknown_field = 0;
   state.rate_assumed = false;
   event.message = nullptr;
-  const bool hasStart = (event.read & EVT_START_TIME) != 0;
-  const bool hasEnd = (event.read & EVT_END_TIME) != 0;
-  if (!hasStart && hasEnd) event.sttime = event.entime;
-  if (!hasEnd) event.entime = event.sttime;
+  take_end_as_start(event);
+  take_start_as_end(event);
   return true;
 }
 
@@ -393,11 +397,9 @@ int decode_event(InputStream& in, StreamState& state, UINT16 tag, MessageText& t
   while (const int code = in.getByte()) {
     if (!read_field(record, code)) return -1;
   }
-  const bool hasStart = (event.read & EVT_START_TIME) != 0;
-  const bool hasEnd = (event.read & EVT_END_TIME) != 0;
-  if (!hasStart && hasEnd) event.sttime = event.entime;
+  take_end_as_start(event);
   use_by_type(record);
-  if (!hasEnd) event.entime = event.sttime;
+  take_start_as_end(event);
   return 0;
 }
 

@@ -15,8 +15,8 @@ namespace gzd {
 int decode_event(InputStream& in, StreamState& state, UINT16 tag, MessageText& text, FEVENT& event);
 
 // Takes from an eye event at the stream's position what the scan needs, type, eye and times, and no
-// message, when all of its fields are known and lie in memory. Returns false, and reads nothing,
-// for any other event.
+// message, when all of its fields are known and lie in memory; the other members are left as they
+// are. Returns false for any other event: the stream stays, `event` may have any value.
 bool glance_at_eye_event(InputStream& in, StreamState& state, UINT16 tag, FEVENT& event);
 
 }  // namespace gzd

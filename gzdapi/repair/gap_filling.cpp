@@ -49,6 +49,7 @@ void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRat
   if (!knowsPeriod() || stamp - previousStamp() <= period_) return;
 
   const int missing = static_cast<INT32>(stamp - 2 * last_) / static_cast<INT32>(period_);
+  const int added = static_cast<int>(static_cast<unsigned>(missing) - 1);  // may wrap
   print_log("Missing %d samples. Inserting dummy samples \n", missing);
   print_log("Missing (%llu-%llu) samples. Calculating speriod \n",
             printable(static_cast<UINT64>(last_)), printable(unsignedStamp >> 1));
@@ -57,7 +58,7 @@ void SampleClock::examineGap(Index& index, UINT64 unsignedStamp, float sampleRat
                  .count = (stamp - previousStamp() - 1) / period_,
                  .start = previousStamp(),
                  .end = stamp};
-  if (missing > DummyBudget::longest_gap || !budget.allows(missing - 1)) {
+  if (missing > DummyBudget::longest_gap || !budget.allows(added)) {
     print_log("Missing samples are over 10000, skip it without addimg missing samples\n ");
     index.findings.add(gap);
     return;
@@ -189,14 +190,17 @@ class PeriodCount {
 
   void countSamples(std::size_t first, std::size_t last) {
     const ItemList& items = index_.gzdItemList;
-    for (std::size_t place = first; place < last;) {
-      const ItemList::Span span = items.spanFrom(static_cast<UINT32>(place));
-      const UINT64 step = span.step();
+    for (auto place = static_cast<UINT32>(first); place < last;) {
+      const ItemList::Span span = items.spanFrom(place);
+      const UINT32 end = place + static_cast<UINT32>(std::max<std::size_t>(span.count(), 1));
       meetSample(items.stampAt(place++));
-      if (step == 0 || expected_ == 0) continue;
-      countSteps(static_cast<INT64>(step), static_cast<unsigned>(span.count() - 1));
-      place += span.count() - 1;
-      previous_ = static_cast<INT64>(items.stampAt(place - 1));
+      const UINT64 step = span.step();
+      if (step != 0 && expected_ != 0 && place < end) {
+        countSteps(static_cast<INT64>(step), end - place);
+        previous_ = static_cast<INT64>(span.at(end - 1).stamp);
+        place = end;
+      }
+      for (; place < end; ++place) meetSample(span.at(place).stamp);
     }
   }
 

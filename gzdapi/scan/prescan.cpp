@@ -32,7 +32,7 @@ constexpr std::size_t events_for_estimate = 16384;
 // The first estimate goes no higher, whatever the records before it look like.
 constexpr double most_events_per_byte = 1.0 / 8.0;
 // Nor is room made for more at once.
-constexpr std::size_t largest_room = std::size_t{1} << 29;
+constexpr std::size_t largest_room = std::size_t{1} << 28;
 
 constexpr float largest_rate_told = 1e9f;
 
