@@ -155,13 +155,12 @@ const ItemList::Gap& ItemList::findGap(std::size_t place) const {
 
 // ---- order --------------------------------------------------------------------------------------
 
-void ItemList::move(std::size_t from, std::size_t to) {
-  const Cursor at(*this, from);
-  gap_ = Gap{.number = at.number()};
-  if (at.isLandmark())
-    moveLandmark(at.number(), to);
+void ItemList::move(const Cursor& from, std::size_t to) {
+  gap_ = Gap{.number = from.number()};
+  if (from.isLandmark())
+    moveLandmark(from.number(), to);
   else
-    moveSample(at.sample(), from, to);
+    moveSample(from.sample(), from.place(), to);
 }
 
 void ItemList::moveLandmark(std::size_t number, std::size_t to) {

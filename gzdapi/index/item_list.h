@@ -227,7 +227,8 @@ class ItemList {
 
   // ---- order ------------------------------------------------------------------------------------
   // Moves the entry at one place to another; those between move up or down by one.
-  void move(std::size_t from, std::size_t to);
+  void move(std::size_t from, std::size_t to) { move(Cursor(*this, from), to); }
+  void move(const Cursor& from, std::size_t to);
   // Puts as many entries as `order` has numbers, from `first` on, into the order of their numbers,
   // which count from `first` on.
   void reorder(std::size_t first, const std::vector<UINT32>& order);

@@ -20,14 +20,14 @@ SampleWords::Run SampleWords::runAt(std::size_t page, const Piece& piece) const 
 }
 
 SampleWords::Run SampleWords::runFrom(std::size_t number) const {
-  const std::size_t place = number % page_size;
-  const Page& page = pages_[number / page_size];
-  if (!page.words.empty())
-    return {page.words.data() + place, 0, 0, countIn(number / page_size) - place};
-  const Piece& piece = pieceAt(page, place);
-  Run run = runAt(number / page_size, piece);
-  run.first += (place - piece.begin) * run.step;
-  run.count -= place - piece.begin;
+  if (number - newestFirst_ >= newest_.count) static_cast<void>(lookUp(number));
+  const std::size_t behind = number - newestFirst_;
+  Run run = newest_;
+  run.count -= behind;
+  if (run.words != nullptr)
+    run.words += behind;
+  else
+    run.first += behind * run.step;
   return run;
 }
 
@@ -37,7 +37,7 @@ UINT64 SampleWords::lookUp(std::size_t number) const {
   const std::vector<Piece>& pieces = pages_[page].pieces;
   if (pieces.empty()) {
     newestFirst_ = number - place;
-    newest_ = runFrom(newestFirst_);
+    newest_ = {pages_[page].words.data(), 0, 0, countIn(page)};
     return newest_[place];
   }
   const auto holds = [&](std::size_t piece) {
@@ -146,7 +146,6 @@ void SampleWords::append(const SampleWords& other, std::size_t first, std::size_
 void SampleWords::expand(std::size_t number) {
   Page& page = pages_[number];
   if (!page.words.empty()) return;
-  newest_ = Run();
   const std::size_t count = countIn(number);
   std::vector<UINT64> words;
   words.reserve(page_size);
@@ -155,6 +154,7 @@ void SampleWords::expand(std::size_t number) {
     for (std::size_t i = 0; i < run.count; ++i) words.push_back(run[i]);
   }
   page.words = std::move(words);
+  newest_ = Run();
   page.pieces = std::vector<Piece>();
   if (number + 1 == pages_.size()) next_ = no_word;
 }

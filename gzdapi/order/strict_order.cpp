@@ -22,16 +22,17 @@ void StrictOrder::passRise(Cursor& at, std::size_t last) const {
 }
 
 bool StrictOrder::make(std::size_t first, std::size_t last) {
-  if (insertAll(first, last)) return true;
-  undo();
-  return false;
+  const bool isOnlyOrder = insertAll(first, last);
+  if (!isOnlyOrder) undo();
+  orderedUpTo_ = isOnlyOrder ? last : 0;
+  return isOnlyOrder;
 }
 
 bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
   std::size_t moves = moves_per_entry * (last - first);
   lowestPlace_ = last;
   moved_.clear();
-  Cursor next(items_, first);
+  Cursor next(items_, orderedUpTo_ > first ? std::min(orderedUpTo_, last) - 1 : first);
   passRise(next, last);
   UINT64 newest = next.stamp();  // of the entries before
   for (next.next(); next.place() != last;) {
@@ -49,7 +50,7 @@ bool StrictOrder::insertAll(std::size_t first, std::size_t last) {
     moves -= entry.place() - place;
     if (place == entry.place()) continue;
     lowestPlace_ = std::min(lowestPlace_, place);
-    items_.move(entry.place(), place);
+    items_.move(entry, place);
     moved_.push_back({entry.place(), place});
   }
   return true;

@@ -57,6 +57,7 @@ class StrictOrder {
   ItemList& items_;
   std::vector<Move> moved_;
   std::size_t lowestPlace_ = 0;
+  std::size_t orderedUpTo_ = 0;  // those before have been put into the only order
 };
 
 }  // namespace gzd

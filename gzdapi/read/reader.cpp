@@ -52,8 +52,9 @@ ALLF_DATA* Reader::getFloatData(UINT32 itemIndex, bool reports) {
   leaveRun();  // the window may be about to move
   if (itemIndex >= index_.size() || failed_) return nullptr;
   try {
-    recordType_ = index_.gzdItemList[itemIndex].getItemType();
-    if (readItem(itemIndex) == 0) return &fData_;
+    const GZDItem item = index_.gzdItemList[itemIndex];
+    recordType_ = item.getItemType();
+    if (readItem(itemIndex, item) == 0) return &fData_;
     print_log("Read error \n");
   } catch (const GZDException& error) {
     failed_ = true;
@@ -71,8 +72,7 @@ std::string_view Reader::messageText(UINT32 itemIndex, bool reports) {
   return record != nullptr ? text_of(record->fe.message) : std::string_view();
 }
 
-int Reader::readItem(UINT32 itemIndex) {
-  const GZDItem item = index_.gzdItemList[itemIndex];
+int Reader::readItem(UINT32 itemIndex, const GZDItem& item) {
   if (item.isSample()) {
     readSample(itemIndex, item);
     return 0;

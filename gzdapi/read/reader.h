@@ -82,7 +82,7 @@ class Reader : public SampleSource {
     run_ = SampleRun();
     span_ = ItemList::Span();
   }
-  int readItem(UINT32 itemIndex);
+  int readItem(UINT32 itemIndex, const GZDItem& item);
   bool readLikeTheOneBefore(GZDItem item);
   void setPlaceInTime(UINT16 tag, UINT64 stamp) {
     fData_.fs.time = time_of_stamp(stamp);
