@@ -9,6 +9,7 @@
 #include "derived/raw_data.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -45,8 +46,10 @@ constexpr int window_x_mask = (1 << window_x_bits) - 1;
 constexpr int window_x_step = 4;
 constexpr int window_y_step = 8;
 
+// By their bits, as no others have these values.
 bool missing(float value) {
-  return value == MISSING_DATA || value == NOT_RECORDED;
+  const auto bits = std::bit_cast<UINT32>(value);
+  return bits == std::bit_cast<UINT32>(MISSING_DATA) || bits == std::bit_cast<UINT32>(NOT_RECORDED);
 }
 
 bool is_packed(const FSAMPLE& sam, int eye) {
@@ -82,8 +85,26 @@ Integer truncated(float value) {
   return static_cast<Integer>(value);
 }
 
-int unpacked(float prescaler, float value) {
-  return truncated<INT32>(prescaler * value + pack_offset);
+// What a field of packed data holds besides: two fractions of a position in the low byte, a length
+// of the pupil's box in the one above.
+struct PackedField {
+  bool known;
+  int bits;
+};
+
+PackedField unpacked(float prescaler, float value) {
+  if (missing(value)) return {false, 0};
+  return {true, truncated<INT32>(prescaler * value + pack_offset)};
+}
+
+struct PackedFields {
+  PackedField x, y;
+};
+
+// Those of an eye; unknown ones when its data are not packed.
+PackedFields packed_fields(const CameraSetup& camera, const FSAMPLE& sam, int eye) {
+  if (!is_packed(sam, eye)) return {};
+  return {unpacked(camera.prescaler, sam.gx[eye]), unpacked(camera.prescaler, sam.gy[eye])};
 }
 
 // A coordinate of which `whole` holds the upper part and `sixteenths` the lower one.
@@ -91,10 +112,10 @@ float packed_coordinate(float whole, int sixteenths) {
   return ((whole + pack_offset) * pack_steps + static_cast<float>(sixteenths)) / pack_scale;
 }
 
-void packed_position(float prescaler, float x, float y, float extras, float* rv) {
-  if (missing(x) || missing(y) || missing(extras)) return set_missing(rv);
-  const int bits = unpacked(prescaler, extras);
-  set(rv, packed_coordinate(x, (bits >> 4) & 15), packed_coordinate(y, bits & 15));
+void packed_position(float x, float y, const PackedField& fractions, float* rv) {
+  if (missing(x) || missing(y) || !fractions.known) return set_missing(rv);
+  set(rv, packed_coordinate(x, (fractions.bits >> 4) & 15),
+      packed_coordinate(y, fractions.bits & 15));
 }
 
 struct Centre {
@@ -122,15 +143,24 @@ const INT16* second_reflection(const FSAMPLE& sam, int eye) {
   return sam.hdata + (eye == GZD_RIGHT_EYE ? CR2_WORDS : 0);
 }
 
-// Centre of the pupil, or of its reflection, of an eye that has an area of it.
-void centre_of_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+// Centre of the pupil, or of its reflection, of an eye that has an area of it, and the pupil's box.
+void centre_of_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye,
+                     const PackedFields& fields, float* rv) {
   if (!is_packed(sam, eye)) return plain_position(camera, sam, WORD_PUPIL, rv);
-  packed_position(camera.prescaler, sam.px[eye], sam.py[eye], sam.gx[eye], rv);
+  packed_position(sam.px[eye], sam.py[eye], fields.x, rv);
 }
 
-void centre_of_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
+void centre_of_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye,
+                  const PackedFields& fields, float* rv) {
   if (!is_packed(sam, eye)) return plain_position(camera, sam, WORD_CR, rv);
-  packed_position(camera.prescaler, sam.hx[eye], sam.hy[eye], sam.gy[eye], rv);
+  packed_position(sam.hx[eye], sam.hy[eye], fields.y, rv);
+}
+
+void box_of_pupil(const FSAMPLE& sam, int eye, const PackedFields& fields, UINT32* rv) {
+  if (!is_packed(sam, eye)) return set_box(sam.hdata[WORD_PUPIL_BOX], rv);
+  if (!fields.x.known || !fields.y.known) return set_missing(rv);
+  rv[0] = static_cast<UINT32>(fields.y.bits >> 8) & 0xFF;
+  rv[1] = static_cast<UINT32>(fields.x.bits >> 8) & 0xFF;
 }
 
 }  // namespace
@@ -144,20 +174,13 @@ UINT32 uncorrected_pupil_area(const FSAMPLE& sam, int eye) {
 
 void uncorrected_raw_pupil(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
   if (uncorrected_pupil_area(sam, eye) == 0) return set_missing(rv);
-  centre_of_pupil(camera, sam, eye, rv);
+  centre_of_pupil(camera, sam, eye, packed_fields(camera, sam, eye), rv);
 }
 
 void pupil_dimension(const CameraSetup& camera, const FSAMPLE& sam, int eye, UINT32* rv) {
   rv[0] = rv[1] = 0;
   if (uncorrected_pupil_area(sam, eye) == 0) return;
-  if (!is_packed(sam, eye)) {
-    set_box(sam.hdata[WORD_PUPIL_BOX], rv);
-  } else if (missing(sam.gx[eye]) || missing(sam.gy[eye])) {
-    set_missing(rv);
-  } else {
-    rv[0] = static_cast<UINT32>(unpacked(camera.prescaler, sam.gy[eye]) >> 8) & 0xFF;
-    rv[1] = static_cast<UINT32>(unpacked(camera.prescaler, sam.gx[eye]) >> 8) & 0xFF;
-  }
+  box_of_pupil(sam, eye, packed_fields(camera, sam, eye), rv);
 }
 
 // ---- corneal reflections ------------------------------------------------------------------------
@@ -166,12 +189,12 @@ UINT32 uncorrected_cr_area(const CameraSetup& camera, const FSAMPLE& sam, int ey
   if (!is_packed(sam, eye)) return static_cast<UINT32>(sam.hdata[WORD_CR_AREA]);
   const float packed = eye == GZD_RIGHT_EYE ? sam.ry : sam.rx;
   if (missing(packed)) return 0;
-  return truncated<UINT32>(std::floor(camera.prescaler * packed + 0.5f));
+  return truncated<UINT32>(camera.prescaler * packed + 0.5f);
 }
 
 void uncorrected_raw_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv) {
   if (uncorrected_cr_area(camera, sam, eye) == 0) return set_missing(rv);
-  centre_of_cr(camera, sam, eye, rv);
+  centre_of_cr(camera, sam, eye, packed_fields(camera, sam, eye), rv);
 }
 
 void cr_dimension(const FSAMPLE& sam, UINT32* rv) {
@@ -204,94 +227,131 @@ void window_position(const CameraSetup& camera, const FSAMPLE& sam, UINT32* rv) 
 
 namespace {
 
-struct Disc {
-  float x, y, area;
+using Floats4 = float __attribute__((vector_size(16)));
+using Ints4 = INT32 __attribute__((vector_size(16)));
+using Longs2 = INT64 __attribute__((vector_size(16)));
+using Doubles2 = double __attribute__((vector_size(16)));
+using Doubles4 = double __attribute__((vector_size(32)));
+
+// Of both eyes, worked on side by side: x of the left and of the right one, then y of both. What
+// has one value an eye stands twice.
+Floats4 places(const float (&left)[2], const float (&right)[2]) {
+  return Floats4{left[0], right[0], left[1], right[1]};
+}
+Floats4 twice(float left, float right) {
+  return Floats4{left, right, left, right};
+}
+
+Floats4 root(Floats4 v) {
+  return Floats4{std::sqrt(v[0]), std::sqrt(v[1]), std::sqrt(v[2]), std::sqrt(v[3])};
+}
+
+struct Discs {
+  Floats4 at, area;
 };
 
-// How far a reflection of radius `rc` reaches into the pupil, as a fraction of its diameter.
-float overlap_fraction(const Disc& pupil, const Disc& cr, float rc) {
-  const float rp = std::sqrt(pupil.area / rough_pi);
-  const double dx = pupil.x - cr.x;
-  const double dy = pupil.y - cr.y;
-  const auto distance = static_cast<float>(std::sqrt(dx * dx + dy * dy));
-  return (rp - (distance - rc)) * 0.5f / rc;
+Floats4 distance(const Discs& pupils, const Discs& crs) {
+  const Doubles4 between = __builtin_convertvector(pupils.at - crs.at, Doubles4);
+  const Doubles4 squares = between * between;
+  const Doubles2 sums = __builtin_shufflevector(squares, squares, 0, 1) +
+                        __builtin_shufflevector(squares, squares, 2, 3);
+  const Doubles2 roots = {std::sqrt(sums[0]), std::sqrt(sums[1])};
+  return __builtin_convertvector(__builtin_shufflevector(roots, roots, 0, 1, 0, 1), Floats4);
 }
 
-Disc together(const Disc& pupil, const Disc& cr) {
-  const float total = pupil.area + cr.area;
-  return {(pupil.x * pupil.area + cr.x * cr.area) / total,
-          (pupil.y * pupil.area + cr.y * cr.area) / total, total};
+// How far reflections of radius `rc` reach into the pupils, as fractions of their diameters.
+Floats4 overlap_fraction(const Discs& pupils, const Discs& crs, Floats4 rc) {
+  const Floats4 rp = root(pupils.area / rough_pi);
+  return (rp - (distance(pupils, crs) - rc)) * 0.5f / rc;
 }
 
-Disc blend(const Disc& from, const Disc& to, float f) {
-  const float w = 1.0f - f;
-  return {from.x * w + to.x * f, from.y * w + to.y * f, from.area * w + to.area * f};
+Discs together(const Discs& pupils, const Discs& crs) {
+  const Floats4 total = pupils.area + crs.area;
+  return {(pupils.at * pupils.area + crs.at * crs.area) / total, total};
 }
 
-// The pupil of an eye, corrected pass by pass for the part that its reflection covers.
+Discs blend(const Discs& from, const Discs& to, Floats4 f) {
+  const Floats4 w = 1.0f - f;
+  return {from.at * w + to.at * f, from.area * w + to.area * f};
+}
+
+Discs choose(Ints4 which, const Discs& a, const Discs& b) {
+  return {Floats4((Ints4(a.at) & which) | (Ints4(b.at) & ~which)),
+          Floats4((Ints4(a.area) & which) | (Ints4(b.area) & ~which))};
+}
+
+bool lacks_overlap(const GZD_RAW_EYE& raw) {
+  return raw.pupil_area < 1 || raw.cr_area < 1 || missing(raw.pupil[0]) || missing(raw.pupil[1]) ||
+         missing(raw.cr[0]) || missing(raw.cr[1]);
+}
+
+// The pupils, corrected pass by pass for the part that their reflections cover.
 class OverlapCorrection {
  public:
-  explicit OverlapCorrection(const GZD_RAW_EYE& raw)
-      : pupil_{raw.pupil[0], raw.pupil[1], static_cast<float>(raw.pupil_area)}, result_(pupil_) {
-    const auto ca = static_cast<float>(raw.cr_area);
-    done_ = raw.pupil_area < 1 || ca < 1.0f || missing(raw.pupil[0]) || missing(raw.pupil[1]) ||
-            missing(raw.cr[0]) || missing(raw.cr[1]);
-    if (done_) return;
-    rc_ = std::sqrt(ca / rough_pi) + overlap_margin;
-    cr_ = {raw.cr[0], raw.cr[1], rc_ * rc_ * rough_pi};
-    combined_ = together(pupil_, cr_);
+  OverlapCorrection(const GZD_RAW_EYE& left, const GZD_RAW_EYE& right)
+      : pupils_{places(left.pupil, right.pupil),
+                twice(static_cast<float>(left.pupil_area), static_cast<float>(right.pupil_area))} {
+    const INT32 left_done = lacks_overlap(left) ? -1 : 0,
+                right_done = lacks_overlap(right) ? -1 : 0;
+    done_ = Ints4{left_done, right_done, left_done, right_done};
+    const Floats4 ca = twice(static_cast<float>(left.cr_area), static_cast<float>(right.cr_area));
+    rc_ = root(ca / rough_pi) + overlap_margin;
+    crs_ = {places(left.cr, right.cr), rc_ * rc_ * rough_pi};
+    combined_ = together(pupils_, crs_);
+    result_ = pupils_;
   }
 
   // Nothing is corrected when the two do not overlap.
   void pass() {
-    if (done_) return;
-    const float f = std::min(overlap_fraction(result_, cr_, rc_), 1.0f);
-    result_ = f < 0.0f ? pupil_ : blend(pupil_, combined_, f);
-    done_ = f <= 0.0f;
+    const Floats4 fraction = overlap_fraction(result_, crs_, rc_);
+    const Floats4 f = fraction > 1.0f ? Floats4{1.0f, 1.0f, 1.0f, 1.0f} : fraction;
+    const Discs next = choose(f < 0.0f, pupils_, blend(pupils_, combined_, f));
+    result_ = choose(done_, result_, next);
+    done_ |= f <= 0.0f;
   }
 
-  [[nodiscard]] const Disc& result() const { return result_; }
+  [[nodiscard]] bool is_done() const {
+    const Longs2 halves = Longs2(done_);
+    return (halves[0] & halves[1]) == -1;
+  }
+
+  // Pupil minus reflection.
+  [[nodiscard]] Floats4 difference() const { return result_.at - cr_weight * crs_.at; }
 
  private:
-  Disc pupil_, result_;
-  Disc cr_ = {}, combined_ = {};
-  float rc_ = 0.0f;
-  bool done_ = false;
+  Discs pupils_, result_, crs_, combined_;
+  Floats4 rc_;
+  Ints4 done_;  // -1 for eyes that are
 };
 
-void set_pupil_cr(GZD_RAW_EYE& raw, const Disc& pupil) {
-  set(raw.pupil_cr, pupil.x - cr_weight * raw.cr[0], pupil.y - cr_weight * raw.cr[1]);
+// The pupils without what their reflections cover, of the values that the eyes have already.
+void do_pupil_cr_fixup(GZD_RAW_EYE& left, GZD_RAW_EYE& right) {
+  OverlapCorrection eyes(left, right);
+  for (int pass = 0; pass < overlap_passes && !eyes.is_done(); ++pass) eyes.pass();
+  const Floats4 pupil_cr = eyes.difference();
+  set(left.pupil_cr, pupil_cr[0], pupil_cr[2]);
+  set(right.pupil_cr, pupil_cr[1], pupil_cr[3]);
 }
 
-// The pupil without what its reflection covers, of the values that `raw` has already.
-Disc do_pupil_cr_fixup(const GZD_RAW_EYE& raw) {
-  OverlapCorrection eye(raw);
-  for (int pass = 0; pass < overlap_passes; ++pass) eye.pass();
-  return eye.result();
-}
-
-// The same of two eyes: while a pass waits for its square root the other eye's goes on.
-void set_pupils_cr(GZD_RAW_EYE& raw_left, GZD_RAW_EYE& raw_right) {
-  OverlapCorrection left(raw_left), right(raw_right);
-  for (int pass = 0; pass < overlap_passes; ++pass) {
-    left.pass();
-    right.pass();
-  }
-  set_pupil_cr(raw_left, left.result());
-  set_pupil_cr(raw_right, right.result());
-}
-
-// All but pupil minus reflection.
+// All of an eye but pupil minus reflection.
 void measure(const CameraSetup& camera, const FSAMPLE& sam, int eye, GZD_RAW_EYE& raw) {
+  const PackedFields fields = packed_fields(camera, sam, eye);
   raw.pupil_area = uncorrected_pupil_area(sam, eye);
   raw.cr_area = uncorrected_cr_area(camera, sam, eye);
   raw.cr2_area = uncorrected_cr2_area(sam, eye);
   set_missing(raw.pupil);
   set_missing(raw.cr);
-  if (raw.pupil_area != 0) centre_of_pupil(camera, sam, eye, raw.pupil);
-  if (raw.cr_area != 0) centre_of_cr(camera, sam, eye, raw.cr);
+  raw.pupil_dimension[0] = raw.pupil_dimension[1] = 0;
+  if (raw.pupil_area != 0) {
+    centre_of_pupil(camera, sam, eye, fields, raw.pupil);
+    box_of_pupil(sam, eye, fields, raw.pupil_dimension);
+  }
+  if (raw.cr_area != 0) centre_of_cr(camera, sam, eye, fields, raw.cr);
   uncorrected_raw_cr2(sam, eye, raw.cr2);
-  pupil_dimension(camera, sam, eye, raw.pupil_dimension);
+}
+
+// What does not depend on the eye.
+void measure_both(const CameraSetup& camera, const FSAMPLE& sam, GZD_RAW_EYE& raw) {
   cr_dimension(sam, raw.cr_dimension);
   window_position(camera, sam, raw.window_position);
 }
@@ -306,12 +366,18 @@ void pupil_cr(const CameraSetup& camera, const FSAMPLE& sam, int eye, float* rv)
 
 void raw_eye(const CameraSetup& camera, const FSAMPLE& sam, int eye, GZD_RAW_EYE& raw) {
   measure(camera, sam, eye, raw);
-  set_pupil_cr(raw, do_pupil_cr_fixup(raw));
+  measure_both(camera, sam, raw);
+  do_pupil_cr_fixup(raw, raw);
 }
 
 void raw_eyes(const CameraSetup& camera, const FSAMPLE& sam, GZD_RAW_EYE* raw) {
-  for (const int eye : {GZD_LEFT_EYE, GZD_RIGHT_EYE}) measure(camera, sam, eye, raw[eye]);
-  set_pupils_cr(raw[GZD_LEFT_EYE], raw[GZD_RIGHT_EYE]);
+  GZD_RAW_EYE &left = raw[GZD_LEFT_EYE], &right = raw[GZD_RIGHT_EYE];
+  measure_both(camera, sam, left);
+  std::copy_n(left.cr_dimension, 2, right.cr_dimension);
+  std::copy_n(left.window_position, 2, right.window_position);
+  measure(camera, sam, GZD_LEFT_EYE, left);
+  measure(camera, sam, GZD_RIGHT_EYE, right);
+  do_pupil_cr_fixup(left, right);
 }
 
 }  // namespace gzd

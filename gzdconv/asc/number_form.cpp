@@ -7,6 +7,7 @@
 
 #include "asc/number.h"
 #include "asc/output.h"
+#include "asc/three_decimals.h"
 #include "cli/options.h"
 
 namespace gzdconv {
@@ -35,6 +36,17 @@ constexpr WholeCells make_whole_cells() {
   for (unsigned n = 0; n < whole_count; ++n) {
     cells.of[2 * n] = make_whole_cell(n, false);
     cells.of[2 * n + 1] = make_whole_cell(n, true);
+  }
+  return cells;
+}
+
+constexpr WholeCells make_tabbed_cells() {
+  WholeCells cells = make_whole_cells();
+  for (WholeCell& cell : cells.of) {
+    const std::size_t length = std::max(static_cast<std::size_t>(cell.length), tabbed_width);
+    const WholeCell whole = cell;
+    cell = {{'\t'}, static_cast<char>(1 + length)};
+    for (std::size_t i = 0; i < length; ++i) cell.text[1 + i] = whole.text[cell_width - length + i];
   }
   return cells;
 }
@@ -102,10 +114,24 @@ auto scaled_number(float value) {
                              std::bit_cast<std::uint64_t>(rounding_shift));
 }
 
+// By fours.
+char* write_three_decimals(char* place, std::span<const float> values) {
+  for (; !values.empty(); values = values.subspan(ThreeDecimals::count)) {
+    const ThreeDecimals four(values.data());
+    for (int i = 0; i < ThreeDecimals::count; ++i) place = four.write(place, i);
+  }
+  return place;
+}
+
 // Numbers that are formed. What the form tells is known to the compiler, but for the width.
 template <int decimals>
 char* write_formed(char* place, std::span<const float> values, std::size_t whole_width) {
   constexpr NumberForm form = make_form(decimals, decimals, 0);
+  if (decimals == 3 && whole_width == tabbed_width) {
+    const std::size_t last = values.size() % ThreeDecimals::count;
+    place = write_three_decimals(place, values.first(values.size() - last));
+    values = values.last(last);
+  }
   for (const float value : values) {
     const auto scaled = scaled_number<decimals>(value);
     const auto power = static_cast<decltype(scaled)>(form.power);
@@ -119,6 +145,7 @@ char* write_formed(char* place, std::span<const float> values, std::size_t whole
 }  // namespace
 
 constinit const WholeCells number_form::whole_cells = make_whole_cells();
+constinit const WholeCells number_form::tabbed_cells = make_tabbed_cells();
 constinit const DecimalCells number_form::decimal_cells = make_decimal_cells();
 constinit const Forms number_form::compact_forms = make_forms(0);
 constinit const Forms number_form::aligned_forms = make_forms(column_width);

@@ -35,6 +35,11 @@ struct WholeCells {
 };
 extern const WholeCells whole_cells;
 
+// The same numbers behind their tab, "\t 12", at least so many characters wide; the last byte tells
+// the length with the tab.
+constexpr std::size_t tabbed_width = 3;
+extern const WholeCells tabbed_cells;
+
 // ".345"
 struct DecimalCell {
   char text[4];
@@ -103,6 +108,11 @@ inline std::uint64_t whole_cell_at(std::uint64_t place) {
   static_assert(std::endian::native == std::endian::little);
   std::uint64_t cell;
   std::memcpy(&cell, &number_form::whole_cells.of[place], sizeof cell);
+  return cell;
+}
+inline std::uint64_t tabbed_cell_at(std::uint64_t place) {
+  std::uint64_t cell;
+  std::memcpy(&cell, &number_form::tabbed_cells.of[place], sizeof cell);
   return cell;
 }
 inline std::uint64_t whole_cell(std::uint64_t whole, bool negative) {

@@ -1,11 +1,15 @@
 // Raw lines: columns fixed by the first of a block, each asked of the library.
 #include "samples/raw_sample_lines.h"
 
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "asc/number_form.h"
 #include "asc/output.h"
+#include "asc/sample_number.h"
 #include "asc/sample_time.h"
+#include "asc/three_decimals.h"
 #include "cli/options.h"
 #include "lines/recording_lines.h"
 #include "samples/sample_shape.h"
@@ -54,6 +58,7 @@ bool has_position(const float (&pair)[2]) {
 struct RawForms {
   const NumberForm& position = form_of(position_decimals);
   const NumberForm& area = form_of(area_decimals);
+  const bool are_usual = has_usual_form();
 };
 
 char* write_position(char* place, const float (&pair)[2], const RawForms& forms) {
@@ -73,7 +78,44 @@ char* write_pupil_cr(char* place, const GZD_RAW_EYE& raw, const RawForms& forms)
   return complete ? write_position(place, raw.pupil_cr, forms) : write_missing(place, 2);
 }
 
+// Seven characters wide.
+bool is_short_area(UINT32 area) {
+  return area < number_form::whole_count;
+}
+char* write_short_area(char* place, UINT32 area) {
+  const std::uint64_t cell = whole_cell(area, false);
+  std::memcpy(place, "\t  ", 4);
+  std::memcpy(place + 3, &cell, sizeof cell);
+  return place + 3 + number_form::cell_width;
+}
+
+// An eye in the usual form, when all of it is short.
+bool is_short_eye(const GZD_RAW_EYE& raw, const ThreeDecimals& centres,
+                  const ThreeDecimals& others) {
+  return centres.are_ready() && others.are_ready() && is_short_area(raw.pupil_area) &&
+         is_short_area(raw.cr_area) && (!columns.second_cr || is_short_area(raw.cr2_area));
+}
+char* write_short_eye(char* place, const GZD_RAW_EYE& raw, const ThreeDecimals& centres,
+                      const ThreeDecimals& others) {
+  const auto write_pair = [&place](const ThreeDecimals& from, int first) {
+    place = from.write(from.write(place, first), first + 1);
+  };
+  write_pair(centres, 0);
+  place = write_short_area(place, raw.pupil_area);
+  write_pair(centres, 2);
+  place = write_short_area(place, raw.cr_area);
+  write_pair(others, 0);
+  if (!columns.second_cr) return place;
+  write_pair(others, 2);
+  return write_short_area(place, raw.cr2_area);
+}
+
 char* write_eye(char* place, const GZD_RAW_EYE& raw, const RawForms& forms) {
+  if (forms.are_usual) {
+    const ThreeDecimals centres(raw.pupil, raw.cr);
+    const ThreeDecimals others(raw.pupil_cr, columns.second_cr ? raw.cr2 : raw.pupil_cr);
+    if (is_short_eye(raw, centres, others)) return write_short_eye(place, raw, centres, others);
+  }
   place = write_position_and_area(place, raw.pupil, raw.pupil_area, forms);
   place = write_position_and_area(place, raw.cr, raw.cr_area, forms);
   place = write_pupil_cr(place, raw, forms);

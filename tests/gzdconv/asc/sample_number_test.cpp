@@ -64,11 +64,11 @@ TEST_F(SampleNumberTest, RandomFloats) {
 TEST_F(SampleNumberTest, FormsEqualPrintValue) {
   std::mt19937 random(2);
   std::uniform_real_distribution<float> distribution(-9999.0f, 10001.0f);
-  for (int i = 0; i < 100000; ++i) {
+  for (int i = 0; i < 50000; ++i) {
     options.tabs_only = static_cast<int>(random() % 2);
     options.extra_decimals = static_cast<int>(random() % 8) - 1;
     const int decimals = static_cast<int>(random() % 4);
-    float row[3];
+    float row[7];
     for (float& value : row) {
       value = distribution(random);
       if (random() % 3 == 0)
