@@ -41,7 +41,11 @@ inline float load_be_float(const byte* p) {
 
 // A file may mark a missing float with either special value; readers see MISSING_DATA only.
 inline float missing_normalised(float value) {
-  return value == NOT_RECORDED ? MISSING_DATA : value;
+  // By its bits, as no others have this value.
+  const auto bits = std::bit_cast<UINT32>(value);
+  return std::bit_cast<float>(bits == std::bit_cast<UINT32>(NOT_RECORDED)
+                                  ? std::bit_cast<UINT32>(MISSING_DATA)
+                                  : bits);
 }
 
 }  // namespace gzd

@@ -5,13 +5,11 @@
 #ifndef GZDCONV_COMPUTED_NUMBER_H
 #define GZDCONV_COMPUTED_NUMBER_H
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "asc/number_form.h"
-#include "asc/sample_number.h"
+#include "asc/output.h"
 
 namespace gzdconv {
 
@@ -27,18 +25,6 @@ inline double nearest_to(double product) {
   return (product + rounding_shift) - rounding_shift;
 }
 
-// The column of tenths below 3276.8: the sign takes the place of the last blank.
-inline char* write_ready_cell(char* place, std::uint32_t tenths, bool negative) {
-  static_assert(std::endian::native == std::endian::little);
-  constexpr std::uint64_t blanks = 0x8020202020202020, sign_for_blank = ' ' ^ '-';
-  std::uint64_t cell;
-  std::memcpy(&cell, sample_number::ready_cells.of[tenths].text, sizeof cell);
-  const int last_blank = std::countr_zero((cell >> 8) ^ blanks) & 56;
-  cell ^= (negative ? sign_for_blank : 0) << last_blank;
-  std::memcpy(place, &cell, sizeof cell);
-  return place + sizeof cell;
-}
-
 }  // namespace computed_number
 
 // Writes at `place`, in the line buffer at or after its cursor, what
@@ -49,20 +35,6 @@ char* write_computed(char* place, double value, const NumberForm& form);
 inline void print_computed(int decimals, double value) {
   lpbuffer.set_cursor(write_computed(lpbuffer.cursor(), value, form_of(decimals)));
 }
-
-// The same of print_value(1, value). `usual` is has_usual_form().
-inline char* write_computed_tenths(char* place, double value, bool usual) {
-  const double product = std::fabs(value) * 10.0;
-  const double nearest = computed_number::nearest_to(product);
-  const bool is_ready = usual && nearest < double{sample_number::ready_count};
-  if (!is_ready || !computed_number::is_sure(product, nearest))
-    return write_computed(place, value, form_of(1));
-  return computed_number::write_ready_cell(place, static_cast<std::uint32_t>(nearest),
-                                           std::signbit(value));
-}
-
-// The same of print_value(10, value), quickly below 2.
-char* write_ten_decimals(char* place, double value);
 
 }  // namespace gzdconv
 

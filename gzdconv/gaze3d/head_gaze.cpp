@@ -11,9 +11,8 @@
 #include <climits>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 
-#include "asc/computed_number.h"
+#include "asc/computed_pair.h"
 #include "asc/output.h"
 #include "cli/options.h"
 
@@ -166,19 +165,9 @@ void read_set_up(const char* text) {
 
 // ---- samples ------------------------------------------------------------------------------------
 
-bool is_missing(float value) {
-  return value == MISSING_DATA || value == NOT_RECORDED;
-}
-
 std::optional<Vector3> vector_of(const float (&values)[3]) {
   if (is_missing(values[0]) || is_missing(values[1]) || is_missing(values[2])) return std::nullopt;
   return Vector3{values[0], values[1], values[2]};
-}
-
-std::optional<Vector3> moved(const std::optional<RigidTransform>& transform,
-                             const std::optional<Vector3>& point) {
-  if (!transform || !point) return std::nullopt;
-  return transform_point(*transform, *point);
 }
 
 std::optional<RigidTransform> head_pose(const FSAMPLE& sample, std::size_t frame) {
@@ -189,41 +178,81 @@ std::optional<RigidTransform> head_pose(const FSAMPLE& sample, std::size_t frame
   return compose(*way, ovilo_calc_pose_mat(*rotation, *position));
 }
 
-std::optional<Vector3> point_on_screen(const FSAMPLE& sample, std::size_t eye) {
-  if (!calGeom.scale || is_missing(sample.gx[eye]) || is_missing(sample.gy[eye])) {
-    return std::nullopt;
-  }
-  const ScreenScale& scale = *calGeom.scale;
-  return Vector3{(sample.gx[eye] - scale.centre_x) / scale.x,
-                 (sample.gy[eye] - scale.centre_y) / scale.y, 0};
+PairFlags flags(bool left, bool right) {
+  return PairFlags{left ? -1 : 0, right ? -1 : 0};
 }
 
-EyeGaze gaze_of(const FSAMPLE& sample, std::size_t eye, const std::optional<RigidTransform>& pose,
-                std::size_t frame) {
-  const auto centre = moved(pose, calGeom.eyecam_to_ecenter[eye]);
-  const auto target = moved(calGeom.from_screen[frame], point_on_screen(sample, eye));
-  if (!centre || !target) return {centre, std::nullopt};
-  return {centre, ovilo_calc_gaze_vector(*centre, *target)};
+// Where something is for both eyes, and of which it is known.
+struct KnownPoints {
+  VectorPair at = {};
+  PairFlags known = {};
+};
+
+KnownPoints eye_centres(const RigidTransform& pose) {
+  const auto& [left, right] = calGeom.eyecam_to_ecenter;
+  const Vector3 l = left.value_or(Vector3{}), r = right.value_or(Vector3{});
+  return {transform_point(pose, VectorPair{{l.x, r.x}, {l.y, r.y}, {l.z, r.z}}),
+          flags(left.has_value(), right.has_value())};
+}
+
+KnownPoints points_on_screen(const FSAMPLE& sample, std::size_t frame) {
+  const std::optional<RigidTransform>& way = calGeom.from_screen[frame];
+  if (!calGeom.scale || !way) return {};
+  const ScreenScale& scale = *calGeom.scale;
+  const auto &x = sample.gx, &y = sample.gy;
+  const VectorPair at = {(Pair{x[0], x[1]} - scale.centre_x) / scale.x,
+                         (Pair{y[0], y[1]} - scale.centre_y) / scale.y,
+                         {}};
+  return {transform_point(*way, at),
+          flags(!is_missing(x[0]) && !is_missing(y[0]), !is_missing(x[1]) && !is_missing(y[1]))};
 }
 
 // ---- columns ------------------------------------------------------------------------------------
 
 constexpr double rounding_noise = 1e-9;
 
-char* write_position(char* place, double value) {
-  return write_computed_tenths(place, value, has_usual_form());
+// Rounding leaves a 0 with either sign; it prints without one.
+Pair without_noise(Pair values) {
+  const PairFlags noise = computed_number::sizes_of(values) < rounding_noise;
+  return Pair(PairFlags(values) & ~noise);
 }
 
-// Rounding leaves a 0 with either sign; it prints without one.
-template <char* (*write)(char*, double)>
-char* write_vector(char* place, const Vector3* vector) {
-  if (vector == nullptr) return write_missing(place, 3);
-  for (const double value : {vector->x, vector->y, vector->z}) {
-    const double size = std::abs(value);
-    if (size >= rounding_noise && size <= std::numeric_limits<double>::max()) [[likely]]
-      place = write(place, value);
+template <class Columns>
+struct VectorColumns {
+  Pair values[3];  // x, y and z
+  Columns x = Columns(values[0]), y = Columns(values[1]), z = Columns(values[2]);
+
+  explicit VectorColumns(const VectorPair& vectors)
+      : values{without_noise(vectors.x), without_noise(vectors.y), without_noise(vectors.z)} {}
+
+  [[nodiscard]] PairFlags ready() const { return x.ready() & y.ready() & z.ready(); }
+
+  char* write(char* place, int eye) const {
+    return z.write(y.write(x.write(place, eye), eye), eye);
+  }
+};
+
+// A vector that is missing or has numbers that are not ready.
+template <class Columns>
+[[gnu::noinline]] char* write_any_vector(char* place, const Pair (&values)[3], bool is_known,
+                                         int eye) {
+  if (!is_known) return write_missing(place, 3);
+  for (const Pair& pair : values)
+    place = std::isfinite(pair[eye]) ? Columns::write_any(place, pair[eye]) : write_missing(place);
+  return place;
+}
+
+// The vectors of so many eyes.
+template <class Columns, int eyes = 2>
+char* write_vectors(char* place, const VectorPair& vectors, PairFlags known) {
+  const VectorColumns<Columns> columns(vectors);
+  const PairFlags ready = columns.ready() & known;
+  const bool suits = Columns::suits();
+  for (int eye = 0; eye < eyes; ++eye) {
+    if (suits && ready[eye] != 0) [[likely]]
+      place = columns.write(place, eye);
     else
-      place = std::isfinite(value) ? write(place, 0.0) : write_missing(place);
+      place = write_any_vector<Columns>(place, columns.values, known[eye] != 0, eye);
   }
   return place;
 }
@@ -241,19 +270,21 @@ HeadGaze compute_head_gaze(const FSAMPLE& sample) {
   const std::size_t frame = options.gaze_3d_screen != 0 ? pose_on_screen : pose_in_eye_camera;
   const std::optional<RigidTransform> pose = head_pose(sample, frame);
   if (!pose) return {};
-  const EyeGaze left = gaze_of(sample, GZD_LEFT_EYE, pose, frame);
-  const EyeGaze right = gaze_of(sample, GZD_RIGHT_EYE, pose, frame);
-  if (!left.line || !right.line) return {left, right, std::nullopt};
-  return {left, right, ovilo_calc_3D_gaze(*left.line, *right.line)};
+  const KnownPoints centres = eye_centres(*pose), targets = points_on_screen(sample, frame);
+  const GazeLines lines = gaze_lines(centres.at, targets.at);
+  const PairFlags has_line = lines.known & centres.known & targets.known;
+  const MeetingPoint meeting = meeting_point(lines.origins, lines.directions);
+  const PairFlags has_both = flags((has_line[0] & has_line[1]) != 0, false);
+  return {centres.at, centres.known, lines.directions,
+          has_line,   meeting.point, meeting.known & has_both};
 }
 
 char* write_head_gaze(char* place, const FSAMPLE& sample) {
   const HeadGaze gaze = compute_head_gaze(sample);
-  for (const EyeGaze* eye : {&gaze.left, &gaze.right})
-    place = write_vector<write_position>(place, eye->centre ? &*eye->centre : nullptr);
-  for (const EyeGaze* eye : {&gaze.left, &gaze.right})
-    place = write_vector<write_ten_decimals>(place, eye->line ? &eye->line->direction : nullptr);
-  return write_vector<write_position>(place, gaze.point ? &*gaze.point : nullptr);
+  if ((gaze.has_centre[0] | gaze.has_centre[1]) == 0) return write_missing(place, 15);
+  place = write_vectors<TenthsPair>(place, gaze.eye_centres, gaze.has_centre);
+  place = write_vectors<TenDecimalsPair>(place, gaze.directions, gaze.has_direction);
+  return write_vectors<TenthsPair, 1>(place, gaze.point, gaze.has_point);
 }
 
 }  // namespace gzdconv

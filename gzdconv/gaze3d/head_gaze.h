@@ -61,13 +61,13 @@ extern int osp_report_geom_config;  // how often the geometry was completed; -1:
 void read_geometry_message(const char* text);
 
 // The fifteen values of a sample, in the frame that the options choose.
-struct EyeGaze {
-  std::optional<Vector3> centre;  // mm
-  std::optional<GazeLine> line;   // from there
-};
 struct HeadGaze {
-  EyeGaze left, right;
-  std::optional<Vector3> point;  // mm
+  VectorPair eye_centres = {};  // mm
+  PairFlags has_centre = {};
+  VectorPair directions = {};  // from there
+  PairFlags has_direction = {};
+  VectorPair point = {};  // mm, in both numbers
+  PairFlags has_point = {};
 };
 HeadGaze compute_head_gaze(const FSAMPLE& sample);
 

@@ -13,8 +13,16 @@ namespace {
 using namespace head_geometry;
 
 constexpr double radians_per_degree = std::numbers::pi / 180;
-constexpr double parallel_limit = 1e-12;  // squared sine, or cosine, taken as 0
 
+VectorPair paired(const Vector3& a, const Vector3& b) {
+  return VectorPair{{a.x, b.x}, {a.y, b.y}, {a.z, b.z}};
+}
+VectorPair twice(const Vector3& a) {
+  return paired(a, a);
+}
+Vector3 first(const VectorPair& a) {
+  return {a.x[0], a.y[0], a.z[0]};
+}
 // Half the square root of a sum that is 0 or more but for rounding.
 double half_root(double sum) {
   return 0.5 * std::sqrt(std::max(0.0, sum));
@@ -71,19 +79,17 @@ Vector3 ovilo_calc_head_vector(const RigidTransform& pose, const Vector3& straig
   return transform_direction(pose, straight_ahead);
 }
 
-// With unit directions u and v and w = left origin - right origin, the feet of the common
-// perpendicular lie at s = (b e - d) / (1 - b b) and t = (e - b d) / (1 - b b), where b = u v,
-// d = u w and e = v w.
+std::optional<GazeLine> ovilo_calc_gaze_vector(const Vector3& eye_centre, const Vector3& target) {
+  const GazeLines lines = gaze_lines(twice(eye_centre), twice(target));
+  if (lines.known[0] == 0) return std::nullopt;
+  return GazeLine{eye_centre, first(lines.directions)};
+}
+
 std::optional<Vector3> ovilo_calc_3D_gaze(const GazeLine& left, const GazeLine& right) {
-  const Vector3 between = left.origin - right.origin;
-  const double b = dot(left.direction, right.direction);
-  const double d = dot(left.direction, between);
-  const double e = dot(right.direction, between);
-  const double squared_sine = 1 - b * b;
-  if (!(squared_sine > parallel_limit)) return std::nullopt;
-  const Vector3 on_left = left.origin + left.direction * ((b * e - d) / squared_sine);
-  const Vector3 on_right = right.origin + right.direction * ((e - b * d) / squared_sine);
-  return (on_left + on_right) * 0.5;
+  const MeetingPoint meeting =
+      meeting_point(paired(left.origin, right.origin), paired(left.direction, right.direction));
+  if (meeting.known[0] == 0) return std::nullopt;
+  return first(meeting.point);
 }
 
 std::optional<Vector3> ovilo_calc_plane_gaze(const GazeLine& gaze, const RigidTransform& to_plane) {
