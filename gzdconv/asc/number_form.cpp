@@ -5,9 +5,9 @@
 #include <iterator>
 #include <type_traits>
 
+#include "asc/four_numbers.h"
 #include "asc/number.h"
 #include "asc/output.h"
-#include "asc/three_decimals.h"
 #include "cli/options.h"
 
 namespace gzdconv {
@@ -40,10 +40,10 @@ constexpr WholeCells make_whole_cells() {
   return cells;
 }
 
-constexpr WholeCells make_tabbed_cells() {
+constexpr WholeCells make_tabbed_cells(std::size_t width) {
   WholeCells cells = make_whole_cells();
   for (WholeCell& cell : cells.of) {
-    const std::size_t length = std::max(static_cast<std::size_t>(cell.length), tabbed_width);
+    const std::size_t length = std::max(static_cast<std::size_t>(cell.length), width);
     const WholeCell whole = cell;
     cell = {{'\t'}, static_cast<char>(1 + length)};
     for (std::size_t i = 0; i < length; ++i) cell.text[1 + i] = whole.text[cell_width - length + i];
@@ -57,10 +57,6 @@ constexpr DecimalCells make_decimal_cells() {
     cells.of[n] = {{'.', static_cast<char>('0' + n / 100), static_cast<char>('0' + n / 10 % 10),
                     static_cast<char>('0' + n % 10)}};
   return cells;
-}
-
-constexpr std::uint64_t power_of_ten(int exponent) {
-  return exponent == 0 ? 1 : 10 * power_of_ten(exponent - 1);
 }
 
 // At least `width` characters wide in all.
@@ -93,17 +89,6 @@ constexpr Forms make_forms(std::size_t width) {
   return forms;
 }
 
-// The last ones first: each group of three brings a point, which the one before overwrites.
-template <int decimals>
-char* write_known_decimals(char* place, std::uint32_t rest) {
-  rest *= static_cast<std::uint32_t>(make_form(decimals, decimals, 0).stretch);
-  if (decimals > decimals_at_once)
-    std::memcpy(place + decimals_at_once, &decimal_cells.of[rest % 1000], sizeof(DecimalCell));
-  std::memcpy(place, &decimal_cells.of[decimals > decimals_at_once ? rest / 1000 : rest],
-              sizeof(DecimalCell));
-  return place + decimals + 1;
-}
-
 // Of a number that is formed, in units of its last decimal, halves to even.
 template <int decimals>
 auto scaled_number(float value) {
@@ -114,12 +99,18 @@ auto scaled_number(float value) {
                              std::bit_cast<std::uint64_t>(rounding_shift));
 }
 
-// By fours.
-char* write_three_decimals(char* place, std::span<const float> values) {
-  for (; !values.empty(); values = values.subspan(ThreeDecimals::count)) {
-    const ThreeDecimals four(values.data());
-    for (int i = 0; i < ThreeDecimals::count; ++i) place = four.write(place, i);
+// Four values or more; the last four again for those that are left.
+template <class Four>
+char* write_by_fours(char* place, std::span<const float> values) {
+  const std::size_t left = values.size() % Four::count;
+  for (std::size_t at = 0; at + left < values.size(); at += Four::count) {
+    const Four four(&values[at]);
+    for (int which = 0; which < Four::count; ++which) place = four.write(place, which);
   }
+  if (left == 0) return place;
+  const Four last(&values[values.size() - Four::count]);
+  for (auto which = Four::count - static_cast<int>(left); which < Four::count; ++which)
+    place = last.write(place, which);
   return place;
 }
 
@@ -127,10 +118,10 @@ char* write_three_decimals(char* place, std::span<const float> values) {
 template <int decimals>
 char* write_formed(char* place, std::span<const float> values, std::size_t whole_width) {
   constexpr NumberForm form = make_form(decimals, decimals, 0);
-  if (decimals == 3 && whole_width == tabbed_width) {
-    const std::size_t last = values.size() % ThreeDecimals::count;
-    place = write_three_decimals(place, values.first(values.size() - last));
-    values = values.last(last);
+  if (values.size() >= 4) {
+    if (whole_width == 1) return write_by_fours<FourNumbers<decimals, 1>>(place, values);
+    if (decimals == 3 && whole_width == tabbed_width)
+      return write_by_fours<ThreeDecimals>(place, values);
   }
   for (const float value : values) {
     const auto scaled = scaled_number<decimals>(value);
@@ -145,7 +136,8 @@ char* write_formed(char* place, std::span<const float> values, std::size_t whole
 }  // namespace
 
 constinit const WholeCells number_form::whole_cells = make_whole_cells();
-constinit const WholeCells number_form::tabbed_cells = make_tabbed_cells();
+constinit const WholeCells number_form::narrow_cells = make_tabbed_cells(1);
+constinit const WholeCells number_form::wide_cells = make_tabbed_cells(tabbed_width);
 constinit const DecimalCells number_form::decimal_cells = make_decimal_cells();
 constinit const Forms number_form::compact_forms = make_forms(0);
 constinit const Forms number_form::aligned_forms = make_forms(column_width);

@@ -35,10 +35,15 @@ struct WholeCells {
 };
 extern const WholeCells whole_cells;
 
-// The same numbers behind their tab, "\t 12", at least so many characters wide; the last byte tells
-// the length with the tab.
+// The same numbers behind their tab, "\t 12", at least one or three characters wide; the last byte
+// tells the length with the tab.
 constexpr std::size_t tabbed_width = 3;
-extern const WholeCells tabbed_cells;
+extern const WholeCells narrow_cells, wide_cells;
+template <std::size_t width>
+const WholeCells& tabbed_cells() {
+  static_assert(width == 1 || width == tabbed_width);
+  return width == 1 ? narrow_cells : wide_cells;
+}
 
 // ".345"
 struct DecimalCell {
@@ -49,6 +54,22 @@ struct DecimalCells {
   DecimalCell of[1000];
 };
 extern const DecimalCells decimal_cells;
+
+constexpr std::uint64_t power_of_ten(int exponent) {
+  return exponent == 0 ? 1 : 10 * power_of_ten(exponent - 1);
+}
+
+// Writes the point and up to six decimals, the last ones first: each group of three brings a point,
+// which the one before overwrites.
+template <int decimals>
+char* write_known_decimals(char* place, std::uint32_t rest) {
+  constexpr int groups = (decimals - 1) / decimals_at_once + 1;
+  rest *= static_cast<std::uint32_t>(power_of_ten(groups * decimals_at_once - decimals));
+  if (groups > 1)
+    std::memcpy(place + decimals_at_once, &decimal_cells.of[rest % 1000], sizeof(DecimalCell));
+  std::memcpy(place, &decimal_cells.of[groups > 1 ? rest / 1000 : rest], sizeof(DecimalCell));
+  return place + decimals + 1;
+}
 
 }  // namespace number_form
 
@@ -108,11 +129,6 @@ inline std::uint64_t whole_cell_at(std::uint64_t place) {
   static_assert(std::endian::native == std::endian::little);
   std::uint64_t cell;
   std::memcpy(&cell, &number_form::whole_cells.of[place], sizeof cell);
-  return cell;
-}
-inline std::uint64_t tabbed_cell_at(std::uint64_t place) {
-  std::uint64_t cell;
-  std::memcpy(&cell, &number_form::tabbed_cells.of[place], sizeof cell);
   return cell;
 }
 inline std::uint64_t whole_cell(std::uint64_t whole, bool negative) {

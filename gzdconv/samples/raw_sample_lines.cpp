@@ -5,11 +5,11 @@
 #include <cstring>
 #include <string_view>
 
+#include "asc/four_numbers.h"
 #include "asc/number_form.h"
 #include "asc/output.h"
 #include "asc/sample_number.h"
 #include "asc/sample_time.h"
-#include "asc/three_decimals.h"
 #include "cli/options.h"
 #include "lines/recording_lines.h"
 #include "samples/sample_shape.h"

@@ -1,9 +1,9 @@
-// Columns with three decimals and seven characters wide or more, worked out four at a time. Poses
-// of the head and positions in the camera's picture are such numbers.
-#ifndef GZDCONV_THREE_DECIMALS_H
-#define GZDCONV_THREE_DECIMALS_H
+// Columns of short numbers with decimals, worked out four at a time.
+#ifndef GZDCONV_FOUR_NUMBERS_H
+#define GZDCONV_FOUR_NUMBERS_H
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -11,13 +11,15 @@
 
 namespace gzdconv {
 
-class ThreeDecimals {
+// Of singles: with 1 to 6 decimals, and `whole_width` characters or more in front of the point.
+template <int decimals, std::size_t whole_width>
+class FourNumbers {
  public:
   static constexpr int count = 4;
 
-  explicit ThreeDecimals(const float* four) : ThreeDecimals(four, four + 2) {}
+  explicit FourNumbers(const float* four) : FourNumbers(four, four + 2) {}
   // Of two pairs.
-  ThreeDecimals(const float* pair, const float* other) {
+  FourNumbers(const float* pair, const float* other) {
     const Floats4 values = {pair[0], pair[1], other[0], other[1]};
     constexpr std::uint32_t sign_bit = 0x80000000;
     const Ints4 signs = Ints4(UInts4(values) >> 31);
@@ -26,11 +28,11 @@ class ThreeDecimals {
     // Fraction and product are exact. A fraction may round up to a whole one.
     const Ints4 whole = __builtin_convertvector(sizes, Ints4);
     const Floats4 fractions = sizes - __builtin_convertvector(whole, Floats4);
-    const Doubles4 sums = __builtin_convertvector(fractions, Doubles4) * 1000.0 + rounding_shift;
+    const Doubles4 sums = __builtin_convertvector(fractions, Doubles4) * power + rounding_shift;
     const Doubles2 first = __builtin_shufflevector(sums, sums, 0, 1);
     const Doubles2 last = __builtin_shufflevector(sums, sums, 2, 3);
     const Ints4 rests = __builtin_shufflevector(Ints4(first), Ints4(last), 0, 2, 4, 6);
-    const Ints4 full = rests == 1000;
+    const Ints4 full = rests == static_cast<std::int32_t>(power);
     rests_ = rests & ~full;
     places_ = (whole - full) * 2 + signs;
   }
@@ -43,12 +45,12 @@ class ThreeDecimals {
 
   // Writes the column of one, and returns its end.
   char* write(char* place, int which) const {
-    const std::uint64_t cell = tabbed_cell_at(static_cast<std::uint32_t>(places_[which]));
+    const auto& cells = number_form::tabbed_cells<whole_width>();
+    std::uint64_t cell;
+    std::memcpy(&cell, &cells.of[static_cast<std::uint32_t>(places_[which])], sizeof cell);
     std::memcpy(place, &cell, sizeof cell);
-    place += cell >> 56;
-    const auto& decimals = number_form::decimal_cells.of[static_cast<std::uint32_t>(rests_[which])];
-    std::memcpy(place, &decimals, sizeof decimals);
-    return place + sizeof decimals;
+    return number_form::write_known_decimals<decimals>(place + (cell >> 56),
+                                                       static_cast<std::uint32_t>(rests_[which]));
   }
 
  private:
@@ -60,11 +62,15 @@ class ThreeDecimals {
   using Doubles4 = double __attribute__((vector_size(32)));
 
   static constexpr float limit = number_form::whole_count - 1;
+  static constexpr auto power = static_cast<double>(number_form::power_of_ten(decimals));
 
   Ints4 places_;  // in the table of whole numbers
   Ints4 rests_;   // the decimals
   Ints4 ready_;   // -1 for those that are ready
 };
+
+// In the usual form.
+using ThreeDecimals = FourNumbers<3, number_form::tabbed_width>;
 
 }  // namespace gzdconv
 
