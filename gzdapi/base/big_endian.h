@@ -43,9 +43,8 @@ inline float load_be_float(const byte* p) {
 inline float missing_normalised(float value) {
   // By its bits, as no others have this value.
   const auto bits = std::bit_cast<UINT32>(value);
-  return std::bit_cast<float>(bits == std::bit_cast<UINT32>(NOT_RECORDED)
-                                  ? std::bit_cast<UINT32>(MISSING_DATA)
-                                  : bits);
+  return std::bit_cast<float>(
+      bits == std::bit_cast<UINT32>(NOT_RECORDED) ? std::bit_cast<UINT32>(MISSING_DATA) : bits);
 }
 
 }  // namespace gzd

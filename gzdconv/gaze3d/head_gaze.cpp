@@ -209,6 +209,7 @@ KnownPoints points_on_screen(const FSAMPLE& sample, std::size_t frame) {
 
 // ---- columns ------------------------------------------------------------------------------------
 
+constexpr int column_count = 15;
 constexpr double rounding_noise = 1e-9;
 
 // Rounding leaves a 0 with either sign; it prints without one.
@@ -281,7 +282,7 @@ HeadGaze compute_head_gaze(const FSAMPLE& sample) {
 
 char* write_head_gaze(char* place, const FSAMPLE& sample) {
   const HeadGaze gaze = compute_head_gaze(sample);
-  if ((gaze.has_centre[0] | gaze.has_centre[1]) == 0) return write_missing(place, 15);
+  if ((gaze.has_centre[0] | gaze.has_centre[1]) == 0) return write_missing(place, column_count);
   place = write_vectors<TenthsPair>(place, gaze.eye_centres, gaze.has_centre);
   place = write_vectors<TenDecimalsPair>(place, gaze.directions, gaze.has_direction);
   return write_vectors<TenthsPair, 1>(place, gaze.point, gaze.has_point);
