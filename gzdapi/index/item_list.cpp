@@ -130,10 +130,11 @@ void ItemList::setLandmark(std::size_t number, const GZDItem& item) {
     mark = packLandmark(item, mark.place);
 }
 
-// Looks near the gap asked for last first.
+// Looks at the next gap first, then near the one asked for last.
 const ItemList::Gap& ItemList::findGap(std::size_t place) const {
   const auto isBefore = [&](std::size_t number) { return marks_[number].place < place; };
-  const std::size_t count = marks_.size();
+  const std::size_t count = marks_.size(), next = gap_.number + 1;
+  if (next < count && isBefore(next - 1) && !isBefore(next)) return enterGap(next);
   std::size_t low = std::min(gap_.number, count), high = low;
   std::size_t reach = 1;
   if (low < count && isBefore(low)) {
@@ -147,47 +148,27 @@ const ItemList::Gap& ItemList::findGap(std::size_t place) const {
     const std::size_t middle = low + (high - low) / 2;
     (isBefore(middle) ? low : high) = isBefore(middle) ? middle + 1 : middle;
   }
-  gap_.begin = low == 0 ? 0 : marks_[low - 1].place + std::size_t{1};
-  gap_.count = (low < count ? marks_[low].place : size()) - gap_.begin;
-  gap_.number = low;
+  return enterGap(low);
+}
+
+const ItemList::Gap& ItemList::enterGap(std::size_t number) const {
+  gap_.begin = number == 0 ? 0 : marks_[number - 1].place + std::size_t{1};
+  gap_.count = (number < marks_.size() ? marks_[number].place : size()) - gap_.begin;
+  gap_.number = number;
   return gap_;
 }
 
 // ---- order --------------------------------------------------------------------------------------
 
-void ItemList::move(const Cursor& from, std::size_t to) {
-  gap_ = Gap{.number = from.number()};
-  if (from.isLandmark())
-    moveLandmark(from.number(), to);
-  else
-    moveSample(from.sample(), from.place(), to);
-}
-
-void ItemList::moveLandmark(std::size_t number, std::size_t to) {
-  Mark mark = marks_[number];
-  const std::size_t from = mark.place;
-  for (; number > 0 && marks_[number - 1].place >= to; --number) {
-    marks_[number] = marks_[number - 1];
-    ++marks_[number].place;
+void ItemList::arrange(std::size_t number, const std::vector<Landmark>& landmarks) {
+  std::vector<Mark> marks;
+  marks.reserve(landmarks.size());
+  for (const Landmark landmark : landmarks) {
+    marks.push_back(marks_[landmark.number]);
+    marks.back().place = landmark.place;
   }
-  for (; from < to && number + 1 < marks_.size() && marks_[number + 1].place <= to; ++number) {
-    marks_[number] = marks_[number + 1];
-    --marks_[number].place;
-  }
-  mark.place = static_cast<UINT32>(to);
-  marks_[number] = mark;
-}
-
-// The sample of this number stands at `from`.
-void ItemList::moveSample(std::size_t number, std::size_t from, std::size_t to) {
-  std::size_t mark = from - number;  // the first one behind it
-  for (; mark > 0 && marks_[mark - 1].place >= to; --mark) ++marks_[mark - 1].place;
-  for (; from < to && mark < marks_.size() && marks_[mark].place <= to; ++mark)
-    --marks_[mark].place;
-  const std::size_t target = to - mark;
-  if (target == number) return;
-  samples_.move(number, target);
-  rising_ = false;
+  std::copy(marks.begin(), marks.end(), marks_.begin() + static_cast<std::ptrdiff_t>(number));
+  gap_ = Gap{.number = number};
 }
 
 void ItemList::reorder(std::size_t first, const std::vector<UINT32>& order) {
@@ -196,12 +177,13 @@ void ItemList::reorder(std::size_t first, const std::vector<UINT32>& order) {
   std::vector<Mark> marks;
   std::vector<UINT64> words;
   for (std::size_t i = 0; i < order.size(); ++i) {
-    const Cursor from(*this, first + order[i]);
-    if (!from.isLandmark()) {
-      words.push_back(samples_[from.sample()]);
+    const std::size_t from = first + order[i];
+    const Gap& gap = gapAt(from);
+    if (!isLandmark(gap, from)) {
+      words.push_back(samples_[from - gap.number]);
       continue;
     }
-    marks.push_back(marks_[from.number()]);
+    marks.push_back(marks_[gap.number]);
     marks.back().place = static_cast<UINT32>(first + i);
   }
   std::copy(marks.begin(), marks.end(), marks_.begin() + static_cast<std::ptrdiff_t>(firstMark));

@@ -91,52 +91,6 @@ class ItemList {
     const ItemList& list_;
   };
 
-  // Goes from entry to entry. Valid until the list changes; moves of entries before the cursor do
-  // not count.
-  class Cursor {
-   public:
-    Cursor(const ItemList& list, std::size_t place)
-        : list_(&list), place_(place), number_(list.gapAt(place).number) {}
-
-    [[nodiscard]] std::size_t place() const { return place_; }
-    // Of landmarks before the place.
-    [[nodiscard]] std::size_t number() const { return number_; }
-    // Of samples before it.
-    [[nodiscard]] std::size_t sample() const { return place_ - number_; }
-    [[nodiscard]] bool isLandmark() const { return nextLandmark() == place_; }
-    [[nodiscard]] UINT64 stamp() const {
-      return isLandmark() ? list_->stampOf(list_->marks_[number_])
-                          : list_->stampOf(list_->samples_[sample()]);
-    }
-    [[nodiscard]] GZDItem item() const {
-      return isLandmark() ? list_->unpack(list_->marks_[number_])
-                          : list_->unpackSample(list_->samples_[sample()]);
-    }
-    // The first landmark from here on; the list's size when there is none.
-    [[nodiscard]] std::size_t nextLandmark() const {
-      return number_ < list_->marks_.size() ? list_->marks_[number_].place : list_->size();
-    }
-    // The first place behind the landmark before this place.
-    [[nodiscard]] std::size_t gapBegin() const {
-      return number_ > 0 ? list_->marks_[number_ - 1].place + std::size_t{1} : 0;
-    }
-    void next() {
-      number_ += isLandmark() ? 1 : 0;
-      ++place_;
-    }
-    void previous() {
-      number_ -= gapBegin() == place_ ? 1 : 0;
-      --place_;
-    }
-    // Goes to a place between the landmark before this place and the first one from it on.
-    void goWithinGap(std::size_t place) { place_ = place; }
-
-   private:
-    const ItemList* list_;
-    std::size_t place_;
-    std::size_t number_;
-  };
-
   // Samples from a place on, each of which fits into a word. Valid until the list changes.
   class Span {
    public:
@@ -170,10 +124,13 @@ class ItemList {
   [[nodiscard]] Iterator end() const { return {*this, size()}; }
 
   [[nodiscard]] GZDItem operator[](std::size_t place) const {
-    const Cursor at(*this, place);
-    return at.isLandmark() ? unpack(marks_[at.number()]) : unpackSample(samples_[at.sample()]);
+    const Gap& gap = gapAt(place);
+    return isLandmark(gap, place) ? unpack(marks_[gap.number]) : sample(place - gap.number);
   }
-  [[nodiscard]] UINT64 stampAt(std::size_t place) const { return Cursor(*this, place).stamp(); }
+  [[nodiscard]] UINT64 stampAt(std::size_t place) const {
+    const Gap& gap = gapAt(place);
+    return isLandmark(gap, place) ? stampOf(marks_[gap.number]) : stampOfSample(place - gap.number);
+  }
   [[nodiscard]] bool isSampleAt(std::size_t place) const {
     return gap_.holds(place) || findGap(place).holds(place);
   }
@@ -184,6 +141,10 @@ class ItemList {
   // The same, but only for samples between the landmarks around the entry asked for last.
   [[nodiscard]] bool isPlainNearby(std::size_t place) const {
     return gap_.holds(place) && !hasOddSamples_;
+  }
+  // Whether the entry is the landmark behind the gap asked for last.
+  [[nodiscard]] bool isLandmarkNearby(std::size_t place) const {
+    return gap_.endsAt(place) && isLandmark(gap_, place);
   }
   // The samples from a place on; none where isPlainAt() is false.
   [[nodiscard]] Span spanFrom(UINT32 place) const;
@@ -219,16 +180,32 @@ class ItemList {
   [[nodiscard]] GZDItem operator[](Landmark mark) const { return unpack(marks_[mark.number]); }
   // The first landmark from a place on, `end` when there is none before that place.
   [[nodiscard]] std::size_t nextLandmark(std::size_t place, std::size_t end) const {
-    return std::min(Cursor(*this, place).nextLandmark(), end);
+    const std::size_t number = gapAt(place).number;
+    return number < marks_.size() ? std::min<std::size_t>(marks_[number].place, end) : end;
   }
-  // Whether the stamps of the samples rise from each to the next. False also when one of them did
-  // not fit into a word.
+  // How many stand before a place.
+  [[nodiscard]] std::size_t landmarksBefore(std::size_t place) const { return gapAt(place).number; }
+  [[nodiscard]] Landmark landmark(std::size_t number) const {
+    return {marks_[number].place, static_cast<UINT32>(number)};
+  }
+
+  // ---- samples, by their numbers ----------------------------------------------------------------
+  [[nodiscard]] GZDItem sample(std::size_t number) const { return unpackSample(samples_[number]); }
+  [[nodiscard]] UINT64 stampOfSample(std::size_t number) const { return stampOf(samples_[number]); }
+  // Those from a number on, whose places are their numbers. All must fit into words.
+  [[nodiscard]] Span samplesFrom(UINT32 number) const {
+    return {number, samples_.runFrom(number), base_};
+  }
+  // Whether the stamps rise from each to the next. False also when one of them did not fit into a
+  // word.
   [[nodiscard]] bool samplesRise() const { return rising_; }
+  // The same of those from number `first` up to `last`.
+  [[nodiscard]] bool samplesRise(std::size_t first, std::size_t last) const;
 
   // ---- order ------------------------------------------------------------------------------------
-  // Moves the entry at one place to another; those between move up or down by one.
-  void move(std::size_t from, std::size_t to) { move(Cursor(*this, from), to); }
-  void move(const Cursor& from, std::size_t to);
+  // Puts into the place of as many landmarks, from this number on, the same in another order and at
+  // other places.
+  void arrange(std::size_t number, const std::vector<Landmark>& landmarks);
   // Puts as many entries as `order` has numbers, from `first` on, into the order of their numbers,
   // which count from `first` on.
   void reorder(std::size_t first, const std::vector<UINT32>& order);
@@ -303,6 +280,11 @@ class ItemList {
     return gap_.holds(place) || gap_.endsAt(place) ? gap_ : findGap(place);
   }
   const Gap& findGap(std::size_t place) const;
+  const Gap& enterGap(std::size_t number) const;
+  // Whether a place whose gap this is, which may have grown since, is that of the landmark.
+  [[nodiscard]] bool isLandmark(const Gap& gap, std::size_t place) const {
+    return !gap.holds(place) && gap.number < marks_.size() && marks_[gap.number].place == place;
+  }
 
   static bool isPlain(UINT64 word) { return (word & odd_bit) == 0; }
   static UINT64 stepOf(const SampleWords::Run& run);
@@ -342,12 +324,6 @@ class ItemList {
     rising_ &= stamp >= risingFrom_;
     risingFrom_ = stamp + 1;
   }
-  // Whether the samples from number `first` up to `last` rise.
-  [[nodiscard]] bool samplesRise(std::size_t first, std::size_t last) const;
-
-  void moveSample(std::size_t number, std::size_t from, std::size_t to);
-  void moveLandmark(std::size_t number, std::size_t to);
-
   SampleWords samples_;
   std::vector<Mark> marks_;
   std::deque<GZDItem> others_;  // grows without being copied

@@ -159,19 +159,6 @@ void SampleWords::expand(std::size_t number) {
   if (number + 1 == pages_.size()) next_ = no_word;
 }
 
-void SampleWords::move(std::size_t from, std::size_t to) {
-  const auto [low, high] = std::minmax(from, to);
-  for (std::size_t page = low / page_size; page <= high / page_size; ++page) {
-    bytes_ -= pages_[page].bytes();
-    expand(page);
-    bytes_ += pages_[page].bytes();
-  }
-  const UINT64 word = wordAt(from);
-  for (; from > to; --from) wordAt(from) = wordAt(from - 1);
-  for (; from < to; ++from) wordAt(from) = wordAt(from + 1);
-  wordAt(to) = word;
-}
-
 void SampleWords::replace(std::size_t first, const std::vector<UINT64>& words) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     if ((*this)[first + i] == words[i]) continue;

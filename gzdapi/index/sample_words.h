@@ -52,8 +52,6 @@ class SampleWords {
   void append(const Run& run);
   // Adds words of another list, from `first` up to `last`, with these bits set.
   void append(const SampleWords& other, std::size_t first, std::size_t last, UINT64 bits = 0);
-  // Moves a word to another place; those between move up or down by one.
-  void move(std::size_t from, std::size_t to);
   // Puts words in the place of as many, from `first` on.
   void replace(std::size_t first, const std::vector<UINT64>& words);
 

@@ -1,6 +1,6 @@
-// Puts a window of the index in order whose entries are nearly all in order: the few that come
-// late, such as the ends of events, are moved back one by one. Where the samples of the list rise,
-// those between two landmarks are not even looked at.
+// Puts a window of the index in order whose samples rise, as nearly all do, and whose other
+// entries, the landmarks, are nearly in order: their order is found among themselves, then their
+// places among the samples. Of the samples only those next to a landmark are looked at.
 #ifndef GZDAPI_STRICT_ORDER_H
 #define GZDAPI_STRICT_ORDER_H
 
@@ -17,46 +17,44 @@ class StrictOrder {
 
   // Puts the entries from `first` up to `last`, at least one, into the only possible order: of any
   // two, one comes first. Returns false, and changes nothing, when there is more than one, when too
-  // many share one stamp, or when it is far from the one they have.
+  // many share one stamp, when samples do not rise, or when the order is far from the one they
+  // have.
   bool make(std::size_t first, std::size_t last);
   // The first place at which the last make() changed anything; `last` when it has not.
-  [[nodiscard]] std::size_t firstChange() const { return lowestPlace_; }
+  [[nodiscard]] std::size_t firstChange() const { return firstChange_; }
 
  private:
-  static constexpr std::size_t nowhere = ~std::size_t{0};
-
-  struct Move {
-    std::size_t from;
-    std::size_t to;
-  };
-
-  using Cursor = ItemList::Cursor;
-
   // What decides between entries of one stamp.
   struct Standing {
     std::size_t sortClass;
     INT64 filePos;
   };
-  static Standing standingOf(const Cursor& at) {
-    const GZDItem item = at.item();
-    const SortClass sortClass = at.isLandmark() ? sort_class_of(item) : SortClass::Sample;
-    return {static_cast<std::size_t>(sortClass), item.getFilePos()};
-  }
   static bool comesBefore(const Standing& a, const Standing& b) {
     const Precedence precedence = precedence_table[a.sortClass][b.sortClass];
     return precedence == Precedence::ByFile ? a.filePos < b.filePos
                                             : precedence == Precedence::Always;
   }
 
-  bool insertAll(std::size_t first, std::size_t last);
-  void undo();
-  void passRise(Cursor& at, std::size_t last) const;
-  static void goBackOverLater(Cursor& at, UINT64 stamp, std::size_t first);
-  [[nodiscard]] std::size_t placeOf(const Cursor& entry, UINT64 stamp, std::size_t first) const;
+  struct Entry {
+    UINT64 stamp;
+    Standing standing;
+    Landmark landmark;  // where it stood
+    UINT32 samples;     // of the list before it
+  };
+  [[nodiscard]] Entry entryOf(Landmark landmark) const;
+
+  bool makeAnew(std::size_t first, std::size_t last);
+  bool sortLandmarks(std::size_t number, std::size_t count, std::size_t mostMoves);
+  bool findPlace(const Entry& entry, std::size_t& place) const;
+  class RisingSamples;
+  bool placeAmongSamples(UINT32 first, UINT32 last);
+  bool placeAmongSamples(Entry& entry, RisingSamples& samples) const;
+  void carryOut(std::size_t number);
 
   ItemList& items_;
-  std::vector<Move> moved_;
-  std::size_t lowestPlace_ = 0;
+  std::vector<Entry> sorted_;
+  std::vector<Landmark> arranged_;
+  std::size_t firstChange_ = 0;
   std::size_t orderedUpTo_ = 0;  // those before have been put into the only order
 };
 
