@@ -160,7 +160,7 @@ ALLF_DATA* GZDFile::getSampleCloseToTime(UINT32 stamp) {
   const int found = findIndex(index_, stamp, 0, static_cast<int>(index_.size()) - 1);
   if (found < 1) return nullptr;
   ALLF_DATA* const record = reader_.getFloatData(static_cast<UINT32>(found));
-  if (record != nullptr) shift(*record, reader_.typeOfRecord());
+  if (record != nullptr) shift(*record, reader_.kindOfRecord(record));
   return record;
 }
 
@@ -213,8 +213,7 @@ int GZDFile::currentType() const {
 }
 
 int GZDFile::kindOfRecord(const ALLF_DATA* record) const {
-  if (record == reader_.record()) return reader_.typeOfRecord();
-  return record == &logRecord_ ? GZD_MESSAGE : 0;
+  return record == &logRecord_ ? GZD_MESSAGE : reader_.kindOfRecord(record);
 }
 
 }  // namespace gzd

@@ -49,14 +49,18 @@ void Reader::startAnew() {
 
 ALLF_DATA* Reader::getFloatData(UINT32 itemIndex, bool reports) {
   state_.reportsUnknownFields = reports;
-  leaveRun();  // the window may be about to move
   if (itemIndex >= index_.size() || failed_) return nullptr;
   try {
     const GZDItem item = index_.gzdItemList[itemIndex];
-    recordType_ = item.getItemType();
-    if (readItem(itemIndex, item) == 0) return &fData_;
+    if (item.isSample()) {
+      leaveRun();  // the window may be about to move
+      readSample(itemIndex, item);
+      return &fData_;
+    }
+    if (readOther(itemIndex, item) == 0) return &other_;
     print_log("Read error \n");
   } catch (const GZDException& error) {
+    leaveRun();
     failed_ = true;
     log_error(error);
   }
@@ -72,21 +76,20 @@ std::string_view Reader::messageText(UINT32 itemIndex, bool reports) {
   return record != nullptr ? text_of(record->fe.message) : std::string_view();
 }
 
-int Reader::readItem(UINT32 itemIndex, const GZDItem& item) {
-  if (item.isSample()) {
-    readSample(itemIndex, item);
-    return 0;
-  }
-  presetTag_ = 0;
+// A run goes on behind an entry that is no sample unless reading it has moved the window.
+int Reader::readOther(UINT32 itemIndex, const GZDItem& item) {
+  otherType_ = item.getItemType();
   if (item.isRecording() && item.getRecording() != nullptr) {
-    fData_.rec = *item.getRecording();
+    other_.rec = *item.getRecording();
     return 0;
   }
-  if (is_known_event_type(item.getItemType())) {
+  if (is_known_event_type(otherType_)) {
+    const InputStream::HeldBytes window = file_.held();
     readEvent(itemIndex, item);
+    if (file_.held() != window) leaveRun();
     return 0;
   }
-  fData_ = ALLF_DATA{};
+  other_ = ALLF_DATA{};
   return -1;
 }
 
@@ -99,6 +102,7 @@ void Reader::enterEpochOf(INT64 position) {
   epochEnd_ = next == epochs.end() ? std::numeric_limits<INT64>::max() : next->filePos;
   state_.parameters = (next == epochs.begin() ? next : next - 1)->parameters;
   layout_ = SampleLayout();
+  leaveRun();
 }
 
 // Goes to a place in a record, with the parameters of its block in force.
@@ -166,7 +170,7 @@ RecordPlaces Reader::placesInWindow(std::size_t longestRecord) const {
 }
 
 bool Reader::enterSpan(UINT32 itemIndex) noexcept {
-  if (!run_.holds(itemIndex)) return false;
+  if (!run_.holds(itemIndex) || index_.gzdItemList.isLandmarkNearby(itemIndex)) return false;
   span_ = index_.gzdItemList.spanFrom(itemIndex);
   return span_.holds(itemIndex);
 }
@@ -301,25 +305,25 @@ void Reader::readEvent(UINT32 itemIndex, GZDItem item) {
   if (item.isDummy()) {
     readInsertedEvent(item);
   } else {
-    EData event;
-    decodeEvent(item, lstring_buffer_, event);
-    event.process_event();
-    fData_.fe = event;
-    if (piece_of_message(text_of(event.message)) == MessagePiece::First) assembleLongMessage(item);
+    decodeEvent(item, lstring_buffer_, other_.fe);
+    EData::process_event(other_.fe);
+    const bool hasText = other_.fe.message != nullptr;
+    if (hasText && piece_of_message(text_of(other_.fe.message)) == MessagePiece::First)
+      assembleLongMessage(item);
   }
-  if (timesFollowRepairs_) pairing_.apply(itemIndex, item, fData_.fe);
+  if (timesFollowRepairs_) pairing_.apply(itemIndex, item, other_.fe);
 }
 
 // A start of blink that the repairs have added.
 void Reader::readInsertedEvent(const GZDItem& item) {
-  fData_.fe = FEVENT{};
-  fData_.fe.type = GZD_START_BLINK;
-  fData_.fe.sttime = fData_.fe.entime = time_of_stamp(item.getTimeStamp());
-  fData_.fe.eye = static_cast<INT16>(item.getEye());
+  other_.fe = FEVENT{};
+  other_.fe.type = GZD_START_BLINK;
+  other_.fe.sttime = other_.fe.entime = time_of_stamp(item.getTimeStamp());
+  other_.fe.eye = static_cast<INT16>(item.getEye());
 }
 
 void Reader::assembleLongMessage(const GZDItem& item) {
-  std::string text = without_marker(text_of(fData_.fe.message));
+  std::string text = without_marker(text_of(other_.fe.message));
   const auto group = index_.msg_item_list.find(item.getFilePos());
   if (group != index_.msg_item_list.end()) {
     for (const GZDItem& piece : group->second) {
@@ -337,7 +341,7 @@ void Reader::assembleLongMessage(const GZDItem& item) {
   longText_->len = static_cast<INT16>(std::min(text.size(), std::size_t{largest_lstring_length}));
   text.copy(longText_->text.data(), longText_->text.size() - 1);
   longText_->text[std::min(text.size(), longText_->text.size() - 1)] = '\0';
-  fData_.fe.message = reinterpret_cast<LSTRING*>(longText_.get());
+  other_.fe.message = reinterpret_cast<LSTRING*>(longText_.get());
 }
 
 }  // namespace gzd

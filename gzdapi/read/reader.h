@@ -63,9 +63,11 @@ class Reader : public SampleSource {
   // is read from then on.
   [[nodiscard]] bool hasFailed() const { return failed_; }
 
-  [[nodiscard]] const ALLF_DATA* record() const { return &fData_; }
-  // The code of the entry whose record was read last; 0 before the first.
-  [[nodiscard]] int typeOfRecord() const { return recordType_; }
+  // The code of the entry whose record this is; 0 for a record that was handed out by nobody.
+  [[nodiscard]] int kindOfRecord(const ALLF_DATA* record) const {
+    if (record == &fData_) return GZD_SAMPLE;
+    return record == &other_ ? otherType_ : 0;
+  }
 
   void setVelocityKinds(unsigned kinds) {
     velocityKinds_ = kinds & GZD_VELOCITY_ALL;
@@ -82,7 +84,7 @@ class Reader : public SampleSource {
     run_ = SampleRun();
     span_ = ItemList::Span();
   }
-  int readItem(UINT32 itemIndex, const GZDItem& item);
+  int readOther(UINT32 itemIndex, const GZDItem& item);
   bool readLikeTheOneBefore(GZDItem item);
   void setPlaceInTime(UINT16 tag, UINT64 stamp) {
     fData_.fs.time = time_of_stamp(stamp);
@@ -135,8 +137,10 @@ class Reader : public SampleSource {
   INT64 epochBegin_ = 0;
   INT64 epochEnd_ = -1;
 
+  // The samples' record stays while events are read: nearly each is like the one before.
   ALLF_DATA fData_{};
-  int recordType_ = 0;
+  ALLF_DATA other_{};
+  int otherType_ = 0;  // the code of the latter; 0 before the first
   bool failed_ = false;
   UINT16 presetTag_ = 0;  // fData is a sample preset for this layout tag; 0 when it is not
   BlockChain blocks_;     // and for these blocks, when its layout has some

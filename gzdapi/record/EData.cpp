@@ -9,10 +9,8 @@ std::string_view text_of(const LSTRING* message) {
   return message != nullptr ? std::string_view(&message->c) : std::string_view();
 }
 
-void EData::process_event() const {
-  if (!is_known_event_type(type)) {
-    print_log(">>>>> FILE STRUCTURE ERROR: UNKNOWN EVENT (%d)\n", static_cast<int>(type));
-  }
+void EData::tell_unknown(const FEVENT& event) {
+  print_log(">>>>> FILE STRUCTURE ERROR: UNKNOWN EVENT (%d)\n", static_cast<int>(event.type));
 }
 
 }  // namespace gzd

@@ -39,7 +39,12 @@ class EData : public FEVENT {
   void clear() { *static_cast<FEVENT*>(this) = FEVENT{}; }
 
   // Logs a type outside the known set. The reader fetches none of those.
-  void process_event() const;
+  static void process_event(const FEVENT& event) {
+    if (!is_known_event_type(event.type)) tell_unknown(event);
+  }
+
+ private:
+  static void tell_unknown(const FEVENT& event);
 };
 
 }  // namespace gzd

@@ -92,6 +92,8 @@ class InputStream {
     const byte* bytes = nullptr;
     INT64 length = 0;
     INT64 offset = 0;
+
+    bool operator==(const HeldBytes&) const = default;
   };
   [[nodiscard]] HeldBytes held() const {
     const INT64 length = limit_ - windowStart_;
