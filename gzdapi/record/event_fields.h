@@ -1,8 +1,9 @@
-// The format of event records: the one-byte codes in front of the values, and what is special in
-// the words after them.
+// The format of event records: the one-byte codes in front of the values, where the values go, and
+// what is special in the words after them.
 #ifndef GZDAPI_EVENT_FIELDS_H
 #define GZDAPI_EVENT_FIELDS_H
 
+#include <array>
 #include <cstddef>
 
 #include "gzd_data.h"
@@ -37,6 +38,25 @@ enum EventField : byte {
   FIELD_PEAK_VELOCITY = 147,  // [head prescale]
   FIELD_FLAGS = 180,          // [SMP_ bits of samples, flags word of events]
 };
+
+// What the words of a field are divided by. All but raw ones can be missing.
+enum class ValueScale : byte { Raw, Plain, Gaze, Velocity };
+constexpr std::size_t value_scales = 4;
+
+struct FieldFacts {
+  using Value = float FEVENT::*;
+
+  EventField code = FIELD_END;
+  UINT16 readBits = 0;  // what `read` tells of it
+  byte length = 0;      // of what follows the code; 0 when it varies, and of codes not known
+  byte words = 0;       // that are numbers for the members `values`
+  ValueScale scale = ValueScale::Raw;
+  std::array<Value, 2> values{};
+  std::array<Value, 2> also{};  // these take over the same numbers, first x, then y
+};
+
+// Of each code.
+extern const std::array<FieldFacts, 256> field_facts;
 
 // The tag of an event: type and eye in the high byte, the kind of its positions in the low one.
 constexpr int tag_type_mask = 0x3F;

@@ -3,6 +3,7 @@
 #define GZDAPI_STREAM_STATE_H
 
 #include "gzd_data.h"
+#include "record/event_pattern.h"
 
 namespace gzd {
 
@@ -51,6 +52,8 @@ struct StreamState {
   // was taken that the record does not name.
   int unknown_field = 0;
   bool rate_assumed = false;
+
+  EventPatterns patterns;
 };
 
 }  // namespace gzd
