@@ -64,6 +64,24 @@ char* write_digits(char* end, Unsigned& value, int count) {
   return end;
 }
 
+// Writes a number below 10^8, and stores eight bytes.
+constexpr std::uint64_t eight_digits = 100'000'000;
+char* write_short(char* place, std::uint32_t value) {
+  static_assert(std::endian::native == std::endian::little);
+  constexpr std::uint64_t zeros = 0x3030303030303030, last_digit = std::uint64_t{1} << 56;
+  char text[8];
+  const std::uint32_t high = value / 10000, low = value % 10000;
+  const std::uint32_t pairs[] = {high / 100, high % 100, low / 100, low % 100};
+  for (std::size_t i = 0; i < std::size(pairs); ++i)
+    std::memcpy(text + 2 * i, &digit_pairs[std::size_t{2} * pairs[i]], 2);
+  std::uint64_t digits;
+  std::memcpy(&digits, text, sizeof digits);
+  const int leading = std::countr_zero((digits ^ zeros) | last_digit) & 56;
+  digits >>= leading;
+  std::memcpy(place, &digits, sizeof digits);
+  return place + (64 - leading) / 8;
+}
+
 // Writes `count` blanks, usually by one store of eight bytes; what is too many is overwritten.
 char* fill_blanks(char* place, int count) {
   constexpr int stored = 8;
@@ -152,6 +170,8 @@ int with_extra_decimals(int decimals) {
 }  // namespace
 
 void LineBuffer::append_unsigned(std::uint64_t value) {
+  if (value < eight_digits)
+    return set_cursor(write_short(cursor_, static_cast<std::uint32_t>(value)));
   const int count = count_digits(value);
   write_digits(advance(static_cast<std::size_t>(count)) + count, value, count);
 }

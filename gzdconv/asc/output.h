@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -36,6 +37,11 @@ class LineBuffer {
   void append(char c) { *advance(1) = c; }
   void append(std::string_view text) { text.copy(advance(text.size()), text.size()); }
   void append_unsigned(std::uint64_t value);
+  // The first `length` of the characters.
+  void append(const char (&cell)[16], std::size_t length) {
+    std::memcpy(cursor_, cell, sizeof cell);
+    set_cursor(cursor_ + length);
+  }
 
   // Direct access for number writers: write from cursor() on, then hand back the new end.
   char* cursor() { return cursor_; }

@@ -25,9 +25,14 @@ struct Point {
   [[nodiscard]] bool is_missing() const { return x == MISSING_DATA || y == MISSING_DATA; }
 };
 
+// A number as the event holds it.
+void print_single(int decimals, float value) {
+  lpbuffer.set_cursor(write_column(lpbuffer.cursor(), value, form_of(decimals)));
+}
+
 void print_point(int decimals, Point point) {
-  print_computed(decimals, point.x);
-  print_computed(decimals, point.y);
+  print_single(decimals, point.x);
+  print_single(decimals, point.y);
 }
 
 void print_resolution(double x, double y) {
@@ -120,10 +125,10 @@ void print_amplitude_and_peak(const FEVENT& event, int position_type, Point star
                               std::uint32_t duration) {
   if (event.read & EVT_RESOLUTION) {
     print_computed(2, gaze_amplitude(start, end, mapped_resolution(event)));
-    print_computed(0, peak_velocity(event));
+    print_single(0, peak_velocity(event));
   } else if (event.read & EVT_VELOCITY) {
     print_computed(2, travelled(event, position_type, duration));
-    print_computed(1, event.pvel);
+    print_single(1, event.pvel);
   } else {
     print_resolution(MISSING_DATA, MISSING_DATA);
   }
@@ -198,10 +203,10 @@ void for_extended_columns(Use use) {
 void print_fixation_columns(const FEVENT& event, int position_type) {
   if (is_href(position_type)) {
     print_point(1, {event.havx, event.havy});
-    print_computed(0, event.ava);
+    print_single(0, event.ava);
   }
   print_point(1, mapped({event.gavx, event.gavy}));
-  print_computed(0, event.ava);
+  print_single(0, event.ava);
   if (options.output_resolution) print_fixation_resolution(event, position_type);
 }
 
@@ -211,7 +216,7 @@ void print_saccade_columns(const FEVENT& event, int position_type, std::uint32_t
     print_point(0, start);
     print_point(0, end);
     print_computed(2, href_angle(start, end));
-    print_computed(0, peak_velocity(event));
+    print_single(0, peak_velocity(event));
   }
   const Point start = mapped({event.gstx, event.gsty}), end = mapped({event.genx, event.geny});
   print_point(1, start);
@@ -228,7 +233,7 @@ void print_extra_header() {
 
 void print_exended_event_data(const FEVENT& event) {
   for_extended_columns([&event](const ExtendedColumn& column) {
-    print_computed(extended_decimals, event.*column.value);
+    print_single(extended_decimals, event.*column.value);
   });
 }
 

@@ -1,6 +1,8 @@
 // One line for each event, by its kind; before the first one the header.
 #include "lines/event_lines.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -22,10 +24,6 @@ constexpr unsigned changed_shift = 8;  // the high byte tells which buttons chan
 
 const char* time_suffix() {
   return options.float_time ? ".0" : "";
-}
-
-char eye_letter(const FEVENT& event) {
-  return event.eye == GZD_LEFT_EYE ? 'L' : 'R';
 }
 
 void print_eye_header(Generation generation, const char* name, const char* columns) {
@@ -96,25 +94,58 @@ void print_other_event(const FEVENT& event) {
   }
 }
 
-void append_time(std::uint32_t time) {
-  lpbuffer.append_unsigned(time);
-  lpbuffer.append(std::string_view(time_suffix()));
+// What begins the line of an eye event: kind, eye, and what aligns the times of the kinds, or tabs.
+struct Label {
+  char text[16] = {};
+  std::size_t length = 0;
+};
+
+constexpr std::size_t kinds = GZD_END_FIXATION - GZD_START_BLINK + 1;
+using Labels = std::array<std::array<Label, 2>, kinds>;
+
+constexpr Label make_label(std::string_view kind, char eye, bool tabs_only) {
+  constexpr std::size_t width = 9;
+  Label label;
+  for (const char c : kind) label.text[label.length++] = c;
+  label.text[label.length++] = tabs_only ? '\t' : ' ';
+  label.text[label.length++] = eye;
+  if (tabs_only) label.text[label.length++] = '\t';
+  while (!tabs_only && label.length < width) label.text[label.length++] = ' ';
+  return label;
 }
 
-// `gap` aligns the times of the kinds when blanks are allowed.
-void print_start(const FEVENT& event, std::string_view name, std::string_view gap) {
+constexpr Labels make_labels(bool tabs_only) {
+  constexpr std::array<std::string_view, kinds> names = {"SBLINK", "EBLINK", "SSACC",
+                                                         "ESACC",  "SFIX",   "EFIX"};
+  Labels labels;
+  for (std::size_t i = 0; i < kinds; ++i)
+    labels[i] = {make_label(names[i], 'L', tabs_only), make_label(names[i], 'R', tabs_only)};
+  return labels;
+}
+
+constexpr Labels aligned_labels = make_labels(false), tabbed_labels = make_labels(true);
+
+const Label& label_of(const FEVENT& event) {
+  const Labels& labels = options.tabs_only ? tabbed_labels : aligned_labels;
+  return labels[static_cast<std::size_t>(event.type - GZD_START_BLINK)]
+               [event.eye == GZD_LEFT_EYE ? 0 : 1];
+}
+
+void append_time(std::uint32_t time) {
+  lpbuffer.append_unsigned(time);
+  if (options.float_time) lpbuffer.append(".0");
+}
+
+void print_start(const FEVENT& event) {
+  const Label& label = label_of(event);
   lpbuffer.begin_line();
-  lpbuffer.append(name);
-  lpbuffer.append(options.tabs_only ? '\t' : ' ');
-  lpbuffer.append(eye_letter(event));
-  lpbuffer.append(options.tabs_only ? std::string_view("\t") : gap);
+  lpbuffer.append(label.text, label.length);
   append_time(event.sttime);
 }
 
-std::uint32_t print_end(const FEVENT& event, std::string_view name, std::string_view gap,
-                        int period) {
+std::uint32_t print_end(const FEVENT& event, int period) {
   const std::uint32_t duration = event.entime - event.sttime + static_cast<std::uint32_t>(period);
-  print_start(event, name, gap);
+  print_start(event);
   for (const std::uint32_t time : {event.entime, duration}) {
     lpbuffer.append('\t');
     append_time(time);
@@ -135,31 +166,18 @@ void report_reversed_times(const FEVENT& event) {
 
 void print_eye_end(const FEVENT& event, int position_type, int period) {
   report_reversed_times(event);
-  if (event.type == GZD_END_BLINK) {
-    print_end(event, "EBLINK", " ", period);
-  } else if (event.type == GZD_END_SACCADE) {
-    print_saccade_columns(event, position_type, print_end(event, "ESACC", "  ", period));
-  } else {
-    print_end(event, "EFIX", "   ", period);
+  const std::uint32_t duration = print_end(event, period);
+  if (event.type == GZD_END_SACCADE)
+    print_saccade_columns(event, position_type, duration);
+  else if (event.type == GZD_END_FIXATION)
     print_fixation_columns(event, position_type);
-  }
 }
 
 void print_eye_event(const FEVENT& event, int position_type, int period) {
-  switch (event.type) {
-    case GZD_START_BLINK:
-      print_start(event, "SBLINK", " ");
-      break;
-    case GZD_START_SACCADE:
-      print_start(event, "SSACC", "  ");
-      break;
-    case GZD_START_FIXATION:
-      print_start(event, "SFIX", "   ");
-      break;
-    default:
-      print_eye_end(event, position_type, period);
-      break;
-  }
+  if (is_start_event(event))
+    print_start(event);
+  else
+    print_eye_end(event, position_type, period);
   note_start_time(event);
   if (event.read & EVT_HEAD_POSE) print_exended_event_data(event);
   lpbuffer.append('\n');
