@@ -193,7 +193,8 @@ class PeriodCount {
     for (auto place = static_cast<UINT32>(first); place < last;) {
       const ItemList::Span span = items.spanFrom(place);
       const UINT32 end = place + static_cast<UINT32>(std::max<std::size_t>(span.count(), 1));
-      meetSample(items.stampAt(place++));
+      meetSample(span.holds(place) ? span.at(place).stamp : items.stampAt(place));
+      ++place;
       const UINT64 step = span.step();
       if (step != 0 && expected_ != 0 && place < end) {
         countSteps(static_cast<INT64>(step), end - place);

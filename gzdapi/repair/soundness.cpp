@@ -19,7 +19,7 @@ class BlockExamination {
   void run() {
     UINT32 behind = 0;  // the place after the landmark before
     for (const Landmark mark : index_.landmarks()) {
-      if (behind < mark.place) newest_ = found_at(index_.gzdItemList.stampAt(mark.place - 1));
+      if (behind < mark.place) newestSample_ = mark.place - 1;
       behind = mark.place + 1;
       const GZDItem item = index_.gzdItemList[mark];
       if (item.isRecordingStart()) {
@@ -35,25 +35,27 @@ class BlockExamination {
   void begin(const Recording& start) {
     if ((start.sflags & (SMP_LEFT | SMP_RIGHT)) == 0) return;
     block_ = &start;
-    newest_ = found_at(start.getTime());
+    newestSample_.reset();
   }
 
   void end(UINT64 stamp) {
     const Recording& start = *block_;
     block_ = nullptr;
+    const INT64 newest =
+        found_at(newestSample_ ? index_.gzdItemList.stampAt(*newestSample_) : start.getTime());
     const INT64 period = stamps_per_sample(start.sample_rate);
-    const INT64 pause = found_at(stamp) - newest_;
+    const INT64 pause = found_at(stamp) - newest;
     if (period < 1 || pause <= longest_pause * period) return;
     index_.findings.add({.kind = GZD_FINDING_SAMPLES_END_EARLY,
                          .eye = start.eye,
                          .count = pause / period,
-                         .start = newest_,
+                         .start = newest,
                          .end = found_at(stamp)});
   }
 
   Index& index_;
-  const Recording* block_ = nullptr;  // the one at hand, if it announces samples
-  INT64 newest_ = 0;                  // stamp of its newest sample, or of its start
+  const Recording* block_ = nullptr;    // the one at hand, if it announces samples
+  std::optional<UINT32> newestSample_;  // of it
 };
 
 }  // namespace

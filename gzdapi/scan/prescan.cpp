@@ -34,6 +34,9 @@ constexpr double most_events_per_byte = 1.0 / 8.0;
 // Nor is room made for more at once.
 constexpr std::size_t largest_room = std::size_t{1} << 28;
 
+// Each adds little to the index.
+constexpr unsigned turns_per_check = 64;
+
 constexpr float largest_rate_told = 1e9f;
 
 bool is_boundary(int type) {
@@ -59,8 +62,8 @@ class Scan {
   }
 
   void run() {
-    while (!ended_) {
-      checkSize();
+    for (unsigned turn = 0; !ended_; ++turn) {
+      if (turn % turns_per_check == 0) checkSize();
       if (readRegularSamples()) continue;
       recordStart_ = file_.getFilePos();
       const NextRecord kind = nextRecord();
@@ -226,7 +229,10 @@ class Scan {
     const GZDItem item(position, type, side_of_event(type, event_.eye), tag,
                        stamp_of_time(is_eye_event_end(type) ? event_.entime : event_.sttime));
     makeRoom(position);
-    messages_.add(index_, item, text_of(event_.message));
+    if (event_.message == nullptr)
+      index_.gzdItemList.push_back(item);
+    else
+      messages_.add(index_, item, text_of(event_.message));
   }
 
   static bool isTimedByStart(int type) {
