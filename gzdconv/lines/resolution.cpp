@@ -84,15 +84,42 @@ class HrefMean {
   int x_count_ = 0, y_count_ = 0;
 };
 
+using Floats4 = float __attribute__((vector_size(16)));
+using Ints4 = std::int32_t __attribute__((vector_size(16)));
+using Longs2 = std::int64_t __attribute__((vector_size(16)));
+using Doubles2 = double __attribute__((vector_size(16)));
+using Doubles4 = double __attribute__((vector_size(32)));
+
 // False where one of these stands for none, or is what no record holds. All four at once: the bit
 // patterns of magnitudes are in the order of their values.
 bool are_recorded(const float (&x)[2], const float (&y)[2]) {
-  using Floats4 = float __attribute__((vector_size(16)));
-  using Ints4 = std::int32_t __attribute__((vector_size(16)));
-  using Longs2 = std::int64_t __attribute__((vector_size(16)));
   const Ints4 magnitudes = Ints4(Floats4{x[0], x[1], y[0], y[1]}) & INT32_MAX;
   const Longs2 too_large = Longs2(magnitudes >= std::bit_cast<std::int32_t>(-NOT_RECORDED));
   return (too_large[0] | too_large[1]) == 0;
+}
+
+// Of both axes side by side.
+Doubles2 resolution_at(Doubles2 place) {
+  const Doubles2 squares = place * place;
+  const Doubles2 x = __builtin_shufflevector(squares, squares, 0, 0);
+  const Doubles2 y = __builtin_shufflevector(squares, squares, 1, 1);
+  const Doubles2 others = __builtin_shufflevector(squares, squares, 1, 0) + href_distance_squared;
+  const Doubles2 roots = {std::sqrt(others[0]), std::sqrt(others[1])};
+  return (x + href_distance_squared + y) / roots / degrees_per_radian;
+}
+
+// Of two samples, at the means of both eyes: x and y of one, then of the other.
+Floats4 resolutions_at_means(const HrefPlaces& sample, const HrefPlaces& other) {
+  Floats4 a, b;
+  std::memcpy(&a, &sample, sizeof a);
+  std::memcpy(&b, &other, sizeof b);
+  const Floats4 means =
+      (__builtin_shufflevector(a, b, 0, 2, 4, 6) + __builtin_shufflevector(a, b, 1, 3, 5, 7)) *
+      0.5F;
+  const Doubles4 places = __builtin_convertvector(means, Doubles4);
+  const Doubles2 first = resolution_at(__builtin_shufflevector(places, places, 0, 1));
+  const Doubles2 last = resolution_at(__builtin_shufflevector(places, places, 2, 3));
+  return __builtin_convertvector(__builtin_shufflevector(first, last, 0, 1, 2, 3), Floats4);
 }
 
 // True where all four coordinates count, as those of nearly every sample do. False for some others
@@ -141,6 +168,12 @@ void complete_resolution(FSAMPLE& sample, int position_type) {
   }
 }
 
+// Out of line: the way of the usual sample stays short.
+[[gnu::noinline]] void complete_and_add_any(FSAMPLE& sample, int position_type) {
+  complete_resolution(sample, position_type);
+  resolution_sums.add(sample.rx, sample.ry);
+}
+
 }  // namespace
 
 bool has_lost_pupil(const FSAMPLE& sample, int eye) {
@@ -148,34 +181,39 @@ bool has_lost_pupil(const FSAMPLE& sample, int eye) {
          sample.pa[eye] < smallest_pupil;
 }
 
-// First all resolutions, without a branch, so that the compiler works out several at once.
+// First all resolutions, without a branch, then the sums, which are asked once whether all count.
 void ResolutionSums::settle() {
   const std::size_t count = std::exchange(waiting_, 0);
-  std::array<Place, most_waiting> resolutions;
-  for (std::size_t i = 0; i < count; ++i) {
-    const Resolution resolution = head_referenced_resolution(places_[i].x, places_[i].y);
-    resolutions[i] = {static_cast<float>(resolution.x), static_cast<float>(resolution.y)};
+  std::array<float, 2 * most_waiting> resolutions;
+  Ints4 usable = {-1, -1, -1, -1};
+  for (std::size_t i = 0; i < count; i += 2) {
+    const Floats4 two = resolutions_at_means(places_[i], places_[i + 1]);
+    usable &= (two > smallest_resolution) & (two < largest_resolution);
+    std::memcpy(&resolutions[2 * i], &two, sizeof two);
   }
+  const Longs2 halves = Longs2(usable);
+  const bool all_count = (halves[0] & halves[1]) == -1;
   Sums sums = sums_;
-  for (std::size_t i = 0; i < count; ++i) sums.add(resolutions[i].x, resolutions[i].y);
+  for (std::size_t i = 0; i < 2 * count; i += 2) {
+    if (all_count)
+      sums.add_usable(resolutions[i], resolutions[i + 1]);
+    else
+      sums.add(resolutions[i], resolutions[i + 1]);
+  }
   sums_ = sums;
 }
 
 void complete_and_add_resolution(FSAMPLE& sample, int position_type) {
   const bool is_href = position_type == GZD_POSITION_HREF;
-  if (is_href && options.output_resolution == 0 && has_both_href(sample)) {
-    resolution_sums.add_at((sample.hx[0] + sample.hx[1]) * 0.5F,
-                           (sample.hy[0] + sample.hy[1]) * 0.5F);
-    return;
-  }
-  complete_resolution(sample, position_type);
-  resolution_sums.add(sample.rx, sample.ry);
+  if (is_href && options.output_resolution == 0 && has_both_href(sample))
+    resolution_sums.add_at({{sample.hx[0], sample.hx[1]}, {sample.hy[0], sample.hy[1]}});
+  else
+    complete_and_add_any(sample, position_type);
 }
 
 Resolution head_referenced_resolution(double hx, double hy) {
-  const double square = hx * hx + href_distance_squared + hy * hy;
-  return {square / std::sqrt(hy * hy + href_distance_squared) / degrees_per_radian,
-          square / std::sqrt(hx * hx + href_distance_squared) / degrees_per_radian};
+  const Doubles2 resolution = resolution_at(Doubles2{hx, hy});
+  return {resolution[0], resolution[1]};
 }
 
 void parseDisplayCoords(const char* text) {

@@ -19,9 +19,11 @@ bool has_lost_pupil(const FSAMPLE& sample, int eye);
 
 // True for a resolution that counts: above 0.01 and below 10000. Bit patterns of positive floats
 // are in the order of their values, and all others lie above.
+constexpr float smallest_resolution = 0.01F, largest_resolution = 1.0e4F;
 inline bool is_usable_resolution(float resolution) {
   const auto bits = std::bit_cast<std::uint32_t>(resolution);
-  return bits > std::bit_cast<std::uint32_t>(0.01F) && bits < std::bit_cast<std::uint32_t>(1.0e4F);
+  return bits > std::bit_cast<std::uint32_t>(smallest_resolution) &&
+         bits < std::bit_cast<std::uint32_t>(largest_resolution);
 }
 
 struct Resolution {
@@ -30,6 +32,11 @@ struct Resolution {
 
 // Resolution at a head-referenced position.
 Resolution head_referenced_resolution(double hx, double hy);
+
+// Head-referenced positions of both eyes.
+struct HrefPlaces {
+  float x[2], y[2];
+};
 
 // Sums of the resolutions that count since the last END line of the file, and their number.
 class ResolutionSums {
@@ -40,11 +47,11 @@ class ResolutionSums {
       settle();
     sums_.add(rx, ry);
   }
-  // Adds the resolution at a head-referenced position. Many are worked out together, so that a
-  // square root needs not wait for the one before.
-  void add_at(float hx, float hy) {
+  // Adds the resolution at the mean of both eyes' positions. Many are worked out together,
+  // so that a square root needs not wait for the one before.
+  void add_at(const HrefPlaces& eyes) {
     if (waiting_ == places_.size()) settle();
-    places_[waiting_++] = {hx, hy};
+    places_[waiting_++] = eyes;
   }
 
   [[nodiscard]] bool are_empty() {
@@ -60,14 +67,13 @@ class ResolutionSums {
 
  private:
   static constexpr std::size_t most_waiting = 64;
-  struct Place {
-    float x, y;
-  };
   struct Sums {
     double ppd_x = 0.0, ppd_y = 0.0, ppd_count = 0.0;
 
     void add(float rx, float ry) {
-      if (!is_usable_resolution(rx) || !is_usable_resolution(ry)) return;
+      if (is_usable_resolution(rx) && is_usable_resolution(ry)) add_usable(rx, ry);
+    }
+    void add_usable(float rx, float ry) {
       ppd_x += rx;
       ppd_y += ry;
       ppd_count += 1.0;
@@ -78,7 +84,7 @@ class ResolutionSums {
 
   Sums sums_;
   std::size_t waiting_ = 0;
-  std::array<Place, most_waiting> places_{};
+  std::array<HrefPlaces, most_waiting> places_{};
 };
 
 extern ResolutionSums resolution_sums;
