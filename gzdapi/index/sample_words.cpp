@@ -66,25 +66,29 @@ void SampleWords::begin(UINT64 word) {
     bytes_ += sizeof(Page);
   }
   Page& page = pages_.back();
-  bytes_ -= page.bytes();
-  if (page.words.empty() && page.pieces.size() == most_pieces) expand(pages_.size() - 1);
-  if (page.words.empty())
-    addPiece(page, place, word);
+  const bool followsSingle =
+      place != 0 && !page.pieces.empty() && page.pieces.back().begin + 1 == place;
+  if (followsSingle)
+    giveStep(page.pieces.back(), word);
   else
-    page.words.push_back(word);
-  bytes_ += page.bytes();
+    add(page, place, word);
   ++size_;
 }
 
-void SampleWords::addPiece(Page& page, std::size_t place, UINT64 word) {
+void SampleWords::giveStep(Piece& single, UINT64 second) {
+  single.step = step_ = second - single.first;
+  next_ = second + step_;
+}
+
+void SampleWords::add(Page& page, std::size_t place, UINT64 word) {
   next_ = no_word;
-  if (place == 0 || page.pieces.back().begin + 1 != place) {
+  bytes_ -= page.bytes();
+  if (page.pieces.size() == most_pieces) expand(pages_.size() - 1);
+  if (page.words.empty())
     page.pieces.push_back({word, 0, place});
-    return;
-  }
-  Piece& single = page.pieces.back();
-  single.step = step_ = word - single.first;
-  next_ = word + step_;
+  else
+    page.words.push_back(word);
+  bytes_ += page.bytes();
 }
 
 // Gives back the room that the last page has left.

@@ -85,7 +85,8 @@ class SampleWords {
   }
   UINT64 lookUp(std::size_t number) const;
   void begin(UINT64 word);
-  void addPiece(Page& page, std::size_t place, UINT64 word);
+  void giveStep(Piece& single, UINT64 second);
+  void add(Page& page, std::size_t place, UINT64 word);
   void addPage(const Page& page);
   void closePage();
   void expand(std::size_t number);
