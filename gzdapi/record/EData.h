@@ -3,6 +3,7 @@
 #define GZDAPI_EDATA_H
 
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 #include "gzd_data.h"
@@ -27,6 +28,13 @@ struct MessageText {
   void clear() { *this = MessageText(); }
   LSTRING* asLString() { return reinterpret_cast<LSTRING*>(this); }
 };
+
+// Makes it all zeros. Out of line, by the C library: what GCC puts in place of a clear whose size
+// it knows takes four times as long.
+void clear_bytes(void* bytes, std::size_t count);
+inline void clear_event(FEVENT& event) {
+  clear_bytes(&event, sizeof event);
+}
 
 // The text after an LSTRING up to its first NUL; empty without one.
 std::string_view text_of(const LSTRING* message);

@@ -210,7 +210,7 @@ bool glance_at_eye_event(InputStream& in, StreamState& state, UINT16 tag, FEVENT
 
 int decode_event(InputStream& in, StreamState& state, UINT16 tag, MessageText& text,
                  FEVENT& event) {
-  event = FEVENT{};
+  clear_event(event);
   forget_findings(state);
   read_tag(tag, event);
   EventRecord record{state, text, event, starts_block(event.type)};
